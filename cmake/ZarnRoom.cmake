@@ -1,0 +1,35 @@
+# zarn_add_room(<name>
+#   SOURCES <file>...          compiled into zarn_<name>, known as zarn::<name>
+#   HEADERS <file>...          public: installed, and each compiled alone
+#   PRIVATE_HEADERS <file>...
+#   PUBLIC <target>...         what callers see, too
+#   PRIVATE <target>...        header-only libraries and the like
+#   NOT_INSTALLED)
+function(zarn_add_room name)
+  cmake_parse_arguments(PARSE_ARGV 1 room "NOT_INSTALLED" ""
+    "SOURCES;HEADERS;PRIVATE_HEADERS;PUBLIC;PRIVATE")
+  set(target zarn_${name})
+  add_library(${target} ${room_SOURCES} ${room_PRIVATE_HEADERS})
+  add_library(zarn::${name} ALIAS ${target})
+  set_target_properties(${target} PROPERTIES
+    EXPORT_NAME ${name}
+    POSITION_INDEPENDENT_CODE ON)
+  target_compile_features(${target} PUBLIC cxx_std_17)
+  target_sources(${target} PUBLIC FILE_SET HEADERS
+    BASE_DIRS ${PROJECT_SOURCE_DIR}
+    FILES ${room_HEADERS})
+  target_include_directories(${target} PUBLIC
+    $<BUILD_INTERFACE:${PROJECT_SOURCE_DIR}>)
+  target_link_libraries(${target}
+    PUBLIC ${room_PUBLIC} zarn::fp
+    PRIVATE $<BUILD_INTERFACE:zarn_warnings>)
+  foreach(library IN LISTS room_PRIVATE)
+    target_link_libraries(${target} PRIVATE $<BUILD_INTERFACE:${library}>)
+  endforeach()
+  if(NOT room_NOT_INSTALLED)
+    install(TARGETS ${target} EXPORT zarnTargets
+      ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR}
+      LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}
+      FILE_SET HEADERS DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/zarn)
+  endif()
+endfunction()

@@ -1,0 +1,82 @@
+#include "log/Log.hpp"
+
+#include <charconv>
+#include <cstring>
+#include <iostream>
+#include <map>
+#include <mutex>
+
+namespace ZARN {
+otext warn(otext::eState::kOn);
+otext debug(otext::eState::kSilent);
+}  // namespace ZARN
+
+namespace {
+
+std::mutex outputLock;
+
+/// Messages that this thread has begun and not ended. What is left when the
+/// thread ends is sent then, so that no text is lost.
+struct UnsentTexts {
+  std::map<otext*, std::string> byStream;
+  UnsentTexts() = default;
+  UnsentTexts(const UnsentTexts&) = delete;
+  UnsentTexts& operator=(const UnsentTexts&) = delete;
+  ~UnsentTexts() {
+    while (!byStream.empty()) byStream.begin()->first->Flush();
+  }
+};
+
+thread_local UnsentTexts unsent;
+
+}  // namespace
+
+otext& otext::operator<<(const char* text) {
+  Insert(text, std::strlen(text));
+  return *this;
+}
+
+otext& otext::operator<<(const std::string& text) {
+  Insert(text.data(), text.size());
+  return *this;
+}
+
+otext& otext::operator<<(double value) {
+  constexpr int kSignificantDigits = 6;  // the default of std::ostream
+  char text[32];
+  const auto end = std::to_chars(text, text + sizeof text, value,
+                                 std::chars_format::general, kSignificantDigits)
+                       .ptr;
+  Insert(text, static_cast<std::size_t>(end - text));
+  return *this;
+}
+
+otext& otext::operator<<(void (*manipulator)(otext&)) {
+  manipulator(*this);
+  return *this;
+}
+
+void otext::Insert(const char* text, std::size_t length) {
+  if (!IsOn() || length == 0) return;
+  unsent.byStream[this].append(text, length);
+  if (text[length - 1] == '\n') Flush();
+}
+
+void otext::Flush() {
+  const auto message = unsent.byStream.extract(this);
+  if (message.empty()) return;
+  const std::lock_guard<std::mutex> lock(outputLock);
+  std::ostream& output = output_ != nullptr ? *output_ : std::cerr;
+  output.write(message.mapped().data(),
+               static_cast<std::streamsize>(message.mapped().size()));
+  output.flush();
+}
+
+void otext::SetOutput(std::ostream* output) {
+  Flush();
+  const std::lock_guard<std::mutex> lock(outputLock);
+  output_ = output;
+}
+
+void endl(otext& stream) { stream << "\n"; }
+void flush(otext& stream) { stream.Flush(); }
