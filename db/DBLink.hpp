@@ -1,0 +1,31 @@
+#pragma once
+
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "db/TableEntry.hpp"
+
+namespace ZARN {
+
+/// A view of one table entry, from which fields are read by name. It keeps its
+/// entry alive, whatever happens to the database meanwhile.
+class DBLink {
+ public:
+  explicit DBLink(std::shared_ptr<const TableEntry> entry);
+
+  /// @throws DBNotFoundError if the field is missing or not a number
+  double GetD(const std::string& field) const;
+  /// @throws DBNotFoundError if the field is missing or not a list of numbers
+  std::vector<double> GetDArray(const std::string& field) const;
+  /// @throws DBNotFoundError if the field is missing or not a text
+  std::string GetS(const std::string& field) const;
+
+ private:
+  template <class Value>
+  const Value& Get(const std::string& field, const char* wanted) const;
+
+  std::shared_ptr<const TableEntry> entry_;
+};
+
+}  // namespace ZARN

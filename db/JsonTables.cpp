@@ -1,0 +1,183 @@
+#include "db/JsonTables.hpp"
+
+#include <algorithm>
+#include <array>
+#include <cerrno>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <limits>
+#include <system_error>
+#include <utility>
+
+#include "db/DB.hpp"
+#include "db/JsonTree.hpp"
+
+namespace ZARN {
+namespace {
+
+using Json::Node;
+using eKind = Json::Node::eKind;
+
+/// Turns the tree of one text into entries.
+class TableReader {
+ public:
+  explicit TableReader(const std::string& name) : name_(name) {}
+
+  std::vector<TableEntry> Read(const Node& root) const {
+    Require(root, eKind::kArray, "an array of table entries");
+    std::vector<TableEntry> entries;
+    entries.reserve(root.items.size());
+    for (const Node& item : root.items) entries.push_back(ReadEntry(item));
+    return entries;
+  }
+
+ private:
+  TableEntry ReadEntry(const Node& node) const {
+    Require(node, eKind::kObject, "a table entry, which is an object");
+    TableEntry entry;
+    bool hasTable = false;
+    bool hasIndex = false;
+    bool hasFields = false;
+    for (const auto& [key, value] : node.members) {
+      if (key == "table") {
+        entry.table = ReadString(value);
+        hasTable = true;
+      } else if (key == "index") {
+        entry.index = ReadString(value);
+        hasIndex = true;
+      } else if (key == "runs") {
+        entry.runs = ReadRuns(value);
+      } else if (key == "pass") {
+        entry.pass = ReadInteger(value, 0);
+      } else if (key == "fields") {
+        Require(value, eKind::kObject, "an object of fields");
+        for (const auto& [name, field] : value.members) {
+          entry.fields.emplace(name, ReadField(field));
+        }
+        hasFields = true;
+      } else {
+        Refuse(value,
+               "unknown key; an entry has table, index, runs, pass and fields");
+      }
+    }
+    if (!hasTable) Refuse(node, "the key \"table\" is missing");
+    if (!hasIndex) Refuse(node, "the key \"index\" is missing");
+    if (!hasFields) Refuse(node, "the key \"fields\" is missing");
+    return entry;
+  }
+
+  RunRange ReadRuns(const Node& node) const {
+    Require(node, eKind::kArray, "a range [first run, last run]");
+    if (node.items.size() != 2) {
+      Refuse(node,
+             "expected two runs, found " + std::to_string(node.items.size()));
+    }
+    RunRange runs;
+    const Node& first = node.items[0];
+    const Node& last = node.items[1];
+    constexpr int kLowestRun = std::numeric_limits<int>::min();
+    if (first.kind != eKind::kNull) runs.first = ReadInteger(first, kLowestRun);
+    if (last.kind != eKind::kNull) runs.last = ReadInteger(last, kLowestRun);
+    if (runs.last < runs.first)
+      Refuse(last, "the last run is before the first");
+    return runs;
+  }
+
+  int ReadInteger(const Node& node, int lowest) const {
+    constexpr int kHighest = std::numeric_limits<int>::max();
+    if (node.kind != eKind::kNumber || !node.integer.has_value() ||
+        *node.integer < lowest || *node.integer > kHighest) {
+      Refuse(node, "expected a whole number from " + std::to_string(lowest) +
+                       " to " + std::to_string(kHighest));
+    }
+    return static_cast<int>(*node.integer);
+  }
+
+  std::string ReadString(const Node& node) const {
+    Require(node, eKind::kString, "a string");
+    return node.text;
+  }
+
+  TableField ReadField(const Node& node) const {
+    if (node.kind == eKind::kNumber) return node.number;
+    if (node.kind == eKind::kString) return node.text;
+    Require(node, eKind::kArray, "a number, an array of numbers or a string");
+    std::vector<double> values;
+    values.reserve(node.items.size());
+    for (const Node& item : node.items) {
+      Require(item, eKind::kNumber, "a number");
+      values.push_back(item.number);
+    }
+    return values;
+  }
+
+  void Require(const Node& node, eKind kind, const char* wanted) const {
+    if (node.kind != kind) Refuse(node, std::string("expected ") + wanted);
+  }
+
+  [[noreturn]] void Refuse(const Node& node, const std::string& reason) const {
+    Json::Refuse(name_, node.line, node.path, reason);
+  }
+
+  const std::string& name_;
+};
+
+namespace fs = std::filesystem;
+
+std::string ReadWholeFile(const fs::path& path) {
+  // Above any real set of tables; keeps a wrong path (a raw data file) from
+  // taking all memory.
+  constexpr std::size_t kMaxBytes = 256UL << 20U;
+  std::ifstream file(path, std::ios::binary);
+  std::string text;
+  std::array<char, 65536> part{};
+  while (file.read(part.data(), part.size()) || file.gcount() > 0) {
+    text.append(part.data(), static_cast<std::size_t>(file.gcount()));
+    if (text.size() > kMaxBytes) {
+      throw TableFileError(path.string() + ": larger than 256 MiB");
+    }
+  }
+  if (!file.is_open() || file.bad()) {
+    throw TableFileError(path.string() + ": cannot be read: " +
+                         std::generic_category().message(errno));
+  }
+  return text;
+}
+
+std::vector<fs::path> TableFiles(const fs::path& path) {
+  if (!fs::is_directory(path)) return {path};
+  std::vector<fs::path> files;
+  for (const auto& item : fs::directory_iterator(path)) {
+    if (item.path().extension() == ".json") files.push_back(item.path());
+  }
+  if (files.empty()) {
+    throw TableFileError(path.string() + ": the directory has no *.json file");
+  }
+  std::sort(files.begin(), files.end());
+  return files;
+}
+
+}  // namespace
+
+std::vector<TableEntry> ParseJsonTables(const std::string& text,
+                                        const std::string& name) {
+  return TableReader(name).Read(Json::ParseTree(text, name));
+}
+
+std::vector<TableEntry> ReadJsonTables(const std::string& path) try {
+  std::vector<TableEntry> entries;
+  for (const fs::path& file : TableFiles(path)) {
+    auto more = ParseJsonTables(ReadWholeFile(file), file.string());
+    std::move(more.begin(), more.end(), std::back_inserter(entries));
+  }
+  return entries;
+} catch (const fs::filesystem_error& error) {
+  throw TableFileError(path + ": " + error.code().message());
+}
+
+void LoadJsonTables(DB& db, const std::string& path) {
+  db.Add(ReadJsonTables(path));
+}
+
+}  // namespace ZARN

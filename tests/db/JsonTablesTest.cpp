@@ -1,0 +1,266 @@
+#include "db/JsonTables.hpp"
+
+#include <gtest/gtest.h>
+#include <unistd.h>
+
+#include <cmath>
+#include <filesystem>
+#include <fstream>
+#include <limits>
+#include <string>
+#include <vector>
+
+#include "db/DB.hpp"
+#include "tests/support/TextOf.hpp"
+
+namespace ZARN {
+namespace {
+
+using Testing::TextOf;
+namespace fs = std::filesystem;
+
+std::vector<TableEntry> Parse(const std::string& text) {
+  return ParseJsonTables(text, "geo.json");
+}
+
+std::string Refusal(const std::string& text) {
+  return TextOf<TableFileError>([&] { Parse(text); });
+}
+
+/// An entry whose field "f" is the given JSON.
+std::string WithField(const std::string& json) {
+  return R"([{"table": "GEO", "index": "av", "fields": {"f": )" + json + "}}]";
+}
+
+/// An entry with one more key.
+std::string WithKey(const std::string& keyAndValue) {
+  return R"([{"table": "GEO", "index": "av", "fields": {}, )" + keyAndValue +
+         "}]";
+}
+
+TEST(JsonTables, ReadsEntriesWithAllTheyCanHave) {
+  const auto entries = Parse(R"([
+    {"table": "SOLID", "index": "acrylic_vessel_inner",
+     "fields": {"r_sphere": 5800.0, "count": 3, "x": [1, -2.5, 1e3],
+                "empty": [], "name": "rope \u00e9\n"}},
+    {"table": "GEO", "index": "hold_up_ropes", "runs": [1000, null],
+     "pass": 1, "fields": {}}
+  ])");
+  ASSERT_EQ(entries.size(), 2U);
+  EXPECT_EQ(entries[0].table, "SOLID");
+  EXPECT_EQ(entries[0].index, "acrylic_vessel_inner");
+  EXPECT_EQ(entries[0].pass, 0);
+  EXPECT_TRUE(entries[0].runs.Contains(std::numeric_limits<int>::min()));
+  EXPECT_TRUE(entries[0].runs.Contains(std::numeric_limits<int>::max()));
+  const std::map<std::string, TableField> fields = {
+      {"r_sphere", 5800.0},
+      {"count", 3.0},
+      {"x", std::vector<double>{1.0, -2.5, 1000.0}},
+      {"empty", std::vector<double>{}},
+      {"name", "rope \xC3\xA9\n"}};
+  EXPECT_EQ(entries[0].fields, fields);
+  EXPECT_EQ(entries[1].runs.first, 1000);
+  EXPECT_EQ(entries[1].runs.last, std::numeric_limits<int>::max());
+  EXPECT_EQ(entries[1].pass, 1);
+}
+
+TEST(JsonTables, ReadsNumbersToTheNearestDouble) {
+  const auto number = [](const std::string& json) {
+    return std::get<double>(Parse(WithField(json))[0].fields["f"]);
+  };
+  EXPECT_EQ(number("0.1"), 0.1);
+  EXPECT_EQ(number("-0.0"), 0.0);
+  EXPECT_TRUE(std::signbit(number("-0.0")));
+  EXPECT_EQ(number("9007199254740993"), 9007199254740992.0);
+  EXPECT_EQ(number("18446744073709551615"), 18446744073709551615.0);
+  EXPECT_EQ(number("-9223372036854775808"), -9223372036854775808.0);
+  EXPECT_EQ(number("1e30"), 1e30);
+  EXPECT_EQ(number("4.9e-324"), 4.9e-324);
+  EXPECT_EQ(number("1e-400"), 0.0);
+}
+
+TEST(JsonTables, RefusesUnknownKeys) {
+  EXPECT_EQ(Refusal(WithKey("\"Pass\": 1")),
+            "geo.json:1: $[0].Pass: unknown key; an entry has table, index, "
+            "runs, pass and fields");
+  EXPECT_EQ(Refusal(WithKey("\"a key\": 1")),
+            "geo.json:1: $[0][\"a key\"]: unknown key; an entry has table, "
+            "index, runs, pass and fields");
+}
+
+TEST(JsonTables, RefusesMissingKeys) {
+  EXPECT_EQ(Refusal("[\n\n{\"index\": \"a\", \"fields\": {}}]"),
+            "geo.json:3: $[0]: the key \"table\" is missing");
+  EXPECT_EQ(Refusal("[{\"table\": \"a\", \"fields\": {}}]"),
+            "geo.json:1: $[0]: the key \"index\" is missing");
+  EXPECT_EQ(Refusal("[{\"table\": \"a\", \"index\": \"b\"}]"),
+            "geo.json:1: $[0]: the key \"fields\" is missing");
+}
+
+TEST(JsonTables, RefusesAnotherShape) {
+  EXPECT_EQ(Refusal("{}"), "geo.json:1: $: expected an array of table entries");
+  EXPECT_EQ(Refusal("[1]"),
+            "geo.json:1: $[0]: expected a table entry, which is an object");
+  EXPECT_EQ(Refusal("[{\"table\": 1, \"index\": \"b\", \"fields\": {}}]"),
+            "geo.json:1: $[0].table: expected a string");
+  EXPECT_EQ(Refusal("[{\"table\": \"a\", \"index\": \"b\", \"fields\": []}]"),
+            "geo.json:1: $[0].fields: expected an object of fields");
+  const std::string wanted =
+      "geo.json:1: $[0].fields.f: expected a number, an array of numbers or a "
+      "string";
+  for (const char* const json : {"null", "true", "{}"}) {
+    EXPECT_EQ(Refusal(WithField(json)), wanted) << json;
+  }
+  EXPECT_EQ(Refusal(WithField("[1, \"2\"]")),
+            "geo.json:1: $[0].fields.f[1]: expected a number");
+  EXPECT_EQ(Refusal(WithField("[[1]]")),
+            "geo.json:1: $[0].fields.f[0]: expected a number");
+}
+
+TEST(JsonTables, RefusesBadRunsAndPasses) {
+  EXPECT_EQ(Refusal(WithKey("\"runs\": 5")),
+            "geo.json:1: $[0].runs: expected a range [first run, last run]");
+  EXPECT_EQ(Refusal(WithKey("\"runs\": [1]")),
+            "geo.json:1: $[0].runs: expected two runs, found 1");
+  EXPECT_EQ(Refusal(WithKey("\"runs\": [5, 4]")),
+            "geo.json:1: $[0].runs[1]: the last run is before the first");
+  EXPECT_EQ(Refusal(WithKey("\"runs\": [1.5, 4]")),
+            "geo.json:1: $[0].runs[0]: expected a whole number from "
+            "-2147483648 to 2147483647");
+  const std::string passes =
+      "geo.json:1: $[0].pass: expected a whole number from 0 to 2147483647";
+  for (const char* const json :
+       {"-1", "1.0", "2147483648", "18446744073709551615", "\"1\"", "null"}) {
+    EXPECT_EQ(Refusal(WithKey(std::string("\"pass\": ") + json)), passes)
+        << json;
+  }
+}
+
+TEST(JsonTables, AcceptsARangeOfOneRunAndOpenRanges) {
+  const auto runs = [](const std::string& json) {
+    return Parse(WithKey("\"runs\": " + json))[0].runs;
+  };
+  EXPECT_EQ(runs("[5, 5]").first, 5);
+  EXPECT_EQ(runs("[5, 5]").last, 5);
+  EXPECT_EQ(runs("[null, -3]").first, std::numeric_limits<int>::min());
+  EXPECT_EQ(runs("[null, -3]").last, -3);
+}
+
+TEST(JsonTables, RefusesAKeyGivenTwice) {
+  EXPECT_EQ(Refusal("[{\"table\": \"a\",\n\"table\": \"b\"}]"),
+            "geo.json:2: $[0]: the key \"table\" is given twice");
+  EXPECT_EQ(Refusal(WithField("1,\n\n\"f\": 2")),
+            "geo.json:3: $[0].fields: the key \"f\" is given twice");
+}
+
+TEST(JsonTables, RefusesWhatIsNoNumberOfADouble) {
+  EXPECT_EQ(Refusal(WithField("[1,\n1e999]")),
+            "geo.json:2: $[0].fields.f[1]: number overflow parsing '1e999'");
+  for (const char* const json :
+       {"NaN", "Infinity", "-Infinity", "+1", "0x10", "01", "1.", ".5"}) {
+    const std::string refusal = Refusal(WithField(json));
+    EXPECT_EQ(refusal.rfind("geo.json:1: $[0].fields", 0), 0U) << refusal;
+    EXPECT_NE(refusal.find(": syntax error"), std::string::npos) << refusal;
+  }
+}
+
+TEST(JsonTables, RefusesWhatIsNoJson) {
+  for (const char* const text :
+       {"", "[", "[{]", "[] []", "[{\"table\" 1}]", "// comment\n[]",
+        "[\"\xFF\"]", "[\"a\nb\"]"}) {
+    const std::string refusal = Refusal(text);
+    EXPECT_EQ(refusal.rfind("geo.json:", 0), 0U) << text << ": " << refusal;
+    EXPECT_NE(refusal.find(": $"), std::string::npos)
+        << text << ": " << refusal;
+  }
+}
+
+TEST(JsonTables, RefusesDeepNestingBeforeItCostsMemory) {
+  const std::string refusal = Refusal(std::string(100000, '['));
+  EXPECT_EQ(refusal,
+            "geo.json:1: $[0][0][0][0][0][0][0][0]: nested deeper than tables "
+            "are");
+}
+
+TEST(JsonTables, NamesTheLineOfANumberThatEndsItsLine) {
+  EXPECT_EQ(Refusal("[\n1\n]"),
+            "geo.json:2: $[0]: expected a table entry, which is an object");
+}
+
+class JsonTablesOnDisk : public testing::Test {
+ protected:
+  JsonTablesOnDisk() {
+    folder_ =
+        fs::temp_directory_path() / ("zarn-tables-" + std::to_string(getpid()));
+    fs::create_directory(folder_);
+    DB::Get().Clear();
+    DB::Get().SetRun(0);
+  }
+  ~JsonTablesOnDisk() override {
+    fs::remove_all(folder_);
+    DB::Get().Clear();
+  }
+
+  std::string Path(const std::string& name) const {
+    return (folder_ / name).string();
+  }
+
+  void Write(const std::string& name, const std::string& text) const {
+    std::ofstream(folder_ / name) << text;
+  }
+
+  static double LoadedValue() {
+    return DB::Get().GetLink("GEO", "av", -1)->GetD("f");
+  }
+
+  fs::path folder_;
+};
+
+TEST_F(JsonTablesOnDisk, LoadsAFile) {
+  Write("geo.json", WithField("1.5"));
+  LoadJsonTables(DB::Get(), Path("geo.json"));
+  EXPECT_EQ(LoadedValue(), 1.5);
+}
+
+TEST_F(JsonTablesOnDisk, LoadsADirectoryByNameSoThatTheLastNameWins) {
+  Write("b.json", WithField("2"));
+  Write("a.json", WithField("1"));
+  Write("c.txt", "no table");
+  LoadJsonTables(DB::Get(), folder_.string());
+  EXPECT_EQ(LoadedValue(), 2.0);
+}
+
+TEST_F(JsonTablesOnDisk, LeavesTheDatabaseAsItWasWhenAFileIsRefused) {
+  Write("a.json", WithField("1"));
+  LoadJsonTables(DB::Get(), folder_.string());
+  Write("a.json", WithField("2"));
+  Write("b.json", WithField("true"));
+  EXPECT_THROW(LoadJsonTables(DB::Get(), folder_.string()), TableFileError);
+  EXPECT_EQ(LoadedValue(), 1.0);
+}
+
+TEST_F(JsonTablesOnDisk, NamesTheFileOfADirectoryThatIsRefused) {
+  Write("a.json", WithField("1"));
+  Write("b.json", WithField("\n\ntrue"));
+  EXPECT_EQ(TextOf<TableFileError>([&] { ReadJsonTables(folder_.string()); }),
+            Path("b.json") +
+                ":3: $[0].fields.f: expected a number, an array "
+                "of numbers or a string");
+}
+
+TEST_F(JsonTablesOnDisk, RefusesWhatCannotBeRead) {
+  EXPECT_EQ(TextOf<TableFileError>([&] { ReadJsonTables(Path("none.json")); }),
+            Path("none.json") + ": cannot be read: No such file or directory");
+  EXPECT_EQ(TextOf<TableFileError>([&] { ReadJsonTables(folder_.string()); }),
+            folder_.string() + ": the directory has no *.json file");
+}
+
+TEST_F(JsonTablesOnDisk, RefusesAFileLargerThanAnyTable) {
+  Write("huge.json", "[]");
+  fs::resize_file(Path("huge.json"), (256ULL << 20U) + 1);
+  EXPECT_EQ(TextOf<TableFileError>([&] { ReadJsonTables(Path("huge.json")); }),
+            Path("huge.json") + ": larger than 256 MiB");
+}
+
+}  // namespace
+}  // namespace ZARN
