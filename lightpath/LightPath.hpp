@@ -1,0 +1,26 @@
+#pragma once
+
+#include "TVector3.h"
+#include "lightpath/LightPathType.hpp"
+
+namespace ZARN::DU {
+
+/// A computed light path from an event to a PMT, as a plain record.
+///
+/// Positions in mm, in detector coordinates: the centre of the acrylic vessel
+/// (AV) at the origin, its neck along +z. Directions are directions of travel;
+/// nothing here relies on their length. Points that a type does not use may
+/// hold anything (LightPathType.hpp lists the points of each type).
+struct LightPath {
+  TVector3 FinalDirection;    ///< on the last stretch, towards the PMT
+  TVector3 InitialDirection;  ///< as the light leaves the start
+  TVector3 StartPos;          ///< the event
+  TVector3 EndPos;            ///< the point at the PMT
+  TVector3 AVPoint1;          ///< first point on an AV surface, or reflection
+  TVector3 AVPoint2;          ///< second point on an AV surface
+  TVector3 AVPoint3;          ///< third point on an AV surface
+  TVector3 AVPoint4;          ///< fourth point on an AV surface
+  eLightPathType LightPathType = kUninitialised;
+};
+
+}  // namespace ZARN::DU
