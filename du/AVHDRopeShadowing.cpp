@@ -1,0 +1,132 @@
+#include "du/AVHDRopeShadowing.hpp"
+
+#include <cmath>
+
+#include "du/geometry/Constants.hpp"
+#include "du/geometry/IeeeQuotient.hpp"
+#include "du/geometry/Primitives.hpp"
+
+namespace ZARN::DU {
+namespace {
+
+/// Where a path meets the rope cylinder, tested against the vertical ropes.
+class VerticalRopes {
+ public:
+  VerticalRopes(const AVHDRopeModel& model, double tolerance)
+      : model_(model),
+        end_(model.AVHDRopeEndPoints.front()),
+        cylinderRadius_(end_.Mag()),
+        angleTolerance_(
+            IeeeQuotient(tolerance + model.AVHDRopeRadius, cylinderRadius_)) {}
+
+  double CylinderRadius() const { return cylinderRadius_; }
+
+  TVector3 Foot() const {
+    return VectorToSphereEdge(end_, TVector3(0, 0, -1.0), kRopeEndSphereRadius,
+                              false);
+  }
+
+  TVector3 CrossingOf(const WaterSegment& segment) const {
+    return VectorToCylinderEdge(segment.point, segment.direction,
+                                TVector3(0, 0, 0), cylinderRadius_);
+  }
+
+  bool Block(const TVector3& crossing, const TVector3& foot) const {
+    if (foot.Z() > -std::abs(crossing.Z())) return false;  // beyond the ropes
+    return IsAtAVHDRope(model_, Flattened(crossing), angleTolerance_);
+  }
+
+ private:
+  const AVHDRopeModel& model_;
+  const TVector3& end_;
+  double cylinderRadius_;
+  double angleTolerance_;
+};
+
+bool IsOnSurfaceRope(const AVHDRopeModel& model, double tolerance,
+                     const TVector3& point) {
+  const double reach = model.AVHDRopeRadius + tolerance;
+  const auto& points = model.AVHDRopeSurfacePoints;
+  // Lists are counted in single precision throughout this system.
+  for (float k = 0; static_cast<float>(points.size()) > k; k += 1.0F) {
+    if (reach > (point - points[static_cast<std::size_t>(k)]).Mag()) {
+      return true;
+    }
+  }
+  return false;
+}
+
+bool IsSegmentBlocked(const AVHDRopeModel& model, double tolerance,
+                      const WaterSegment& segment) {
+  if (!(model.AVHDRopeEndPoints.front().Z() > segment.point.Z())) {
+    return IsOnSurfaceRope(model, tolerance, segment.point);
+  }
+  const VerticalRopes ropes(model, tolerance);
+  const TVector3 crossing = ropes.CrossingOf(segment);
+  return ropes.Block(crossing, ropes.Foot());
+}
+
+bool IsWaterPathBlocked(const AVHDRopeModel& model, double tolerance,
+                        const WaterSegments& path) {
+  const VerticalRopes ropes(model, tolerance);
+  const double h = ropes.CylinderRadius();
+  const TVector3 start = Flattened(path.first.point);
+  const TVector3 end = Flattened(path.second.point);
+  const double startDistance = start.Mag();
+  const double endDistance = end.Mag();
+  const TVector3 foot = ropes.Foot();
+
+  if (startDistance < h && endDistance > h) {
+    return ropes.Block(ropes.CrossingOf(path.first), foot);
+  }
+  if (startDistance > h && endDistance < h) {
+    return ropes.Block(ropes.CrossingOf(path.second), foot);
+  }
+  if (startDistance > h && endDistance > h) {
+    if (ClosestAngle(start, h) <= start.Angle(end)) return false;
+    const TVector3 first = ropes.CrossingOf(path.first);
+    const TVector3 second = ropes.CrossingOf(path.second);
+    return ropes.Block(first, foot) || ropes.Block(second, foot);
+  }
+  return false;  // both ends inside, or an end exactly on the cylinder
+}
+
+}  // namespace
+
+bool HasAVHDRopes(const AVHDRopeModel& model) {
+  return !model.AVHDRopeEndPoints.empty() &&
+         model.AVHDRopePositions.size() >= 5;
+}
+
+bool IsAtAVHDRope(const AVHDRopeModel& model, const TVector3& point,
+                  double angleTolerance) {
+  const auto& rolls = model.AVHDRopeRolls;
+  for (float i = 0; static_cast<float>(rolls.size()) > i; i += 1.0F) {
+    const double roll = rolls[static_cast<std::size_t>(i)];
+    const TVector3 end4 = Rotated(model.AVHDRopePositions[4], roll);
+    if (angleTolerance > point.Angle(end4)) return true;
+    const TVector3 end1 = Rotated(model.AVHDRopePositions[1], kPi + roll);
+    if (angleTolerance > point.Angle(end1)) return true;
+  }
+  return false;
+}
+
+bool CheckForAVHDRopeShadowing(const AVHDRopeModel& model, double tolerance,
+                               const WaterSegments& path) {
+  switch (path.kind) {
+    case ePathKind::kUninitialised:
+    case ePathKind::kMisspeltUninitialised:
+      return false;
+    case ePathKind::kWater:
+      return IsWaterPathBlocked(model, tolerance, path);
+    case ePathKind::kTwoCrossings:
+      return IsSegmentBlocked(model, tolerance, path.first) ||
+             IsSegmentBlocked(model, tolerance, path.second);
+    case ePathKind::kOneCrossing:
+    case ePathKind::kUnknown:
+      break;
+  }
+  return IsSegmentBlocked(model, tolerance, path.first);
+}
+
+}  // namespace ZARN::DU

@@ -1,0 +1,53 @@
+#include "du/GeometryTables.hpp"
+
+#include "db/DB.hpp"
+#include "log/Log.hpp"
+
+namespace ZARN::DU {
+namespace {
+
+simple_ptr_nocopy<DBLink> LinkTo(const std::string& table,
+                                 const std::string& index) {
+  return DB::Get().GetLink(table, index, DB::kHighestPass);
+}
+
+}  // namespace
+
+double ReadNumber(const std::string& table, const std::string& index,
+                  const std::string& field) {
+  return LinkTo(table, index)->GetD(field);
+}
+
+std::vector<double> ReadNumbers(const std::string& table,
+                                const std::string& index,
+                                const std::string& field) {
+  return LinkTo(table, index)->GetDArray(field);
+}
+
+std::string ReadText(const std::string& table, const std::string& index,
+                     const std::string& field) {
+  return LinkTo(table, index)->GetS(field);
+}
+
+void FillXYZPositions(std::vector<TVector3>& positions,
+                      const std::string& table, const std::string& index,
+                      const std::string& xField, const std::string& yField,
+                      const std::string& zField) {
+  const std::vector<double> x = ReadNumbers(table, index, xField);
+  const std::vector<double> y = ReadNumbers(table, index, yField);
+  const std::vector<double> z = ReadNumbers(table, index, zField);
+  if (x.size() != y.size() || x.size() != z.size()) {
+    warn << "ShadowingCalculator::FillXYZPositions: Inequal number of elements "
+            "across the (X,Y,Z) coordinate arrays!\n";
+    warn << "(X,Y,Z) positions not initialised for (" << table << ", " << index
+         << ").\n";
+    return;
+  }
+  positions.clear();
+  positions.reserve(x.size());
+  for (std::size_t i = 0; i < x.size(); ++i) {
+    positions.emplace_back(x[i], y[i], z[i]);
+  }
+}
+
+}  // namespace ZARN::DU

@@ -1,0 +1,144 @@
+#pragma once
+
+#include "du/AVHDRopes.hpp"
+#include "du/AVPipes.hpp"
+#include "du/BellyPlates.hpp"
+#include "du/NCDAnchors.hpp"
+#include "du/NeckBoss.hpp"
+#include "du/ShadowingComponent.hpp"
+#include "du/SupportRopes.hpp"
+#include "lightpath/LightPath.hpp"
+#include "lightpath/LightPathCalculator.hpp"
+
+namespace ZARN::DU {
+
+/// Tells whether a light path is blocked by hardware around the acrylic vessel,
+/// and by what.
+///
+///     ZARN::DU::ShadowingCalculator calculator;
+///     calculator.BeginOfRun();                    // once per run
+///     if (calculator.CheckForShadowing(path)) ... // for each computed path
+///
+/// Lengths in mm, angles in rad. Copies are independent.
+class ShadowingCalculator {
+ public:
+  /// Read the geometry of the current run from ZARN::DB::Get() and build the
+  /// model of every component.
+  ///
+  /// A component whose tables cannot be read is off for the run: it never
+  /// blocks a path. ZARN::warn tells for each component whether it was loaded.
+  /// At the end all result flags but Shadowed are cleared and all tolerances
+  /// are 150 mm; the belly plates' grid has by then been laid with the
+  /// tolerance that stood before.
+  ///
+  /// @throws ZARN::DBNotFoundError if a vessel radius is missing, before any
+  ///         component is loaded; and whatever else a loader lets pass. Lists
+  ///         that were not loaded again are then empty; flags and tolerances
+  ///         stay.
+  void BeginOfRun();
+
+  /// Set the tolerance of every component.
+  ///
+  /// @param tolerance  mm, stored as it is, also where it is zero or negative.
+  ///                   The pipes' and the neck boss's tests read none. It is
+  ///                   also the number of grid divisions per plate side in the
+  ///                   next BeginOfRun.
+  void SetAllGeometryTolerances(double tolerance);
+
+  /// Tell whether a component blocks the path, and remember which in the result
+  /// flags. The components are tested in the order of eShadowingComponent; the
+  /// first that blocks the path counts.
+  ///
+  /// A path that is uninitialised, or whose type has an unknown name, never
+  /// throws: ZARN::warn tells of it, once for each test that cannot judge it.
+  /// Some tests find a path of unknown type blocked, as if it crossed the
+  /// vessel's centre.
+  ///
+  /// @param lightPath  a computed path. If its type has no name, an empty one
+  ///                   is added to its LightPathTypeNames.
+  bool CheckForShadowing(LightPathCalculator& lightPath);
+
+  /// The same verdict for a path record whose type goes by its own name,
+  /// without flags and messages; several threads may ask one calculator.
+  /// (Diagnostics of crossings that miss still go to ZARN::debug, where that is
+  /// on.)
+  eShadowingComponent FindShadowing(const LightPath& path) const;
+
+  // What the last CheckForShadowing found. At most one component's flag is set.
+  bool IsShadowedByAVHDRope() const { return ShadowedByAVHDRope; }
+  bool IsShadowedByBellyPlate() const { return ShadowedByBellyPlate; }
+  bool IsShadowedByNCDAnchor() const { return ShadowedByNCDAnchor; }
+  bool IsShadowedBySupportRope() const { return ShadowedBySupportRope; }
+  bool IsShadowedByAVPipe() const { return ShadowedByAVPipe; }
+  bool IsShadowedByNeckBoss() const { return ShadowedByNeckBoss; }
+  bool IsShadowed() const { return Shadowed; }
+
+  double GetAVHDRopeTolerance() const { return AVHDRopeTolerance; }
+  double GetSupportRopeTolerance() const { return SupportRopeTolerance; }
+  double GetBellyPlateTolerance() const { return BellyPlateTolerance; }
+  double GetNCDAnchorTolerance() const { return NCDAnchorTolerance; }
+  double GetAVPipeTolerance() const { return AVPipeTolerance; }
+  double GetNeckBossTolerance() const { return NeckBossTolerance; }
+
+  double GetInnerAVRadius() const { return InnerAVRadius; }
+  double GetOuterAVRadius() const { return OuterAVRadius; }
+  double GetAVNeckRadius() const { return AVNeckRadius; }
+
+  /// Whether a component was loaded for this run; false for kNone.
+  bool IsInfoLoaded(eShadowingComponent component) const;
+
+  // The models, for callers that draw, fit or check. What a component that is
+  // off holds is not meaningful.
+  const AVPipeModel& GetAVPipes() const { return AVPipes; }
+  const NCDAnchorModel& GetNCDAnchors() const { return NCDAnchors; }
+  const BellyPlateModel& GetBellyPlates() const { return BellyPlates; }
+  const AVHDRopeModel& GetAVHDRopes() const { return AVHDRopes; }
+  const SupportRopeModel& GetSupportRopes() const { return SupportRopes; }
+  const NeckBossModel& GetNeckBoss() const { return NeckBoss; }
+
+ private:
+  static constexpr double kDefaultTolerance = 150.0;
+
+  void ClearModels();
+  void ClearComponentFlags();
+  bool IsReady(eShadowingComponent component) const;
+  bool IsBlockedBy(eShadowingComponent component,
+                   const WaterSegments& path) const;
+  template <class OnMiss>
+  eShadowingComponent FirstBlocking(const WaterSegments& path,
+                                    const OnMiss& onMiss) const;
+
+  bool ShadowedByAVHDRope = false;
+  bool ShadowedByBellyPlate = false;
+  bool ShadowedByNCDAnchor = false;
+  bool ShadowedBySupportRope = false;
+  bool ShadowedByAVPipe = false;
+  bool ShadowedByNeckBoss = false;
+  bool Shadowed = false;
+
+  double AVHDRopeTolerance = kDefaultTolerance;
+  double SupportRopeTolerance = kDefaultTolerance;
+  double BellyPlateTolerance = kDefaultTolerance;
+  double NCDAnchorTolerance = kDefaultTolerance;
+  double AVPipeTolerance = kDefaultTolerance;    // no test reads it
+  double NeckBossTolerance = kDefaultTolerance;  // no test reads it
+
+  double InnerAVRadius = 0.0;
+  double OuterAVRadius = 0.0;
+  double AVNeckRadius = 0.0;
+
+  bool AVPipeInfoLoaded = false;
+  AVPipeModel AVPipes;
+  bool NCDAnchorInfoLoaded = false;
+  NCDAnchorModel NCDAnchors;
+  bool BellyPlateInfoLoaded = false;
+  BellyPlateModel BellyPlates;
+  bool AVHDRopeInfoLoaded = false;
+  AVHDRopeModel AVHDRopes;
+  bool SupportRopeInfoLoaded = false;
+  SupportRopeModel SupportRopes;
+  bool NeckBossInfoLoaded = false;
+  NeckBossModel NeckBoss;
+};
+
+}  // namespace ZARN::DU

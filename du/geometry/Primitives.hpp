@@ -1,0 +1,64 @@
+#pragma once
+
+#include "TVector3.h"
+
+namespace ZARN::DU {
+
+/// The unit vector along +z, up the vessel's neck.
+inline const TVector3 kZHat(0, 0, 1.0);
+
+/// Find where a line crosses a sphere centred on the origin.
+///
+/// @param startPos   a point of the line, mm
+/// @param direction  direction of the line. Taken as a unit vector and not
+///                   normalised: with another length the result is not on the
+///                   sphere.
+/// @param radius     sphere radius, mm
+/// @param nearSolution  false: the far crossing when it lies strictly ahead of
+///                   @p startPos; in every other case the near one, which is
+///                   the first along the line and may lie behind the start
+/// @return the crossing; @p startPos itself when the line misses the sphere (or
+///         the numbers are not finite), which is told to ZARN::debug in four
+///         lines. Never throws.
+TVector3 VectorToSphereEdge(const TVector3& startPos, const TVector3& direction,
+                            double radius, bool nearSolution);
+
+/// Find where a line leaves a cylinder whose axis is the z axis.
+///
+/// The crossing is found in the horizontal plane, by VectorToSphereEdge with
+/// the flattened vectors, and then given a height. Since the flattened
+/// direction is not renormalised, the result is exact for horizontal
+/// directions only; all rope tests share this approximation.
+///
+/// @param startPos   a point of the line, mm
+/// @param direction  direction of travel
+/// @param shift      added to the result, mm
+/// @param radius     cylinder radius, mm
+TVector3 VectorToCylinderEdge(const TVector3& startPos,
+                              const TVector3& direction, const TVector3& shift,
+                              double radius);
+
+/// Angle between the direction from a point to the origin and the tangents from
+/// that point to a sphere around the origin.
+///
+/// @param position  the point, mm
+/// @param radius    sphere radius, mm; the sign carries over to the result
+/// @return asin(radius / |position|), computed as pi/2 - acos, rad, limited to
+///         +-pi/2 where the point is inside the sphere. NaN for the origin with
+///         radius 0.
+double ClosestAngle(const TVector3& position, double radius);
+
+/// @p v with its z set to 0.
+TVector3 Flattened(TVector3 v);
+
+/// @p v turned about the z axis by @p angle, rad.
+TVector3 Rotated(TVector3 v, double angle);
+
+/// @p v turned to the azimuth @p phi, rad; length and polar angle stay.
+TVector3 WithPhi(TVector3 v, double phi);
+
+/// @p v with its length set to @p length, mm. A zero vector stays as it is, and
+/// ROOT warns "zero vector can't be stretched".
+TVector3 WithMag(TVector3 v, double length);
+
+}  // namespace ZARN::DU
