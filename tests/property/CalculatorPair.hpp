@@ -1,0 +1,75 @@
+#pragma once
+
+#include <string>
+
+#include "du/ShadowingCalculator.hpp"
+#include "lightpath/LightPathCalculator.hpp"
+#include "log/Log.hpp"
+#include "tests/property/Paths.hpp"
+#include "tests/property/RootMessages.hpp"
+#include "tests/property/TextSink.hpp"
+#include "tests/reference/PlainShadowingCalculator.hpp"
+
+namespace ZARN::Testing {
+
+/// The real calculator and the plain one, asked the same questions.
+///
+/// Each question compares all that can be seen from outside: the answer, the
+/// flags, what is written to ZARN::warn and ZARN::debug, the vector library's
+/// own warnings, and the names that the path has afterwards. While a pair lives
+/// it holds the log streams and ROOT's handler.
+class CalculatorPair {
+ public:
+  CalculatorPair();
+  CalculatorPair(const CalculatorPair&) = delete;
+  CalculatorPair& operator=(const CalculatorPair&) = delete;
+  ~CalculatorPair();
+
+  void SwitchDebug(bool on);
+  void SetAllGeometryTolerances(double tolerance);
+
+  /// @return whether both did the same; Difference() tells if not
+  bool BeginOfRun();
+
+  /// Have both judge a path, the real one through FindShadowing as well if the
+  /// path goes by its type's own name.
+  ///
+  /// @return whether both did the same; Difference() tells if not
+  bool Check(const TestPath& path);
+
+  /// What the last Check found, as a number that differs where the outcome
+  /// does: which component, and how many lines of diagnostics.
+  int Outcome() const { return outcome_; }
+  DU::eShadowingComponent Blocking() const { return blocking_; }
+
+  /// What differed last. Made on demand, since nearly every comparison agrees.
+  const std::string& Difference() const { return difference_; }
+
+  const Reference::PlainShadowingCalculator& Plain() const { return plain_; }
+
+ private:
+  bool HaveSameTexts();
+  void EmptyTexts();
+  bool Differ(const std::string& what);
+  bool HaveSameFlags() const;
+  void Name(const TestPath& path);
+  void Unname(const TestPath& path);
+  bool FindsTheSame(const TestPath& path);
+
+  TextSink realWarn_;
+  TextSink realDebug_;
+  TextSink plainWarn_;
+  TextSink plainDebug_;
+  std::string realRoot_;
+  std::string plainRoot_;
+  RootMessages root_;
+  DU::ShadowingCalculator real_;
+  Reference::PlainShadowingCalculator plain_;
+  DU::LightPathCalculator realPath_;
+  DU::LightPathCalculator plainPath_;
+  DU::eShadowingComponent blocking_ = DU::eShadowingComponent::kNone;
+  int outcome_ = 0;
+  std::string difference_;
+};
+
+}  // namespace ZARN::Testing

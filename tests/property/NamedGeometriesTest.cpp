@@ -1,0 +1,72 @@
+#include <gtest/gtest.h>
+
+#include <string>
+#include <vector>
+
+#include "tests/property/CalculatorPair.hpp"
+#include "tests/support/Tables.hpp"
+
+// Geometries that random ones do not come upon. Each names in a sentence the
+// mistake that it tells from the right thing.
+
+namespace ZARN::Testing {
+namespace {
+
+/// A vessel and one hold-down rope that is its own template, with the two
+/// points where it meets the ring around the neck.
+Tables RopeTables(const TVector3& p2, const TVector3& p3) {
+  Tables tables = VesselTables();
+  tables.Set("GEO", "hold_down_ropes", "solid_definition", std::string("rope"));
+  tables.Set("GEO", "hold_down_ropes", "locations", std::string("rolls"));
+  tables.Set("SOLID", "rope", "r_rope", 12.0);
+  tables.SetPositions("SOLID", "rope",
+                      {{5822.776, 818.338, -6138.045},
+                       {5822.776, 818.338, 5.0},
+                       p2,
+                       p3,
+                       {-5284.909, 2577.622, 5.0},
+                       {-5284.909, 2577.622, -6138.045}},
+                      "rope_");
+  tables.Set("GEO_LOCATIONS", "rolls", "roll", std::vector<double>{0.0});
+  return tables;
+}
+
+void ExpectTheSameRope(const TVector3& p2, const TVector3& p3) {
+  RopeTables(p2, p3).Load();
+  CalculatorPair pair;
+  EXPECT_TRUE(pair.BeginOfRun()) << pair.Difference();
+  EXPECT_TRUE(pair.Plain().AVHDRopeInfoLoaded);
+  EXPECT_GT(pair.Plain().AVHDRopeSurfacePoints.size(), 2000U);
+}
+
+// A walker that is set out afresh from the template point at every step: the
+// walkers are two vectors that turn on from step to step, and the rounding of
+// one turn goes into the next.
+TEST(NamedGeometries, ArcWalkersKeepTheRoundingOfEveryTurn) {
+  ExpectTheSameRope({2970.804, 417.519, 5022.201},
+                    {-2696.382, 1315.113, 5022.201});
+}
+
+// An arc that counts its own limit: here a walker's angle to the end from which
+// it set out is the arc's width to the last bit.
+TEST(NamedGeometries, AWalkerAtTheArcsWidthFromItsStartIsNotASample) {
+  ExpectTheSameRope(
+      {0x1.b6cp+11, 0.0, 0x1.b6cp+11},
+      {-0x1.b6cp+11, -0x1.c3e4b5c640b0ep+10, 0x1.781911d1ceb89p+11});
+  ExpectTheSameRope(
+      {0x1.62cp+11, 0.0, 0x1.62cp+11},
+      {-0x1.62bffffffffffp+11, -0x1.4841773b50c62p+11, 0x1.0d0a7361e6366p+10});
+}
+
+// The same at the arc's other end.
+TEST(NamedGeometries, AWalkerAtTheArcsWidthFromItsEndIsNotASample) {
+  ExpectTheSameRope(
+      {0x1.bef8dbdbb191ep+11, -0x1.7cdb6575b022cp+10, 0x1.878p+10},
+      {-0x1.43cp+10, -0x1.651decf18ff62p-43, -0x1.68cp+11});
+  ExpectTheSameRope(
+      {0x1.7792b454a9705p+11, -0x1.113b02e2e456ep+11, 0x1.21cp+10},
+      {-0x1.4ccp+11, -0x1.6f0b626e4b69ep-42, -0x1.3f2p+11});
+}
+
+}  // namespace
+}  // namespace ZARN::Testing
