@@ -1,0 +1,24 @@
+#pragma once
+
+#include <string>
+#include <string_view>
+
+namespace ZARN::App {
+
+/// A number that was read, or why it is none.
+struct NumberOrReason {
+  double value = 0.0;
+  const char* reason = nullptr;  ///< null when there is a value
+};
+
+/// Read a whole cell as a number, whatever the locale.
+///
+/// Decimal and exponent notation, a leading + or -, inf and nan. What is too
+/// small for a double becomes the nearest one; what is too large is refused,
+/// and so are blanks and anything else.
+NumberOrReason ReadNumber(std::string_view cell);
+
+/// @p value with its thousands set apart: 1234567 is "1,234,567".
+std::string Grouped(unsigned long long value);
+
+}  // namespace ZARN::App

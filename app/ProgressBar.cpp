@@ -1,0 +1,78 @@
+#include "app/ProgressBar.hpp"
+
+#include <unistd.h>
+
+#include <algorithm>
+#include <cstdio>
+#include <iostream>
+#include <streambuf>
+#include <string>
+
+#include "app/Numbers.hpp"
+
+namespace ZARN::App {
+
+/// Passes messages on to standard error, on a line of their own.
+class ProgressBar::ClearingBuffer : public std::streambuf {
+ public:
+  explicit ClearingBuffer(ProgressBar& bar) : bar_(bar) {}
+
+ protected:
+  std::streamsize xsputn(const char* text, std::streamsize size) override {
+    bar_.Finish();
+    std::cerr.write(text, size);
+    return size;
+  }
+  int_type overflow(int_type c) override {
+    if (traits_type::eq_int_type(c, traits_type::eof())) return 0;
+    const char text = traits_type::to_char_type(c);
+    return xsputn(&text, 1) == 1 ? c : traits_type::eof();
+  }
+
+ private:
+  ProgressBar& bar_;
+};
+
+ProgressBar::ProgressBar()
+    : isTerminal_(isatty(STDERR_FILENO) == 1),
+      nextDraw_(begin_ + std::chrono::seconds(1)),
+      buffer_(std::make_unique<ClearingBuffer>(*this)),
+      messages_(std::make_unique<std::ostream>(buffer_.get())) {}
+
+ProgressBar::~ProgressBar() { Finish(); }
+
+void ProgressBar::Update(std::uint64_t count, std::uint64_t done,
+                         std::uint64_t whole) {
+  if (!isTerminal_ || Clock::now() < nextDraw_) return;
+  Draw(count, done, whole);
+  nextDraw_ = Clock::now() + std::chrono::milliseconds(100);
+}
+
+void ProgressBar::Draw(std::uint64_t count, std::uint64_t done,
+                       std::uint64_t whole) {
+  constexpr int kWidth = 30;
+  std::string line = "\r\033[K";
+  if (whole > 0) {
+    const double part =
+        std::min(1.0, static_cast<double>(done) / static_cast<double>(whole));
+    const int filled = static_cast<int>(part * kWidth);
+    line += "[" + std::string(static_cast<std::size_t>(filled), '#') +
+            std::string(static_cast<std::size_t>(kWidth - filled), '.') + "] " +
+            std::to_string(static_cast<int>(part * 100)) + " %  ";
+  }
+  const double seconds =
+      std::chrono::duration<double>(Clock::now() - begin_).count();
+  const double rate = static_cast<double>(count) / seconds;
+  line += Grouped(count) + " paths, " +
+          Grouped(static_cast<unsigned long long>(rate)) + " a second";
+  std::cerr << line << std::flush;
+  isShown_ = true;
+}
+
+void ProgressBar::Finish() {
+  if (!isShown_) return;
+  std::cerr << "\r\033[K" << std::flush;
+  isShown_ = false;
+}
+
+}  // namespace ZARN::App

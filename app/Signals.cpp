@@ -1,0 +1,53 @@
+#include "app/Signals.hpp"
+
+#include <unistd.h>
+
+#include <csignal>
+
+#include "TSystem.h"
+#include "app/Failure.hpp"
+
+namespace ZARN::App {
+namespace {
+
+volatile std::sig_atomic_t areSignalsKept = 0;
+volatile std::sig_atomic_t keptSignal = 0;
+
+extern "C" void TakeSignal(int signal) {
+  if (areSignalsKept == 0) _exit(StatusOfSignal(signal));
+  keptSignal = signal;
+}
+
+}  // namespace
+
+void HandleSignals() {
+  // ROOT's core library installs handlers of its own, which print a stack trace
+  // and carry on or abort.
+  gSystem->ResetSignals();
+
+  struct sigaction take = {};
+  take.sa_handler = TakeSignal;
+  sigemptyset(&take.sa_mask);
+  // Without SA_RESTART: a read or write that waits must return to be stopped.
+  for (const int signal : {SIGINT, SIGTERM, SIGHUP}) {
+    struct sigaction found = {};
+    sigaction(signal, nullptr, &found);
+    // nohup and background jobs rely on what is ignored staying so.
+    if (found.sa_handler != SIG_IGN) sigaction(signal, &take, nullptr);
+  }
+  struct sigaction ignore = {};
+  ignore.sa_handler = SIG_IGN;
+  sigemptyset(&ignore.sa_mask);
+  for (const int signal : {SIGPIPE, SIGXFSZ}) {
+    sigaction(signal, &ignore, nullptr);
+  }
+}
+
+KeptSignals::KeptSignals() { areSignalsKept = 1; }
+KeptSignals::~KeptSignals() { areSignalsKept = 0; }
+
+void ThrowIfInterrupted() {
+  if (keptSignal != 0) throw Interrupted(keptSignal);
+}
+
+}  // namespace ZARN::App
