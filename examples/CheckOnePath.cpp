@@ -1,0 +1,22 @@
+#include <iostream>
+
+#include "db/DB.hpp"
+#include "db/JsonTables.hpp"
+#include "du/ShadowingCalculator.hpp"
+#include "lightpath/LightPathCalculator.hpp"
+
+/// Asks for one light path what blocks it. The argument names the geometry
+/// tables, for example data/reference-detector.
+int main(int /*argc*/, char** argv) {
+  ZARN::LoadJsonTables(ZARN::DB::Get(), argv[1]);
+  ZARN::DU::ShadowingCalculator calculator;
+  calculator.BeginOfRun();
+
+  ZARN::DU::LightPathCalculator path;
+  path.SetLightPathType(ZARN::DU::kAVToWater);
+  path.SetAVPoint1({0, 5860, 0});     // mm: where the light leaves the vessel
+  path.SetFinalDirection({0, 1, 0});  // and where it goes from there
+  calculator.CheckForShadowing(path);
+  std::cout << "shadowed by a pipe: " << calculator.IsShadowedByAVPipe()
+            << "\n";
+}

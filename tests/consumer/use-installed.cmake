@@ -1,0 +1,33 @@
+# Installs the build into an empty folder, builds the outside project against it,
+# and runs both what it built and the installed command.
+#   cmake -D BUILD=<build> -D SOURCE=<source> -D ROOT_DIR=<folder>
+#         -D CXX=<compiler> -D CXX_FLAGS=<flags> -P use-installed.cmake
+function(run)
+  execute_process(COMMAND ${ARGV} COMMAND_ERROR_IS_FATAL ANY)
+endfunction()
+
+set(work "${BUILD}/tests/consumer")
+file(REMOVE_RECURSE "${work}/prefix" "${work}/build")
+run(${CMAKE_COMMAND} --install "${BUILD}" --prefix "${work}/prefix")
+run(${CMAKE_COMMAND} -S "${SOURCE}/tests/consumer" -B "${work}/build"
+  "-DCMAKE_PREFIX_PATH=${work}/prefix" "-DROOT_DIR=${ROOT_DIR}"
+  "-DCMAKE_CXX_COMPILER=${CXX}" "-DCMAKE_CXX_FLAGS=${CXX_FLAGS}"
+  "-DZARN_EXAMPLES_DIR=${SOURCE}/examples")
+run(${CMAKE_COMMAND} --build "${work}/build")
+
+set(tables "${work}/prefix/share/zarn/reference-detector")
+execute_process(COMMAND "${work}/build/check_one_path" "${tables}"
+  OUTPUT_VARIABLE said COMMAND_ERROR_IS_FATAL ANY)
+if(NOT said STREQUAL "shadowed by a pipe: 1\n")
+  message(FATAL_ERROR "the outside program said: ${said}")
+endif()
+run("${work}/prefix/bin/zarn-shadow" --version)
+
+# What is installed must not lead back into this source tree.
+file(GLOB_RECURSE installed "${work}/prefix/*.cmake")
+foreach(file IN LISTS installed)
+  file(STRINGS "${file}" leads REGEX "${SOURCE}/(log|db|lightpath|du|build|cmake)")
+  if(leads)
+    message(FATAL_ERROR "${file} names the source tree: ${leads}")
+  endif()
+endforeach()
