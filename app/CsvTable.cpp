@@ -164,7 +164,7 @@ void CsvTable::Fail(std::size_t column, const std::string& reason) const {
   } else {
     place += " (row " + std::to_string(Row()) + "), ";
     place += column < columns_.size()
-                 ? "column " + columns_[column]
+                 ? "column " + Printable(columns_[column])
                  : "column " + std::to_string(column + 1) + " (not named)";
   }
   throw BadInput(place + ": " + reason);

@@ -5,9 +5,12 @@
 
 namespace ZARN::App {
 
-/// Text from a file as it is shown in messages: in quotes, on one line, control
-/// characters written out (so that a file cannot command the terminal), and the
-/// end of long ones left out.
+/// Text from a file as it is shown in messages: on one line, control characters
+/// written out (so that a file cannot command the terminal), and the end of
+/// long ones left out.
+std::string Printable(std::string_view text);
+
+/// The same in quotes, for text that may be empty or end in a blank.
 std::string Quoted(std::string_view text);
 
 }  // namespace ZARN::App

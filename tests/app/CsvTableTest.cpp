@@ -165,6 +165,12 @@ TEST_F(CsvTableTest, RefusesARowOfTheWrongLength) {
   EXPECT_NE(Complaint("a,b\n \n").find("line 2 (row 0)"), std::string::npos);
 }
 
+TEST_F(CsvTableTest, ShowsNoControlCharactersOfAColumnsName) {
+  const std::string complaint = Complaint("a,\x1B[2J\n1\n");
+  EXPECT_EQ(complaint.find('\x1B'), std::string::npos);
+  EXPECT_THAT(complaint, testing::HasSubstr("column \\x1b[2J"));
+}
+
 TEST_F(CsvTableTest, RefusesWrongQuotes) {
   EXPECT_EQ(
       Complaint("a,b\n1,2\n\n3,\"4\n5"),
