@@ -12,6 +12,15 @@ class DBNotFoundError : public std::runtime_error {
   using std::runtime_error::runtime_error;
 };
 
+/// A field holds a value that cannot be. The text names table, index and field.
+class DBValueError : public std::runtime_error {
+ public:
+  DBValueError(const std::string& table, const std::string& index,
+               const std::string& field, const std::string& reason)
+      : std::runtime_error("table " + table + ", index " + index +
+                           ": the field " + field + " " + reason) {}
+};
+
 /// A link handle that holds nothing was dereferenced.
 class null_dereference : public std::runtime_error {
  public:

@@ -9,17 +9,22 @@ namespace ZARN {
 DBLink::DBLink(std::shared_ptr<const TableEntry> entry)
     : entry_(std::move(entry)) {}
 
-template <class Value>
-const Value& DBLink::Get(const std::string& field, const char* wanted) const {
-  const std::string place =
-      "table " + entry_->table + ", index " + entry_->index + ": ";
+const TableField& DBLink::Find(const std::string& field) const {
   const auto found = entry_->fields.find(field);
   if (found == entry_->fields.end()) {
-    throw DBNotFoundError(place + "there is no field " + field);
+    throw DBNotFoundError("table " + entry_->table + ", index " +
+                          entry_->index + ": there is no field " + field);
   }
-  const Value* const value = std::get_if<Value>(&found->second);
+  return found->second;
+}
+
+template <class Value>
+const Value& DBLink::Get(const std::string& field, const char* wanted) const {
+  const Value* const value = std::get_if<Value>(&Find(field));
   if (value == nullptr) {
-    throw DBNotFoundError(place + "the field " + field + " is not " + wanted);
+    throw DBNotFoundError("table " + entry_->table + ", index " +
+                          entry_->index + ": the field " + field + " is not " +
+                          wanted);
   }
   return *value;
 }
@@ -34,6 +39,10 @@ std::vector<double> DBLink::GetDArray(const std::string& field) const {
 
 std::string DBLink::GetS(const std::string& field) const {
   return Get<std::string>(field, "a string");
+}
+
+bool DBLink::IsNumber(const std::string& field) const {
+  return std::holds_alternative<double>(Find(field));
 }
 
 }  // namespace ZARN

@@ -21,7 +21,13 @@ class DBLink {
   /// @throws DBNotFoundError if the field is missing or not a text
   std::string GetS(const std::string& field) const;
 
+  /// Whether the field is one number, and not an array or a text.
+  ///
+  /// @throws DBNotFoundError if the field is missing
+  bool IsNumber(const std::string& field) const;
+
  private:
+  const TableField& Find(const std::string& field) const;
   template <class Value>
   const Value& Get(const std::string& field, const char* wanted) const;
 

@@ -3,6 +3,7 @@
 #include <string>
 
 #include "db/DBErrors.hpp"
+#include "db/ReadField.hpp"
 #include "du/GeometryTables.hpp"
 #include "du/geometry/Constants.hpp"
 #include "du/geometry/Primitives.hpp"

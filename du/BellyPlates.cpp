@@ -1,5 +1,6 @@
 #include "du/BellyPlates.hpp"
 
+#include "db/ReadField.hpp"
 #include "du/GeometryTables.hpp"
 #include "du/geometry/IeeeQuotient.hpp"
 #include "du/geometry/Primitives.hpp"

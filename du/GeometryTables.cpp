@@ -1,34 +1,9 @@
 #include "du/GeometryTables.hpp"
 
-#include "db/DB.hpp"
+#include "db/ReadField.hpp"
 #include "log/Log.hpp"
 
 namespace ZARN::DU {
-namespace {
-
-simple_ptr_nocopy<DBLink> LinkTo(const std::string& table,
-                                 const std::string& index) {
-  return DB::Get().GetLink(table, index, DB::kHighestPass);
-}
-
-}  // namespace
-
-double ReadNumber(const std::string& table, const std::string& index,
-                  const std::string& field) {
-  return LinkTo(table, index)->GetD(field);
-}
-
-std::vector<double> ReadNumbers(const std::string& table,
-                                const std::string& index,
-                                const std::string& field) {
-  return LinkTo(table, index)->GetDArray(field);
-}
-
-std::string ReadText(const std::string& table, const std::string& index,
-                     const std::string& field) {
-  return LinkTo(table, index)->GetS(field);
-}
-
 void FillXYZPositions(std::vector<TVector3>& positions,
                       const std::string& table, const std::string& index,
                       const std::string& xField, const std::string& yField,

@@ -1,5 +1,6 @@
 #include "du/NCDAnchors.hpp"
 
+#include "db/ReadField.hpp"
 #include "du/GeometryTables.hpp"
 
 namespace ZARN::DU {

@@ -1,6 +1,6 @@
 #include "du/NeckBoss.hpp"
 
-#include "du/GeometryTables.hpp"
+#include "db/ReadField.hpp"
 #include "du/geometry/Primitives.hpp"
 
 namespace ZARN::DU {

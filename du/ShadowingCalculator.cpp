@@ -8,8 +8,8 @@
 #include <algorithm>
 
 #include "db/DBErrors.hpp"
+#include "db/ReadField.hpp"
 #include "du/AVHDRopeShadowing.hpp"
-#include "du/GeometryTables.hpp"
 #include "du/UnusualPathMessages.hpp"
 #include "log/Log.hpp"
 

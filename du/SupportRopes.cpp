@@ -2,6 +2,7 @@
 
 #include <cmath>
 
+#include "db/ReadField.hpp"
 #include "du/AVHDRopeShadowing.hpp"
 #include "du/GeometryTables.hpp"
 #include "du/geometry/Constants.hpp"

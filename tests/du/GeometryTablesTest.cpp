@@ -128,53 +128,5 @@ TEST(FillXYZPositions, TakesTheFieldsThatItIsGiven) {
   EXPECT_EQ(positions, (std::vector<TVector3>{{1, 3, 2}}));
 }
 
-class ReadFieldsTest : public testing::Test {
- protected:
-  ReadFieldsTest() {
-    Tables tables;
-    tables.Set("SOLID", "rope", "number", 12.5);
-    tables.Set("SOLID", "rope", "numbers", Numbers{1, 2});
-    tables.Set("SOLID", "rope", "text", "a name");
-    tables.Load();
-  }
-};
-
-TEST_F(ReadFieldsTest, GivesFieldsOfEachType) {
-  EXPECT_EQ(ReadNumber("SOLID", "rope", "number"), 12.5);
-  EXPECT_EQ(ReadNumbers("SOLID", "rope", "numbers"), (Numbers{1, 2}));
-  EXPECT_EQ(ReadText("SOLID", "rope", "text"), "a name");
-}
-
-TEST_F(ReadFieldsTest, RefusesFieldsOfAnotherType) {
-  for (const char* field : {"numbers", "text"}) {
-    EXPECT_THROW(ReadNumber("SOLID", "rope", field), DBNotFoundError);
-  }
-  for (const char* field : {"number", "text"}) {
-    EXPECT_THROW(ReadNumbers("SOLID", "rope", field), DBNotFoundError);
-  }
-  for (const char* field : {"number", "numbers"}) {
-    EXPECT_THROW(ReadText("SOLID", "rope", field), DBNotFoundError);
-  }
-}
-
-TEST_F(ReadFieldsTest, RefusesWhatIsMissing) {
-  EXPECT_THROW(ReadNumber("SOLID", "rope", "length"), DBNotFoundError);
-  EXPECT_THROW(ReadNumber("SOLID", "ropes", "number"), DBNotFoundError);
-  EXPECT_THROW(ReadNumber("GEO", "rope", "number"), DBNotFoundError);
-}
-
-TEST_F(ReadFieldsTest, TakesTheHighestPass) {
-  TableEntry entry;
-  entry.table = "SOLID";
-  entry.index = "rope";
-  entry.pass = 3;
-  entry.fields["number"] = 99.0;
-  DB::Get().Add({entry});
-  EXPECT_EQ(ReadNumber("SOLID", "rope", "number"), 99.0);
-  // The entry of the highest pass stands for itself: no field is taken from a
-  // lower one.
-  EXPECT_THROW(ReadText("SOLID", "rope", "text"), DBNotFoundError);
-}
-
 }  // namespace
 }  // namespace ZARN::DU

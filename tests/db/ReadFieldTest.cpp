@@ -1,0 +1,78 @@
+#include "db/ReadField.hpp"
+
+#include <gtest/gtest.h>
+
+#include <string>
+#include <vector>
+
+#include "db/DB.hpp"
+
+namespace ZARN {
+namespace {
+
+using Numbers = std::vector<double>;
+
+class ReadFieldsTest : public testing::Test {
+ protected:
+  ReadFieldsTest() {
+    TableEntry entry;
+    entry.table = "SOLID";
+    entry.index = "rope";
+    entry.fields = {
+        {"number", 12.5}, {"numbers", Numbers{1, 2}}, {"text", "a name"}};
+    DB::Get().Clear();
+    DB::Get().Add({entry});
+  }
+};
+
+TEST_F(ReadFieldsTest, GivesFieldsOfEachType) {
+  EXPECT_EQ(ReadNumber("SOLID", "rope", "number"), 12.5);
+  EXPECT_EQ(ReadNumbers("SOLID", "rope", "numbers"), (Numbers{1, 2}));
+  EXPECT_EQ(ReadText("SOLID", "rope", "text"), "a name");
+}
+
+TEST_F(ReadFieldsTest, RefusesFieldsOfAnotherType) {
+  for (const char* field : {"numbers", "text"}) {
+    EXPECT_THROW(ReadNumber("SOLID", "rope", field), DBNotFoundError);
+  }
+  for (const char* field : {"number", "text"}) {
+    EXPECT_THROW(ReadNumbers("SOLID", "rope", field), DBNotFoundError);
+  }
+  for (const char* field : {"number", "numbers"}) {
+    EXPECT_THROW(ReadText("SOLID", "rope", field), DBNotFoundError);
+  }
+}
+
+TEST_F(ReadFieldsTest, RefusesWhatIsMissing) {
+  EXPECT_THROW(ReadNumber("SOLID", "rope", "length"), DBNotFoundError);
+  EXPECT_THROW(ReadNumber("SOLID", "ropes", "number"), DBNotFoundError);
+  EXPECT_THROW(ReadNumber("GEO", "rope", "number"), DBNotFoundError);
+}
+
+TEST_F(ReadFieldsTest, TakesTheHighestPass) {
+  TableEntry entry;
+  entry.table = "SOLID";
+  entry.index = "rope";
+  entry.pass = 3;
+  entry.fields["number"] = 99.0;
+  DB::Get().Add({entry});
+  EXPECT_EQ(ReadNumber("SOLID", "rope", "number"), 99.0);
+  // The entry of the highest pass stands for itself: no field is taken from a
+  // lower one.
+  EXPECT_THROW(ReadText("SOLID", "rope", "text"), DBNotFoundError);
+}
+
+TEST_F(ReadFieldsTest, TellsNumbersFromOtherFields) {
+  EXPECT_TRUE(IsNumber("SOLID", "rope", "number"));
+  EXPECT_FALSE(IsNumber("SOLID", "rope", "numbers"));
+  EXPECT_FALSE(IsNumber("SOLID", "rope", "text"));
+  EXPECT_THROW(IsNumber("SOLID", "rope", "length"), DBNotFoundError);
+}
+
+TEST(DBValueError, NamesTheField) {
+  EXPECT_STREQ(DBValueError("SOLID", "rope", "r_rope", "is negative").what(),
+               "table SOLID, index rope: the field r_rope is negative");
+}
+
+}  // namespace
+}  // namespace ZARN
