@@ -1,12 +1,13 @@
 #!/usr/bin/env python3
 """Write the geometry tables of the reference detector.
 
-One JSON file per component goes next to this script, or into the folder
-named by --output. The reference detector is invented: it has the right
-parts in plausible places and sizes, and stands in for no built detector.
+One JSON file per component, one for the PMTs and one for the optics go next
+to this script, or into the folder named by --output. The reference detector
+is invented: it has the right parts in plausible places and sizes, and stands
+in for no built detector.
 
 Lengths are mm, in detector coordinates: centre of the vessel at the
-origin, neck along +z. Azimuths and rope rolls are degrees.
+origin, neck along +z. Azimuths and rope rolls are degrees, wavelengths nm.
 """
 
 import argparse
@@ -102,8 +103,18 @@ NECK_BOSS_Z = 5850.0
 NECK_BOSS_HALF_HEIGHT_1 = 70.0
 NECK_BOSS_HALF_HEIGHT_2 = 50.0
 
+# Optics: published fits of plain materials, micrometres in, index out. Each is
+# named with its source and its range in README.md.
+WAVELENGTHS = range(300, 701, 5)  # nm: what scintillators emit and PMTs see
+# The fits of toluene and acrylic are of indices relative to air; over these
+# wavelengths that of air is 1.00028 to 2e-5.
+AIR_INDEX = 1.00028
+WATER_TEMPERATURE = 283.15  # 10 degrees: cold water keeps the PMTs quiet
+WATER_DENSITY = 999.7  # kg/m3 at that temperature
+
 LENGTH_DECIMALS = 3  # a micrometre: finer than any survey
 DIRECTION_DECIMALS = 9
+INDEX_DECIMALS = 6  # finer than any of the fits is known
 LINE_WIDTH = 100
 
 
@@ -255,6 +266,42 @@ def pmts():
                   direction_y=dy, direction_z=dz)]
 
 
+def toluene_index(um):
+    square = um * um
+    return AIR_INDEX * (1.474775 + 0.00699031 / square
+                        + 0.00021776 / (square * square))
+
+
+def acrylic_index(um):
+    square = um * um
+    return AIR_INDEX * math.sqrt(1.0 + 1.1819 * square / (square - 0.011313))
+
+
+def water_index(um):
+    # Temperature, density and wavelength by their reference values.
+    theta = WATER_TEMPERATURE / 273.15
+    delta = WATER_DENSITY / 1000.0
+    square = (um / 0.589) * (um / 0.589)
+    refraction = delta * (
+        0.244257733 + 9.74634476e-3 * delta - 3.73234996e-3 * theta
+        + 2.68678472e-4 * square * theta + 1.58920570e-3 / square
+        + 2.45934259e-3 / (square - 0.229202 * 0.229202)
+        + 0.900704920 / (square - 5.432937 * 5.432937)
+        - 1.66626219e-2 * delta * delta)
+    return math.sqrt((2.0 * refraction + 1.0) / (1.0 - refraction))
+
+
+def optics():
+    # Arithmetic and square roots alone, which every machine rounds alike.
+    wavelengths = [float(nm) for nm in WAVELENGTHS]
+    return [entry("OPTICS", index, wavelength=wavelengths,
+                  refractive_index=[round(formula(nm / 1000.0), INDEX_DECIMALS)
+                                    for nm in WAVELENGTHS])
+            for index, formula in (("inner_av", toluene_index),
+                                   ("acrylic", acrylic_index),
+                                   ("water", water_index))]
+
+
 FILES = {
     "vessel.json": vessel,
     "hold_down_ropes.json": hold_down_ropes,
@@ -264,6 +311,7 @@ FILES = {
     "av_pipes.json": av_pipes,
     "neck_boss.json": neck_boss,
     "pmts.json": pmts,
+    "optics.json": optics,
 }
 
 
@@ -318,7 +366,7 @@ def write_file(path, text):
 def main():
     parser = argparse.ArgumentParser(
         description="Write the geometry tables of the reference detector, "
-                    "one JSON file per component.")
+                    "one JSON file per component, PMTs and optics.")
     parser.add_argument("--output", metavar="DIR", type=pathlib.Path,
                         default=pathlib.Path(__file__).resolve().parent,
                         help="folder to write to, made if missing "
