@@ -1,5 +1,7 @@
 #pragma once
 
+#include <array>
+
 #include "TVector3.h"
 #include "lightpath/LightPathType.hpp"
 
@@ -22,5 +24,10 @@ struct LightPath {
   TVector3 AVPoint4;          ///< fourth point on an AV surface
   eLightPathType LightPathType = kUninitialised;
 };
+
+/// The points on the vessel, in order along the path.
+inline constexpr std::array<TVector3 LightPath::*, 4> kAVPoints = {
+    &LightPath::AVPoint1, &LightPath::AVPoint2, &LightPath::AVPoint3,
+    &LightPath::AVPoint4};
 
 }  // namespace ZARN::DU

@@ -1,11 +1,121 @@
 #include "lightpath/LightPathCalculator.hpp"
 
+#include <cmath>
+#include <sstream>
+#include <stdexcept>
+
+#include "db/DBErrors.hpp"
+#include "db/ReadField.hpp"
+#include "lightpath/PathBetween.hpp"
+#include "lightpath/PathLengths.hpp"
+#include "log/Log.hpp"
+
 namespace ZARN::DU {
+namespace {
+
+constexpr double kSpeedOfLight = 299.792458;  // mm/ns, by definition
+
+/// Entries of the table OPTICS, by eMedium.
+constexpr std::array<const char*, 3> kMediumNames = {"inner_av", "acrylic",
+                                                     "water"};
+
+double ReadRadius(const std::string& index) {
+  const double radius = ReadNumber("SOLID", index, "r_sphere");
+  if (!(radius > 0.0) || !std::isfinite(radius)) {
+    throw DBValueError("SOLID", index, "r_sphere",
+                       "is not a finite number above 0");
+  }
+  return radius;
+}
+
+double SumOfProducts(const PerMedium& a, const PerMedium& b) {
+  return a[0] * b[0] + a[1] * b[1] + a[2] * b[2];
+}
+
+}  // namespace
 
 LightPathCalculator::LightPathCalculator() {
   for (std::size_t type = 0; type < kLightPathTypeNames.size(); ++type) {
     typeNames_[static_cast<eLightPathType>(type)] = kLightPathTypeNames[type];
   }
+}
+
+void LightPathCalculator::BeginOfRun() {
+  const double innerRadius = ReadRadius("acrylic_vessel_inner");
+  const double outerRadius = ReadRadius("acrylic_vessel_outer");
+  if (!(outerRadius > innerRadius)) {
+    throw DBValueError("SOLID", "acrylic_vessel_outer", "r_sphere",
+                       "is not above that of acrylic_vessel_inner");
+  }
+  std::array<OpticalMedium, 3> media;
+  for (std::size_t i = 0; i < media.size(); ++i) {
+    media[i] = OpticalMedium::Read(kMediumNames[i]);
+  }
+  media_.InnerRadius = innerRadius;
+  media_.OuterRadius = outerRadius;
+  dispersions_ = media;
+  isWarned_ = {};
+  LookUpIndices();
+}
+
+void LightPathCalculator::SetWavelength(double wavelength) {
+  if (!(wavelength > 0.0) || !std::isfinite(wavelength)) {
+    throw std::invalid_argument(
+        "LightPathCalculator: the wavelength is not a finite number above 0");
+  }
+  wavelength_ = wavelength;
+  if (IsRunBegun()) LookUpIndices();
+}
+
+void LightPathCalculator::LookUpIndices() {
+  for (std::size_t i = 0; i < dispersions_.size(); ++i) {
+    const OpticalMedium& medium = dispersions_[i];
+    media_.RefractiveIndex[i] = medium.RefractiveIndexAt(wavelength_);
+    groupIndices_[i] = medium.GroupIndexAt(wavelength_);
+    if (isWarned_[i] || medium.Reaches(wavelength_)) continue;
+    std::ostringstream text;
+    text << "LightPathCalculator: " << wavelength_
+         << " nm is outside the wavelengths of OPTICS " << kMediumNames[i]
+         << ", " << medium.FirstWavelength() << " to "
+         << medium.LastWavelength() << " nm: taking the index at their end.\n";
+    warn << text.str();
+    isWarned_[i] = true;
+  }
+}
+
+void LightPathCalculator::CalcByPosition(const TVector3& eventPos,
+                                         const TVector3& pmtPos) {
+  RequireRun();
+  FindDirectPath(media_, eventPos, pmtPos, path_);
+}
+
+void LightPathCalculator::CalcReflectionByPosition(const TVector3& eventPos,
+                                                   const TVector3& pmtPos) {
+  RequireRun();
+  FindReflectedPath(media_, eventPos, pmtPos, path_);
+}
+
+void LightPathCalculator::RequireRun() const {
+  if (IsRunBegun()) return;
+  throw std::logic_error(
+      "LightPathCalculator: paths are computed after BeginOfRun only");
+}
+
+double LightPathCalculator::GetLength(eMedium medium) const {
+  return LengthsOf(path_)[IndexOf(medium)];
+}
+
+double LightPathCalculator::GetOpticalLength() const {
+  return SumOfProducts(LengthsOf(path_), media_.RefractiveIndex);
+}
+
+double LightPathCalculator::GetTimeOfFlight() const {
+  return SumOfProducts(LengthsOf(path_), groupIndices_) / kSpeedOfLight;
+}
+
+double LightPathCalculator::GetIncidenceAngle() const {
+  if (!HasStretches(path_.LightPathType)) return 0.0;
+  return path_.FinalDirection.Angle(path_.EndPos);
 }
 
 }  // namespace ZARN::DU

@@ -1,26 +1,99 @@
 #pragma once
 
+#include <array>
 #include <map>
 #include <string>
 
 #include "TVector3.h"
+#include "lightpath/ConcentricMedia.hpp"
 #include "lightpath/LightPath.hpp"
 #include "lightpath/LightPathType.hpp"
+#include "lightpath/OpticalMedium.hpp"
 
 namespace ZARN::DU {
 
-/// Holds one light path and the names of the path types.
+/// Computes the path of light from an event to a PMT, and holds it for the
+/// ShadowingCalculator.
 ///
-/// Every result can be set, so that a path computed elsewhere can be handed to
-/// the ShadowingCalculator. Lengths in mm; see LightPath for the meaning of the
-/// points.
+///     ZARN::DU::LightPathCalculator lightPath;
+///     lightPath.BeginOfRun();                      // once per run
+///     lightPath.CalcByPosition(eventPos, pmtPos);  // for each pair
+///     if (lightPath.HasPath()) calculator.CheckForShadowing(lightPath);
+///
+/// Every result can also be set, so that a path computed elsewhere can be
+/// judged; that needs no BeginOfRun. Lengths in mm; see LightPath for the
+/// meaning of the points. Copies are independent: threads have one each.
 class LightPathCalculator {
  public:
   /// Names of path types, by type.
   using TypeNames = std::map<eLightPathType, std::string>;
 
+  static constexpr double kDefaultWavelength = 400.0;  // nm
+
   /// An uninitialised path, and the names of all types of this system.
   LightPathCalculator();
+
+  /// Read the vessel's radii and the media of the current run from
+  /// ZARN::DB::Get(): table OPTICS, indices inner_av, acrylic and water
+  /// (OpticalMedium.hpp). Where a medium's table does not reach the wavelength,
+  /// ZARN::warn tells so once.
+  ///
+  /// @throws ZARN::DBNotFoundError  if a radius or a medium is missing
+  /// @throws ZARN::DBValueError     if one is impossible; both name table,
+  /// index
+  ///         and field, and leave what was read before as it was
+  void BeginOfRun();
+
+  /// Set the wavelength of the light, nm, before or after BeginOfRun.
+  ///
+  /// @throws std::invalid_argument unless it is finite and above 0
+  void SetWavelength(double wavelength);
+  double GetWavelength() const { return wavelength_; }
+
+  /// The media at the wavelength.
+  const ConcentricMedia& GetMedia() const { return media_; }
+  /// The group indices at the wavelength, which set the speed of a pulse.
+  const PerMedium& GetGroupIndices() const { return groupIndices_; }
+
+  /// Compute the direct path from an event to a PMT: refracted by Snell's law
+  /// at the vessel's surfaces; the neck is left out.
+  ///
+  /// Two ends in the water whose straight connection misses or only touches the
+  /// vessel have the type "Water". Otherwise, of several paths, the one with
+  /// the shortest optical length is taken; ends on one line with the centre
+  /// have the straight path. Directions are unit vectors, and points that the
+  /// type does not use are zero.
+  ///
+  /// There is no path (HasPath) where total reflection leaves none, to a PMT
+  /// that does not lie in the water, from an event at the PMT, and from or to
+  /// a position that is not finite.
+  ///
+  /// Allocates nothing. Threads use a calculator each.
+  ///
+  /// @throws std::logic_error before BeginOfRun
+  void CalcByPosition(const TVector3& eventPos, const TVector3& pmtPos);
+
+  /// Compute the path that is reflected at the vessel's outer surface, from an
+  /// event in the water to a PMT. There is one where the straight connection
+  /// misses or touches the vessel; otherwise as CalcByPosition.
+  void CalcReflectionByPosition(const TVector3& eventPos,
+                                const TVector3& pmtPos);
+
+  /// Whether there is a path; false before one was computed or set.
+  bool HasPath() const { return path_.LightPathType != kUninitialised; }
+
+  // What follows from the points of the path and the media of the run; all 0
+  // without a path and for types of one's own.
+
+  /// How far the light travels in a medium, mm.
+  double GetLength(eMedium medium) const;
+  /// Sum of refractive index times length, mm.
+  double GetOpticalLength() const;
+  /// How long a pulse of light takes, ns.
+  double GetTimeOfFlight() const;
+  /// Angle at which the light meets a PMT that faces the centre, rad: 0 head
+  /// on.
+  double GetIncidenceAngle() const;
 
   const TVector3& GetFinalDirection() const { return path_.FinalDirection; }
   const TVector3& GetInitialDirection() const { return path_.InitialDirection; }
@@ -52,6 +125,15 @@ class LightPathCalculator {
   const TypeNames& LightPathTypeNames() const { return typeNames_; }
 
  private:
+  bool IsRunBegun() const { return media_.OuterRadius > 0.0; }
+  void RequireRun() const;
+  void LookUpIndices();
+
+  double wavelength_ = kDefaultWavelength;
+  std::array<OpticalMedium, 3> dispersions_;  // by eMedium
+  std::array<bool, 3> isWarned_ = {};
+  ConcentricMedia media_;
+  PerMedium groupIndices_ = {1.0, 1.0, 1.0};
   LightPath path_;
   TypeNames typeNames_;
 };

@@ -2,10 +2,21 @@
 
 #include <gtest/gtest.h>
 
+#include <cmath>
+#include <limits>
+#include <stdexcept>
 #include <string>
+#include <vector>
+
+#include "db/DBErrors.hpp"
+#include "tests/support/Captured.hpp"
+#include "tests/support/Tables.hpp"
 
 namespace ZARN::DU {
 namespace {
+
+using Testing::Tables;
+using Numbers = std::vector<double>;
 
 TEST(LightPathCalculator, StartsUninitialised) {
   const LightPathCalculator calculator;
@@ -95,6 +106,160 @@ TEST(LightPathCalculator, CopiesAreIndependent) {
   second.LightPathTypeNames().clear();
   EXPECT_EQ(first.GetLightPathType(), kUninitialised);
   EXPECT_EQ(first.LightPathTypeNames().size(), 8U);
+}
+
+Tables VesselWithMedia() {
+  Tables tables = Testing::VesselTables();
+  tables.Set("OPTICS", "inner_av", "refractive_index", 1.5);
+  tables.Set("OPTICS", "acrylic", "refractive_index", 1.49);
+  return tables.Set("OPTICS", "water", "refractive_index", 1.33);
+}
+
+Tables VesselWithDispersion() {
+  return VesselWithMedia()
+      .Set("OPTICS", "water", "wavelength", Numbers{300, 500, 700})
+      .Set("OPTICS", "water", "refractive_index", Numbers{1.36, 1.34, 1.32});
+}
+
+TEST(LightPathCalculator, ReadsTheVesselAndItsMedia) {
+  VesselWithMedia().Load();
+  LightPathCalculator calculator;
+  calculator.BeginOfRun();
+  EXPECT_EQ(calculator.GetMedia().InnerRadius, 5800);
+  EXPECT_EQ(calculator.GetMedia().OuterRadius, 5860);
+  EXPECT_EQ(calculator.GetMedia().RefractiveIndex,
+            (PerMedium{1.5, 1.49, 1.33}));
+  EXPECT_EQ(calculator.GetGroupIndices(), (PerMedium{1.5, 1.49, 1.33}));
+}
+
+TEST(LightPathCalculator, TakesTheIndicesAtItsWavelengthSetBeforeOrAfter) {
+  VesselWithDispersion().Load();
+  LightPathCalculator calculator;
+  EXPECT_EQ(calculator.GetWavelength(), 400);
+  calculator.BeginOfRun();
+  EXPECT_DOUBLE_EQ(calculator.GetMedia().IndexIn(eMedium::kWater), 1.35);
+  EXPECT_DOUBLE_EQ(calculator.GetGroupIndices()[2], 1.35 + 400 * 1e-4);
+  calculator.SetWavelength(600);
+  EXPECT_DOUBLE_EQ(calculator.GetMedia().IndexIn(eMedium::kWater), 1.33);
+  calculator.BeginOfRun();
+  EXPECT_DOUBLE_EQ(calculator.GetMedia().IndexIn(eMedium::kWater), 1.33);
+  EXPECT_EQ(calculator.GetMedia().IndexIn(eMedium::kAcrylic), 1.49);
+}
+
+TEST(LightPathCalculator, WarnsOnceInARunOfAWavelengthBeyondATable) {
+  VesselWithDispersion().Load();
+  const Testing::Captured captured(warn);
+  LightPathCalculator calculator;
+  calculator.SetWavelength(250);
+  calculator.BeginOfRun();
+  const std::string expected =
+      "LightPathCalculator: 250 nm is outside the wavelengths of OPTICS water, "
+      "300 to 700 nm: taking the index at their end.\n";
+  EXPECT_EQ(captured.Text(), expected);
+  EXPECT_EQ(calculator.GetMedia().IndexIn(eMedium::kWater), 1.36);
+  calculator.SetWavelength(800);
+  calculator.SetWavelength(250);
+  EXPECT_EQ(captured.Text(), expected);
+  calculator.BeginOfRun();
+  EXPECT_EQ(captured.Text(), expected + expected);
+}
+
+TEST(LightPathCalculator, RefusesAWavelengthThatIsNone) {
+  LightPathCalculator calculator;
+  const double infinity = std::numeric_limits<double>::infinity();
+  for (const double bad : {0.0, -400.0, infinity, std::nan("")}) {
+    EXPECT_THROW(calculator.SetWavelength(bad), std::invalid_argument);
+  }
+  EXPECT_EQ(calculator.GetWavelength(), 400);
+}
+
+TEST(LightPathCalculator, RefusesAVesselThatCannotBe) {
+  const auto complaint = [](const std::string& index, double radius) {
+    VesselWithMedia().Set("SOLID", index, "r_sphere", radius).Load();
+    try {
+      LightPathCalculator().BeginOfRun();
+    } catch (const DBValueError& error) {
+      return std::string(error.what());
+    }
+    return std::string();
+  };
+  const std::string noRadius =
+      ": the field r_sphere is not a finite number above 0";
+  for (const char* index : {"acrylic_vessel_inner", "acrylic_vessel_outer"}) {
+    for (const double bad : {0.0, -1.0, std::nan(""), HUGE_VAL}) {
+      EXPECT_EQ(complaint(index, bad),
+                "table SOLID, index " + std::string(index) + noRadius);
+    }
+  }
+  EXPECT_EQ(
+      complaint("acrylic_vessel_inner", 5860),
+      "table SOLID, index acrylic_vessel_outer: the field r_sphere is not "
+      "above that of acrylic_vessel_inner");
+}
+
+TEST(LightPathCalculator, KeepsTheFormerRunWhenItsTablesAreBad) {
+  VesselWithMedia().Load();
+  LightPathCalculator calculator;
+  calculator.BeginOfRun();
+  VesselWithMedia()
+      .Set("OPTICS", "inner_av", "refractive_index", 1.6)
+      .Set("OPTICS", "water", "refractive_index", 0.5)
+      .Load();
+  EXPECT_THROW(calculator.BeginOfRun(), DBValueError);
+  VesselWithMedia().Remove("OPTICS", "acrylic").Load();
+  EXPECT_THROW(calculator.BeginOfRun(), DBNotFoundError);
+  EXPECT_EQ(calculator.GetMedia().RefractiveIndex,
+            (PerMedium{1.5, 1.49, 1.33}));
+  calculator.CalcByPosition({0, 0, 0}, {0, 0, 8300});
+  EXPECT_TRUE(calculator.HasPath());
+}
+
+TEST(LightPathCalculator, ComputesNoPathBeforeARun) {
+  LightPathCalculator calculator;
+  EXPECT_THROW(calculator.CalcByPosition({0, 0, 0}, {0, 0, 8300}),
+               std::logic_error);
+  EXPECT_THROW(calculator.CalcReflectionByPosition({0, 0, 7000}, {0, 0, 8300}),
+               std::logic_error);
+}
+
+TEST(LightPathCalculator, MeasuresAPathThatWasSet) {
+  VesselWithMedia().Load();
+  LightPathCalculator calculator;
+  calculator.BeginOfRun();
+  LightPath path;
+  path.LightPathType = kWaterThroughAV;
+  path.StartPos = {0, 0, -8000};
+  path.AVPoint1 = {0, 0, -5860};
+  path.AVPoint2 = {0, 0, -5800};
+  path.EndPos = {0, 0, -5000};
+  path.FinalDirection = {0, 0, 2};
+  path.AVPoint3 = {1, 2, 3};  // not of this type
+  calculator.SetLightPath(path);
+  EXPECT_EQ(calculator.GetLength(eMedium::kInnerAV), 0);
+  EXPECT_EQ(calculator.GetLength(eMedium::kAcrylic), 60);
+  EXPECT_EQ(calculator.GetLength(eMedium::kWater), 2140 + 800);
+  EXPECT_DOUBLE_EQ(calculator.GetOpticalLength(), 1.49 * 60 + 1.33 * 2940);
+  EXPECT_DOUBLE_EQ(calculator.GetTimeOfFlight(),
+                   (1.49 * 60 + 1.33 * 2940) / 299.792458);
+  EXPECT_DOUBLE_EQ(calculator.GetIncidenceAngle(), std::acos(-1.0));
+}
+
+TEST(LightPathCalculator, MeasuresNothingWithoutAPath) {
+  VesselWithMedia().Load();
+  LightPathCalculator calculator;
+  calculator.BeginOfRun();
+  LightPath path;
+  path.EndPos = {1, 2, 3};
+  path.FinalDirection = {1, 0, 0};
+  for (const int type :
+       {int{kUninitialised}, int{kNumberOfLightPathTypes}, -1}) {
+    path.LightPathType = static_cast<eLightPathType>(type);
+    calculator.SetLightPath(path);
+    EXPECT_EQ(calculator.GetLength(eMedium::kWater), 0);
+    EXPECT_EQ(calculator.GetOpticalLength(), 0);
+    EXPECT_EQ(calculator.GetTimeOfFlight(), 0);
+    EXPECT_EQ(calculator.GetIncidenceAngle(), 0);
+  }
 }
 
 }  // namespace

@@ -1,0 +1,41 @@
+#pragma once
+
+#include <array>
+#include <cstddef>
+
+namespace ZARN::DU {
+
+/// The three media in which light travels, from the centre outwards.
+enum class eMedium {
+  kInnerAV,  ///< the liquid inside the vessel
+  kAcrylic,  ///< the vessel's wall
+  kWater     ///< outside
+};
+
+/// One value for each medium, by eMedium.
+using PerMedium = std::array<double, 3>;
+
+constexpr std::size_t IndexOf(eMedium medium) {
+  return static_cast<std::size_t>(medium);
+}
+
+/// The vessel as light sees it at one wavelength: two concentric spheres around
+/// the origin and the media that they part. The neck is left out.
+struct ConcentricMedia {
+  double InnerRadius = 0.0;                     ///< mm, > 0
+  double OuterRadius = 0.0;                     ///< mm, > InnerRadius
+  PerMedium RefractiveIndex = {1.0, 1.0, 1.0};  ///< each >= 1
+
+  double IndexIn(eMedium medium) const {
+    return RefractiveIndex[IndexOf(medium)];
+  }
+
+  /// The medium at a distance from the centre, mm: below the inner radius the
+  /// inside, below the outer radius the wall, else water.
+  eMedium At(double radius) const {
+    if (radius < InnerRadius) return eMedium::kInnerAV;
+    return radius < OuterRadius ? eMedium::kAcrylic : eMedium::kWater;
+  }
+};
+
+}  // namespace ZARN::DU

@@ -1,0 +1,54 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+namespace ZARN::DU {
+
+/// The refractive index of a medium, by wavelength.
+///
+/// Between the wavelengths of its table everything is interpolated linearly;
+/// beyond them it stays what it is at the end.
+class OpticalMedium {
+ public:
+  /// The same index at every wavelength.
+  explicit OpticalMedium(double refractiveIndex = 1.0);
+
+  /// @param wavelengths        nm, > 0 and increasing, at least one
+  /// @param refractiveIndices  one for each, >= 1
+  OpticalMedium(std::vector<double> wavelengths,
+                std::vector<double> refractiveIndices);
+
+  /// Read a medium of the current run from ZARN::DB::Get(): an entry of table
+  /// OPTICS with one number in the field refractive_index, or with arrays in
+  /// the fields wavelength (nm) and refractive_index.
+  ///
+  /// @throws ZARN::DBNotFoundError  if it is missing
+  /// @throws ZARN::DBValueError     for an index below 1, wavelengths that do
+  ///         not increase, or lengths that differ
+  static OpticalMedium Read(const std::string& index);
+
+  double RefractiveIndexAt(double wavelength) const;
+
+  /// The index that sets the speed of a pulse: n - wavelength dn/dwavelength.
+  ///
+  /// The derivative at a wavelength of the table is that of the parabola
+  /// through it and its neighbours, so that the group index has no steps.
+  double GroupIndexAt(double wavelength) const;
+
+  /// Whether nothing had to be taken from an end of the table.
+  bool Reaches(double wavelength) const;
+
+  double FirstWavelength() const { return wavelengths_.front(); }
+  double LastWavelength() const { return wavelengths_.back(); }
+
+ private:
+  double Interpolated(const std::vector<double>& values,
+                      double wavelength) const;
+
+  std::vector<double> wavelengths_;
+  std::vector<double> refractiveIndices_;
+  std::vector<double> groupIndices_;
+};
+
+}  // namespace ZARN::DU

@@ -1,0 +1,22 @@
+#include "lightpath/PathLengths.hpp"
+
+#include "lightpath/Crossings.hpp"
+
+namespace ZARN::DU {
+
+PerMedium LengthsOf(const LightPath& path) {
+  PerMedium lengths = {};
+  if (!HasStretches(path.LightPathType)) return lengths;
+  const TVector3* from = &path.StartPos;
+  std::size_t i = 0;
+  for (const eCrossing crossing : kCrossings[path.LightPathType]) {
+    const TVector3& to = path.*kAVPoints[i++];
+    lengths[IndexOf(MediumBefore(crossing))] += (to - *from).Mag();
+    from = &to;
+  }
+  // Every path ends at a PMT in the water.
+  lengths[IndexOf(eMedium::kWater)] += (path.EndPos - *from).Mag();
+  return lengths;
+}
+
+}  // namespace ZARN::DU

@@ -1,0 +1,336 @@
+#include "lightpath/RaySearch.hpp"
+
+#include <algorithm>
+#include <cmath>
+#include <limits>
+
+namespace ZARN::DU {
+namespace {
+
+using Ray = SweptAngle::Ray;
+
+constexpr double kPi = 3.14159265358979323846;
+
+/// What rounding may make of a swept angle, rad (some thirty operations on
+/// numbers up to 2 pi; at 10 m it is 4e-11 mm).
+constexpr double kRounding = 4e-15;
+
+constexpr RayFamily kFromInside[] = {{kInnerAVToWater, eSense::kOutward},
+                                     {kInnerAVToWater, eSense::kInward}};
+constexpr RayFamily kFromWall[] = {{kAVToWater, eSense::kOutward},
+                                   {kAVToWater, eSense::kInward},
+                                   {kAVThroughInnerAVToWater, eSense::kInward}};
+constexpr RayFamily kFromWater[] = {{kWaterThroughAV, eSense::kInward},
+                                    {kWaterThroughInnerAV, eSense::kInward}};
+constexpr RayFamily kReflected = {kWaterReflection, eSense::kInward};
+
+/// Rays that come inwards through the wall and leave it without having met the
+/// inner surface.
+bool StaysInWall(const RayFamily& family) {
+  return family.Launch == eSense::kInward &&
+         (family.Type == kAVToWater || family.Type == kWaterThroughAV);
+}
+
+enum class eWanted { kAll, kShortest };
+
+/// A range of values of which only the ends are known.
+struct Range {
+  double Low;
+  double High;
+  bool IsSigned() const { return Low >= 0 || High <= 0; }
+};
+
+Range SlopesBetween(const Ray& first, const Ray& last) {
+  return {last.Growing - first.Shrinking, first.Growing - last.Shrinking};
+}
+
+/// Of the derivative of the slope by t by cos(t), which has the opposite sign
+/// of the second derivative by t.
+Range CurvesBetween(const Ray& first, const Ray& last) {
+  return {first.GrowingCurve - last.ShrinkingCurve,
+          last.GrowingCurve - first.ShrinkingCurve};
+}
+
+/// The least value between two places @p width apart, with @p first and
+/// @p last there, of a function that falls at most with slope @p slopes.Low
+/// behind the first and rises at most with slopes.High before the last.
+double LeastBetween(double first, double last, const Range& slopes,
+                    double width) {
+  return (slopes.High * first - slopes.Low * last +
+          slopes.Low * slopes.High * width) /
+         (slopes.High - slopes.Low);
+}
+
+/// Finds the rays of one family that sweep a given angle.
+///
+/// The range of v is cut until in each piece the swept angle is monotonic, or
+/// bends one way only, so that the signs at its ends tell the number of
+/// solutions; each is then found by Halley's method kept between two rays with
+/// one solution between them.
+template <class OnFound>
+class FamilySearch {
+ public:
+  FamilySearch(const RayFamily& family, const PerSite<double>& reaches,
+               double lowest, eWanted wanted, const OnFound& onFound)
+      : family_(family),
+        angle_(family, reaches),
+        wanted_(wanted),
+        onFound_(onFound) {
+    if (lowest > angle_.Highest()) return;
+    startsAtCentre_ = lowest == 0.0;
+    first_ = startsAtCentre_
+                 ? angle_.Central()
+                 : At(std::asin(std::min(lowest / angle_.Highest(), 1.0)));
+    last_ = At(0.5 * kPi);
+    isEmpty_ = false;
+  }
+
+  void Find(const Sweep& target) {
+    if (isEmpty_) return;
+    target_ = target;
+    // Where one family ends another begins: rounding must not lose the ray
+    // between them.
+    const bool isFirst =
+        !startsAtCentre_ && std::abs(Miss(first_)) <= kRounding;
+    const bool isLast = std::abs(Miss(last_)) <= kRounding;
+    if (isFirst) Tell(first_);
+    if (isLast) Tell(last_);
+    Search(first_, last_);
+  }
+
+  int Evaluations() const { return evaluations_; }
+
+ private:
+  Ray At(double t) {
+    ++evaluations_;
+    return angle_.At(t);
+  }
+  double Miss(const Ray& ray) const { return ray.Angle - target_.Angle; }
+  void Tell(const Ray& ray) {
+    onFound_(JoiningRay{&family_, target_, angle_.OpticalLength(ray), ray});
+  }
+
+  void Search(const Ray& first, const Ray& last);
+  void SearchDip(Ray first, Ray last);
+  void Solve(Ray first, Ray last);
+
+  const RayFamily& family_;
+  SweptAngle angle_;
+  eWanted wanted_;
+  const OnFound& onFound_;
+  bool isEmpty_ = true;
+  bool startsAtCentre_ = false;
+  Ray first_;
+  Ray last_;
+  Sweep target_;
+  int evaluations_ = 0;
+};
+
+bool AreNeighbours(const Ray& first, const Ray& last) {
+  return last.T - first.T <= 2 * std::numeric_limits<double>::epsilon();
+}
+
+/// @p t if it lies between two rays, else halfway.
+double Between(const Ray& first, const Ray& last, double t) {
+  return t > first.T && t < last.T ? t : 0.5 * (first.T + last.T);
+}
+
+/// A value of a function of t with its derivative.
+struct Sample {
+  double T;
+  double Value;
+  double Derivative;
+};
+
+/// Where a function is nought, by the cubic through two samples that gives t as
+/// a function of the value. NaN or anything else where a derivative is nought.
+double InverseCubic(const Sample& a, const Sample& b) {
+  const double rise = b.Value - a.Value;
+  const double share = -a.Value / rise;
+  const double rest = 1 - share;
+  return rest * rest * (1 + 2 * share) * a.T +
+         share * share * (3 - 2 * share) * b.T +
+         rise * share * rest * (rest / a.Derivative - share / b.Derivative);
+}
+
+template <class OnFound>
+void FamilySearch<OnFound>::Search(const Ray& first, const Ray& last) {
+  const double before = Miss(first);
+  const double after = Miss(last);
+  const bool changesSign = (before < 0) != (after < 0);
+  const Range slopes = SlopesBetween(first, last);
+  if (slopes.IsSigned() || angle_.MostExtrema() == 0 ||
+      (angle_.MostExtrema() == 1 && first.Slope * last.Slope > 0)) {
+    if (changesSign) Solve(first, last);
+    return;
+  }
+  const double width = last.T - first.T;
+  if (!changesSign) {
+    const double sign = before < 0 ? -1.0 : 1.0;
+    const Range towards = sign > 0 ? slopes : Range{-slopes.High, -slopes.Low};
+    if (LeastBetween(sign * before, sign * after, towards, width) > kRounding) {
+      return;
+    }
+  }
+  const Range curves = CurvesBetween(first, last);
+  const double change1 = first.GrowingCurve - first.ShrinkingCurve;
+  const double change2 = last.GrowingCurve - last.ShrinkingCurve;
+  if (curves.IsSigned() || angle_.MostInflections() == 0 ||
+      (angle_.MostInflections() == 1 && change1 * change2 > 0)) {
+    if (changesSign) {
+      Solve(first, last);
+    } else if ((change1 <= 0) == (before > 0)) {
+      SearchDip(first, last);
+    }
+    return;
+  }
+  if (AreNeighbours(first, last)) return;
+  const Ray middle = At(0.5 * (first.T + last.T));
+  Search(first, middle);
+  Search(middle, last);
+}
+
+/// The function bends one way, away from the target at both ends: it reaches
+/// the target twice, once or never.
+template <class OnFound>
+void FamilySearch<OnFound>::SearchDip(Ray first, Ray last) {
+  const double sign = Miss(first) < 0 ? -1.0 : 1.0;
+  while (sign * first.Slope < 0 && sign * last.Slope > 0) {
+    const Range tangents = {sign * (first.Growing - first.Shrinking),
+                            sign * (last.Growing - last.Shrinking)};
+    if (LeastBetween(sign * Miss(first), sign * Miss(last), tangents,
+                     last.T - first.T) > kRounding) {
+      return;
+    }
+    if (AreNeighbours(first, last)) break;
+    const Ray middle =
+        At(Between(first, last,
+                   InverseCubic({first.T, first.Slope, first.Curve},
+                                {last.T, last.Slope, last.Curve})));
+    if (sign * Miss(middle) < 0) {
+      // Optical lengths change by invariant times swept angle, so over a dip
+      // of the angle the first ray is the shorter one, over a bump the last.
+      if (wanted_ == eWanted::kAll || sign > 0) Solve(first, middle);
+      if (wanted_ == eWanted::kAll || sign < 0) Solve(middle, last);
+      return;
+    }
+    (sign * middle.Slope < 0 ? first : last) = middle;
+  }
+  const Ray& nearest = sign * Miss(first) < sign * Miss(last) ? first : last;
+  if (std::abs(Miss(nearest)) <= kRounding) Tell(nearest);
+}
+
+/// Where the miss is nought, by the three derivatives at a ray (Householder's
+/// method of order 4).
+double NextFrom(const Ray& ray, double miss) {
+  const double squared = ray.Slope * ray.Slope;
+  return ray.T - 3 * miss * (2 * squared - miss * ray.Curve) /
+                     (6 * ray.Slope * (squared - miss * ray.Curve) +
+                      miss * miss * ray.Third);
+}
+
+template <class OnFound>
+void FamilySearch<OnFound>::Solve(Ray first, Ray last) {
+  const double rise = Miss(last) - Miss(first);
+  double t = 0.0;
+  if (first.Slope * rise > 0 && last.Slope * rise > 0) {
+    t = InverseCubic({first.T, Miss(first), first.Slope},
+                     {last.T, Miss(last), last.Slope});
+  } else {
+    const Ray& steeper =
+        std::abs(first.Slope) > std::abs(last.Slope) ? first : last;
+    t = NextFrom(steeper, Miss(steeper));
+  }
+  double step = last.T - first.T;
+  while (true) {
+    const Ray ray = At(Between(first, last, t));
+    const double miss = Miss(ray);
+    if (std::abs(miss) <= kRounding || AreNeighbours(first, last)) {
+      Tell(ray);
+      return;
+    }
+    ((miss < 0) == (Miss(first) < 0) ? first : last) = ray;
+    t = NextFrom(ray, miss);
+    // Steps that do not get shorter fast go nowhere.
+    const double stepBefore = step;
+    step = std::abs(t - ray.T);
+    if (!(step < 0.5 * stepBefore)) {
+      t = 0.5 * (first.T + last.T);
+      step = last.T - first.T;
+    }
+  }
+}
+
+template <class OnFound>
+int SearchFamily(const RayFamily& family, const PerSite<double>& reaches,
+                 double angle, eWanted wanted, const OnFound& onFound) {
+  const double lowest =
+      StaysInWall(family) ? reaches[IndexOf(eSite::kInnerFromWall)] : 0.0;
+  FamilySearch<OnFound> search(family, reaches, lowest, wanted, onFound);
+  search.Find({angle, false});
+  search.Find({2 * kPi - angle, true});
+  search.Find({2 * kPi + angle, false});
+  return search.Evaluations();
+}
+
+template <class OnFound>
+int SearchAll(const ConcentricMedia& media, const PathEnds& ends,
+              eWanted wanted, const OnFound& onFound) {
+  const PerSite<double> reaches =
+      ReachesOf(media, ends.EventRadius, ends.PMTRadius);
+  int evaluations = 0;
+  const auto search = [&](const auto& families) {
+    for (const RayFamily& family : families) {
+      evaluations += SearchFamily(family, reaches, ends.Angle, wanted, onFound);
+    }
+  };
+  switch (media.At(ends.EventRadius)) {
+    case eMedium::kInnerAV:
+      search(kFromInside);
+      break;
+    case eMedium::kAcrylic:
+      search(kFromWall);
+      break;
+    case eMedium::kWater:
+      search(kFromWater);
+      break;
+  }
+  return evaluations;
+}
+
+}  // namespace
+
+ShortestRay FindShortestRay(const ConcentricMedia& media,
+                            const PathEnds& ends) {
+  ShortestRay shortest;
+  shortest.Evaluations =
+      SearchAll(media, ends, eWanted::kShortest, [&](const JoiningRay& found) {
+        JoiningRay& best = shortest.Joining;
+        if (best.Family == nullptr ||
+            found.OpticalLength < best.OpticalLength) {
+          best = found;
+        }
+      });
+  return shortest;
+}
+
+std::vector<JoiningRay> FindAllRays(const ConcentricMedia& media,
+                                    const PathEnds& ends) {
+  std::vector<JoiningRay> all;
+  SearchAll(media, ends, eWanted::kAll,
+            [&](const JoiningRay& found) { all.push_back(found); });
+  return all;
+}
+
+JoiningRay FindReflectedRay(const ConcentricMedia& media,
+                            const PathEnds& ends) {
+  JoiningRay reflected;
+  const auto keep = [&](const JoiningRay& found) { reflected = found; };
+  FamilySearch search(kReflected,
+                      ReachesOf(media, ends.EventRadius, ends.PMTRadius), 0.0,
+                      eWanted::kAll, keep);
+  search.Find({ends.Angle, false});
+  return reflected;
+}
+
+}  // namespace ZARN::DU

@@ -1,0 +1,171 @@
+#pragma once
+
+#include <array>
+#include <cstddef>
+
+#include "lightpath/ConcentricMedia.hpp"
+#include "lightpath/Crossings.hpp"
+#include "lightpath/LightPathType.hpp"
+#include "lightpath/Rotor.hpp"
+
+namespace ZARN::DU {
+
+// How far a ray turns around the centre, as a function of how it starts.
+//
+// Along a ray through concentric media the invariant n r sin(angle to the
+// radius) stays the same (Bouguer's law; M. Born, E. Wolf, Principles of
+// Optics, section 3.2), so one number says all about a ray.
+
+/// Where a ray is met: at its two ends, and at the vessel's surfaces as seen
+/// from either side.
+enum class eSite {
+  kEvent,
+  kInnerFromInside,
+  kInnerFromWall,
+  kOuterFromWall,
+  kOuterFromWater,
+  kPMT
+};
+
+/// One value for each site, by eSite.
+template <class Value>
+using PerSite = std::array<Value, 6>;
+
+constexpr std::size_t IndexOf(eSite site) {
+  return static_cast<std::size_t>(site);
+}
+
+/// The site at which light in @p medium meets the surface of a crossing.
+constexpr eSite SiteAt(eCrossing crossing, eMedium medium) {
+  if (IsAtInnerSurface(crossing)) {
+    return medium == eMedium::kInnerAV ? eSite::kInnerFromInside
+                                       : eSite::kInnerFromWall;
+  }
+  return medium == eMedium::kWater ? eSite::kOuterFromWater
+                                   : eSite::kOuterFromWall;
+}
+
+/// Refractive index times distance from the centre, mm, by site: the largest
+/// invariant with which a ray gets there.
+PerSite<double> ReachesOf(const ConcentricMedia& media, double eventRadius,
+                          double pmtRadius);
+
+/// Rays that start alike and cross the same surfaces.
+///
+/// Light that leaves a site outwards, at an angle to the radius whose sine is
+/// invariant / reach, would turn by that angle around the centre if it went on
+/// for ever; inwards, by pi less it. A stretch turns by the difference of its
+/// ends, so the swept angle of a ray is Base plus the sum over the sites of
+/// Turns * arcsin(invariant / reach).
+struct RayFamily {
+  eLightPathType Type = kUninitialised;
+  eSense Launch = eSense::kOutward;
+  double Base = 0.0;        ///< rad
+  PerSite<int> Turns = {};  ///< -2 to 2
+
+  constexpr RayFamily(eLightPathType type, eSense launch);
+
+ private:
+  constexpr void Leave(eSite site, eSense sense);
+  constexpr void ComeTo(eSite site, eSense sense);
+};
+
+/// The swept angle of one family's rays, by the angle t to the radius at the
+/// site where their light grazes first (the one with the smallest reach).
+///
+/// The invariant is Highest() sin(t), with t from 0 to pi/2. Every angle on the
+/// way is smooth in t, also at grazing incidence, where it is infinitely steep
+/// in the invariant.
+class SweptAngle {
+ public:
+  SweptAngle(const RayFamily& family, const PerSite<double>& reaches);
+
+  /// One ray of the family.
+  struct Ray {
+    double T = 0.0;      ///< rad
+    double Angle = 0.0;  ///< the swept angle, rad
+    // Its derivatives by t.
+    double Slope = 0.0;
+    double Curve = 0.0;
+    double Third = 0.0;
+
+    // The slope is a sum over the sites of Turns times something that grows
+    // with cos(t), and the derivative of that sum by cos(t) is one of Turns
+    // times something that falls with it. Added up apart by the sign of Turns,
+    // they bound both between two rays.
+    double Growing = 0.0;
+    double Shrinking = 0.0;
+    double GrowingCurve = 0.0;
+    double ShrinkingCurve = 0.0;
+
+    // Of the angle to the radius, 0 to pi/2, where the path comes by.
+    PerSite<double> Cosines;
+    PerSite<double> Sines;
+
+    Rotor AngleToRadius(eSite site) const {
+      return {Cosines[IndexOf(site)], Sines[IndexOf(site)]};
+    }
+  };
+
+  Ray At(double t) const;
+
+  /// The ray at t = 0, through the centre, where all is known beforehand.
+  Ray Central() const;
+
+  /// Sum of refractive index times length along a ray, mm.
+  double OpticalLength(const Ray& ray) const;
+
+  double Highest() const { return highest_; }
+
+  /// At most so often the slope has no sign, and the curve none but at t = 0.
+  ///
+  /// By the invariant the slope is a sum over the sites of Turns /
+  /// sqrt(reach^2 - invariant^2), which is the Laplace transform of a sum of
+  /// exponentials: it is nought at most as often as the signs of Turns change
+  /// when the sites are put in the order of their reaches (Descartes' rule; S.
+  /// Karlin, Total Positivity, 1968, chapter 5). The same holds for the change
+  /// of the slope, without the site of the smallest reach.
+  int MostExtrema() const { return mostExtrema_; }
+  int MostInflections() const { return mostInflections_; }
+
+ private:
+  void CountSigns();
+  void AddUpSlopes(Ray& ray, const PerSite<double>& slopes,
+                   const PerSite<double>& curves) const;
+
+  double base_;
+  bool startsInWater_;
+  PerSite<double> turns_;
+  PerSite<double> growing_;    // turns where positive
+  PerSite<double> shrinking_;  // less the turns where negative
+  PerSite<double> reaches_;
+  double highest_;
+  PerSite<double> ratios_;  // of Highest() to the reaches; 0 if not on the way
+  PerSite<double> rests_;   // 1 less the ratio squared
+  int mostExtrema_ = 0;
+  int mostInflections_ = 0;
+};
+
+constexpr RayFamily::RayFamily(eLightPathType type, eSense launch)
+    : Type(type), Launch(launch) {
+  Leave(eSite::kEvent, launch);
+  for (const eCrossing crossing : kCrossings[type]) {
+    ComeTo(SiteAt(crossing, MediumBefore(crossing)), SenseBefore(crossing));
+    Leave(SiteAt(crossing, MediumAfter(crossing)), SenseAfter(crossing));
+  }
+  ComeTo(eSite::kPMT, eSense::kOutward);
+}
+
+constexpr void RayFamily::Leave(eSite site, eSense sense) {
+  constexpr double kPi = 3.14159265358979323846;
+  if (sense == eSense::kInward) Base += kPi;
+  Turns[IndexOf(site)] += sense == eSense::kInward ? -1 : 1;
+}
+
+constexpr void RayFamily::ComeTo(eSite site, eSense sense) {
+  constexpr double kPi = 3.14159265358979323846;
+  if (sense == eSense::kInward) Base -= kPi;
+  Turns[IndexOf(site)] += sense == eSense::kInward ? 1 : -1;
+}
+
+}  // namespace ZARN::DU
