@@ -1,9 +1,7 @@
 #include "app/CheckCommand.hpp"
 
 #include <CLI/CLI.hpp>
-#include <charconv>
 #include <chrono>
-#include <cmath>
 #include <iostream>
 #include <memory>
 #include <optional>
@@ -12,14 +10,14 @@
 #include "app/Failure.hpp"
 #include "app/InputFile.hpp"
 #include "app/LightPathReader.hpp"
+#include "app/MessagesPast.hpp"
 #include "app/Numbers.hpp"
 #include "app/OutputFile.hpp"
 #include "app/ProgressBar.hpp"
 #include "app/Quoted.hpp"
+#include "app/RunOptions.hpp"
 #include "app/Signals.hpp"
 #include "app/VerdictTally.hpp"
-#include "db/DB.hpp"
-#include "db/JsonTables.hpp"
 #include "du/ShadowingCalculator.hpp"
 #include "log/Log.hpp"
 
@@ -28,53 +26,10 @@ namespace {
 
 struct CheckOptions {
   std::string paths;
-  std::string geometry;
+  RunOptions run;
   std::optional<std::string> output;
-  int run = 0;
-  std::optional<double> tolerance;
   bool debug = false;
 };
-
-// The library's own conversions take octal, hexadecimal and blanks, and round
-// numbers twice.
-
-int RunOf(const std::string& text) {
-  int run = 0;
-  const char* const end = text.data() + text.size();
-  const auto [stop, error] = std::from_chars(text.data(), end, run);
-  if (error != std::errc() || stop != end) {
-    throw CLI::ValidationError("--run",
-                               Quoted(text) + " is not a whole number");
-  }
-  return run;
-}
-
-double ToleranceOf(const std::string& text) {
-  const NumberOrReason number = ReadNumber(text);
-  if (number.reason != nullptr) {
-    throw CLI::ValidationError("--tolerance",
-                               Quoted(text) + " " + number.reason);
-  }
-  if (!std::isfinite(number.value)) {
-    throw CLI::ValidationError("--tolerance", Quoted(text) + " is not finite");
-  }
-  return number.value;
-}
-
-void SetUpRun(const CheckOptions& options,
-              DU::ShadowingCalculator& calculator) {
-  DB& db = DB::Get();
-  db.SetRun(options.run);
-  LoadJsonTables(db, options.geometry);
-  try {
-    calculator.BeginOfRun();
-  } catch (const DBNotFoundError& error) {
-    throw BadInput(options.geometry + ": " + error.what());
-  }
-  if (options.tolerance.has_value()) {
-    calculator.SetAllGeometryTolerances(*options.tolerance);
-  }
-}
 
 DU::eShadowingComponent VerdictOf(const DU::ShadowingCalculator& calculator) {
   using eComponent = DU::eShadowingComponent;
@@ -96,26 +51,12 @@ void WriteVerdict(OutputFile& output, std::uint64_t row,
   output.Write(line);
 }
 
-/// Sends the library's messages past the progress bar for as long as it lives.
-class MessagesPast {
- public:
-  explicit MessagesPast(ProgressBar& progress) {
-    warn.SetOutput(&progress.Messages());
-    debug.SetOutput(&progress.Messages());
-  }
-  MessagesPast(const MessagesPast&) = delete;
-  MessagesPast& operator=(const MessagesPast&) = delete;
-  ~MessagesPast() {
-    warn.SetOutput(nullptr);
-    debug.SetOutput(nullptr);
-  }
-};
-
 void Check(const CheckOptions& options) {
   if (options.debug) debug.Switch(otext::eState::kOn);
   InputFile input(options.paths);
   DU::ShadowingCalculator calculator;
-  SetUpRun(options, calculator);
+  LoadTables(options.run);
+  BeginRun(options.run, calculator);
   LightPathReader reader(input);
 
   const KeptSignals keptSignals;
@@ -134,8 +75,10 @@ void Check(const CheckOptions& options) {
       const DU::eShadowingComponent verdict = VerdictOf(calculator);
       tally.Add(verdict);
       WriteVerdict(output, row, verdict);
-      progress.Update(row + 1, input.BytesRead(), input.Size());
+      progress.Update(row + 1, Share(reader.BytesTaken(), input.Size()));
     }
+    output.Finish();
+    ThrowIfInterrupted();
     output.Commit();
   }
   const std::chrono::duration<double> elapsed =
@@ -160,30 +103,11 @@ void AddCheckCommand(CLI::App& app) {
                    "CSV file of light paths; - reads standard input")
       ->required()
       ->type_name("CSV");
-  command
-      ->add_option("--geometry", options->geometry,
-                   "Geometry tables, lengths in mm: a JSON file, or a "
-                   "directory of *.json")
-      ->required()
-      ->type_name("TABLES");
+  AddRunOptions(*command, options->run);
   command
       ->add_option("-o,--output", options->output,
                    "Write the verdicts to this file (default: standard output)")
       ->type_name("OUT.csv");
-  command
-      ->add_option_function<std::string>(
-          "--run",
-          [options](const std::string& text) { options->run = RunOf(text); },
-          "Run number for which the tables are read (default: 0)")
-      ->type_name("N");
-  command
-      ->add_option_function<std::string>(
-          "--tolerance",
-          [options](const std::string& text) {
-            options->tolerance = ToleranceOf(text);
-          },
-          "Margin around the hardware in mm (default: 150)")
-      ->type_name("MM");
   command->add_flag("--debug", options->debug,
                     "Show the calculator's diagnostics on standard error");
   command->footer(

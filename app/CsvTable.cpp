@@ -36,6 +36,19 @@ std::optional<std::size_t> CsvTable::FindColumn(std::string_view name) const {
   return found->second;
 }
 
+std::vector<std::size_t> CsvTable::RequireColumns(
+    const std::vector<std::string>& names) const {
+  std::vector<std::size_t> columns;
+  std::string missing;
+  for (const std::string& name : names) {
+    const auto column = FindColumn(name);
+    if (!column.has_value()) missing += (missing.empty() ? "" : ", ") + name;
+    columns.push_back(column.value_or(0));
+  }
+  if (!missing.empty()) FailHeader("missing columns: " + missing);
+  return columns;
+}
+
 bool CsvTable::NextRow() {
   ++rowsRead_;
   if (!ReadRecord()) return false;

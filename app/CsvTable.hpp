@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
 #include <functional>
 #include <map>
 #include <optional>
@@ -29,6 +30,12 @@ class CsvTable {
   /// Where the column of this name stands; nullopt if there is none.
   std::optional<std::size_t> FindColumn(std::string_view name) const;
 
+  /// Where the columns of these names stand.
+  ///
+  /// @throws BadInput naming all that are missing
+  std::vector<std::size_t> RequireColumns(
+      const std::vector<std::string>& names) const;
+
   /// Go to the next row; false after the last.
   ///
   /// @throws BadInput for bad quoting or a wrong number of cells
@@ -39,6 +46,9 @@ class CsvTable {
 
   /// Number of the current row, from 0.
   std::size_t Row() const { return rowsRead_ - 1; }
+
+  /// Bytes of the file up to the end of the current row.
+  std::uint64_t BytesTaken() const { return input_.BytesRead() - (end_ - at_); }
 
   /// Say that a cell of the current row is wrong.
   [[noreturn]] void Fail(std::size_t column, const std::string& reason) const;

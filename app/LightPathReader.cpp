@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "app/LightPathColumns.hpp"
 #include "app/Numbers.hpp"
 #include "app/Quoted.hpp"
 
@@ -14,51 +15,31 @@ using DU::LightPath;
 constexpr auto kOtherType =
     static_cast<DU::eLightPathType>(DU::kNumberOfLightPathTypes);
 
-struct NamedVector {
-  const char* name;
-  TVector3 LightPath::*vector;
-};
-
-constexpr std::array<NamedVector, 8> kVectors = {
-    {{"start", &LightPath::StartPos},
-     {"end", &LightPath::EndPos},
-     {"initial", &LightPath::InitialDirection},
-     {"final", &LightPath::FinalDirection},
-     {"av1", &LightPath::AVPoint1},
-     {"av2", &LightPath::AVPoint2},
-     {"av3", &LightPath::AVPoint3},
-     {"av4", &LightPath::AVPoint4}}};
-
 }  // namespace
 
 LightPathReader::LightPathReader(InputFile& input) : table_(input) {
-  std::string missing;
-  const auto find = [&](const std::string& name) {
-    const auto column = table_.FindColumn(name);
-    if (!column.has_value()) missing += (missing.empty() ? "" : ", ") + name;
-    return column.value_or(0);
-  };
-  typeColumn_ = find("type");
-  for (std::size_t i = 0; i < kVectors.size(); ++i) {
-    const std::string name = kVectors[i].name;
-    vectors_[i].vector = kVectors[i].vector;
-    vectors_[i].columns = {find(name + "_x"), find(name + "_y"),
-                           find(name + "_z")};
+  std::vector<std::string> names = {"type"};
+  for (const LightPathColumns& vector : kLightPathColumns) {
+    for (const char* axis : {"_x", "_y", "_z"}) {
+      names.push_back(vector.name + std::string(axis));
+    }
   }
-  if (!missing.empty()) table_.FailHeader("missing columns: " + missing);
+  columns_ = table_.RequireColumns(names);
 }
 
 bool LightPathReader::Next(DU::LightPathCalculator& lightPath) {
   if (!table_.NextRow()) return false;
 
   LightPath path;
-  for (const VectorColumns& v : vectors_) {
-    path.*v.vector =
-        TVector3(Coordinate(v.columns[0]), Coordinate(v.columns[1]),
-                 Coordinate(v.columns[2]));
+  auto column = columns_.begin();
+  const std::string_view name = table_.Cell(*column++);
+  for (const LightPathColumns& vector : kLightPathColumns) {
+    const double x = Coordinate(*column++);
+    const double y = Coordinate(*column++);
+    const double z = Coordinate(*column++);
+    (path.*vector.member).SetXYZ(x, y, z);
   }
 
-  const std::string_view name = table_.Cell(typeColumn_);
   const auto& names = DU::kLightPathTypeNames;
   const auto known = std::find(names.begin(), names.end(), name);
   if (known != names.end()) {

@@ -1,11 +1,10 @@
 #pragma once
 
-#include <array>
 #include <cstddef>
 #include <cstdint>
 #include <string>
+#include <vector>
 
-#include "TVector3.h"
 #include "app/CsvTable.hpp"
 #include "app/InputFile.hpp"
 #include "lightpath/LightPathCalculator.hpp"
@@ -28,22 +27,19 @@ class LightPathReader {
   /// @throws BadInput naming file, line, row and column
   bool Next(DU::LightPathCalculator& lightPath);
 
+  /// Bytes of the file up to the end of the current row.
+  std::uint64_t BytesTaken() const { return table_.BytesTaken(); }
+
   /// Number of paths so far whose type had a name outside the eight.
   std::uint64_t UnknownTypes() const { return unknownTypes_; }
   /// The first such name.
   const std::string& FirstUnknownType() const { return firstUnknownType_; }
 
  private:
-  struct VectorColumns {
-    TVector3 DU::LightPath::*vector;
-    std::array<std::size_t, 3> columns;
-  };
-
   double Coordinate(std::size_t column) const;
 
   CsvTable table_;
-  std::size_t typeColumn_ = 0;
-  std::array<VectorColumns, 8> vectors_;
+  std::vector<std::size_t> columns_;  // type, and as kLightPathColumns
   std::uint64_t unknownTypes_ = 0;
   std::string firstUnknownType_;
 };

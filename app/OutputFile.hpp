@@ -4,15 +4,15 @@
 #include <string>
 #include <string_view>
 
+#include "app/PendingFile.hpp"
+
 namespace ZARN::App {
 
 /// A file that appears whole or not at all.
 ///
-/// Text goes to a temporary file beside the target, which replaces the target
-/// when Commit is called. Without it (an error, an interrupt) the temporary
-/// file is removed, and an existing target is as it was. What a killed process
-/// left behind is removed by the next one that writes the same target. A target
-/// that is no regular file (a pipe, a terminal, a device) is written directly.
+/// Text goes to a PendingFile, which replaces the target when Commit is called.
+/// A target that is no regular file (a pipe, a terminal, a device) is written
+/// directly.
 class OutputFile {
  public:
   /// @param path  nullopt and "-" are standard output
@@ -27,21 +27,24 @@ class OutputFile {
   /// @throws OutputFailure if writing fails, Interrupted if a signal came
   void Write(std::string_view text);
 
-  /// Write what is left and put the file in its place.
+  /// Write what is left. Where a command writes several files, all are finished
+  /// before the first is committed.
   ///
   /// @throws as Write
+  void Finish();
+
+  /// Put the finished file in its place.
+  ///
+  /// @throws OutputFailure
   void Commit();
 
  private:
   void OpenDirectly(const std::string& path);
-  void OpenTemporary();
   void Flush();
-  void Close();
   [[noreturn]] void FailWithErrno() const;
 
-  std::string name_;       // in messages
-  std::string target_;     // empty when written directly
-  std::string temporary_;  // empty when there is none (any more)
+  std::string name_;                    // in messages
+  std::optional<PendingFile> pending_;  // none when written directly
   int descriptor_ = -1;
   std::string buffer_;
 };

@@ -3,6 +3,7 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <cmath>
 #include <iostream>
 #include <streambuf>
 #include <string>
@@ -10,6 +11,22 @@
 #include "app/Numbers.hpp"
 
 namespace ZARN::App {
+
+namespace {
+
+/// In words, as long as one would say it.
+std::string Duration(double seconds) {
+  constexpr double kMinute = 60;
+  constexpr double kHour = 60 * kMinute;
+  const auto whole = [](double value) {
+    return Grouped(static_cast<unsigned long long>(value));
+  };
+  if (seconds < 2 * kMinute) return whole(std::ceil(seconds)) + " s";
+  if (seconds < 2 * kHour) return whole(seconds / kMinute) + " min";
+  return whole(seconds / kHour) + " h";
+}
+
+}  // namespace
 
 /// Passes messages on to standard error, on a line of their own.
 class ProgressBar::ClearingBuffer : public std::streambuf {
@@ -40,20 +57,17 @@ ProgressBar::ProgressBar()
 
 ProgressBar::~ProgressBar() { Finish(); }
 
-void ProgressBar::Update(std::uint64_t count, std::uint64_t done,
-                         std::uint64_t whole) {
+void ProgressBar::Update(std::uint64_t count, std::optional<double> done) {
   if (!isTerminal_ || Clock::now() < nextDraw_) return;
-  Draw(count, done, whole);
+  Draw(count, done);
   nextDraw_ = Clock::now() + std::chrono::milliseconds(100);
 }
 
-void ProgressBar::Draw(std::uint64_t count, std::uint64_t done,
-                       std::uint64_t whole) {
-  constexpr int kWidth = 30;
+void ProgressBar::Draw(std::uint64_t count, std::optional<double> done) {
+  constexpr int kWidth = 20;  // short of 80 columns with all behind it
+  const double part = std::min(1.0, done.value_or(0.0));
   std::string line = "\r\033[K";
-  if (whole > 0) {
-    const double part =
-        std::min(1.0, static_cast<double>(done) / static_cast<double>(whole));
+  if (done.has_value()) {
     const int filled = static_cast<int>(part * kWidth);
     line += "[" + std::string(static_cast<std::size_t>(filled), '#') +
             std::string(static_cast<std::size_t>(kWidth - filled), '.') + "] " +
@@ -64,8 +78,14 @@ void ProgressBar::Draw(std::uint64_t count, std::uint64_t done,
   const double rate = static_cast<double>(count) / seconds;
   line += Grouped(count) + " paths, " +
           Grouped(static_cast<unsigned long long>(rate)) + " a second";
+  if (part > 0) line += ", " + Duration(seconds * (1 - part) / part) + " left";
   std::cerr << line << std::flush;
   isShown_ = true;
+}
+
+std::optional<double> Share(std::uint64_t part, std::uint64_t whole) {
+  if (whole == 0) return std::nullopt;
+  return static_cast<double>(part) / static_cast<double>(whole);
 }
 
 void ProgressBar::Finish() {

@@ -31,16 +31,38 @@ std::string Percent(std::uint64_t count, std::uint64_t paths) {
 
 }  // namespace
 
+void PrintCount(std::ostream& out, const std::string& label,
+                std::uint64_t count) {
+  out << Row(label, Grouped(count)) << "\n";
+}
+
 std::uint64_t VerdictTally::Paths() const {
   return std::accumulate(counts_.begin(), counts_.end(), std::uint64_t{0});
+}
+
+std::uint64_t VerdictTally::Shadowed() const {
+  const auto none = static_cast<std::size_t>(DU::eShadowingComponent::kNone);
+  return Paths() - counts_[none];
+}
+
+DU::eShadowingComponent VerdictTally::MostFrequent() const {
+  auto most = DU::eShadowingComponent::kNone;
+  std::uint64_t highest = 0;
+  for (const auto component : DU::kShadowingComponents) {
+    const std::uint64_t count = counts_[static_cast<std::size_t>(component)];
+    if (count > highest) {
+      most = component;
+      highest = count;
+    }
+  }
+  return most;
 }
 
 void VerdictTally::Print(std::ostream& out,
                          const DU::ShadowingCalculator& calculator,
                          double seconds) const {
   const std::uint64_t paths = Paths();
-  const auto none = static_cast<std::size_t>(DU::eShadowingComponent::kNone);
-  const std::uint64_t shadowed = paths - counts_[none];
+  const std::uint64_t shadowed = Shadowed();
   out << Row("paths", Grouped(paths)) << "\n"
       << Row("shadowed", Grouped(shadowed)) << Percent(shadowed, paths) << "\n";
   for (const auto component : DU::kShadowingComponents) {

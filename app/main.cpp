@@ -7,6 +7,7 @@
 
 #include "app/CheckCommand.hpp"
 #include "app/Failure.hpp"
+#include "app/ScanCommand.hpp"
 #include "app/Signals.hpp"
 #include "db/JsonTables.hpp"
 
@@ -29,10 +30,14 @@ int Run(int argc, char** argv) {
   app.set_help_all_flag("--help-all", "Print the help of all subcommands");
   app.require_subcommand(1);
   app.footer(
-      "Example:\n"
+      "Examples:\n"
+      "  zarn-shadow scan --events data/source-scan.csv --pmts data/pmts.csv "
+      "\\\n"
+      "      --geometry data/reference-detector -o verdicts.csv\n"
       "  zarn-shadow check data/example-paths.csv \\\n"
       "      --geometry data/reference-detector -o verdicts.csv");
   ZARN::App::AddCheckCommand(app);
+  ZARN::App::AddScanCommand(app);
   try {
     app.parse(argc, argv);
   } catch (const CLI::ParseError& error) {

@@ -124,5 +124,3 @@ BENCHMARK(BM_FindShadowing)
 
 }  // namespace
 }  // namespace ZARN
-
-BENCHMARK_MAIN();

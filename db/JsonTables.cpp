@@ -125,7 +125,7 @@ class TableReader {
 
 namespace fs = std::filesystem;
 
-std::string ReadWholeFile(const fs::path& path) {
+std::string ReadWholeFile(const std::string& path) {
   // Above any real set of tables; keeps a wrong path (a raw data file) from
   // taking all memory.
   constexpr std::size_t kMaxBytes = 256UL << 20U;
@@ -135,27 +135,14 @@ std::string ReadWholeFile(const fs::path& path) {
   while (file.read(part.data(), part.size()) || file.gcount() > 0) {
     text.append(part.data(), static_cast<std::size_t>(file.gcount()));
     if (text.size() > kMaxBytes) {
-      throw TableFileError(path.string() + ": larger than 256 MiB");
+      throw TableFileError(path + ": larger than 256 MiB");
     }
   }
   if (!file.is_open() || file.bad()) {
-    throw TableFileError(path.string() + ": cannot be read: " +
-                         std::generic_category().message(errno));
+    throw TableFileError(
+        path + ": cannot be read: " + std::generic_category().message(errno));
   }
   return text;
-}
-
-std::vector<fs::path> TableFiles(const fs::path& path) {
-  if (!fs::is_directory(path)) return {path};
-  std::vector<fs::path> files;
-  for (const auto& item : fs::directory_iterator(path)) {
-    if (item.path().extension() == ".json") files.push_back(item.path());
-  }
-  if (files.empty()) {
-    throw TableFileError(path.string() + ": the directory has no *.json file");
-  }
-  std::sort(files.begin(), files.end());
-  return files;
 }
 
 }  // namespace
@@ -165,15 +152,30 @@ std::vector<TableEntry> ParseJsonTables(const std::string& text,
   return TableReader(name).Read(Json::ParseTree(text, name));
 }
 
-std::vector<TableEntry> ReadJsonTables(const std::string& path) try {
+std::vector<std::string> TableFiles(const std::string& path) try {
+  if (!fs::is_directory(path)) return {path};
+  std::vector<std::string> files;
+  for (const auto& item : fs::directory_iterator(path)) {
+    if (item.path().extension() == ".json") {
+      files.push_back(item.path().string());
+    }
+  }
+  if (files.empty()) {
+    throw TableFileError(path + ": the directory has no *.json file");
+  }
+  std::sort(files.begin(), files.end());
+  return files;
+} catch (const fs::filesystem_error& error) {
+  throw TableFileError(path + ": " + error.code().message());
+}
+
+std::vector<TableEntry> ReadJsonTables(const std::string& path) {
   std::vector<TableEntry> entries;
-  for (const fs::path& file : TableFiles(path)) {
-    auto more = ParseJsonTables(ReadWholeFile(file), file.string());
+  for (const std::string& file : TableFiles(path)) {
+    auto more = ParseJsonTables(ReadWholeFile(file), file);
     std::move(more.begin(), more.end(), std::back_inserter(entries));
   }
   return entries;
-} catch (const fs::filesystem_error& error) {
-  throw TableFileError(path + ": " + error.code().message());
 }
 
 void LoadJsonTables(DB& db, const std::string& path) {

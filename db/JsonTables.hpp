@@ -34,11 +34,16 @@ class TableFileError : public std::runtime_error {
 std::vector<TableEntry> ParseJsonTables(const std::string& text,
                                         const std::string& name);
 
-/// Read table entries from a file, or from every *.json file of a directory in
-/// the order of their names.
+/// The files that hold the tables at a path: the file itself, or every *.json
+/// file of a directory, in the order of their names.
 ///
-/// @throws TableFileError as ParseJsonTables; also if the path cannot be read,
-///         if a directory holds no *.json, or for a file above 256 MiB
+/// @throws TableFileError if a directory cannot be read or holds no *.json
+std::vector<std::string> TableFiles(const std::string& path);
+
+/// Read table entries from all TableFiles.
+///
+/// @throws TableFileError as TableFiles and ParseJsonTables; also if a file
+///         cannot be read or is above 256 MiB
 std::vector<TableEntry> ReadJsonTables(const std::string& path);
 
 /// Add to @p db what ReadJsonTables reads. If that throws, the database is as

@@ -66,7 +66,7 @@ class LightPathCalculator {
   ///
   /// There is no path (HasPath) where total reflection leaves none, to a PMT
   /// that does not lie in the water, from an event at the PMT, and from or to
-  /// a position that is not finite.
+  /// a position that is not finite (or farther than 1e70 mm).
   ///
   /// Allocates nothing. Threads use a calculator each.
   ///

@@ -15,17 +15,8 @@ constexpr double kRounding = 4 * std::numeric_limits<double>::epsilon();
 
 const LightPath kNoPath;
 
-bool IsFinite(const TVector3& v) {
-  return std::isfinite(v.X()) && std::isfinite(v.Y()) && std::isfinite(v.Z());
-}
-
-double LengthOf(const TVector3& v) {
-  const double length = v.Mag();
-  // Else its square has left the range of numbers.
-  constexpr double kLeast = 1e-150;
-  if (length > kLeast && std::isfinite(length)) return length;
-  return std::hypot(v.X(), v.Y(), v.Z());
-}
+/// Farther than this, mm, products of positions leave the range of numbers.
+constexpr double kFarthest = 1e70;
 
 double RadiusOf(const ConcentricMedia& media, eCrossing crossing) {
   return IsAtInnerSurface(crossing) ? media.InnerRadius : media.OuterRadius;
@@ -36,9 +27,9 @@ class Ends {
  public:
   Ends(const ConcentricMedia& media, const TVector3& eventPos,
        const TVector3& pmtPos)
-      : eventRadius_(LengthOf(eventPos)), pmtRadius_(LengthOf(pmtPos)) {
-    canBeJoined_ = IsFinite(eventPos) && std::isfinite(eventRadius_) &&
-                   std::isfinite(pmtRadius_) &&
+      : eventRadius_(eventPos.Mag()), pmtRadius_(pmtPos.Mag()) {
+    // Also false for what is not a number.
+    canBeJoined_ = eventRadius_ <= kFarthest && pmtRadius_ <= kFarthest &&
                    media.At(pmtRadius_) == eMedium::kWater &&
                    eventPos != pmtPos;
     if (!canBeJoined_) return;

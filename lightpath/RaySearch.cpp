@@ -63,10 +63,10 @@ double LeastBetween(double first, double last, const Range& slopes,
 
 /// Finds the rays of one family that sweep a given angle.
 ///
-/// The range of v is cut until in each piece the swept angle is monotonic, or
-/// bends one way only, so that the signs at its ends tell the number of
-/// solutions; each is then found by Halley's method kept between two rays with
-/// one solution between them.
+/// The range of t is cut until in each piece the swept angle is monotonic, or
+/// bends one way only, so that the signs at its ends tell where solutions are;
+/// each is then found by derivatives, kept between two rays that have just that
+/// solution between them.
 template <class OnFound>
 class FamilySearch {
  public:
@@ -108,6 +108,17 @@ class FamilySearch {
   double Miss(const Ray& ray) const { return ray.Angle - target_.Angle; }
   void Tell(const Ray& ray) {
     onFound_(JoiningRay{&family_, target_, angle_.OpticalLength(ray), ray});
+  }
+
+  bool IsMonotonic(const Ray& first, const Ray& last) const {
+    return SlopesBetween(first, last).IsSigned() || angle_.MostExtrema() == 0 ||
+           (angle_.MostExtrema() == 1 && first.Slope * last.Slope > 0);
+  }
+  bool BendsOneWay(const Ray& first, const Ray& last) const {
+    return CurvesBetween(first, last).IsSigned() ||
+           angle_.MostInflections() == 0 ||
+           (angle_.MostInflections() == 1 &&
+            first.CurveByCosine() * last.CurveByCosine() > 0);
   }
 
   void Search(const Ray& first, const Ray& last);
@@ -158,28 +169,24 @@ void FamilySearch<OnFound>::Search(const Ray& first, const Ray& last) {
   const double before = Miss(first);
   const double after = Miss(last);
   const bool changesSign = (before < 0) != (after < 0);
-  const Range slopes = SlopesBetween(first, last);
-  if (slopes.IsSigned() || angle_.MostExtrema() == 0 ||
-      (angle_.MostExtrema() == 1 && first.Slope * last.Slope > 0)) {
+  if (IsMonotonic(first, last)) {
     if (changesSign) Solve(first, last);
     return;
   }
-  const double width = last.T - first.T;
   if (!changesSign) {
     const double sign = before < 0 ? -1.0 : 1.0;
+    const Range slopes = SlopesBetween(first, last);
     const Range towards = sign > 0 ? slopes : Range{-slopes.High, -slopes.Low};
-    if (LeastBetween(sign * before, sign * after, towards, width) > kRounding) {
+    if (LeastBetween(sign * before, sign * after, towards, last.T - first.T) >
+        kRounding) {
       return;
     }
   }
-  const Range curves = CurvesBetween(first, last);
-  const double change1 = first.GrowingCurve - first.ShrinkingCurve;
-  const double change2 = last.GrowingCurve - last.ShrinkingCurve;
-  if (curves.IsSigned() || angle_.MostInflections() == 0 ||
-      (angle_.MostInflections() == 1 && change1 * change2 > 0)) {
+  if (BendsOneWay(first, last)) {
+    const double bend = -(first.CurveByCosine() + last.CurveByCosine());
     if (changesSign) {
       Solve(first, last);
-    } else if ((change1 <= 0) == (before > 0)) {
+    } else if ((bend > 0) == (before > 0)) {
       SearchDip(first, last);
     }
     return;
@@ -195,18 +202,19 @@ void FamilySearch<OnFound>::Search(const Ray& first, const Ray& last) {
 template <class OnFound>
 void FamilySearch<OnFound>::SearchDip(Ray first, Ray last) {
   const double sign = Miss(first) < 0 ? -1.0 : 1.0;
+  int probes = 0;
   while (sign * first.Slope < 0 && sign * last.Slope > 0) {
-    const Range tangents = {sign * (first.Growing - first.Shrinking),
-                            sign * (last.Growing - last.Shrinking)};
+    const Range tangents = {sign * first.Slope, sign * last.Slope};
     if (LeastBetween(sign * Miss(first), sign * Miss(last), tangents,
                      last.T - first.T) > kRounding) {
       return;
     }
     if (AreNeighbours(first, last)) break;
-    const Ray middle =
-        At(Between(first, last,
-                   InverseCubic({first.T, first.Slope, first.Curve},
-                                {last.T, last.Slope, last.Curve})));
+    // Now and then halfway, so that both ends come nearer.
+    const bool isHalfway = ++probes % 4 == 0;
+    const double turning = InverseCubic({first.T, first.Slope, first.Curve},
+                                        {last.T, last.Slope, last.Curve});
+    const Ray middle = At(Between(first, last, isHalfway ? -1.0 : turning));
     if (sign * Miss(middle) < 0) {
       // Optical lengths change by invariant times swept angle, so over a dip
       // of the angle the first ray is the shorter one, over a bump the last.

@@ -9,7 +9,12 @@ namespace ZARN::DU {
 std::vector<RefractedPath> FindRefractedPaths(const ConcentricMedia& media,
                                               double eventRadius,
                                               double pmtRadius, double angle) {
+  constexpr double kPi = 3.14159265358979323846;
   std::vector<RefractedPath> paths;
+  const bool areInRange = eventRadius > 0 && std::isfinite(eventRadius) &&
+                          pmtRadius >= media.OuterRadius &&
+                          std::isfinite(pmtRadius) && angle > 0 && angle < kPi;
+  if (!areInRange) return paths;
   for (const JoiningRay& found :
        FindAllRays(media, {eventRadius, pmtRadius, angle})) {
     const Rotor launch = found.LaunchDirection();

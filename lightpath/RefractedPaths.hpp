@@ -33,6 +33,7 @@ struct RefractedPath {
 /// @param angle        between the two, seen from the centre: > 0 and < pi (the
 ///                     ends and the centre on one line have a straight path,
 ///                     and LightPathCalculator gives it)
+/// @return none for arguments outside these ranges
 std::vector<RefractedPath> FindRefractedPaths(const ConcentricMedia& media,
                                               double eventRadius,
                                               double pmtRadius, double angle);

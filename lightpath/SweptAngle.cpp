@@ -14,6 +14,22 @@ Rotor Repeated(const Rotor& turn, double times) {
   return std::abs(times) > 1 ? once * once : once;
 }
 
+/// Counts how often a growing sum changes its sign.
+class SignChanges {
+ public:
+  void Add(double term) {
+    sum_ += term;
+    if (sum_ * last_ < 0) ++count_;
+    if (sum_ != 0) last_ = sum_;
+  }
+  int Count() const { return count_; }
+
+ private:
+  double sum_ = 0.0;
+  double last_ = 0.0;
+  int count_ = 0;
+};
+
 /// From -pi to pi.
 double AngleOf(const Rotor& turn) { return std::atan2(turn.Sine, turn.Cosine); }
 
@@ -51,8 +67,7 @@ SweptAngle::SweptAngle(const RayFamily& family, const PerSite<double>& reaches)
     ratios_[site] = isOnTheWay ? highest_ / reach : 0.0;
     // Not 1 - ratio * ratio, which loses what two near reaches differ by.
     rests_[site] =
-        isOnTheWay ? (reach - highest_) * (reach + highest_) / (reach * reach)
-                   : 1.0;
+        isOnTheWay ? (reach - highest_) / reach * (1.0 + ratios_[site]) : 1.0;
   }
   CountSigns();
 }
@@ -65,21 +80,19 @@ void SweptAngle::CountSigns() {
       std::swap(byReach[k], byReach[k - 1]);
     }
   }
-  double signBefore = 0.0;
-  double curveSignBefore = 0.0;
+  SignChanges ofSlope;
+  SignChanges ofCurve;
   for (std::size_t i = 0; i < byReach.size();) {
     const double reach = reaches_[byReach[i]];
-    double sum = 0.0;
+    double turns = 0.0;
     for (; i < byReach.size() && reaches_[byReach[i]] == reach; ++i) {
-      sum += turns_[byReach[i]];
+      turns += turns_[byReach[i]];
     }
-    if (sum == 0.0) continue;
-    if (sum * signBefore < 0) ++mostExtrema_;
-    signBefore = sum;
-    if (reach == highest_) continue;
-    if (sum * curveSignBefore < 0) ++mostInflections_;
-    curveSignBefore = sum;
+    ofSlope.Add(turns);
+    ofCurve.Add(turns * (reach - highest_) * (reach + highest_));
   }
+  mostExtrema_ = ofSlope.Count();
+  mostInflections_ = ofCurve.Count();
 }
 
 SweptAngle::Ray SweptAngle::Central() const {
@@ -119,7 +132,7 @@ SweptAngle::Ray SweptAngle::At(double t) const {
   for (std::size_t site = 0; site < ratios_.size(); ++site) {
     third += turns_[site] * thirds[site];
   }
-  ray.Curve = -sine * (ray.GrowingCurve - ray.ShrinkingCurve);
+  ray.Curve = -sine * ray.CurveByCosine();
   ray.Third = -cosine * third;
 
   // Two factors, each of which stays within -pi and pi.

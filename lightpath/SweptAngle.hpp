@@ -102,6 +102,9 @@ class SweptAngle {
     PerSite<double> Cosines;
     PerSite<double> Sines;
 
+    /// The derivative of Slope by cos(t), Curve without its factor -sin(t).
+    double CurveByCosine() const { return GrowingCurve - ShrinkingCurve; }
+
     Rotor AngleToRadius(eSite site) const {
       return {Cosines[IndexOf(site)], Sines[IndexOf(site)]};
     }
@@ -120,11 +123,13 @@ class SweptAngle {
   /// At most so often the slope has no sign, and the curve none but at t = 0.
   ///
   /// By the invariant the slope is a sum over the sites of Turns /
-  /// sqrt(reach^2 - invariant^2), which is the Laplace transform of a sum of
-  /// exponentials: it is nought at most as often as the signs of Turns change
-  /// when the sites are put in the order of their reaches (Descartes' rule; S.
-  /// Karlin, Total Positivity, 1968, chapter 5). The same holds for the change
-  /// of the slope, without the site of the smallest reach.
+  /// sqrt(reach^2 - invariant^2), the Laplace transform of a sum of
+  /// exponentials. Such a sum is nought at most as often as the sums of the
+  /// first one, two, three... of its Turns change their sign, with the sites in
+  /// the order of their reaches (Laguerre's sharper form of Descartes' rule; S.
+  /// Karlin, Total Positivity, 1968, chapter 5). So it is with the change of
+  /// the slope, and Turns times what the square of the reach has above that of
+  /// the smallest.
   int MostExtrema() const { return mostExtrema_; }
   int MostInflections() const { return mostInflections_; }
 

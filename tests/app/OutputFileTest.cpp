@@ -51,6 +51,7 @@ class OutputFileTest : public ::testing::Test {
   static void WriteWhole(const fs::path& path, const std::string& text) {
     OutputFile file(path.string());
     file.Write(text);
+    file.Finish();
     file.Commit();
   }
 
@@ -90,6 +91,7 @@ TEST_F(OutputFileTest, AppearsWhenItIsCommitted) {
   file.Write("two\n");
   EXPECT_FALSE(fs::exists(In("out")));
   EXPECT_EQ(Others({}).size(), 1U) << "a temporary file beside the target";
+  file.Finish();
   file.Commit();
   EXPECT_EQ(Text(In("out")), "one\ntwo\n");
   EXPECT_TRUE(Others({"out"}).empty());
@@ -101,6 +103,7 @@ TEST_F(OutputFileTest, ReplacesAnExistingFileWhenItIsCommitted) {
     OutputFile file(In("out").string());
     file.Write("new");
     EXPECT_EQ(Text(In("out")), std::string(1000, 'o'));
+    file.Finish();
     file.Commit();
     EXPECT_EQ(Text(In("out")), "new");
   }
@@ -134,6 +137,7 @@ TEST_F(OutputFileTest, WritesTextOfAnyLengthInItsOrder) {
     file.Write(text);
     whole += text;
   }
+  file.Finish();
   file.Commit();
   EXPECT_EQ(Text(In("out")), whole);
 }
@@ -255,6 +259,7 @@ TEST_F(OutputFileTest, SparesTheFilesOfARunThatGoesOn) {
   WriteWhole(In("out"), "second");
   EXPECT_EQ(Text(In("out")), "second");
   EXPECT_EQ(Others({"out"}).size(), 1U);
+  first.Finish();
   first.Commit();
   EXPECT_EQ(Text(In("out")), "first");
   EXPECT_TRUE(Others({"out"}).empty());

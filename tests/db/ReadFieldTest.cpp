@@ -49,6 +49,17 @@ TEST_F(ReadFieldsTest, RefusesWhatIsMissing) {
   EXPECT_THROW(ReadNumber("GEO", "rope", "number"), DBNotFoundError);
 }
 
+TEST_F(ReadFieldsTest, SaysWhichFieldAMissingEntryWouldHaveHad) {
+  try {
+    ReadText("GEO", "rope", "solid");
+    FAIL() << "no error";
+  } catch (const DBNotFoundError& error) {
+    EXPECT_STREQ(error.what(),
+                 "table GEO, index rope: there is no entry for run 0, so no "
+                 "field solid");
+  }
+}
+
 TEST_F(ReadFieldsTest, TakesTheHighestPass) {
   TableEntry entry;
   entry.table = "SOLID";

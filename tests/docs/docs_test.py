@@ -5,9 +5,12 @@ import os
 import pathlib
 import re
 import subprocess
+import tempfile
 import unittest
 
 SOURCE = pathlib.Path(os.environ["ZARN_SOURCE_DIR"])
+ZARN_SHADOW = os.environ["ZARN_SHADOW"]
+COMMANDS = (SOURCE / "docs" / "commands.md").read_text()
 PAGES = [p for p in SOURCE.rglob("*.md")
          if not {"build", ".venv"} & set(p.relative_to(SOURCE).parts)]
 
@@ -36,20 +39,31 @@ class Documents(unittest.TestCase):
                 self.assertTrue("://" in link or (page.parent / link).exists(),
                                 f"{page}: {link}")
 
-    def test_the_readmes_light_paths_have_the_verdicts_it_shows(self):
-        paths, verdicts = blocks((SOURCE / "README.md").read_text(), "csv")
-        result = subprocess.run(
-            [os.environ["ZARN_SHADOW"], "check", "-", "--geometry",
-             str(SOURCE / "data" / "reference-detector")],
-            input=paths, capture_output=True, text=True)
-        self.assertEqual((result.returncode, result.stdout), (0, verdicts), result.stderr)
+    def test_every_command_line_help_is_shown_as_it_is(self):
+        shown = {}
+        for block in blocks(COMMANDS, "text"):
+            line, text = block.split("\n", 1)
+            shown[line] = text.strip()
+        self.assertEqual(sorted(shown), [f"$ zarn-shadow {c} --help" for c in ("check", "scan")])
+        for line, text in shown.items():
+            said = subprocess.run([ZARN_SHADOW, *line.split()[2:]],
+                                  capture_output=True, text=True, check=True).stdout
+            self.assertEqual(text, said.strip())
 
-    def test_the_readme_shows_the_help_as_it_is(self):
-        shown = [b for b in blocks((SOURCE / "README.md").read_text(), "text")
-                 if b.startswith("$ zarn-shadow check --help")]
-        said = subprocess.run([os.environ["ZARN_SHADOW"], "check", "--help"],
-                              capture_output=True, text=True, check=True).stdout
-        self.assertEqual([b.split("\n", 1)[1].strip() for b in shown], [said.strip()])
+    def test_the_positions_and_paths_shown_have_the_verdicts_shown(self):
+        events, pmts, scanned, paths, checked = blocks(COMMANDS, "csv")
+        with tempfile.TemporaryDirectory() as folder:
+            (pathlib.Path(folder) / "events.csv").write_text(events)
+            (pathlib.Path(folder) / "pmts.csv").write_text(pmts)
+            for arguments, text, verdicts in (
+                    (["scan", "--events", "events.csv", "--pmts", "pmts.csv"], None, scanned),
+                    (["check", "-"], paths, checked)):
+                result = subprocess.run(
+                    [ZARN_SHADOW, *arguments, "--geometry",
+                     str(SOURCE / "data" / "reference-detector")],
+                    input=text, cwd=folder, capture_output=True, text=True)
+                self.assertEqual((result.returncode, result.stdout), (0, verdicts),
+                                 result.stderr)
 
 
 if __name__ == "__main__":

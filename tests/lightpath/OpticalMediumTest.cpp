@@ -131,7 +131,8 @@ TEST(OpticalMedium, RefusesWhatCannotBe) {
 
 TEST(OpticalMedium, RefusesWhatIsMissing) {
   EXPECT_EQ(ComplaintOf<DBNotFoundError>(Tables()),
-            "table OPTICS, index water: there is no entry for run 0");
+            "table OPTICS, index water: there is no entry for run 0, so no "
+            "field refractive_index");
   EXPECT_EQ(ComplaintOf<DBNotFoundError>(
                 Tables().Set("OPTICS", "water", "wavelength", Numbers{400})),
             "table OPTICS, index water: there is no field refractive_index");

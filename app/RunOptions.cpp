@@ -1,0 +1,98 @@
+#include "app/RunOptions.hpp"
+
+#include <CLI/CLI.hpp>
+#include <charconv>
+#include <cmath>
+
+#include "app/Failure.hpp"
+#include "app/Numbers.hpp"
+#include "app/Quoted.hpp"
+#include "db/DB.hpp"
+#include "db/JsonTables.hpp"
+#include "du/ShadowingCalculator.hpp"
+#include "lightpath/LightPathCalculator.hpp"
+
+namespace ZARN::App {
+namespace {
+
+template <class Calculator>
+void Begin(const RunOptions& options, Calculator& calculator) {
+  try {
+    calculator.BeginOfRun();
+  } catch (const DBNotFoundError& error) {
+    throw BadInput(options.geometry + ": " + error.what());
+  } catch (const DBValueError& error) {
+    throw BadInput(options.geometry + ": " + error.what());
+  }
+}
+
+}  // namespace
+
+void AddRunOptions(CLI::App& command, RunOptions& options) {
+  command
+      .add_option("--geometry", options.geometry,
+                  "Geometry tables, lengths in mm: a JSON file, or a "
+                  "directory of *.json")
+      ->required()
+      ->type_name("TABLES");
+  command
+      .add_option_function<std::string>(
+          "--run",
+          [&options](const std::string& text) {
+            options.run = WholeNumberOf("--run", text);
+          },
+          "Run number for which the tables are read (default: 0)")
+      ->type_name("N");
+  command
+      .add_option_function<std::string>(
+          "--tolerance",
+          [&options](const std::string& text) {
+            options.tolerance = NumberOf("--tolerance", text);
+          },
+          "Margin around the hardware in mm (default: 150)")
+      ->type_name("MM");
+}
+
+std::vector<std::string> FilesOf(const RunOptions& options) {
+  return TableFiles(options.geometry);
+}
+
+void LoadTables(const RunOptions& options) {
+  DB& db = DB::Get();
+  db.SetRun(options.run);
+  LoadJsonTables(db, options.geometry);
+}
+
+void BeginRun(const RunOptions& options, DU::ShadowingCalculator& calculator) {
+  Begin(options, calculator);
+  if (options.tolerance.has_value()) {
+    calculator.SetAllGeometryTolerances(*options.tolerance);
+  }
+}
+
+void BeginRun(const RunOptions& options, DU::LightPathCalculator& calculator) {
+  Begin(options, calculator);
+}
+
+int WholeNumberOf(const std::string& option, const std::string& text) {
+  int number = 0;
+  const char* const end = text.data() + text.size();
+  const auto [stop, error] = std::from_chars(text.data(), end, number);
+  if (error != std::errc() || stop != end) {
+    throw CLI::ValidationError(option, Quoted(text) + " is not a whole number");
+  }
+  return number;
+}
+
+double NumberOf(const std::string& option, const std::string& text) {
+  const NumberOrReason number = ReadNumber(text);
+  if (number.reason != nullptr) {
+    throw CLI::ValidationError(option, Quoted(text) + " " + number.reason);
+  }
+  if (!std::isfinite(number.value)) {
+    throw CLI::ValidationError(option, Quoted(text) + " is not finite");
+  }
+  return number.value;
+}
+
+}  // namespace ZARN::App

@@ -1,0 +1,82 @@
+#include "app/VerdictNTuple.hpp"
+
+#include <ROOT/RError.hxx>
+#include <ROOT/RNTupleModel.hxx>
+#include <ROOT/RNTupleWriteOptions.hxx>
+#include <ROOT/RNTupleWriter.hxx>
+#include <nlohmann/json.hpp>
+
+#include "app/Failure.hpp"
+
+namespace ZARN::App {
+namespace {
+
+/// The library's errors as the command's.
+template <class Work>
+void Writing(const std::string& name, const Work& work) {
+  try {
+    work();
+  } catch (const ROOT::RException& error) {
+    throw OutputFailure(name +
+                        ": cannot be written: " + error.GetError().GetReport());
+  }
+}
+
+std::string Describe(const VerdictNTuple::Origin& origin) {
+  const nlohmann::ordered_json description = {
+      {"program", "zarn-shadow"},
+      {"version", ZARN_VERSION},
+      {"run", origin.run},
+      {"tolerance", origin.tolerance},
+      {"wavelength", origin.wavelength},
+  };
+  return description.dump();
+}
+
+}  // namespace
+
+VerdictNTuple::VerdictNTuple(const std::string& path, const Origin& origin)
+    : file_(path), name_(path) {
+  Writing(name_, [&] {
+    auto model = ROOT::RNTupleModel::Create();
+    model->SetDescription(Describe(origin));
+    event_ = model->MakeField<std::string>("event", "name of the event");
+    pmt_ = model->MakeField<std::string>("pmt", "name of the PMT");
+    type_ = model->MakeField<std::string>(
+        "type", "type of the light path; empty for no path");
+    shadowed_ = model->MakeField<std::int32_t>(
+        "shadowed", "1 shadowed, 0 not, -1 for no path");
+    by_ = model->MakeField<std::string>(
+        "by", "the component that shadows it, if any; or no path");
+    writer_ = ROOT::RNTupleWriter::Recreate(std::move(model), "verdicts",
+                                            file_.TemporaryPath());
+  });
+}
+
+VerdictNTuple::~VerdictNTuple() = default;
+
+void VerdictNTuple::Fill(const std::string& event, const std::string& pmt,
+                         const PathVerdict& verdict) {
+  *event_ = event;
+  *pmt_ = pmt;
+  if (verdict.HasPath()) {
+    *type_ = DU::kLightPathTypeNames[verdict.type];
+    *shadowed_ = verdict.by == DU::eShadowingComponent::kNone ? 0 : 1;
+    *by_ = DU::NameOf(verdict.by);
+  } else {
+    type_->clear();
+    *shadowed_ = -1;
+    *by_ = PairScan::kNoPath;
+  }
+  Writing(name_, [&] { writer_->Fill(); });
+}
+
+void VerdictNTuple::Finish() {
+  Writing(name_, [&] {
+    writer_->CommitDataset();
+    writer_.reset();
+  });
+  file_.Finish();
+}
+
+}  // namespace ZARN::App

@@ -1,0 +1,58 @@
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <string>
+
+#include "app/PairScan.hpp"
+#include "app/PendingFile.hpp"
+
+namespace ROOT {
+class RNTupleWriter;
+}
+
+namespace ZARN::App {
+
+/// A ROOT file with an RNTuple of verdicts, which appears whole or not at all.
+///
+/// The RNTuple is called "verdicts" and has the fields event, pmt, type, by
+/// (strings) and shadowed (0, 1, or -1 for no path). Its description is a JSON
+/// object that says how it came about.
+class VerdictNTuple {
+ public:
+  struct Origin {
+    int run;
+    double tolerance;   // mm
+    double wavelength;  // nm
+  };
+
+  /// @throws OutputFailure if the file cannot be made
+  VerdictNTuple(const std::string& path, const Origin& origin);
+  ~VerdictNTuple();
+
+  /// @throws OutputFailure if writing fails
+  void Fill(const std::string& event, const std::string& pmt,
+            const PathVerdict& verdict);
+
+  /// Write what is left.
+  ///
+  /// @throws OutputFailure
+  void Finish();
+
+  /// Put the finished file in its place.
+  ///
+  /// @throws OutputFailure
+  void Commit() { file_.Commit(); }
+
+ private:
+  PendingFile file_;
+  std::string name_;  // in messages
+  std::shared_ptr<std::string> event_;
+  std::shared_ptr<std::string> pmt_;
+  std::shared_ptr<std::string> type_;
+  std::shared_ptr<std::int32_t> shadowed_;
+  std::shared_ptr<std::string> by_;
+  std::unique_ptr<ROOT::RNTupleWriter> writer_;
+};
+
+}  // namespace ZARN::App

@@ -1,0 +1,25 @@
+#include <iomanip>
+#include <iostream>
+
+#include "db/DB.hpp"
+#include "db/JsonTables.hpp"
+#include "du/ShadowingCalculator.hpp"
+#include "lightpath/LightPathCalculator.hpp"
+
+/// Computes the light path from an event to a PMT and asks what blocks it. The
+/// argument names the geometry tables, for example data/reference-detector.
+int main(int /*argc*/, char** argv) {
+  ZARN::LoadJsonTables(ZARN::DB::Get(), argv[1]);
+  ZARN::DU::ShadowingCalculator calculator;
+  calculator.BeginOfRun();
+  ZARN::DU::LightPathCalculator path;
+  path.BeginOfRun();
+
+  path.CalcByPosition({0, 0, 3000}, {8300, 0, 0});  // event and PMT, mm
+  if (path.HasPath()) {
+    const bool isShadowed = calculator.CheckForShadowing(path);
+    std::cout << path.LightPathTypeNames().at(path.GetLightPathType()) << ", "
+              << std::fixed << std::setprecision(3) << path.GetTimeOfFlight()
+              << " ns, shadowed: " << isShadowed << "\n";
+  }
+}
