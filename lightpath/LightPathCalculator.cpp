@@ -115,7 +115,9 @@ double LightPathCalculator::GetTimeOfFlight() const {
 
 double LightPathCalculator::GetIncidenceAngle() const {
   if (!HasStretches(path_.LightPathType)) return 0.0;
-  return path_.FinalDirection.Angle(path_.EndPos);
+  // Not the arc cosine, which has half the digits of a small angle.
+  return std::atan2(path_.FinalDirection.Cross(path_.EndPos).Mag(),
+                    path_.FinalDirection.Dot(path_.EndPos));
 }
 
 }  // namespace ZARN::DU

@@ -1,5 +1,6 @@
 #include "lightpath/PathBetween.hpp"
 
+#include <algorithm>
 #include <cmath>
 #include <limits>
 
@@ -128,6 +129,15 @@ bool Crosses(const TVector3& from, const TVector3& to, double radius) {
   return from.Cross(way).Mag2() < (1 - kRounding) * radius * radius * squared;
 }
 
+/// The unit vector along a way of any length: one whose square would be too
+/// small for a number, too.
+TVector3 DirectionOf(const TVector3& way) {
+  const double largest =
+      std::max({std::abs(way.X()), std::abs(way.Y()), std::abs(way.Z())});
+  return TVector3(way.X() / largest, way.Y() / largest, way.Z() / largest)
+      .Unit();
+}
+
 void Begin(const TVector3& eventPos, const TVector3& pmtPos, LightPath& path) {
   path.StartPos = eventPos;
   path.EndPos = pmtPos;
@@ -164,7 +174,7 @@ void FindDirectPath(const ConcentricMedia& media, const TVector3& eventPos,
                 : !Crosses(eventPos, pmtPos, media.OuterRadius))) {
     Begin(eventPos, pmtPos, path);
     path.LightPathType = kWater;
-    path.InitialDirection = (pmtPos - eventPos).Unit();
+    path.InitialDirection = DirectionOf(pmtPos - eventPos);
     path.FinalDirection = path.InitialDirection;
     return;
   }

@@ -153,9 +153,13 @@ struct Sample {
   double Derivative;
 };
 
+/// Where a guess leads that cannot be made; Between goes halfway.
+constexpr double kNowhere = std::numeric_limits<double>::quiet_NaN();
+
 /// Where a function is nought, by the cubic through two samples that gives t as
-/// a function of the value. NaN or anything else where a derivative is nought.
+/// a function of the value. A guess: it may be anything.
 double InverseCubic(const Sample& a, const Sample& b) {
+  if (a.Derivative == 0 || b.Derivative == 0) return kNowhere;
   const double rise = b.Value - a.Value;
   const double share = -a.Value / rise;
   const double rest = 1 - share;
@@ -214,7 +218,7 @@ void FamilySearch<OnFound>::SearchDip(Ray first, Ray last) {
     const bool isHalfway = ++probes % 4 == 0;
     const double turning = InverseCubic({first.T, first.Slope, first.Curve},
                                         {last.T, last.Slope, last.Curve});
-    const Ray middle = At(Between(first, last, isHalfway ? -1.0 : turning));
+    const Ray middle = At(Between(first, last, isHalfway ? kNowhere : turning));
     if (sign * Miss(middle) < 0) {
       // Optical lengths change by invariant times swept angle, so over a dip
       // of the angle the first ray is the shorter one, over a bump the last.
@@ -232,9 +236,10 @@ void FamilySearch<OnFound>::SearchDip(Ray first, Ray last) {
 /// method of order 4).
 double NextFrom(const Ray& ray, double miss) {
   const double squared = ray.Slope * ray.Slope;
-  return ray.T - 3 * miss * (2 * squared - miss * ray.Curve) /
-                     (6 * ray.Slope * (squared - miss * ray.Curve) +
-                      miss * miss * ray.Third);
+  const double divisor =
+      6 * ray.Slope * (squared - miss * ray.Curve) + miss * miss * ray.Third;
+  if (divisor == 0) return kNowhere;
+  return ray.T - 3 * miss * (2 * squared - miss * ray.Curve) / divisor;
 }
 
 template <class OnFound>

@@ -50,6 +50,13 @@ class Documents(unittest.TestCase):
                                   capture_output=True, text=True, check=True).stdout
             self.assertEqual(text, said.strip())
 
+    def test_the_drawing_shows_what_the_command_finds(self):
+        with tempfile.NamedTemporaryFile(suffix=".svg") as drawn:
+            subprocess.run([SOURCE / "docs" / "draw-light-paths.py", ZARN_SHADOW, drawn.name],
+                           check=True)
+            self.assertEqual(pathlib.Path(drawn.name).read_text(),
+                             (SOURCE / "docs" / "light-paths.svg").read_text())
+
     def test_the_positions_and_paths_shown_have_the_verdicts_shown(self):
         events, pmts, scanned, paths, checked = blocks(COMMANDS, "csv")
         with tempfile.TemporaryDirectory() as folder:
