@@ -19,7 +19,7 @@ bool EventSource::Next(std::size_t pmts) {
     isAtEnd_ = true;
     return true;
   }
-  constexpr std::size_t kPairs = 8192;
+  constexpr std::size_t kPairs = 1UL << 14U;
   const std::size_t wanted =
       std::max<std::size_t>(1, kPairs / std::max<std::size_t>(1, pmts));
   bytesBefore_ = reader_->BytesTaken();

@@ -11,8 +11,7 @@ class InputFile {
  public:
   /// @param path  "-" is standard input
   /// @throws BadInput if it cannot be opened, Interrupted if a signal came
-  /// while
-  ///         a pipe waited for its other end
+  ///         while a pipe waited for its other end
   explicit InputFile(const std::string& path);
   InputFile(const InputFile&) = delete;
   InputFile& operator=(const InputFile&) = delete;

@@ -12,6 +12,8 @@ std::string LightPathHeader();
 
 /// Append a path as its cells, without the end of the line. Numbers read back
 /// as the same doubles; points that the type does not use are left empty.
+///
+/// @param path  of one of the named types
 void AppendLightPath(std::string& text, const DU::LightPath& path);
 
 }  // namespace ZARN::App

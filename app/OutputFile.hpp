@@ -17,8 +17,7 @@ class OutputFile {
  public:
   /// @param path  nullopt and "-" are standard output
   /// @throws BadInput for an empty name, OutputFailure if it cannot be opened,
-  /// Interrupted if a signal came
-  ///         while a pipe waited for its other end
+  ///         Interrupted if a signal came while a pipe waited for its other end
   explicit OutputFile(const std::optional<std::string>& path);
   OutputFile(const OutputFile&) = delete;
   OutputFile& operator=(const OutputFile&) = delete;

@@ -35,16 +35,16 @@ void ParallelFor(std::size_t count, std::size_t threads, const Work& work) {
       if (failure == nullptr) failure = std::current_exception();
     }
   };
-  std::vector<std::thread> helpers;
+  std::vector<std::thread> workers;
+  const std::size_t wanted = std::min(threads, count);
+  workers.reserve(wanted);
   try {
-    for (std::size_t i = 1; i < std::min(threads, count); ++i) {
-      helpers.emplace_back(run, i);
-    }
+    for (std::size_t i = 1; i < wanted; ++i) workers.emplace_back(run, i);
   } catch (const std::system_error&) {
     // No more threads to be had: those that there are do the work.
   }
   run(0);
-  for (std::thread& helper : helpers) helper.join();
+  for (std::thread& worker : workers) worker.join();
   if (failure != nullptr) std::rethrow_exception(failure);
 }
 

@@ -129,9 +129,12 @@ void PendingFile::Open() {
 void PendingFile::Finish() {
   // On disk before it is in place: a crash must not leave an empty target.
   if (fsync(descriptor_) != 0) FailWithErrno();
-  // Some file systems report a failed write only here.
+  // Some file systems report a failed write only when the file is closed. A
+  // second descriptor keeps the lock until the file is in its place.
+  const int lock = fcntl(descriptor_, F_DUPFD_CLOEXEC, 0);
+  if (lock < 0) FailWithErrno();
   const int written = descriptor_;
-  descriptor_ = -1;
+  descriptor_ = lock;
   if (close(written) != 0 && errno != EINTR) FailWithErrno();
 }
 

@@ -150,7 +150,7 @@ void CheckFiles(const ScanOptions& options) {
 void ScanEvents(PairScan& scan, const Pairs& pairs, ScanOutputs& outputs,
                 ScanTallies& tallies,
                 const std::function<void(double)>& tellShareDone) {
-  constexpr std::size_t kSlice = 8192;
+  constexpr std::size_t kSlice = 1UL << 14U;
   std::vector<VerdictTally> perEvent(pairs.events.size());
   for (std::size_t begin = 0; begin < pairs.Count(); begin += kSlice) {
     ThrowIfInterrupted();
@@ -319,12 +319,15 @@ void AddScanCommand(CLI::App& app) {
       "  type                 the path's type, e.g. AV->Water\n"
       "  shadowed             0 or 1; -1 in an RNTuple where there is no path\n"
       "  by                   AVHDRope, SupportRope, BellyPlate, NCDAnchor,\n"
-      "                       AVPipe, NeckBoss, or empty; no path where total\n"
-      "                       reflection leaves none, type and shadowed are\n"
-      "                       then empty\n"
+      "                       AVPipe, NeckBoss, or empty; no path (type and\n"
+      "                       shadowed are then empty) where total reflection\n"
+      "                       leaves none, to a PMT that is not in the water,\n"
+      "                       from an event at the PMT or a place not finite\n"
       "The counts are CSV: pmt or event, paths, shadowed, fraction, and by, "
       "the\n"
-      "component that blocks most.\n\n"
+      "component that blocks most. - is standard output for any one file.\n"
+      "check on PATHS gives the same verdicts with the same tables, run and\n"
+      "tolerance.\n\n"
       "Exit status: 0; 1 output cannot be written; 2 bad usage or input;\n"
       "130 interrupted.\n\n"
       "Example:\n"

@@ -1,5 +1,6 @@
 #include "app/VerdictNTuple.hpp"
 
+#include <TError.h>
 #include <ROOT/RError.hxx>
 #include <ROOT/RNTupleModel.hxx>
 #include <ROOT/RNTupleWriteOptions.hxx>
@@ -17,9 +18,18 @@ void Writing(const std::string& name, const Work& work) {
   try {
     work();
   } catch (const ROOT::RException& error) {
-    throw OutputFailure(name +
-                        ": cannot be written: " + error.GetError().GetReport());
+    // Behind the reason comes where in the library it was found.
+    const std::string report = error.GetError().GetReport();
+    throw OutputFailure(
+        name + ": cannot be written: " + report.substr(0, report.find('\n')));
   }
+}
+
+/// A pipe or a device cannot take a ROOT file, in which positions matter.
+const std::string& Replaceable(const std::string& path) {
+  if (PendingFile::CanReplace(path)) return path;
+  throw OutputFailure(path +
+                      ": cannot be written: a ROOT file wants a regular file");
 }
 
 std::string Describe(const VerdictNTuple::Origin& origin) {
@@ -36,7 +46,7 @@ std::string Describe(const VerdictNTuple::Origin& origin) {
 }  // namespace
 
 VerdictNTuple::VerdictNTuple(const std::string& path, const Origin& origin)
-    : file_(path), name_(path) {
+    : file_(Replaceable(path)), name_(path) {
   Writing(name_, [&] {
     auto model = ROOT::RNTupleModel::Create();
     model->SetDescription(Describe(origin));
@@ -53,7 +63,14 @@ VerdictNTuple::VerdictNTuple(const std::string& path, const Origin& origin)
   });
 }
 
-VerdictNTuple::~VerdictNTuple() = default;
+VerdictNTuple::~VerdictNTuple() {
+  // A writer that is not finished writes what it has, and complains on standard
+  // error where it cannot: of a file that is thrown away.
+  const int level = gErrorIgnoreLevel;
+  gErrorIgnoreLevel = kFatal;
+  writer_.reset();
+  gErrorIgnoreLevel = level;
+}
 
 void VerdictNTuple::Fill(const std::string& event, const std::string& pmt,
                          const PathVerdict& verdict) {

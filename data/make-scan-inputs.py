@@ -28,7 +28,7 @@ NECK_FOOT = 5757
 
 # Down the axis: the source hangs from one rope through the neck, so its place
 # is known best here and most stops are here. The ends are 300 mm off the wall,
-# room for the source's capsule, and past 5150 mm from the centre, where the
+# room for the source's capsule, and past 5158 mm from the centre, where the
 # wall begins to hold back light by total reflection.
 AXIS_END = 5500
 AXIS_STEP = 500

@@ -38,9 +38,8 @@ class LightPathCalculator {
   /// (OpticalMedium.hpp). Where a medium's table does not reach the wavelength,
   /// ZARN::warn tells so once.
   ///
-  /// @throws ZARN::DBNotFoundError  if a radius or a medium is missing
-  /// @throws ZARN::DBValueError     if one is impossible; both name table,
-  /// index
+  /// @throws ZARN::DBNotFoundError if a radius or a medium is missing,
+  ///         ZARN::DBValueError if one is impossible; both name table, index
   ///         and field, and leave what was read before as it was
   void BeginOfRun();
 

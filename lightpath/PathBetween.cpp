@@ -202,8 +202,8 @@ void FindReflectedPath(const ConcentricMedia& media, const TVector3& eventPos,
     SetRadialPath(media, kWaterReflection, -ends.ToPMT(), ends.ToPMT(), path);
     return;
   }
+  if (Crosses(eventPos, pmtPos, media.OuterRadius)) return;
   const JoiningRay ray = FindReflectedRay(media, ends.InPlane());
-  if (ray.Family == nullptr) return;
   Begin(eventPos, pmtPos, path);
   SetRefractedPath(media, ends, ray, path);
 }

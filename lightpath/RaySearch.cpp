@@ -9,8 +9,6 @@ namespace {
 
 using Ray = SweptAngle::Ray;
 
-constexpr double kPi = 3.14159265358979323846;
-
 /// What rounding may make of a swept angle, rad (some thirty operations on
 /// numbers up to 2 pi; at 10 m it is 4e-11 mm).
 constexpr double kRounding = 4e-15;
@@ -44,8 +42,8 @@ Range SlopesBetween(const Ray& first, const Ray& last) {
   return {last.Growing - first.Shrinking, first.Growing - last.Shrinking};
 }
 
-/// Of the derivative of the slope by t by cos(t), which has the opposite sign
-/// of the second derivative by t.
+/// Of d(Slope)/d(cos t), which has the opposite sign of the second derivative
+/// by t.
 Range CurvesBetween(const Ray& first, const Ray& last) {
   return {first.GrowingCurve - last.ShrinkingCurve,
           last.GrowingCurve - first.ShrinkingCurve};
@@ -78,9 +76,7 @@ class FamilySearch {
         onFound_(onFound) {
     if (lowest > angle_.Highest()) return;
     startsAtCentre_ = lowest == 0.0;
-    first_ = startsAtCentre_
-                 ? angle_.Central()
-                 : At(std::asin(std::min(lowest / angle_.Highest(), 1.0)));
+    first_ = startsAtCentre_ ? angle_.Central() : At(angle_.TOf(lowest));
     last_ = At(0.5 * kPi);
     isEmpty_ = false;
   }
@@ -97,6 +93,9 @@ class FamilySearch {
     if (isLast) Tell(last_);
     Search(first_, last_);
   }
+
+  /// Take the ray that ends the family for the one that is sought.
+  void TakeLast() { Tell(last_); }
 
   int Evaluations() const { return evaluations_; }
 
@@ -233,7 +232,7 @@ void FamilySearch<OnFound>::SearchDip(Ray first, Ray last) {
 }
 
 /// Where the miss is nought, by the three derivatives at a ray (Householder's
-/// method of order 4).
+/// method of order 3, whose errors fall with the fourth power).
 double NextFrom(const Ray& ray, double miss) {
   const double squared = ray.Slope * ray.Slope;
   const double divisor =
@@ -343,6 +342,8 @@ JoiningRay FindReflectedRay(const ConcentricMedia& media,
                       ReachesOf(media, ends.EventRadius, ends.PMTRadius), 0.0,
                       eWanted::kAll, keep);
   search.Find({ends.Angle, false});
+  // A connection that touches the vessel, or would but for rounding.
+  if (reflected.Family == nullptr) search.TakeLast();
   return reflected;
 }
 

@@ -52,7 +52,8 @@ ShortestRay FindShortestRay(const ConcentricMedia& media, const PathEnds& ends);
 std::vector<JoiningRay> FindAllRays(const ConcentricMedia& media,
                                     const PathEnds& ends);
 
-/// The ray reflected at the outer surface; Family is null where there is none.
+/// The ray reflected at the outer surface, between two ends in the water whose
+/// straight connection does not go through the vessel.
 JoiningRay FindReflectedRay(const ConcentricMedia& media, const PathEnds& ends);
 
 }  // namespace ZARN::DU

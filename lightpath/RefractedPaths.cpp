@@ -9,7 +9,6 @@ namespace ZARN::DU {
 std::vector<RefractedPath> FindRefractedPaths(const ConcentricMedia& media,
                                               double eventRadius,
                                               double pmtRadius, double angle) {
-  constexpr double kPi = 3.14159265358979323846;
   std::vector<RefractedPath> paths;
   const bool areInRange = eventRadius > 0 && std::isfinite(eventRadius) &&
                           pmtRadius >= media.OuterRadius &&

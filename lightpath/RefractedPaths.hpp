@@ -16,8 +16,9 @@ struct RefractedPath {
   double LaunchAngle = 0.0;
 
   /// How far the path turns around the centre, rad: the angle between the ends
-  /// seen from the centre, or that angle taken the long way round (2 pi less
-  /// it) when the path crosses the line from the event through the centre.
+  /// seen from the centre; that angle taken the long way round (2 pi less it)
+  /// when the path crosses the line from the event through the centre; or, in
+  /// media of strong indices, once around and that angle.
   double SweptAngle = 0.0;
 
   double OpticalLength = 0.0;  ///< sum of index times length, mm

@@ -105,6 +105,7 @@ SweptAngle::Ray SweptAngle::Central() const {
     ray.Sines[site] = 0.0;
   }
   AddUpSlopes(ray, ratios_, curves);
+  ray.Third = -ray.CurveByCosine();
   return ray;
 }
 

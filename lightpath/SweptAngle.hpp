@@ -1,6 +1,7 @@
 #pragma once
 
 #include <array>
+#include <cmath>
 #include <cstddef>
 
 #include "lightpath/ConcentricMedia.hpp"
@@ -120,16 +121,23 @@ class SweptAngle {
 
   double Highest() const { return highest_; }
 
-  /// At most so often the slope has no sign, and the curve none but at t = 0.
+  /// The t of an invariant up to Highest(). Not by the arc sine, which next to
+  /// grazing incidence keeps half the digits.
+  double TOf(double invariant) const {
+    return std::atan2(
+        invariant, std::sqrt((highest_ - invariant) * (highest_ + invariant)));
+  }
+
+  /// Upper bounds on the number of zeros, counted with their multiplicity, that
+  /// Slope and CurveByCosine() have over the whole range of t.
   ///
-  /// By the invariant the slope is a sum over the sites of Turns /
-  /// sqrt(reach^2 - invariant^2), the Laplace transform of a sum of
-  /// exponentials. Such a sum is nought at most as often as the sums of the
-  /// first one, two, three... of its Turns change their sign, with the sites in
-  /// the order of their reaches (Laguerre's sharper form of Descartes' rule; S.
-  /// Karlin, Total Positivity, 1968, chapter 5). So it is with the change of
-  /// the slope, and Turns times what the square of the reach has above that of
-  /// the smallest.
+  /// But for positive factors these are the sums over the sites of
+  ///     Turns / sqrt(reach^2 - invariant^2)   and
+  ///     Turns (reach^2 - Highest()^2) / sqrt(reach^2 - invariant^2)^3,
+  /// Laplace transforms of sums of exponentials. Such a sum has at most as many
+  /// zeros as its partial sums of numerators have changes of sign, with the
+  /// sites in the order of their reaches (Laguerre's sharper form of Descartes'
+  /// rule; S. Karlin, Total Positivity, 1968, chapter 5).
   int MostExtrema() const { return mostExtrema_; }
   int MostInflections() const { return mostInflections_; }
 
@@ -162,13 +170,11 @@ constexpr RayFamily::RayFamily(eLightPathType type, eSense launch)
 }
 
 constexpr void RayFamily::Leave(eSite site, eSense sense) {
-  constexpr double kPi = 3.14159265358979323846;
   if (sense == eSense::kInward) Base += kPi;
   Turns[IndexOf(site)] += sense == eSense::kInward ? -1 : 1;
 }
 
 constexpr void RayFamily::ComeTo(eSite site, eSense sense) {
-  constexpr double kPi = 3.14159265358979323846;
   if (sense == eSense::kInward) Base -= kPi;
   Turns[IndexOf(site)] += sense == eSense::kInward ? 1 : -1;
 }

@@ -66,7 +66,7 @@ TEST_F(PositionReaderTest, NamesEveryColumnThatIsMissing) {
 class EventSourceTest : public Testing::InFolder {};
 
 TEST_F(EventSourceTest, GivesAllEventsInTheirOrderSomeAtATime) {
-  constexpr int kEvents = 20000;
+  constexpr int kEvents = 200000;
   std::string text = "event,x,y,z\n";
   for (int i = 0; i < kEvents; ++i) text += std::to_string(i) + ",1,2,3\n";
   Put("events.csv", text);
@@ -76,7 +76,7 @@ TEST_F(EventSourceTest, GivesAllEventsInTheirOrderSomeAtATime) {
     double doneBefore = 0.0;
     while (source.Next(pmts)) {
       EXPECT_LE(source.Events().size() * pmts,
-                std::max<std::size_t>(8192, pmts));
+                std::max<std::size_t>(1UL << 14U, pmts));
       for (const NamedPosition& event : source.Events()) {
         ASSERT_EQ(event.name, std::to_string(next++));
       }

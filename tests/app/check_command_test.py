@@ -1,57 +1,33 @@
 #!/usr/bin/env python3
-"""What a user may rely on when running `zarn-shadow check`.
+"""What a user may rely on when running `zarn-shadow check` (command_support.py
+says what it needs)."""
 
-ZARN_SHADOW is the program, ZARN_DATA_DIR the folder with the reference
-detector and the example paths. Each test has a folder of its own, in which no
-temporary file may be left when it ends.
-"""
-
-import csv
-import io
 import json
 import math
 import os
-import pathlib
 import pty
 import re
-import resource
 import signal
 import stat
-import subprocess
-import tempfile
+import sys
 import threading
 import time
 import unittest
 
-PROGRAM = os.environ["ZARN_SHADOW"]
-DATA = pathlib.Path(os.environ["ZARN_DATA_DIR"])
-REFERENCE = DATA / "reference-detector"
+sys.dont_write_bytecode = True  # the source folder stays clean
 
-# Generous: sanitizers and busy machines are slow, and only a hang meets it.
-TIMEOUT = 300
-
-VECTORS = ("start", "end", "initial", "final", "av1", "av2", "av3", "av4")
-COORDINATES = [f"{vector}_{axis}" for vector in VECTORS for axis in "xyz"]
-COLUMNS = ["type", *COORDINATES]
-HEADER = ",".join(COLUMNS)
+from command_support import (
+    ANCHOR, COLUMNS, COMPONENTS, COORDINATES, DATA, HEADER, HOLD_DOWN_ROPES, INNER_AV,
+    NECK_BOSS, OUTER_RADIUS, PIPES, PLATE, PLATE_SOLID, PROGRAM, REFERENCE, SUPPORT_ROPES,
+    TIMEOUT, UNDER_THE_BOSS, BESIDE_THE_BOSS, VECTORS, VESSEL, CommandTest, Result,
+    anchor_reach, at, entry, line, towards, xyz)
 
 TYPES = ("Scint/InnerAV->AV->Water", "AV->Scint/InnerAV->AV->Water", "AV->Water",
          "Water->AV->Scint/InnerAV->AV->Water", "Water->AV->Water", "Water",
          "Water->Reflection->Water", "Light Path Uninitialised")
-COMPONENTS = ("AVHDRope", "SupportRope", "BellyPlate", "NCDAnchor", "AVPipe",
-              "NeckBoss")
-
-INNER_RADIUS = 5800.0
-OUTER_RADIUS = 5860.0
 
 
 # --- Paths -------------------------------------------------------------------
-
-def line(cells):
-    text = io.StringIO(newline="")
-    csv.writer(text, lineterminator="\r\n").writerow(cells)
-    return text.getvalue()[:-2]
-
 
 def path(type_name, **vectors):
     """One row: path("AV->Water", av1=(0, 0, 5860)); the other cells are empty."""
@@ -72,167 +48,13 @@ def table(*rows, end="\n"):
     return "".join(row + end for row in (HEADER, *rows))
 
 
-def at(radius, azimuth, z):
-    """A point by its distance from the axis and its azimuth in degrees."""
-    phi = math.radians(azimuth)
-    return (radius * math.cos(phi), radius * math.sin(phi), z)
-
-
-def towards(polar, azimuth, radius=OUTER_RADIUS):
-    """A point on a sphere by its two angles in degrees."""
-    theta = math.radians(polar)
-    return at(radius * math.sin(theta), azimuth, radius * math.cos(theta))
-
-
-# --- Geometry whose answers can be worked out by hand ------------------------
-
-def entry(table_name, index, fields, **more):
-    return {"table": table_name, "index": index, "fields": fields, **more}
-
-
-def xyz(points, prefix=""):
-    return {prefix + axis: [float(p[i]) for p in points] for i, axis in enumerate("xyz")}
-
-
-VESSEL = [entry("SOLID", "acrylic_vessel_inner", {"r_sphere": INNER_RADIUS}),
-          entry("SOLID", "acrylic_vessel_outer",
-                {"r_sphere": OUTER_RADIUS, "r_neck": 700.0})]
-
-INNER_AV = entry("GEO", "inner_av", {"ncd_anchor_definition": "ncd_anchor",
-                                     "ncd_anchor_locations": "ncd_anchors",
-                                     "belly_plate_locations": "belly_plates"})
-
-# Its foot is at 4760 - (70 + 50) = 4640 and meets the inner sphere 3480 from the
-# axis (3480, 4640, 5800 are 3, 4, 5 times 1160).
-NECK_BOSS = [entry("GEO", "av", {"neck_boss_z": 4760.0}),
-             entry("SOLID", "neck_boss", {"half_height1": 70.0, "half_height2": 50.0})]
-UNDER_THE_BOSS = (3479.0, 0.0, 4640.0)
-BESIDE_THE_BOSS = (3481.0, 0.0, 4640.0)
-
-# One anchor at the bottom, whose reach is 60 and the tolerance.
-ANCHOR = [INNER_AV, entry("SOLID", "ncd_anchor", {"half_z": 60.0, "r_max": 40.0}),
-          entry("GEO_LOCATIONS", "ncd_anchors", xyz([(0, 0, -5800)]))]
-
-PIPES = [entry("SOLID", f"av_pipe-{name}",
-               {"r_max": 25.0, **xyz([(0, 5960, 0), (0, 5960, -1000)])})
-         for name in ("1", "2", "3", "4", "labs", "6", "labr")]
-
-PLATE_SOLID = entry("SOLID", "belly_plate_vintar", {"octahedron_half_height": 600.0})
-# One plate at azimuth 0. Its half-width is atan(600 / 5860), which is 5.846
-# degrees, and the tolerance of 150 adds 150 / 5860 radians, or 1.467 degrees.
-PLATE = [INNER_AV, PLATE_SOLID,
-         entry("GEO_LOCATIONS", "belly_plates", xyz([(5860, 0, 0)]))]
-
-# One location at azimuth 0: ropes at plus and minus 400 / 5860 radians (3.911
-# degrees), 15 and the tolerance wide: 165 / 5920 radians are 1.597 degrees.
-SUPPORT_ROPES = [PLATE_SOLID,
-                 entry("GEO", "hold_up_ropes", {"solid_definition": "hold_up_rope",
-                                                "locations": "hold_up_anchors"}),
-                 entry("SOLID", "hold_up_rope", {"r_rope": 15.0, "z_rope": 6090.0}),
-                 entry("GEO_LOCATIONS", "hold_up_anchors", xyz([(5920, 0, 5)]))]
-
-# One rope, at roll 0. Its legs stand at the azimuth of its fifth point, 154, and
-# opposite its second, 8 + 180; 162 / 5880 radians to each side are 1.579 degrees.
-HOLD_DOWN_ROPES = [
-    entry("GEO", "hold_down_ropes", {"solid_definition": "hold_down_rope",
-                                     "locations": "hold_down_rolls"}),
-    entry("SOLID", "hold_down_rope",
-          {"r_rope": 12.0, **xyz([at(5880, 8, -6138), at(5880, 8, 5),
-                                  at(3000, 8, 5022), at(3000, 154, 5022),
-                                  at(5880, 154, 5), at(5880, 154, -6138)], "rope_")}),
-    entry("GEO_LOCATIONS", "hold_down_rolls", {"roll": [0.0]})]
-
 NEAR_ANCHOR = path("AV->Water", av1=(0.0, 0.0, -5800.0))
 FAR_FROM_ANCHOR = path("AV->Water", av1=(0.0, 0.0, 5860.0))
 
 
-def anchor_reach(half_z, **more):
-    return entry("SOLID", "ncd_anchor", {"half_z": half_z, "r_max": 40.0}, **more)
-
-
-# --- Running the command -----------------------------------------------------
-
-class Result:
-    def __init__(self, status, out, err):
-        self.status = status
-        self.out = out
-        self.bytes_err = err
-        self.err = err.decode(errors="replace")
-
-    def verdicts(self):
-        """What blocks each path, "" for nothing; checks the table's form."""
-        lines = self.out.decode().split("\n")
-        assert lines[0] == "row,shadowed,by", lines[0]
-        assert lines[-1] == "", "the last line has no end"
-        found = []
-        for number, text in enumerate(lines[1:-1]):
-            row, shadowed, by = text.split(",")
-            assert int(row) == number and row == str(number), text
-            assert by in ("", *COMPONENTS), text
-            assert shadowed == ("1" if by else "0"), text
-            found.append(by)
-        return found
-
-    def counts(self):
-        """The table at the end, by label."""
-        found = {}
-        for text in self.err.splitlines():
-            match = re.fullmatch(r" *(\w+(?:/\w+)?) +(not loaded|[\d,.]+)(?: +([\d.]+) %)?",
-                                 text)
-            if match:
-                found[match[1]] = (match[2], match[3])
-        return found
-
-
-class CommandTest(unittest.TestCase):
-    maxDiff = 4000
-
-    def setUp(self):
-        folder = tempfile.TemporaryDirectory(prefix="zarn-check-")
-        self.addCleanup(folder.cleanup)
-        self.folder = pathlib.Path(folder.name)
-        self.addCleanup(self.assert_no_temporaries)
-
-    def assert_no_temporaries(self):
-        self.assertEqual(self.temporaries(), [])
-
-    def temporaries(self):
-        return sorted(p for p in self.folder.rglob(".*zarn-tmp*"))
-
-    def write(self, name, content):
-        file = self.folder / name
-        file.parent.mkdir(parents=True, exist_ok=True)
-        file.write_bytes(content.encode() if isinstance(content, str) else content)
-        return file
-
-    def tables(self, *entries, name="tables.json"):
-        return self.write(name, json.dumps([*VESSEL, *entries]))
-
+class CheckTest(CommandTest):
     def paths(self, *rows, name="paths.csv"):
         return self.write(name, table(*rows))
-
-    @staticmethod
-    def command(paths, geometry, *options):
-        return [PROGRAM, "check", str(paths), "--geometry", str(geometry),
-                *map(str, options)]
-
-    def run_command(self, arguments, status=0, stdin=b"", **more):
-        """Run to the end and expect an exit status, or one of several."""
-        more.setdefault("stdout", subprocess.PIPE)
-        more.setdefault("stderr", subprocess.PIPE)
-        more.setdefault("cwd", self.folder)
-        done = subprocess.run([str(a) for a in arguments], input=stdin,
-                              timeout=TIMEOUT, check=False, **more)
-        result = Result(done.returncode, done.stdout or b"", done.stderr or b"")
-        wanted = status if isinstance(status, tuple) else (status,)
-        self.assertIn(result.status, wanted, f"{arguments}\n{result.err[-3000:]}")
-        self.assertNotIn("Sanitizer", result.err)
-        return result
-
-    def check(self, paths, *options, geometry=None, **more):
-        if geometry is None:
-            geometry = self.tables(*ANCHOR)
-        return self.run_command(self.command(paths, geometry, *options), **more)
 
     def check_text(self, text, *options, **more):
         return self.check(self.write("paths.csv", text), *options, **more)
@@ -256,80 +78,10 @@ class CommandTest(unittest.TestCase):
         self.assertNotIn("paths/second", result.err)
         return result
 
-    # Processes that are watched while they run.
-
-    def start(self, arguments, **more):
-        for stream in ("stdin", "stdout", "stderr"):
-            more.setdefault(stream, subprocess.PIPE)
-        more.setdefault("cwd", self.folder)
-        process = subprocess.Popen([str(a) for a in arguments], **more)
-
-        def end():
-            if process.poll() is None:
-                process.kill()
-            process.wait()
-            for stream in (process.stdin, process.stdout, process.stderr):
-                if stream is not None:
-                    try:
-                        stream.close()
-                    except BrokenPipeError:
-                        pass
-        self.addCleanup(end)
-        return process
-
-    def wait_for(self, condition, what):
-        deadline = time.monotonic() + TIMEOUT
-        while not condition():
-            self.assertLess(time.monotonic(), deadline, f"waited in vain: {what}")
-            time.sleep(0.001)
-
-    def wait_until_it_sleeps(self, process):
-        """Until the process has waited for something for a while."""
-        asleep = 0
-
-        def is_asleep():
-            nonlocal asleep
-            self.assertIsNone(process.poll(), "it ended by itself")
-            fields = pathlib.Path(f"/proc/{process.pid}/stat").read_text()
-            asleep = asleep + 1 if fields.rpartition(")")[2].split()[0] == "S" else 0
-            return asleep > 100
-        self.wait_for(is_asleep, "sleep")
-
-    def feed(self, process, text):
-        process.stdin.write(text.encode())
-        process.stdin.flush()
-
-    def feed_endlessly(self, process, rows):
-        """Feed rows from another thread until the process ends."""
-        def run():
-            try:
-                process.stdin.write((HEADER + "\n").encode())
-                while True:
-                    process.stdin.write(rows)
-            except (BrokenPipeError, ValueError):
-                pass
-        thread = threading.Thread(target=run, daemon=True)
-        thread.start()
-
-        def end():
-            if process.poll() is None:
-                process.kill()
-            thread.join(TIMEOUT)
-        self.addCleanup(end)
-
-    def assert_ends(self, process, status, timeout=TIMEOUT):
-        try:
-            found = process.wait(timeout)
-        except subprocess.TimeoutExpired:
-            self.fail(f"still running; status {status} was expected")
-        err = process.stderr.read().decode(errors="replace") if process.stderr else ""
-        self.assertEqual(found, status, err[-3000:])
-        return err
-
 
 # --- Verdicts ----------------------------------------------------------------
 
-class Verdicts(CommandTest):
+class Verdicts(CheckTest):
     def test_a_point_under_the_neck_boss_is_shadowed(self):
         self.assertEqual(
             self.verdicts(NECK_BOSS, [path("AV->Water", av1=UNDER_THE_BOSS),
@@ -501,7 +253,7 @@ class Verdicts(CommandTest):
 
 # --- Types -------------------------------------------------------------------
 
-class TypeNames(CommandTest):
+class TypeNames(CheckTest):
     WRONG = "Cannot calculate shadowing for this light light path type: "
 
     def test_a_type_name_is_taken_as_it_stands_and_never_trimmed(self):
@@ -589,7 +341,7 @@ class TypeNames(CommandTest):
 
 # --- The form of the input ---------------------------------------------------
 
-class Input(CommandTest):
+class Input(CheckTest):
     def test_counts_rows_from_zero_in_the_order_of_the_input(self):
         rows = [NEAR_ANCHOR, FAR_FROM_ANCHOR, FAR_FROM_ANCHOR, NEAR_ANCHOR]
         result = self.check(self.paths(*rows))
@@ -820,7 +572,7 @@ class Input(CommandTest):
         self.assertTrue(result.out == b"" or result.out.startswith(b"row,shadowed,by\n"))
 
 
-class Numbers(CommandTest):
+class Numbers(CheckTest):
     def z_of_av1(self, cell, *options, **more):
         text = table(NEAR_ANCHOR.replace("-5800.0", cell))
         return self.check_text(text, *options, **more).verdicts()
@@ -907,15 +659,11 @@ class Numbers(CommandTest):
 
 # --- The output --------------------------------------------------------------
 
-class Output(CommandTest):
+class Output(CheckTest):
     MANY = 40_000  # rows that fill a pipe and the program's buffer
 
     def many_paths(self):
         return self.paths(*[NEAR_ANCHOR] * self.MANY, name="many.csv")
-
-    def limited(self, size):
-        """Files may not grow beyond @p size: a full disk for whoever is not root."""
-        return lambda: resource.setrlimit(resource.RLIMIT_FSIZE, (size, size))
 
     def test_standard_output_holds_the_table_and_nothing_else(self):
         paths = self.paths(path("odd"), path("Light Path Uninitialised"), NEAR_ANCHOR)
@@ -1128,7 +876,7 @@ class Output(CommandTest):
         self.assertTrue((self.folder / "out.csv").exists())
 
 
-class Signals(CommandTest):
+class Signals(CheckTest):
     ROWS = (NEAR_ANCHOR + "\n").encode() * 1000
 
     def start_writing(self, out="out.csv", **more):
@@ -1168,7 +916,7 @@ class Signals(CommandTest):
 
     def test_an_interrupt_stops_an_endless_input(self):
         process = self.start(self.command("-", self.tables(*ANCHOR), "-o", "out.csv"))
-        self.feed_endlessly(process, self.ROWS)
+        self.feed_endlessly(process, HEADER, self.ROWS)
         self.wait_for(lambda: any(p.stat().st_size > 0 for p in self.temporaries()),
                       "some output")
         process.send_signal(signal.SIGINT)
@@ -1177,7 +925,7 @@ class Signals(CommandTest):
 
     def test_an_interrupt_stops_a_run_whose_output_nobody_reads(self):
         process = self.start(self.command("-", self.tables(*ANCHOR)))
-        self.feed_endlessly(process, self.ROWS)
+        self.feed_endlessly(process, HEADER, self.ROWS)
         self.wait_until_it_sleeps(process)
         process.send_signal(signal.SIGINT)
         self.assert_ends(process, 130)
@@ -1273,7 +1021,7 @@ class Signals(CommandTest):
 
 # --- Standard error ----------------------------------------------------------
 
-class Messages(CommandTest):
+class Messages(CheckTest):
     def test_the_table_at_the_end_counts_the_verdicts(self):
         rows = ([NEAR_ANCHOR] * 3 + [path("AV->Water", av1=(0.0, 0.0, 5860.0))]
                 + [FAR_FROM_ANCHOR.replace("5860.0", "0.0")] * 12)
@@ -1329,41 +1077,14 @@ class Messages(CommandTest):
         self.assertEqual(counts["NCDAnchor"], ("12,345", "100.000"))
 
 
-class Progress(CommandTest):
+class Progress(CheckTest):
     ROWS = 60_000  # their verdicts fill a pipe and the program's buffer
 
-    def watch(self, paths, stderr, read_after, stdin=subprocess.DEVNULL):
-        """Run with an output that nobody reads for a while, so that the work takes
-        that long however fast the machine is."""
-        process = self.start(self.command(paths, self.tables(*ANCHOR)), stderr=stderr,
-                             stdin=stdin)
-        if read_after:
-            time.sleep(read_after)
-        return process
-
     def on_terminal(self, paths, read_after, feed=None):
-        master, slave = pty.openpty()
-        self.addCleanup(os.close, master)
-        shown = bytearray()
-
-        def read():
-            try:
-                while data := os.read(master, 65536):
-                    shown.extend(data)
-            except OSError:  # the other end is closed
-                pass
-        reader = threading.Thread(target=read, daemon=True)
-        reader.start()
-        process = self.watch(paths, slave, read_after,
-                             stdin=subprocess.PIPE if feed else subprocess.DEVNULL)
-        os.close(slave)
-        if feed:
-            feed(process)
-        out = process.stdout.read()
-        self.assertEqual(process.wait(TIMEOUT), 0, bytes(shown[-2000:]))
-        reader.join(TIMEOUT)
+        out, shown = self.run_on_terminal(self.command(paths, self.tables(*ANCHOR)),
+                                          read_after, feed)
         self.assertTrue(out.startswith(b"row,shadowed,by\n"))
-        return bytes(shown).decode()
+        return shown
 
     def test_a_bar_is_shown_on_a_terminal_when_the_work_takes_longer_than_a_second(self):
         shown = self.on_terminal(self.paths(*[NEAR_ANCHOR] * self.ROWS), 1.5)
@@ -1399,7 +1120,9 @@ class Progress(CommandTest):
         self.assertNotIn(" a second", shown)
 
     def test_no_bar_is_shown_where_standard_error_is_not_a_terminal(self):
-        process = self.watch(self.paths(*[NEAR_ANCHOR] * self.ROWS), subprocess.PIPE, 1.5)
+        process = self.start(self.command(self.paths(*[NEAR_ANCHOR] * self.ROWS),
+                                          self.tables(*ANCHOR)))
+        time.sleep(1.5)
         process.stdout.read()
         err = self.assert_ends(process, 0)
         self.assertNotIn("\x1b", err)
@@ -1409,7 +1132,7 @@ class Progress(CommandTest):
 
 # --- Usage -------------------------------------------------------------------
 
-class Usage(CommandTest):
+class Usage(CheckTest):
     def test_help_tells_units_and_shows_an_example(self):
         for arguments in (["--help"], ["-h"], ["check", "--help"], ["check", "-h"],
                           ["--help-all"]):
@@ -1523,7 +1246,7 @@ class Usage(CommandTest):
 
 # --- Geometry tables ---------------------------------------------------------
 
-class Geometry(CommandTest):
+class Geometry(CheckTest):
     # Only an anchor of 500 reaches this point, one of 60 does not.
     MIDWAY = path("AV->Water", av1=(300.0, 0.0, -5800.0))
 

@@ -81,6 +81,12 @@ TEST(SweptAngle, KnowsItsCentralRayBeforehand) {
     EXPECT_NEAR(central.GrowingCurve, computed.GrowingCurve, 1e-14);
     EXPECT_NEAR(central.ShrinkingCurve, computed.ShrinkingCurve, 1e-14);
     EXPECT_EQ(central.Curve, 0.0);
+    EXPECT_NEAR(central.Third, computed.Third, 1e-14);
+    for (std::size_t i = 0; i < c.reaches.size(); ++i) {
+      if (c.family.Turns[i] == 0) continue;
+      EXPECT_NEAR(central.Cosines[i], computed.Cosines[i], 1e-15);
+      EXPECT_EQ(central.Sines[i], computed.Sines[i]);
+    }
   }
 }
 
