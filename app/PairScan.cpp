@@ -4,6 +4,7 @@
 
 #include "app/LightPathText.hpp"
 #include "app/ParallelFor.hpp"
+#include "app/Signals.hpp"
 
 namespace ZARN::App {
 namespace {
@@ -60,6 +61,7 @@ const std::vector<PairScan::Chunk>& PairScan::Judge(const Pairs& pairs,
 void PairScan::JudgeChunk(const Pairs& pairs, std::size_t begin,
                           std::size_t end, DU::LightPathCalculator& lightPath,
                           Chunk& chunk) const {
+  ThrowIfInterrupted();
   chunk.verdicts.clear();
   chunk.verdictText.clear();
   chunk.pathText.clear();

@@ -67,6 +67,7 @@ class PairScan {
   /// Judge the pairs from @p begin up to @p end.
   ///
   /// @return chunks in the order of the pairs; valid until the next call
+  /// @throws Interrupted if a signal came
   const std::vector<Chunk>& Judge(const Pairs& pairs, std::size_t begin,
                                   std::size_t end);
 

@@ -146,14 +146,13 @@ void CheckFiles(const ScanOptions& options) {
 }
 
 /// Judge the pairs of some events, a slice at a time: between slices results
-/// are written, the progress is shown and an interrupt is heard.
+/// are written and the progress is shown.
 void ScanEvents(PairScan& scan, const Pairs& pairs, ScanOutputs& outputs,
                 ScanTallies& tallies,
                 const std::function<void(double)>& tellShareDone) {
   constexpr std::size_t kSlice = 1UL << 14U;
   std::vector<VerdictTally> perEvent(pairs.events.size());
   for (std::size_t begin = 0; begin < pairs.Count(); begin += kSlice) {
-    ThrowIfInterrupted();
     const std::size_t end = std::min(begin + kSlice, pairs.Count());
     std::size_t next = begin;
     for (const PairScan::Chunk& chunk : scan.Judge(pairs, begin, end)) {

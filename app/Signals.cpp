@@ -2,6 +2,7 @@
 
 #include <unistd.h>
 
+#include <atomic>
 #include <csignal>
 
 #include "TSystem.h"
@@ -10,8 +11,11 @@
 namespace ZARN::App {
 namespace {
 
-volatile std::sig_atomic_t areSignalsKept = 0;
-volatile std::sig_atomic_t keptSignal = 0;
+// Without a lock, so that a handler may touch them; and the signal may come to
+// one thread while others look.
+static_assert(std::atomic<int>::is_always_lock_free);
+std::atomic<int> areSignalsKept = 0;
+std::atomic<int> keptSignal = 0;
 
 extern "C" void TakeSignal(int signal) {
   if (areSignalsKept == 0) _exit(StatusOfSignal(signal));

@@ -14,6 +14,7 @@ import pathlib
 import pty
 import re
 import resource
+import signal
 import subprocess
 import tempfile
 import threading
@@ -26,6 +27,10 @@ REFERENCE = DATA / "reference-detector"
 
 # Generous: sanitizers and busy machines are slow, and only a hang meets it.
 TIMEOUT = 300
+
+# A background job or nohup ignores these, and a program leaves them so.
+signal.signal(signal.SIGINT, signal.default_int_handler)
+signal.signal(signal.SIGHUP, signal.SIG_DFL)
 
 COMPONENTS = ("AVHDRope", "SupportRope", "BellyPlate", "NCDAnchor", "AVPipe",
               "NeckBoss")

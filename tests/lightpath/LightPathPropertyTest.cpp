@@ -228,6 +228,13 @@ double LargestGap(const std::vector<TVector3>& a,
   return gap;
 }
 
+/// That a test did not pass for want of cases. Of few pairs there may be none.
+void ExpectOneOf(int pairsPerCase, int cases, int pairs) {
+  constexpr int kFew = 1000;
+  if (pairs < kFew) return;
+  EXPECT_GT(cases, pairs / pairsPerCase);
+}
+
 class LightPathProperty : public testing::TestWithParam<std::size_t> {
  protected:
   /// One of the vessels, or, as the last, random ones.
@@ -315,7 +322,7 @@ TEST_P(LightPathProperty, PathsObeySnellsLawAndReachTheirEnds) {
   }
   RecordProperty("paths", paths);
   RecordProperty("known", known);
-  EXPECT_GT(known, pairs_ / 10);
+  ExpectOneOf(10, known, pairs_);
   EXPECT_LE(untold, pairs_ / 20);
 }
 
@@ -371,9 +378,8 @@ TEST_P(LightPathProperty, OpticalLengthIsStationary) {
     }
   }
   RecordProperty("compared", compared);
-  EXPECT_GT(compared, isRandom_ || media_.OuterRadius - media_.InnerRadius > 1
-                          ? pairs / 20
-                          : -1);
+  const double wall = 1.0 - media_.InnerRadius / media_.OuterRadius;
+  if (isRandom_ || wall > 5e-3) ExpectOneOf(20, compared, pairs);
 }
 
 TEST_P(LightPathProperty, TheWayBackIsTheSame) {
@@ -412,7 +418,7 @@ TEST_P(LightPathProperty, TheWayBackIsTheSame) {
         << replay();
   }
   RecordProperty("compared", compared);
-  EXPECT_GT(compared, pairs / 20);
+  ExpectOneOf(20, compared, pairs);
 }
 
 TEST_P(LightPathProperty, PathsTurnWithTheirEnds) {
@@ -458,7 +464,7 @@ TEST_P(LightPathProperty, PathsTurnWithTheirEnds) {
     ASSERT_LE(off, 1e-12 * looseness) << replay();
   }
   RecordProperty("compared", compared);
-  EXPECT_GT(compared, pairs / 10);
+  ExpectOneOf(10, compared, pairs);
 }
 
 TEST_P(LightPathProperty, IsTheShortestOfAllOrNoneIfThereIsNone) {
