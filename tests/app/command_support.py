@@ -244,13 +244,14 @@ class CommandTest(unittest.TestCase):
     def wait_until_it_sleeps(self, process):
         """Until all threads of the process have waited for something for a while."""
         asleep = 0
+        tasks = pathlib.Path(f"/proc/{process.pid}/task")
 
         def is_asleep():
             nonlocal asleep
             self.assertIsNone(process.poll(), "it ended by itself")
             try:
-                states = [pathlib.Path(task.path, "stat").read_text().rpartition(")")[2].split()[0]
-                          for task in os.scandir(f"/proc/{process.pid}/task")]
+                states = [(tasks / task / "stat").read_text().rpartition(")")[2].split()[0]
+                          for task in os.listdir(tasks)]
             except (FileNotFoundError, ProcessLookupError):  # a thread has just ended
                 states = []
             asleep = asleep + 1 if set(states) == {"S"} else 0

@@ -189,11 +189,12 @@ eMeeting StraightConnection(const DU::ConcentricMedia& media,
   return distance > outer ? eMeeting::kMisses : eMeeting::kMeets;
 }
 
-/// How far rounding of the ends moves the points of a path, mm, above what is
-/// usual: where the swept angle hardly changes with the launch angle, and where
-/// a surface is crossed nearly along it.
-double Looseness(const LightPathCalculator& path,
-                 const DU::ConcentricMedia& media) {
+/// How far rounding of the ends may move the points of a path, mm: farther
+/// where the points move much more than the end does (near a caustic), and
+/// where a surface is crossed nearly along it. Infinite where a path begins or
+/// ends.
+double RoundingOf(const LightPathCalculator& path,
+                  const DU::ConcentricMedia& media) {
   const double radius = path.GetStartPos().Mag();
   const double pmtRadius = path.GetEndPos().Mag();
   const double launch =
@@ -202,19 +203,20 @@ double Looseness(const LightPathCalculator& path,
   const TracedRay low = TraceRay(media, radius, pmtRadius, launch - kStep);
   const TracedRay high = TraceRay(media, radius, pmtRadius, launch + kStep);
   if (low.Type != high.Type) return std::numeric_limits<double>::infinity();
-  double looseness = 1.0;
-  const double slope =
-      std::abs(high.SweptAngle - low.SweptAngle) / (2.0 * kStep);
-  looseness = std::max(looseness, 0.1 / slope);
+  double obliqueness = 1.0;
+  double moved = 0.0;
   for (std::size_t i = 0; i < low.Stretches; ++i) {
     const Reference::PlaneVector& d = low.Directions[i];
     for (const Reference::PlaneVector& p : {low.Points[i], low.Points[i + 1]}) {
       const double cosine =
           std::abs(p.X * d.X + p.Y * d.Y) / std::hypot(p.X, p.Y);
-      looseness = std::max(looseness, 0.1 / cosine);
+      obliqueness = std::max(obliqueness, 0.1 / cosine);
     }
+    moved = std::max(moved, std::hypot(high.Points[i].X - low.Points[i].X,
+                                       high.Points[i].Y - low.Points[i].Y));
   }
-  return looseness;
+  const double swept = std::abs(high.SweptAngle - low.SweptAngle);
+  return 2e-13 * media.OuterRadius * obliqueness + 1e-14 * moved / swept;
 }
 
 /// The largest distance of corresponding points, if the types are the same.
@@ -401,18 +403,17 @@ TEST_P(LightPathProperty, TheWayBackIsTheSame) {
     ASSERT_EQ(back.GetLightPathType(), calculator_.GetLightPathType())
         << replay();
     if (!back.HasPath()) continue;
-    const double looseness = Looseness(calculator_, media_);
-    if (!(looseness < 1e6)) continue;
+    const double rounding = RoundingOf(calculator_, media_);
+    if (!(rounding < 1e-4)) continue;
     ++compared;
     std::vector<TVector3> corners = CornersOf(back);
     std::reverse(corners.begin(), corners.end());
-    const double tolerance = 2e-13 * media_.OuterRadius * looseness;
-    ASSERT_LE(LargestGap(CornersOf(calculator_), corners), tolerance)
+    ASSERT_LE(LargestGap(CornersOf(calculator_), corners), rounding)
         << replay();
     const double turned =
         (back.GetInitialDirection() + calculator_.GetFinalDirection()).Mag() +
         (back.GetFinalDirection() + calculator_.GetInitialDirection()).Mag();
-    ASSERT_LE(turned, 1e-12 * looseness) << replay();
+    ASSERT_LE(turned, 5.0 * rounding / media_.OuterRadius) << replay();
     const double length = calculator_.GetOpticalLength();
     ASSERT_LE(std::abs(back.GetOpticalLength() - length), 1e-14 * length)
         << replay();
@@ -449,19 +450,18 @@ TEST_P(LightPathProperty, PathsTurnWithTheirEnds) {
     ASSERT_EQ(turned.GetLightPathType(), calculator_.GetLightPathType())
         << replay();
     if (!turned.HasPath()) continue;
-    const double looseness = Looseness(calculator_, media_);
-    if (!(looseness < 1e6)) continue;
+    const double rounding = RoundingOf(calculator_, media_);
+    if (!(rounding < 1e-4)) continue;
     ++compared;
     std::vector<TVector3> corners = CornersOf(calculator_);
     for (TVector3& corner : corners) corner = turn(corner);
-    const double tolerance = 2e-13 * media_.OuterRadius * looseness;
-    ASSERT_LE(LargestGap(CornersOf(turned), corners), tolerance) << replay();
+    ASSERT_LE(LargestGap(CornersOf(turned), corners), rounding) << replay();
     const double off =
         (turned.GetInitialDirection() - turn(calculator_.GetInitialDirection()))
             .Mag() +
         (turned.GetFinalDirection() - turn(calculator_.GetFinalDirection()))
             .Mag();
-    ASSERT_LE(off, 1e-12 * looseness) << replay();
+    ASSERT_LE(off, 5.0 * rounding / media_.OuterRadius) << replay();
   }
   RecordProperty("compared", compared);
   ExpectOneOf(10, compared, pairs);

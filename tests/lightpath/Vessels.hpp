@@ -296,7 +296,9 @@ inline std::string FlawOf(const DU::LightPathCalculator& path,
     if (stretches[i] == DU::eMedium::kInnerAV) continue;
     const double closest =
         DistanceFromSegment(TVector3(), corners[i], corners[i + 1]);
-    if (!(closest >= inside * (1.0 - 4e-15))) {
+    const double rounding =
+        4e-15 * std::max(corners[i].Mag(), corners[i + 1].Mag());
+    if (!(closest >= inside - rounding)) {
       return flaw("cuts a sphere on the way", inside - closest);
     }
   }
