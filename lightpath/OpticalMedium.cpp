@@ -95,7 +95,7 @@ OpticalMedium OpticalMedium::Read(const std::string& index) {
   }
   CheckWavelengths(index, wavelengths);
   CheckRefractiveIndices(index, indices);
-  return OpticalMedium(wavelengths, indices);
+  return {wavelengths, indices};
 }
 
 double OpticalMedium::RefractiveIndexAt(double wavelength) const {

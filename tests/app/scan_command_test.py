@@ -1336,7 +1336,9 @@ class Memory(ScanTest):
     # The address sanitizer keeps what was freed; here it must not.
     ENV = {**os.environ, "ASAN_OPTIONS": os.environ.get("ASAN_OPTIONS", "")
            + ":quarantine_size_mb=1"}
-    SLACK_KB = 8 * 1024  # queues, buffers and what the allocator keeps
+    # Queues, buffers and what the allocator keeps; the thread sanitizer also keeps a
+    # history of every thread that there was.
+    SLACK_KB = (64 if "TSAN_OPTIONS" in os.environ else 8) * 1024
 
     def peak(self, process):
         status = pathlib.Path(f"/proc/{process.pid}/status").read_text()
