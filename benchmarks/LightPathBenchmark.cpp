@@ -95,7 +95,7 @@ void BM_CalcByPosition(benchmark::State& state, eEvents where) {
   state.counters["evaluations"] = EvaluationsOf(pairs);
   LightPathCalculator calculator = Calculator();
   std::size_t i = 0;
-  for (auto _ : state) {
+  for ([[maybe_unused]] auto _ : state) {
     const Pair& pair = pairs[i++ % pairs.size()];
     calculator.CalcByPosition(pair.event, pair.pmt);
     benchmark::DoNotOptimize(calculator.GetLightPath());
