@@ -12,23 +12,25 @@ namespace {
 /// Where a path meets the rope cylinder, tested against the vertical ropes.
 class VerticalRopes {
  public:
-  VerticalRopes(const AVHDRopeModel& model, double tolerance)
+  VerticalRopes(const AVHDRopeModel& model, double tolerance,
+                eDiagnostics diagnostics)
       : model_(model),
+        diagnostics_(diagnostics),
         end_(model.AVHDRopeEndPoints.front()),
         cylinderRadius_(end_.Mag()),
-        angleTolerance_(
-            IeeeQuotient(tolerance + model.AVHDRopeRadius, cylinderRadius_)) {}
+        angleTolerance_(AVHDRopeAngleTolerance(model, tolerance)) {}
 
   double CylinderRadius() const { return cylinderRadius_; }
 
   TVector3 Foot() const {
     return VectorToSphereEdge(end_, TVector3(0, 0, -1.0), kRopeEndSphereRadius,
-                              false);
+                              false, diagnostics_);
   }
 
   TVector3 CrossingOf(const WaterSegment& segment) const {
     return VectorToCylinderEdge(segment.point, segment.direction,
-                                TVector3(0, 0, 0), cylinderRadius_);
+                                TVector3(0, 0, 0), cylinderRadius_,
+                                diagnostics_);
   }
 
   bool Block(const TVector3& crossing, const TVector3& foot) const {
@@ -38,6 +40,7 @@ class VerticalRopes {
 
  private:
   const AVHDRopeModel& model_;
+  eDiagnostics diagnostics_;
   const TVector3& end_;
   double cylinderRadius_;
   double angleTolerance_;
@@ -57,18 +60,16 @@ bool IsOnSurfaceRope(const AVHDRopeModel& model, double tolerance,
 }
 
 bool IsSegmentBlocked(const AVHDRopeModel& model, double tolerance,
-                      const WaterSegment& segment) {
+                      const WaterSegment& segment, eDiagnostics diagnostics) {
   if (!(model.AVHDRopeEndPoints.front().Z() > segment.point.Z())) {
     return IsOnSurfaceRope(model, tolerance, segment.point);
   }
-  const VerticalRopes ropes(model, tolerance);
-  const TVector3 crossing = ropes.CrossingOf(segment);
-  return ropes.Block(crossing, ropes.Foot());
+  return IsAtVerticalAVHDRope(model, tolerance, segment, diagnostics);
 }
 
 bool IsWaterPathBlocked(const AVHDRopeModel& model, double tolerance,
-                        const WaterSegments& path) {
-  const VerticalRopes ropes(model, tolerance);
+                        const WaterSegments& path, eDiagnostics diagnostics) {
+  const VerticalRopes ropes(model, tolerance, diagnostics);
   const double h = ropes.CylinderRadius();
   const TVector3 start = Flattened(path.first.point);
   const TVector3 end = Flattened(path.second.point);
@@ -111,22 +112,51 @@ bool IsAtAVHDRope(const AVHDRopeModel& model, const TVector3& point,
   return false;
 }
 
+bool IsAtVerticalAVHDRope(const AVHDRopeModel& model, double tolerance,
+                          const WaterSegment& segment,
+                          eDiagnostics diagnostics) {
+  const VerticalRopes ropes(model, tolerance, diagnostics);
+  const TVector3 crossing = ropes.CrossingOf(segment);
+  return ropes.Block(crossing, ropes.Foot());
+}
+
+std::vector<TVector3> AVHDRopeEnds(const AVHDRopeModel& model) {
+  std::vector<TVector3> ends;
+  ends.reserve(2 * model.AVHDRopeRolls.size());
+  for (const double roll : model.AVHDRopeRolls) {
+    ends.push_back(Rotated(model.AVHDRopePositions[4], roll));
+    ends.push_back(Rotated(model.AVHDRopePositions[1], kPi + roll));
+  }
+  return ends;
+}
+
+RopeCylinderLimits LimitsOfAVHDRopes(const AVHDRopeModel& model) {
+  const VerticalRopes ropes(model, 0.0, eDiagnostics::kSilent);
+  return {ropes.CylinderRadius(), -ropes.Foot().Z()};
+}
+
+double AVHDRopeAngleTolerance(const AVHDRopeModel& model, double tolerance) {
+  return IeeeQuotient(tolerance + model.AVHDRopeRadius,
+                      model.AVHDRopeEndPoints.front().Mag());
+}
+
 bool CheckForAVHDRopeShadowing(const AVHDRopeModel& model, double tolerance,
-                               const WaterSegments& path) {
+                               const WaterSegments& path,
+                               eDiagnostics diagnostics) {
   switch (path.kind) {
     case ePathKind::kUninitialised:
     case ePathKind::kMisspeltUninitialised:
       return false;
     case ePathKind::kWater:
-      return IsWaterPathBlocked(model, tolerance, path);
+      return IsWaterPathBlocked(model, tolerance, path, diagnostics);
     case ePathKind::kTwoCrossings:
-      return IsSegmentBlocked(model, tolerance, path.first) ||
-             IsSegmentBlocked(model, tolerance, path.second);
+      return IsSegmentBlocked(model, tolerance, path.first, diagnostics) ||
+             IsSegmentBlocked(model, tolerance, path.second, diagnostics);
     case ePathKind::kOneCrossing:
     case ePathKind::kUnknown:
       break;
   }
-  return IsSegmentBlocked(model, tolerance, path.first);
+  return IsSegmentBlocked(model, tolerance, path.first, diagnostics);
 }
 
 }  // namespace ZARN::DU

@@ -1,8 +1,12 @@
 #pragma once
 
+#include <vector>
+
 #include "TVector3.h"
 #include "du/AVHDRopes.hpp"
+#include "du/VerticalRopeFilter.hpp"
 #include "du/WaterSegments.hpp"
+#include "du/geometry/Diagnostics.hpp"
 
 namespace ZARN::DU {
 
@@ -20,6 +24,22 @@ bool HasAVHDRopes(const AVHDRopeModel& model);
 bool IsAtAVHDRope(const AVHDRopeModel& model, const TVector3& point,
                   double angleTolerance);
 
+/// The end points to which IsAtAVHDRope measures the angles, mm.
+std::vector<TVector3> AVHDRopeEnds(const AVHDRopeModel& model);
+
+/// Where the vertical ropes stand. @pre HasAVHDRopes(model)
+RopeCylinderLimits LimitsOfAVHDRopes(const AVHDRopeModel& model);
+
+/// How near in angle to a vertical rope a crossing is blocked, rad.
+/// @pre HasAVHDRopes(model)
+double AVHDRopeAngleTolerance(const AVHDRopeModel& model, double tolerance);
+
+/// The test of a water segment that starts below the end of the ropes.
+/// @pre HasAVHDRopes(model)
+bool IsAtVerticalAVHDRope(const AVHDRopeModel& model, double tolerance,
+                          const WaterSegment& segment,
+                          eDiagnostics diagnostics);
+
 /// Tell whether a hold-down rope blocks a path.
 ///
 /// A water segment that starts at or above the end of the ropes is tested
@@ -29,7 +49,8 @@ bool IsAtAVHDRope(const AVHDRopeModel& model, const TVector3& point,
 ///
 /// @param tolerance  added to the rope's radius, mm
 /// @pre HasAVHDRopes(model)
-bool CheckForAVHDRopeShadowing(const AVHDRopeModel& model, double tolerance,
-                               const WaterSegments& path);
+bool CheckForAVHDRopeShadowing(
+    const AVHDRopeModel& model, double tolerance, const WaterSegments& path,
+    eDiagnostics diagnostics = eDiagnostics::kWritten);
 
 }  // namespace ZARN::DU

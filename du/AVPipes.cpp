@@ -1,6 +1,8 @@
 #include "du/AVPipes.hpp"
 
+#include <algorithm>
 #include <array>
+#include <cmath>
 
 #include "db/DBErrors.hpp"
 #include "db/ReadField.hpp"
@@ -36,15 +38,11 @@ void SampleStretch(const TVector3& a, const TVector3& b,
   }
 }
 
-/// Band of azimuth, degrees, that the pipes take up at a polar angle.
-bool IsWithinPipeBands(const TVector3& point) {
-  const double theta = kDegreesPerRadian * point.Theta();
-  const double phi = kDegreesPerRadian * point.Phi();
-  if (75.0 > phi || phi > 105.0) return false;
-  if (theta >= 30.0 && 120.0 > theta && (80.0 > phi || phi > 100.0)) {
-    return false;
-  }
-  return !(theta >= 120.0 && (85.0 > phi || phi > 95.0));
+/// How far from 90 degrees of azimuth the bands reach at a polar angle, both in
+/// degrees.
+double BandHalfWidth(double theta) {
+  if (theta < 30.0) return 15.0;
+  return theta < 120.0 ? 10.0 : 5.0;
 }
 
 }  // namespace
@@ -84,7 +82,7 @@ bool CheckForAVPipeShadowing(const WaterSegments& path) {
   switch (path.kind) {
     case ePathKind::kOneCrossing:
     case ePathKind::kTwoCrossings:
-      return IsWithinPipeBands(path.first.point);
+      return IsWithinAVPipeBands(path.first.point);
     case ePathKind::kWater:
     case ePathKind::kUninitialised:
     case ePathKind::kMisspeltUninitialised:
@@ -92,6 +90,41 @@ bool CheckForAVPipeShadowing(const WaterSegments& path) {
       break;
   }
   return false;
+}
+
+bool IsWithinAVPipeBands(const TVector3& point) {
+  const double theta = kDegreesPerRadian * point.Theta();
+  const double phi = kDegreesPerRadian * point.Phi();
+  if (75.0 > phi || phi > 105.0) return false;
+  if (theta >= 30.0 && 120.0 > theta && (80.0 > phi || phi > 100.0)) {
+    return false;
+  }
+  return !(theta >= 120.0 && (85.0 > phi || phi > 95.0));
+}
+
+eAnswer AVPipeBands::Judge(const Ball& ball, const Items& items,
+                           Items& open) const {
+  constexpr double kRounding = 1e-6;  // mm and degrees
+  const double radius = ball.radius + kRounding;
+  const TVector3 centre = AsTVector3(ball.centre);
+  const double distance = centre.Mag();
+  const double fromAxis = centre.Perp();
+  if (fromAxis > radius) {
+    const double theta = kDegreesPerRadian * centre.Theta();
+    const double spread =
+        kDegreesPerRadian * std::asin(radius / distance) + kRounding;
+    const double phiSpread =
+        kDegreesPerRadian * std::asin(radius / fromAxis) + kRounding;
+    const double fromMiddle = std::abs(
+        std::remainder(kDegreesPerRadian * centre.Phi() - 90.0, 360.0));
+    // The bands grow narrower downwards.
+    const double widest = BandHalfWidth(theta - spread);
+    const double narrowest = BandHalfWidth(theta + spread);
+    if (fromMiddle + phiSpread < narrowest) return eAnswer::kBlocks;
+    if (fromMiddle - phiSpread > widest) return eAnswer::kClear;
+  }
+  open = items;
+  return eAnswer::kUnsure;
 }
 
 }  // namespace ZARN::DU

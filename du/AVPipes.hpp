@@ -4,6 +4,7 @@
 
 #include "TVector3.h"
 #include "du/WaterSegments.hpp"
+#include "du/geometry/BallTest.hpp"
 
 namespace ZARN::DU {
 
@@ -39,5 +40,16 @@ void LoadAVPipeInfo(AVPipeModel& model);
 /// a band of azimuth around 90 degrees, wider towards the top of the vessel.
 /// The loaded pipes play no part, nor does a second crossing.
 bool CheckForAVPipeShadowing(const WaterSegments& path);
+
+/// Whether the pipes block a path whose first crossing is at @p point.
+bool IsWithinAVPipeBands(const TVector3& point);
+
+/// IsWithinAVPipeBands for all points of a ball.
+class AVPipeBands final : public BallTest {
+ public:
+  std::uint32_t CountItems() const override { return 1; }
+  eAnswer Judge(const Ball& ball, const Items& items,
+                Items& open) const override;
+};
 
 }  // namespace ZARN::DU

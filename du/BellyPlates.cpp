@@ -1,7 +1,11 @@
 #include "du/BellyPlates.hpp"
 
+#include <algorithm>
+#include <cmath>
+
 #include "db/ReadField.hpp"
 #include "du/GeometryTables.hpp"
+#include "du/geometry/Constants.hpp"
 #include "du/geometry/IeeeQuotient.hpp"
 #include "du/geometry/Primitives.hpp"
 
@@ -10,10 +14,12 @@ namespace {
 
 /// A plate's extent, as its centre and the half height give it.
 struct PlateFrame {
-  PlateFrame(const TVector3& centre, double halfHeight)
+  PlateFrame(const TVector3& centre, double halfHeight,
+             eDiagnostics diagnostics)
       : radius(centre.Mag()),
-        bottom(WithMag(centre - halfHeight * kZHat, radius)),
-        width(WithMag(centre + halfHeight * kZHat, radius).Angle(bottom)),
+        bottom(WithMag(centre - halfHeight * kZHat, radius, diagnostics)),
+        width(WithMag(centre + halfHeight * kZHat, radius, diagnostics)
+                  .Angle(bottom)),
         phiStart(centre.Phi() - 0.5 * width) {}
 
   double radius;
@@ -38,12 +44,30 @@ void AppendGrid(const PlateFrame& frame, double n, double halfHeight,
 
 /// The limits of a test, the same for every plate.
 struct Band {
+  Band(const BellyPlateModel& model, double tolerance, double outerAVRadius)
+      : halfHeight(model.BellyPlateHalfHeight + tolerance),
+        dphi(IeeeQuotient(tolerance, outerAVRadius)) {}
+
   double halfHeight;  ///< mm
   double dphi;        ///< the tolerance as an angle, rad
 };
 
+/// The angles from a plate's centre to its edges, rad.
+struct EdgeAngles {
+  EdgeAngles(const TVector3& plate, const BellyPlateModel& model,
+             const Band& band, eDiagnostics diagnostics) {
+    const PlateFrame frame(plate, model.BellyPlateHalfHeight, diagnostics);
+    left = WithPhi(plate, frame.phiStart - band.dphi).Angle(plate);
+    right =
+        WithPhi(plate, band.dphi + (frame.width + frame.phiStart)).Angle(plate);
+  }
+
+  double left = 0.0;
+  double right = 0.0;
+};
+
 bool IsWithinAPlate(TVector3 point, const BellyPlateModel& model,
-                    const Band& band) {
+                    const Band& band, eDiagnostics diagnostics) {
   if (!(point.Z() < band.halfHeight && point.Z() > -band.halfHeight)) {
     return false;
   }
@@ -51,14 +75,11 @@ bool IsWithinAPlate(TVector3 point, const BellyPlateModel& model,
   // Lists are counted in single precision throughout this system.
   for (float k = 0; static_cast<float>(plates.size()) > k; k += 1.0F) {
     const TVector3& plate = plates[static_cast<std::size_t>(k)];
-    const PlateFrame frame(plate, model.BellyPlateHalfHeight);
-    const TVector3 left = WithPhi(plate, frame.phiStart - band.dphi);
-    const TVector3 right =
-        WithPhi(plate, band.dphi + (frame.width + frame.phiStart));
+    const EdgeAngles edges(plate, model, band, diagnostics);
     // At the height of the plate's centre only the azimuth counts.
     point.SetZ(plate.Z());
     const double alpha = point.Angle(plate);
-    if (left.Angle(plate) > alpha && right.Angle(plate) > alpha) return true;
+    if (edges.left > alpha && edges.right > alpha) return true;
   }
   return false;
 }
@@ -80,7 +101,7 @@ void LoadBellyPlateInfo(BellyPlateModel& model, double tolerance) {
   const auto& plates = model.BellyPlatePositions;
   for (float k = 0; static_cast<float>(plates.size()) > k; k += 1.0F) {
     const PlateFrame frame(plates[static_cast<std::size_t>(k)],
-                           model.BellyPlateHalfHeight);
+                           model.BellyPlateHalfHeight, eDiagnostics::kWritten);
     AppendGrid(frame, tolerance, model.BellyPlateHalfHeight,
                model.BellyPlateGridPoints);
   }
@@ -88,17 +109,92 @@ void LoadBellyPlateInfo(BellyPlateModel& model, double tolerance) {
 
 bool CheckForBellyPlateShadowing(const BellyPlateModel& model, double tolerance,
                                  double outerAVRadius,
-                                 const WaterSegments& path) {
+                                 const WaterSegments& path,
+                                 eDiagnostics diagnostics) {
   if (path.kind == ePathKind::kWater ||
       path.kind == ePathKind::kUninitialised ||
       path.kind == ePathKind::kMisspeltUninitialised) {
     return false;
   }
-  const Band band = {model.BellyPlateHalfHeight + tolerance,
-                     IeeeQuotient(tolerance, outerAVRadius)};
-  if (IsWithinAPlate(path.first.point, model, band)) return true;
+  const Band band(model, tolerance, outerAVRadius);
+  if (IsWithinAPlate(path.first.point, model, band, diagnostics)) return true;
   return path.kind == ePathKind::kTwoCrossings &&
-         IsWithinAPlate(path.second.point, model, band);
+         IsWithinAPlate(path.second.point, model, band, diagnostics);
+}
+
+bool WarnsOfZeroVectors(const BellyPlateModel& model) {
+  const auto& plates = model.BellyPlatePositions;
+  const TVector3 up = model.BellyPlateHalfHeight * kZHat;
+  return std::any_of(plates.begin(), plates.end(), [&](const TVector3& plate) {
+    return (plate - up).Mag() == 0.0 || (plate + up).Mag() == 0.0;
+  });
+}
+
+PreparedBellyPlates::PreparedBellyPlates(const BellyPlateModel& model,
+                                         double tolerance,
+                                         double outerAVRadius) {
+  const Band band(model, tolerance, outerAVRadius);
+  halfHeight_ = band.halfHeight;
+  for (const TVector3& centre : model.BellyPlatePositions) {
+    const EdgeAngles edges(centre, model, band, eDiagnostics::kSilent);
+    Plate plate = {centre, edges.left, edges.right, -1.0, 2.0};
+    if (edges.left > 0.0 && edges.right > 0.0) {
+      plate.limit = std::min(edges.left, edges.right);
+      plate.limitCosine = plate.limit > kPi ? -2.0 : std::cos(plate.limit);
+    }
+    plates_.push_back(plate);
+  }
+}
+
+bool PreparedBellyPlates::IsInside(const Plate& plate, const TVector3& point) {
+  const double z = plate.centre.Z();
+  const double x = point.X();
+  const double y = point.Y();
+  // Beyond these squares the library's angle may overflow or underflow.
+  constexpr double kSmallest = 1e-60;
+  constexpr double kLargest = 1e60;
+  const double squares = (x * x + y * y + z * z) * plate.centre.Mag2();
+  if (squares > kSmallest && squares < kLargest) {
+    const double lengths = std::sqrt(squares);
+    const double over = x * plate.centre.X() + y * plate.centre.Y() + z * z -
+                        plate.limitCosine * lengths;
+    if (over > kBand * lengths) return true;
+    if (over < -kBand * lengths) return false;
+  }
+  const double alpha = TVector3(x, y, z).Angle(plate.centre);
+  return plate.left > alpha && plate.right > alpha;
+}
+
+bool PreparedBellyPlates::Block(const TVector3& point) const {
+  return point.Z() < halfHeight_ && point.Z() > -halfHeight_ &&
+         std::any_of(plates_.begin(), plates_.end(), [&](const Plate& plate) {
+           return IsInside(plate, point);
+         });
+}
+
+std::uint32_t PreparedBellyPlates::CountItems() const {
+  return static_cast<std::uint32_t>(plates_.size());
+}
+
+eAnswer PreparedBellyPlates::Judge(const Ball& ball, const Items& items,
+                                   Items& open) const {
+  constexpr double kRounding = 1e-6;  // mm and rad
+  const double radius = ball.radius + kRounding;
+  const double z = std::abs(ball.centre.z);
+  if (!(z < halfHeight_ + radius)) return eAnswer::kClear;  // also NaN
+  const bool isInBand = z < halfHeight_ - radius;
+  for (const std::uint32_t i : items) {
+    const Plate& plate = plates_[i];
+    const TVector3 level(ball.centre.x, ball.centre.y, plate.centre.Z());
+    const double distance = level.Mag();
+    const double angle = level.Angle(plate.centre);
+    // By how much the angle can differ within the ball.
+    const double spread =
+        distance > radius ? std::asin(radius / distance) + kRounding : kPi;
+    if (isInBand && angle + spread < plate.limit) return eAnswer::kBlocks;
+    if (!(angle - spread >= plate.limit)) open.push_back(i);
+  }
+  return open.empty() ? eAnswer::kClear : eAnswer::kUnsure;
 }
 
 }  // namespace ZARN::DU

@@ -4,6 +4,8 @@
 
 #include "TVector3.h"
 #include "du/WaterSegments.hpp"
+#include "du/geometry/BallTest.hpp"
+#include "du/geometry/Diagnostics.hpp"
 
 namespace ZARN::DU {
 
@@ -38,8 +40,49 @@ void LoadBellyPlateInfo(BellyPlateModel& model, double tolerance);
 ///
 /// @param tolerance      mm
 /// @param outerAVRadius  where the tolerance becomes an angle, mm
-bool CheckForBellyPlateShadowing(const BellyPlateModel& model, double tolerance,
-                                 double outerAVRadius,
-                                 const WaterSegments& path);
+bool CheckForBellyPlateShadowing(
+    const BellyPlateModel& model, double tolerance, double outerAVRadius,
+    const WaterSegments& path,
+    eDiagnostics diagnostics = eDiagnostics::kWritten);
+
+/// Whether the vector library warns when a path is tested against the plates:
+/// one of them, or an edge of it, is at the vessel's centre.
+bool WarnsOfZeroVectors(const BellyPlateModel& model);
+
+/// The plates with everything prepared that does not depend on the path: the
+/// test of one crossing point, with the same answer to the last bit.
+///
+/// The azimuthal test compares an angle with two limits of the plate; here its
+/// cosine is compared first. The cosines' errors are below 1e-14, and what lies
+/// within kBand of the limit is left to the arc cosine.
+class PreparedBellyPlates final : public BallTest {
+ public:
+  static constexpr double kBand = 1e-9;
+
+  PreparedBellyPlates() = default;
+  PreparedBellyPlates(const BellyPlateModel& model, double tolerance,
+                      double outerAVRadius);
+
+  /// Whether a plate blocks a path that crosses the vessel at @p point.
+  bool Block(const TVector3& point) const;
+
+  std::uint32_t CountItems() const override;
+  eAnswer Judge(const Ball& ball, const Items& items,
+                Items& open) const override;
+
+ private:
+  struct Plate {
+    TVector3 centre;
+    double left;         ///< angle from the centre to each edge, rad
+    double right;        ///< rad
+    double limit;        ///< the smaller of both, -1 where nothing is blocked
+    double limitCosine;  ///< of limit; -2 where all is
+  };
+
+  static bool IsInside(const Plate& plate, const TVector3& point);
+
+  double halfHeight_ = 0.0;
+  std::vector<Plate> plates_;
+};
 
 }  // namespace ZARN::DU

@@ -1,5 +1,7 @@
 #include "du/NeckBoss.hpp"
 
+#include <cmath>
+
 #include "db/ReadField.hpp"
 #include "du/geometry/Primitives.hpp"
 
@@ -22,9 +24,25 @@ bool CheckForNeckBossShadowing(const NeckBossModel& model,
       path.kind == ePathKind::kUninitialised) {
     return false;
   }
-  if (model.NeckBossAngle > path.first.point.Theta()) return true;
+  if (IsUnderNeckBoss(model, path.first.point)) return true;
   return path.kind == ePathKind::kTwoCrossings &&
-         model.NeckBossAngle > path.second.point.Theta();
+         IsUnderNeckBoss(model, path.second.point);
+}
+
+eAnswer NeckBossCap::Judge(const Ball& ball, const Items& items,
+                           Items& open) const {
+  constexpr double kRounding = 1e-9;  // rad
+  const TVector3 centre = AsTVector3(ball.centre);
+  const double distance = centre.Mag();
+  if (distance > ball.radius) {
+    const double theta = centre.Theta();
+    const double spread = std::asin(ball.radius / distance) + kRounding;
+    if (theta + spread < model_.NeckBossAngle) return eAnswer::kBlocks;
+    // A boss whose angle is NaN blocks nothing.
+    if (!(theta - spread < model_.NeckBossAngle)) return eAnswer::kClear;
+  }
+  open = items;
+  return eAnswer::kUnsure;
 }
 
 }  // namespace ZARN::DU

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "du/WaterSegments.hpp"
+#include "du/geometry/BallTest.hpp"
 
 namespace ZARN::DU {
 
@@ -23,5 +24,23 @@ void LoadNeckBossInfo(NeckBossModel& model, double innerAVRadius);
 /// shadowed by any boss.
 bool CheckForNeckBossShadowing(const NeckBossModel& model,
                                const WaterSegments& path);
+
+/// The same test of one crossing point.
+inline bool IsUnderNeckBoss(const NeckBossModel& model, const TVector3& point) {
+  return model.NeckBossAngle > point.Theta();
+}
+
+/// IsUnderNeckBoss for all points of a ball.
+class NeckBossCap final : public BallTest {
+ public:
+  explicit NeckBossCap(const NeckBossModel& model) : model_(model) {}
+
+  std::uint32_t CountItems() const override { return 1; }
+  eAnswer Judge(const Ball& ball, const Items& items,
+                Items& open) const override;
+
+ private:
+  NeckBossModel model_;
+};
 
 }  // namespace ZARN::DU

@@ -1,13 +1,20 @@
 #pragma once
 
+#include <cstddef>
+#include <memory>
+#include <string>
+
 #include "du/AVHDRopes.hpp"
 #include "du/AVPipes.hpp"
 #include "du/BellyPlates.hpp"
 #include "du/NCDAnchors.hpp"
 #include "du/NeckBoss.hpp"
 #include "du/ShadowingComponent.hpp"
+#include "du/ShadowingLayers.hpp"
 #include "du/SupportRopes.hpp"
+#include "du/WaterSegments.hpp"
 #include "lightpath/LightPath.hpp"
+#include "lightpath/LightPathArrays.hpp"
 #include "lightpath/LightPathCalculator.hpp"
 
 namespace ZARN::DU {
@@ -37,7 +44,8 @@ class ShadowingCalculator {
   ///         stay.
   void BeginOfRun();
 
-  /// Set the tolerance of every component.
+  /// Set the tolerance of every component. Takes milliseconds: what is prepared
+  /// for the paths depends on it.
   ///
   /// @param tolerance  mm, stored as it is, also where it is zero or negative.
   ///                   The pipes' and the neck boss's tests read none. It is
@@ -59,10 +67,31 @@ class ShadowingCalculator {
   bool CheckForShadowing(LightPathCalculator& lightPath);
 
   /// The same verdict for a path record whose type goes by its own name,
-  /// without flags and messages; several threads may ask one calculator.
-  /// (Diagnostics of crossings that miss still go to ZARN::debug, where that is
-  /// on.)
+  /// without flags and messages. Several threads may ask one calculator.
   eShadowingComponent FindShadowing(const LightPath& path) const;
+
+  /// FindShadowing for many paths.
+  ///
+  /// @param paths     records of @p count paths
+  /// @param verdicts  @p count verdicts are written here
+  /// @param threads   on how many threads at most; verdicts are the same
+  void FindShadowing(const LightPath* paths, std::size_t count,
+                     eShadowingComponent* verdicts,
+                     std::size_t threads = 1) const;
+  /// The same for paths that stand in columns.
+  void FindShadowing(const LightPathArrays& paths, std::size_t count,
+                     eShadowingComponent* verdicts,
+                     std::size_t threads = 1) const;
+
+  /// Leave layers out of the way to the verdicts, which stay the same: for
+  /// benchmarks and tests. Holds for this object, also for further runs.
+  void UseLayers(const ShadowingLayers& layers);
+
+  /// Whether CheckForShadowing may write messages about a path whose type is
+  /// this one and goes by its own name: unusual types, any type while
+  /// ZARN::debug is on, and crossing paths in a geometry that the vector
+  /// library warns of.
+  bool WritesMessages(eLightPathType type) const;
 
   // What the last CheckForShadowing found. At most one component's flag is set.
   bool IsShadowedByAVHDRope() const { return ShadowedByAVHDRope; }
@@ -87,6 +116,10 @@ class ShadowingCalculator {
   /// Whether a component was loaded for this run; false for kNone.
   bool IsInfoLoaded(eShadowingComponent component) const;
 
+  /// Whether a component's test runs: it is loaded, and has what its test reads
+  /// without looking. A test that does not run is silent.
+  bool IsReady(eShadowingComponent component) const;
+
   // The models, for callers that draw, fit or check. What a component that is
   // off holds is not meaningful.
   const AVPipeModel& GetAVPipes() const { return AVPipes; }
@@ -101,11 +134,27 @@ class ShadowingCalculator {
 
   void ClearModels();
   void ClearComponentFlags();
-  bool IsReady(eShadowingComponent component) const;
-  bool IsBlockedBy(eShadowingComponent component,
-                   const WaterSegments& path) const;
+  struct Formulas;
+  struct Prepared;
+
+  void Prepare();
+  template <class Paths>
+  void FindShadowingOnThreads(const Paths& paths, std::size_t count,
+                              eShadowingComponent* verdicts,
+                              std::size_t threads) const;
+  template <class Paths>
+  void FindShadowingOfSome(const Paths& paths, std::size_t first,
+                           std::size_t last,
+                           eShadowingComponent* verdicts) const;
+  bool IsBlockedBy(eShadowingComponent component, const WaterSegments& path,
+                   eDiagnostics diagnostics) const;
+  bool WritesMessages(ePathKind kind) const;
+  eShadowingComponent FindPlainly(const LightPath& path, const PathShape& shape,
+                                  const std::string& name) const;
+  eShadowingComponent FindSilently(const WaterSegmentViews& path) const;
   template <class OnMiss>
   eShadowingComponent FirstBlocking(const WaterSegments& path,
+                                    eDiagnostics diagnostics,
                                     const OnMiss& onMiss) const;
 
   bool ShadowedByAVHDRope = false;
@@ -139,6 +188,12 @@ class ShadowingCalculator {
   SupportRopeModel SupportRopes;
   bool NeckBossInfoLoaded = false;
   NeckBossModel NeckBoss;
+
+  // Made from all of the above by whatever changes it last; none while a run
+  // is set up, and after a set-up that failed: then the formulas alone judge.
+  // Never changed once it is made, so copies share it.
+  std::shared_ptr<const Prepared> Fast;
+  ShadowingLayers Layers;
 };
 
 }  // namespace ZARN::DU

@@ -1,11 +1,12 @@
 #pragma once
 
 #include <array>
+#include <cstdint>
 
 namespace ZARN::DU {
 
 /// The hardware that can block a light path, in the order of testing.
-enum class eShadowingComponent {
+enum class eShadowingComponent : std::uint8_t {
   kAVHDRope,
   kSupportRope,
   kBellyPlate,

@@ -15,24 +15,28 @@ namespace {
 /// The cylinder on which the ropes stand.
 class RopeCylinder {
  public:
-  RopeCylinder(const SupportRopeModel& model, double tolerance)
+  RopeCylinder(const SupportRopeModel& model, double tolerance,
+               eDiagnostics diagnostics)
       : model_(model),
+        diagnostics_(diagnostics),
         foot_(model.SupportRopePositions.front()),
         radius_(foot_.Mag()),
-        angleTolerance_(
-            IeeeQuotient(tolerance + model.SupportRopeRadius, radius_)) {}
+        angleTolerance_(SupportRopeAngleTolerance(model, tolerance)) {}
 
   double Radius() const { return radius_; }
   double AngleTolerance() const { return angleTolerance_; }
+  eDiagnostics Diagnostics() const { return diagnostics_; }
 
   /// The top of the first rope.
   TVector3 Top() const {
-    return VectorToSphereEdge(foot_, kZHat, kRopeEndSphereRadius, false);
+    return VectorToSphereEdge(foot_, kZHat, kRopeEndSphereRadius, false,
+                              diagnostics_);
   }
 
   bool IsCrossedAtRope(const WaterSegment& segment) const {
-    const TVector3 crossing = VectorToCylinderEdge(
-        segment.point, segment.direction, TVector3(0, 0, 0), radius_);
+    const TVector3 crossing =
+        VectorToCylinderEdge(segment.point, segment.direction,
+                             TVector3(0, 0, 0), radius_, diagnostics_);
     if (std::abs(crossing.Z()) > Top().Z()) return false;
     const TVector3 flat = Flattened(crossing);
     const auto& ropes = model_.SupportRopePositions;
@@ -51,6 +55,7 @@ class RopeCylinder {
 
  private:
   const SupportRopeModel& model_;
+  eDiagnostics diagnostics_;
   const TVector3& foot_;
   double radius_;
   double angleTolerance_;
@@ -70,9 +75,11 @@ bool IsBlockedByHoldDownRopes(const AVHDRopeModel& ropes,
 
   const TVector3 origin(0, 0, 0);
   const TVector3 first =
-      VectorToCylinderEdge(path.first.point, path.first.direction, origin, h);
+      VectorToCylinderEdge(path.first.point, path.first.direction, origin, h,
+                           cylinder.Diagnostics());
   const TVector3 second =
-      VectorToCylinderEdge(path.second.point, path.second.direction, origin, h);
+      VectorToCylinderEdge(path.second.point, path.second.direction, origin, h,
+                           cylinder.Diagnostics());
   const double topDistance = cylinder.Top().Mag();
   const auto isBlockedAt = [&](const TVector3& crossing,
                                const TVector3& tested) {
@@ -140,10 +147,31 @@ bool HasSupportRopes(const SupportRopeModel& model) {
   return !model.SupportRopePositions.empty();
 }
 
+bool IsAtSupportRope(const SupportRopeModel& model, double tolerance,
+                     const WaterSegment& segment, eDiagnostics diagnostics) {
+  return RopeCylinder(model, tolerance, diagnostics).IsSegmentBlocked(segment);
+}
+
+RopeCylinderLimits LimitsOfSupportRopes(const SupportRopeModel& model) {
+  const RopeCylinder cylinder(model, 0.0, eDiagnostics::kSilent);
+  return {cylinder.Radius(), cylinder.Top().Z()};
+}
+
+double SupportRopeTopDistance(const SupportRopeModel& model) {
+  return RopeCylinder(model, 0.0, eDiagnostics::kSilent).Top().Mag();
+}
+
+double SupportRopeAngleTolerance(const SupportRopeModel& model,
+                                 double tolerance) {
+  return IeeeQuotient(tolerance + model.SupportRopeRadius,
+                      model.SupportRopePositions.front().Mag());
+}
+
 bool CheckForSupportRopeShadowing(const SupportRopeModel& model,
                                   const AVHDRopeModel& holdDownRopes,
-                                  double tolerance, const WaterSegments& path) {
-  const RopeCylinder cylinder(model, tolerance);
+                                  double tolerance, const WaterSegments& path,
+                                  eDiagnostics diagnostics) {
+  const RopeCylinder cylinder(model, tolerance, diagnostics);
   switch (path.kind) {
     case ePathKind::kUninitialised:
     case ePathKind::kMisspeltUninitialised:

@@ -4,7 +4,9 @@
 
 #include "TVector3.h"
 #include "du/AVHDRopes.hpp"
+#include "du/VerticalRopeFilter.hpp"
 #include "du/WaterSegments.hpp"
+#include "du/geometry/Diagnostics.hpp"
 
 namespace ZARN::DU {
 
@@ -38,6 +40,23 @@ void LoadSupportRopeInfo(SupportRopeModel& model, double outerAVRadius);
 /// Whether the model has what the test reads without looking: a rope.
 bool HasSupportRopes(const SupportRopeModel& model);
 
+/// Where the ropes stand. @pre HasSupportRopes(model)
+RopeCylinderLimits LimitsOfSupportRopes(const SupportRopeModel& model);
+
+/// How far from the centre the ropes' top is: so high, up and down, a path in
+/// water that has no end inside the rope cylinder is tested, mm.
+/// @pre HasSupportRopes(model)
+double SupportRopeTopDistance(const SupportRopeModel& model);
+
+/// How near in angle to a rope a crossing is blocked, rad.
+/// @pre HasSupportRopes(model)
+double SupportRopeAngleTolerance(const SupportRopeModel& model,
+                                 double tolerance);
+
+/// The test of a water segment. @pre HasSupportRopes(model)
+bool IsAtSupportRope(const SupportRopeModel& model, double tolerance,
+                     const WaterSegment& segment, eDiagnostics diagnostics);
+
 /// Tell whether a support rope blocks a path.
 ///
 /// A water segment that starts strictly above the first rope's foot is followed
@@ -50,8 +69,9 @@ bool HasSupportRopes(const SupportRopeModel& model);
 /// @param holdDownRopes  may be empty: then the last case is never blocked
 /// @param tolerance      added to the rope's radius, mm
 /// @pre HasSupportRopes(model)
-bool CheckForSupportRopeShadowing(const SupportRopeModel& model,
-                                  const AVHDRopeModel& holdDownRopes,
-                                  double tolerance, const WaterSegments& path);
+bool CheckForSupportRopeShadowing(
+    const SupportRopeModel& model, const AVHDRopeModel& holdDownRopes,
+    double tolerance, const WaterSegments& path,
+    eDiagnostics diagnostics = eDiagnostics::kWritten);
 
 }  // namespace ZARN::DU

@@ -1,61 +1,53 @@
 #include "du/WaterSegments.hpp"
 
-#include <array>
-
 namespace ZARN::DU {
 namespace {
 
-/// By eLightPathType.
-const std::array<PathShape, kNumberOfLightPathTypes> kShapes = {{
-    {ePathKind::kUninitialised, nullptr, nullptr},
-    {ePathKind::kOneCrossing, &LightPath::AVPoint2, nullptr},
-    {ePathKind::kOneCrossing, &LightPath::AVPoint3, nullptr},
-    {ePathKind::kOneCrossing, &LightPath::AVPoint1, nullptr},
-    {ePathKind::kTwoCrossings, &LightPath::AVPoint1, &LightPath::AVPoint4},
-    {ePathKind::kTwoCrossings, &LightPath::AVPoint1, &LightPath::AVPoint2},
-    {ePathKind::kWater, &LightPath::StartPos, &LightPath::EndPos},
-    {ePathKind::kTwoCrossings, &LightPath::AVPoint1, &LightPath::AVPoint1},
-}};
-const PathShape kMisspeltShape = {ePathKind::kMisspeltUninitialised, nullptr,
-                                  nullptr};
-const PathShape kUnknownShape = {ePathKind::kUnknown, nullptr, nullptr};
+constexpr PathShape kMisspeltShape = {ePathKind::kMisspeltUninitialised,
+                                      nullptr, nullptr};
 
 }  // namespace
 
 const PathShape& ShapeOfName(const std::string& name) {
-  for (std::size_t type = 0; type < kShapes.size(); ++type) {
-    if (name == kLightPathTypeNames[type]) return kShapes[type];
+  for (int type = 0; type < kNumberOfLightPathTypes; ++type) {
+    if (name == kLightPathTypeNames[static_cast<std::size_t>(type)]) {
+      return ShapeOfType(static_cast<eLightPathType>(type));
+    }
   }
   return name == "LightPath Uninitialised" ? kMisspeltShape : kUnknownShape;
 }
 
-const PathShape& ShapeOfType(eLightPathType type) {
-  return type >= 0 && type < kNumberOfLightPathTypes
-             ? kShapes[static_cast<std::size_t>(type)]
-             : kUnknownShape;
+WaterSegments SegmentsOf(const LightPath& path, const PathShape& shape) {
+  return ViewsOf(path, shape).Copy();
 }
 
-WaterSegments SegmentsOf(const LightPath& path, const PathShape& shape) {
-  WaterSegments segments;
-  segments.kind = shape.kind;
+WaterSegments SegmentsOf(const LightPathArrays& paths, std::size_t i) {
+  const int type = paths.LightPathType[i];
+  if (type < 0 || type >= kNumberOfLightPathTypes) return {};
+  const auto& shape =
+      kShapesIn<LightPathArrays, VectorArrays>[static_cast<std::size_t>(type)];
+  const auto point = [&](VectorArrays LightPathArrays::*vector) {
+    return (paths.*vector).At(i);
+  };
   switch (shape.kind) {
     case ePathKind::kOneCrossing:
-      segments.first = {path.*shape.firstPoint, path.FinalDirection};
-      break;
+      return {shape.kind,
+              {point(shape.firstPoint), paths.FinalDirection.At(i)},
+              {}};
     case ePathKind::kTwoCrossings:
-      segments.first = {path.*shape.firstPoint, -path.InitialDirection};
-      segments.second = {path.*shape.secondPoint, path.FinalDirection};
-      break;
+      return {shape.kind,
+              {point(shape.firstPoint), -paths.InitialDirection.At(i)},
+              {point(shape.secondPoint), paths.FinalDirection.At(i)}};
     case ePathKind::kWater:
-      segments.first = {path.*shape.firstPoint, path.InitialDirection};
-      segments.second = {path.*shape.secondPoint, -path.InitialDirection};
-      break;
+      return {shape.kind,
+              {point(shape.firstPoint), paths.InitialDirection.At(i)},
+              {point(shape.secondPoint), -paths.InitialDirection.At(i)}};
     case ePathKind::kUninitialised:
     case ePathKind::kMisspeltUninitialised:
     case ePathKind::kUnknown:
       break;
   }
-  return segments;
+  return {shape.kind, {}, {}};
 }
 
 }  // namespace ZARN::DU

@@ -1,9 +1,11 @@
 #pragma once
 
+#include <array>
 #include <string>
 
 #include "TVector3.h"
 #include "lightpath/LightPath.hpp"
+#include "lightpath/LightPathArrays.hpp"
 
 namespace ZARN::DU {
 
@@ -26,6 +28,21 @@ struct WaterSegment {
   TVector3 direction;
 };
 
+/// The point and direction of a segment that is not there.
+inline const TVector3 kZeroVector;
+
+/// A stretch of a path in water, without copies: a point and a direction of the
+/// path, taken as it stands (sense 1) or back (-1).
+struct SegmentView {
+  const TVector3& point;
+  const TVector3& direction;
+  double sense;
+
+  WaterSegment Copy() const {
+    return {point, sense < 0 ? -direction : direction};
+  }
+};
+
 /// The part of a light path that hardware can block.
 ///
 /// | kind          | first                       | second                    |
@@ -43,12 +60,41 @@ struct WaterSegments {
   WaterSegment second;
 };
 
-/// Which points of a path bound its water segments.
-struct PathShape {
+/// The same without copies.
+struct WaterSegmentViews {
   ePathKind kind;
-  TVector3 LightPath::*firstPoint;
-  TVector3 LightPath::*secondPoint;
+  SegmentView first;
+  SegmentView second;
+
+  WaterSegments Copy() const { return {kind, first.Copy(), second.Copy()}; }
 };
+
+/// Which members of a path bound its water segments. @p Path is LightPath or
+/// LightPathArrays, @p Vector the type of its vectors.
+template <class Path, class Vector>
+struct ShapeIn {
+  ePathKind kind;
+  Vector Path::*firstPoint;
+  Vector Path::*secondPoint;
+};
+
+/// The shapes by eLightPathType.
+template <class Path, class Vector>
+inline constexpr std::array<ShapeIn<Path, Vector>, kNumberOfLightPathTypes>
+    kShapesIn = {{
+        {ePathKind::kUninitialised, nullptr, nullptr},
+        {ePathKind::kOneCrossing, &Path::AVPoint2, nullptr},
+        {ePathKind::kOneCrossing, &Path::AVPoint3, nullptr},
+        {ePathKind::kOneCrossing, &Path::AVPoint1, nullptr},
+        {ePathKind::kTwoCrossings, &Path::AVPoint1, &Path::AVPoint4},
+        {ePathKind::kTwoCrossings, &Path::AVPoint1, &Path::AVPoint2},
+        {ePathKind::kWater, &Path::StartPos, &Path::EndPos},
+        {ePathKind::kTwoCrossings, &Path::AVPoint1, &Path::AVPoint1},
+    }};
+
+using PathShape = ShapeIn<LightPath, TVector3>;
+inline constexpr PathShape kUnknownShape = {ePathKind::kUnknown, nullptr,
+                                            nullptr};
 
 /// The shape that the tests give to a type of this name; names are compared
 /// exactly.
@@ -56,9 +102,58 @@ const PathShape& ShapeOfName(const std::string& name);
 
 /// The shape of a type under its own name (kLightPathTypeNames); kUnknown for a
 /// type that has none.
-const PathShape& ShapeOfType(eLightPathType type);
+inline const PathShape& ShapeOfType(eLightPathType type) {
+  return type >= 0 && type < kNumberOfLightPathTypes
+             ? kShapesIn<LightPath, TVector3>[static_cast<std::size_t>(type)]
+             : kUnknownShape;
+}
+
+/// The shape of a type that goes by some name: ShapeOfName, found with one
+/// comparison where the name is the type's own.
+inline const PathShape& ShapeOfTypeNamed(eLightPathType type,
+                                         const std::string& name) {
+  return type >= 0 && type < kNumberOfLightPathTypes &&
+                 name == kLightPathTypeNames[static_cast<std::size_t>(type)]
+             ? ShapeOfType(type)
+             : ShapeOfName(name);
+}
 
 /// The water segments of a path of the given shape.
+inline WaterSegmentViews ViewsOf(const LightPath& path,
+                                 const PathShape& shape) {
+  switch (shape.kind) {
+    case ePathKind::kOneCrossing:
+      return {shape.kind,
+              {path.*shape.firstPoint, path.FinalDirection, 1.0},
+              {kZeroVector, kZeroVector, 1.0}};
+    case ePathKind::kTwoCrossings:
+      return {shape.kind,
+              {path.*shape.firstPoint, path.InitialDirection, -1.0},
+              {path.*shape.secondPoint, path.FinalDirection, 1.0}};
+    case ePathKind::kWater:
+      return {shape.kind,
+              {path.*shape.firstPoint, path.InitialDirection, 1.0},
+              {path.*shape.secondPoint, path.InitialDirection, -1.0}};
+    case ePathKind::kUninitialised:
+    case ePathKind::kMisspeltUninitialised:
+    case ePathKind::kUnknown:
+      break;
+  }
+  return {shape.kind,
+          {kZeroVector, kZeroVector, 1.0},
+          {kZeroVector, kZeroVector, 1.0}};
+}
 WaterSegments SegmentsOf(const LightPath& path, const PathShape& shape);
+
+/// The water segments of path @p i in columns; only those that its type uses
+/// are read.
+WaterSegments SegmentsOf(const LightPathArrays& paths, std::size_t i);
+
+/// Segments that were copied, as views.
+inline WaterSegmentViews ViewsOf(const WaterSegments& segments) {
+  return {segments.kind,
+          {segments.first.point, segments.first.direction, 1.0},
+          {segments.second.point, segments.second.direction, 1.0}};
+}
 
 }  // namespace ZARN::DU

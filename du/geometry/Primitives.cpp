@@ -9,7 +9,8 @@
 namespace ZARN::DU {
 
 TVector3 VectorToSphereEdge(const TVector3& startPos, const TVector3& direction,
-                            double radius, bool nearSolution) {
+                            double radius, bool nearSolution,
+                            eDiagnostics diagnostics) {
   const double m = startPos.Mag();
   const double c = std::cos(startPos.Angle(direction));
   const double bCoeff = (m + m) * c;
@@ -25,7 +26,7 @@ TVector3 VectorToSphereEdge(const TVector3& startPos, const TVector3& direction,
     const double farT = (root - bCoeff) * 0.5;
     const double nearT = (-bCoeff - root) * 0.5;
     t = !nearSolution && farT > 0.0 ? farT : nearT;
-  } else {  // also NaN
+  } else if (diagnostics == eDiagnostics::kWritten) {  // also NaN
     debug << "ShadowingCalculator::VectorToSphereEdge: Erroneous calculation - "
              "negative discriminant"
           << endl;
@@ -39,10 +40,10 @@ TVector3 VectorToSphereEdge(const TVector3& startPos, const TVector3& direction,
 
 TVector3 VectorToCylinderEdge(const TVector3& startPos,
                               const TVector3& direction, const TVector3& shift,
-                              double radius) {
+                              double radius, eDiagnostics diagnostics) {
   const TVector3 start = Flattened(startPos);
-  const TVector3 edge =
-      VectorToSphereEdge(start, Flattened(direction), radius, false);
+  const TVector3 edge = VectorToSphereEdge(start, Flattened(direction), radius,
+                                           false, diagnostics);
   const double alpha = edge.Unit().Angle(direction);
   // Only a direction exactly square to the edge keeps its height: there is no
   // band around pi/2, one bit beside it the tangent is very large.
@@ -75,7 +76,9 @@ TVector3 WithPhi(TVector3 v, double phi) {
   return v;
 }
 
-TVector3 WithMag(TVector3 v, double length) {
+TVector3 WithMag(TVector3 v, double length, eDiagnostics diagnostics) {
+  const bool wouldWarn = v.Mag() == 0.0;
+  if (wouldWarn && diagnostics == eDiagnostics::kSilent) return v;
   v.SetMag(length);
   return v;
 }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "TVector3.h"
+#include "du/geometry/Diagnostics.hpp"
 
 namespace ZARN::DU {
 
@@ -19,9 +20,10 @@ inline const TVector3 kZHat(0, 0, 1.0);
 ///                   the first along the line and may lie behind the start
 /// @return the crossing; @p startPos itself when the line misses the sphere (or
 ///         the numbers are not finite), which is told to ZARN::debug in four
-///         lines. Never throws.
+///         lines unless @p diagnostics are silent. Never throws.
 TVector3 VectorToSphereEdge(const TVector3& startPos, const TVector3& direction,
-                            double radius, bool nearSolution);
+                            double radius, bool nearSolution,
+                            eDiagnostics diagnostics = eDiagnostics::kWritten);
 
 /// Find where a line leaves a cylinder whose axis is the z axis.
 ///
@@ -34,9 +36,9 @@ TVector3 VectorToSphereEdge(const TVector3& startPos, const TVector3& direction,
 /// @param direction  direction of travel
 /// @param shift      added to the result, mm
 /// @param radius     cylinder radius, mm
-TVector3 VectorToCylinderEdge(const TVector3& startPos,
-                              const TVector3& direction, const TVector3& shift,
-                              double radius);
+TVector3 VectorToCylinderEdge(
+    const TVector3& startPos, const TVector3& direction, const TVector3& shift,
+    double radius, eDiagnostics diagnostics = eDiagnostics::kWritten);
 
 /// Angle between the direction from a point to the origin and the tangents from
 /// that point to a sphere around the origin.
@@ -58,7 +60,9 @@ TVector3 Rotated(TVector3 v, double angle);
 TVector3 WithPhi(TVector3 v, double phi);
 
 /// @p v with its length set to @p length, mm. A zero vector stays as it is, and
-/// ROOT warns "zero vector can't be stretched".
-TVector3 WithMag(TVector3 v, double length);
+/// ROOT warns "zero vector can't be stretched" unless @p diagnostics are
+/// silent.
+TVector3 WithMag(TVector3 v, double length,
+                 eDiagnostics diagnostics = eDiagnostics::kWritten);
 
 }  // namespace ZARN::DU

@@ -3,8 +3,10 @@
 #include <string>
 
 #include "du/ShadowingCalculator.hpp"
+#include "du/ShadowingLayers.hpp"
 #include "lightpath/LightPathCalculator.hpp"
 #include "log/Log.hpp"
+#include "tests/property/Batches.hpp"
 #include "tests/property/Paths.hpp"
 #include "tests/property/RootMessages.hpp"
 #include "tests/property/TextSink.hpp"
@@ -28,14 +30,47 @@ class CalculatorPair {
   void SwitchDebug(bool on);
   void SetAllGeometryTolerances(double tolerance);
 
-  /// @return whether both did the same; Difference() tells if not
+  /// What becomes of the real calculator, which shall make no difference.
+  enum class eReplacement {
+    kCopy,         ///< a copy takes its place
+    kAssigned,     ///< one that had a run of its own is assigned from it
+    kMoved,        ///< it is moved elsewhere
+    kMovedAndBack  ///< and from there back into what was left of it
+  };
+  void Replace(eReplacement replacement);
+  void UseLayers(const DU::ShadowingLayers& layers) { real_.UseLayers(layers); }
+
+  /// @return whether both did the same, which may be to throw; Difference()
+  ///         tells if not
   bool BeginOfRun();
 
+  /// Whether the last BeginOfRun threw.
+  bool Threw() const { return threw_; }
+
+  /// Let what either calculator does fail where it writes a text.
+  ///
+  /// @param text  of any of their messages; empty: never more
+  void ThrowAt(const std::string& text);
+
   /// Have both judge a path, the real one through FindShadowing as well if the
-  /// path goes by its type's own name.
+  /// path goes by its type's own name. FindShadowing must write nothing, and
+  /// WritesMessages must foretell what CheckForShadowing writes.
   ///
   /// @return whether both did the same; Difference() tells if not
   bool Check(const TestPath& path);
+
+  /// Have the real calculator judge all paths once more that Check saw since
+  /// the last run or change of tolerances, and that go by their own names: one
+  /// by one, and as batches. Nothing must be written.
+  ///
+  /// @return whether it judged them as before; Difference() tells if not
+  bool CheckBatches();
+  const JudgedPaths& Checked() const { return checked_; }
+
+  /// Whether nothing was written by the real calculator since the last Check;
+  /// Difference() tells what was.
+  bool WroteNothing(const char* what);
+  const DU::ShadowingCalculator& Real() const { return real_; }
 
   /// What the last Check found, as a number that differs where the outcome
   /// does: which component, and how many lines of diagnostics.
@@ -55,6 +90,7 @@ class CalculatorPair {
   void Name(const TestPath& path);
   void Unname(const TestPath& path);
   bool FindsTheSame(const TestPath& path);
+  bool WroteAsForetold(const TestPath& path);
 
   TextSink realWarn_;
   TextSink realDebug_;
@@ -65,10 +101,12 @@ class CalculatorPair {
   RootMessages root_;
   DU::ShadowingCalculator real_;
   Reference::PlainShadowingCalculator plain_;
+  JudgedPaths checked_;
   DU::LightPathCalculator realPath_;
   DU::LightPathCalculator plainPath_;
   DU::eShadowingComponent blocking_ = DU::eShadowingComponent::kNone;
   int outcome_ = 0;
+  bool threw_ = false;
   std::string difference_;
 };
 

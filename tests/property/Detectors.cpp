@@ -291,6 +291,54 @@ void WideSupports(Numbers& n, Random& random) {
   for (TVector3& v : n.supports) v *= random.Uniform(1.2, 1.6);
 }
 
+void PlatesOnAxis(Numbers& n, Random& random) {
+  if (n.plates.empty()) return;
+  const double z = random.Chance(0.5) ? n.outerRadius : -n.outerRadius;
+  n.plates[random.Below(n.plates.size())].SetXYZ(0.0, 0.0, z);
+}
+
+/// A position so small that squares of it have few digits or none.
+void ShrinkAPosition(Numbers& n, Random& random) {
+  std::vector<TVector3>& list = *random.Pick(n.Lists());
+  if (list.empty()) return;
+  TVector3& v = list[random.Chance(0.3) ? 0 : random.Below(list.size())];
+  v *= std::pow(10.0, random.Uniform(-172.0, -157.0));
+}
+
+void HundredsOfParts(Numbers& n, Random& random) {
+  for (std::vector<TVector3>* list : {&n.supports, &n.plates, &n.anchors}) {
+    if (list->empty()) continue;
+    const int count = random.Whole(20, 200);
+    for (int i = 0; i < count; ++i) {
+      list->push_back(random.Pick(*list));
+      list->back().RotateZ(random.Uniform(-kPi, kPi));
+    }
+  }
+}
+
+/// Hold-down ropes that end above the feet of the support ropes, so that points
+/// between are tested against both; or far below, so that some meet none.
+void CrossHeights(Numbers& n, Random& random) {
+  if (n.rope.size() < 6) return;
+  n.rope[1].SetZ(random.Uniform(-4000.0, 4000.0));
+  n.rope[4].SetZ(random.Uniform(-4000.0, 4000.0));
+  const double z = random.Uniform(-4000.0, 4000.0);
+  for (TVector3& v : n.supports) v.SetZ(z);
+}
+
+/// Both kinds of ropes on one cylinder, to the last bit.
+void ShareCylinder(Numbers& n, Random& random) {
+  if (n.rope.size() < 6 || n.rollDegrees.empty()) return;
+  n.rollDegrees[0] = 0.0;
+  for (TVector3& v : n.supports) {
+    const double z = v.Z();
+    v = n.rope[1];
+    v.RotateZ(random.Uniform(-kPi, kPi));
+    if (random.Chance(0.5)) v.SetZ(z);
+  }
+  if (!n.supports.empty()) n.supports[0] = n.rope[1];
+}
+
 Tables TablesOf(const Numbers& n) {
   Tables t;
   t.Set("SOLID", "acrylic_vessel_inner", "r_sphere", n.innerRadius);
@@ -408,30 +456,35 @@ void Damage(Tables& tables, const Field& f, Random& random) {
 }
 
 /// Take whole components away, so that those after them in the order of the
-/// tests are asked about every path.
+/// tests are asked about every path; half of the time all but one, so that only
+/// its limits are looked for.
 void LeaveSomeOut(Tables& tables, Random& random) {
   const double share = random.Pick(std::array{0.3, 0.6, 0.85});
-  if (random.Chance(share)) tables.Remove("GEO", "hold_down_ropes");
-  if (random.Chance(share)) tables.Remove("GEO", "hold_up_ropes");
-  if (random.Chance(share)) {
-    tables.RemoveField("GEO", "inner_av", "belly_plate_locations");
+  std::array<bool, 6> isOut = {};
+  if (random.Chance(0.5)) {
+    isOut.fill(true);
+    isOut[random.Below(isOut.size())] = false;
+  } else {
+    for (bool& out : isOut) out = random.Chance(share);
   }
-  if (random.Chance(share)) {
-    tables.RemoveField("GEO", "inner_av", "ncd_anchor_locations");
-  }
-  if (random.Chance(share)) tables.Remove("SOLID", "av_pipe-3");
-  if (random.Chance(share)) tables.Remove("GEO", "av");
+  if (isOut[0]) tables.Remove("GEO", "hold_down_ropes");
+  if (isOut[1]) tables.Remove("GEO", "hold_up_ropes");
+  if (isOut[2]) tables.RemoveField("GEO", "inner_av", "belly_plate_locations");
+  if (isOut[3]) tables.RemoveField("GEO", "inner_av", "ncd_anchor_locations");
+  if (isOut[4]) tables.Remove("SOLID", "av_pipe-3");
+  if (isOut[5]) tables.Remove("GEO", "av");
 }
 
 }  // namespace
 
 Detector MakeDetector(Random& random) {
   using Oddity = void (*)(Numbers&, Random&);
-  constexpr std::array<Oddity, 13> kOddities = {
-      SetOddScalar,        SetOddCoordinate, SetOddRadii,  DegenerateRope,
-      DegenerateRope,      ResizeTemplate,   EmptyAList,   ZeroAPosition,
-      PlatesWithoutExtent, StrayAnchors,     SinkSupports, WideSupports,
-      RepeatPipePoints};
+  constexpr std::array<Oddity, 19> kOddities = {
+      SetOddScalar,   SetOddCoordinate, SetOddRadii,         DegenerateRope,
+      DegenerateRope, ResizeTemplate,   EmptyAList,          ZeroAPosition,
+      PlatesOnAxis,   StrayAnchors,     PlatesWithoutExtent, SinkSupports,
+      WideSupports,   RepeatPipePoints, HundredsOfParts,     CrossHeights,
+      CrossHeights,   ShareCylinder,    ShrinkAPosition};
   Numbers numbers = MakeNumbers(random);
   const bool odd = random.Chance(0.5);
   if (odd) {

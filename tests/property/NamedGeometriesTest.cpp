@@ -1,9 +1,12 @@
 #include <gtest/gtest.h>
 
+#include <optional>
 #include <string>
 #include <vector>
 
 #include "tests/property/CalculatorPair.hpp"
+#include "tests/property/PathSearch.hpp"
+#include "tests/property/Random.hpp"
 #include "tests/support/Tables.hpp"
 
 // Geometries that random ones do not come upon. Each names in a sentence the
@@ -66,6 +69,32 @@ TEST(NamedGeometries, AWalkerAtTheArcsWidthFromItsEndIsNotASample) {
   ExpectTheSameRope(
       {0x1.7792b454a9705p+11, -0x1.113b02e2e456ep+11, 0x1.21cp+10},
       {-0x1.4ccp+11, -0x1.6f0b626e4b69ep-42, -0x1.3f2p+11});
+}
+
+// Counts and offsets that do not fit hundreds of ropes with their hundreds of
+// thousands of points.
+TEST(NamedGeometries, HundredsOfRopesAreJudgedAsByThePlainCalculator) {
+  Random random(150);
+  Tables tables = RopeTables({2970.804, 417.519, 5022.201},
+                             {-2696.382, 1315.113, 5022.201});
+  std::vector<double> rolls;
+  rolls.reserve(150);
+  for (int i = 0; i < 150; ++i) rolls.push_back(random.Uniform(0.0, 360.0));
+  tables.Set("GEO_LOCATIONS", "rolls", "roll", rolls);
+  tables.Load();
+  CalculatorPair pair;
+  ASSERT_TRUE(pair.BeginOfRun()) << pair.Difference();
+  for (const double tolerance : {0.0, 8.0, -11.0}) {
+    pair.SetAllGeometryTolerances(tolerance);
+    PathSearch search(
+        pair.Plain(), random, [&](const TestPath& path, bool /*isNear*/) {
+          const bool same = pair.Check(path);
+          EXPECT_TRUE(same) << Describe(path) << "\n" << pair.Difference();
+          return same ? std::optional(pair.Outcome()) : std::nullopt;
+        });
+    search.Run(400);
+    EXPECT_TRUE(pair.CheckBatches()) << pair.Difference();
+  }
 }
 
 }  // namespace

@@ -6,12 +6,17 @@
 #include <limits>
 #include <sstream>
 
+#include "tests/reference/PlainConstants.hpp"
+
 namespace ZARN::Testing {
 
 namespace {
 
-constexpr double kPi = 3.141592653589793;
+using Reference::Divide;
+using Reference::kPi;
+
 constexpr double kRadiansPerDegree = kPi / 180.0;
+constexpr double kRopeSphere = 8500.0;
 
 constexpr std::array kVectors = {
     &DU::LightPath::FinalDirection, &DU::LightPath::InitialDirection,
@@ -44,8 +49,45 @@ TVector3 BesideAlongLongestAxis(TVector3 centre, double distance) {
 
 }  // namespace
 
+PathMaker::PathMaker(const Reference::PlainShadowingCalculator& model,
+                     Random& random)
+    : model_(model), random_(random) {
+  if (!model.AVHDRopeEndPoints.empty() && model.AVHDRopePositions.size() >= 5) {
+    std::vector<TVector3> tested;
+    for (const double roll : model.AVHDRopeRolls) {
+      tested.push_back(model.AVHDRopePositions[4]);
+      tested.back().RotateZ(roll);
+      tested.push_back(model.AVHDRopePositions[1]);
+      tested.back().RotateZ(kPi + roll);
+    }
+    holdDown_ = MakeRopes(tested, model.AVHDRopeEndPoints[0],
+                          model.AVHDRopeRadius + model.AVHDRopeTolerance);
+  }
+  if (!model.SupportRopePositions.empty()) {
+    support_ =
+        MakeRopes(model.SupportRopePositions, model.SupportRopePositions[0],
+                  model.SupportRopeRadius + model.SupportRopeTolerance);
+  }
+}
+
+PathMaker::Ropes PathMaker::MakeRopes(const std::vector<TVector3>& directions,
+                                      const TVector3& first, double reach) {
+  const double perp2 = first.Perp2();
+  return {directions, first.Mag(), reach / Sensible(first.Mag(), 5900.0),
+          first.Z(),
+          std::sqrt(std::max(0.0, kRopeSphere * kRopeSphere - perp2))};
+}
+
+/// How near to its limit the next path is built: mostly as near as counts, else
+/// at the distances up to which single precision cannot tell.
+void PathMaker::ChooseCloseness() {
+  closeness_ = random_.Chance(0.88) ? kAtLimit
+                                    : std::pow(10.0, random_.Uniform(-8, -1.5));
+}
+
 TestPath PathMaker::Draw() {
   TestPath result;
+  ChooseCloseness();
   const double kind = random_.Uniform(0.0, 1.0);
   if (kind < 0.02) {
     result.path = AnyPath(DU::kUninitialised);
@@ -80,6 +122,14 @@ TestPath PathMaker::Draw() {
     }
   }
   if (random_.Chance(0.04)) {
+    LeaveVessel(result.path);
+    result.isAtLimit = false;
+  }
+  if (random_.Chance(0.04)) {
+    ChangeLengths(result.path);
+    result.isAtLimit = false;
+  }
+  if (random_.Chance(0.04)) {
     PutSpecialValues(result.path);
     result.isAtLimit = false;
   }
@@ -87,6 +137,7 @@ TestPath PathMaker::Draw() {
     Rename(result);
     result.isAtLimit = false;
   }
+  result.isAtLimit = result.isAtLimit && closeness_ <= kAtLimit;
   return result;
 }
 
@@ -107,7 +158,12 @@ DU::LightPath PathMaker::AnyPath(DU::eLightPathType type) {
 
 void PathMaker::AimSegments(TestPath& path) {
   const bool second = random_.Chance(0.4);
-  const Segment segment = AimedSegment();
+  Segment segment = AimedSegment();
+  // A component that is not there has no limits: look for another one.
+  for (int attempt = 0; attempt < 3 && !segment.isAtLimit; ++attempt) {
+    if (random_.Chance(0.2)) break;
+    segment = AimedSegment();
+  }
   SetSegment(path.path, second, segment);
   path.isAtLimit = segment.isAtLimit;
   if (random_.Chance(0.3)) SetSegment(path.path, !second, AimedSegment());
@@ -141,16 +197,17 @@ void PathMaker::SetSegment(DU::LightPath& path, bool second,
 }
 
 PathMaker::Segment PathMaker::AimedSegment() {
-  // The ropes twice: they have two tests each.
-  switch (random_.Below(10)) {
+  // The ropes more often: they have the most limits.
+  switch (random_.Below(17)) {
     case 0:
-      return AtRopeSurface();
     case 1:
+      return AtRopeSurface();
     case 2:
       return AtVerticalRope();
     case 3:
-    case 4:
       return AtSupportRope();
+    case 4:
+      return OnRopeCylinder();
     case 5:
       return AtBellyPlate();
     case 6:
@@ -159,26 +216,62 @@ PathMaker::Segment PathMaker::AimedSegment() {
       return AtAVPipe();
     case 8:
       return AtNeckBoss();
-    default:
+    case 9:
+    case 10:
       return AtHeightLimit();
+    case 11:
+    case 12:
+      return AtCrossingHeight();
+    case 13:
+      return AtSquareCrossing();
+    default:
+      return AtRopeEdge();
   }
 }
 
-PathMaker::Segment PathMaker::AtRopeSurface() {
+/// A point at the border of what lies within reach of a list's points: as far
+/// as the reach from the nearest of them.
+PathMaker::Segment PathMaker::AtReach(const std::vector<TVector3>& points,
+                                      double reach) {
   Segment segment{random_.Direction(), random_.Direction(), false};
-  const double reach = model_.AVHDRopeRadius + model_.AVHDRopeTolerance;
-  if (model_.AVHDRopeSurfacePoints.empty() || !std::isfinite(reach)) {
+  if (points.empty() || !std::isfinite(reach)) return segment;
+  const TVector3* nearest = &random_.Pick(points);
+  const double sign = random_.Chance(0.5) ? 1.0 : -1.0;
+  if (random_.Chance(0.2)) {
+    segment.point = BesideAlongLongestAxis(*nearest, sign * Nudged(reach));
+    segment.isAtLimit = true;
     return segment;
   }
-  const TVector3& k = random_.Pick(model_.AVHDRopeSurfacePoints);
-  if (random_.Chance(0.3)) {
-    const double sign = random_.Chance(0.5) ? 1.0 : -1.0;
-    segment.point = BesideAlongLongestAxis(k, sign * Nudged(reach));
-    segment.isAtLimit = true;
-  } else {
-    segment.point = k + (reach * random_.Uniform(0.0, 2.0)) * segment.point;
+  const bool atLimit = random_.Chance(0.7);
+  const double share = atLimit ? 1.0 : random_.Uniform(0.0, 2.0);
+  TVector3& p = segment.point;
+  p = *nearest + (reach * share) * random_.Direction();
+  if (!atLimit || !(reach > 0.0)) return segment;
+
+  constexpr std::size_t kMostToSearch = 30000;
+  const bool onVessel = random_.Chance(0.7);
+  const double vessel = Sensible(model_.OuterAVRadius, 5860.0);
+  const double wanted = Nudged(reach);
+  for (int step = 0; step < 12; ++step) {
+    if (step < 2 && points.size() < kMostToSearch) {
+      nearest = &*std::min_element(points.begin(), points.end(),
+                                   [&](const TVector3& a, const TVector3& b) {
+                                     return (a - p).Mag2() < (b - p).Mag2();
+                                   });
+    }
+    const TVector3 way = p - *nearest;
+    p = *nearest + Divide(wanted, way.Mag()) * way;
+    if (onVessel) p *= Divide(vessel, p.Mag());
   }
+  // A point beyond the reach of the vessel's sphere has no such place on it.
+  segment.isAtLimit =
+      std::abs((p - *nearest).Mag() - wanted) <= kAtLimit * vessel;
   return segment;
+}
+
+PathMaker::Segment PathMaker::AtRopeSurface() {
+  return AtReach(model_.AVHDRopeSurfacePoints,
+                 model_.AVHDRopeRadius + model_.AVHDRopeTolerance);
 }
 
 PathMaker::Segment PathMaker::AtVerticalRope() {
@@ -214,20 +307,31 @@ PathMaker::Segment PathMaker::AtBellyPlate() {
   if (model_.BellyPlatePositions.empty()) return segment;
   const TVector3& p = random_.Pick(model_.BellyPlatePositions);
   const double band = model_.BellyPlateHalfHeight + model_.BellyPlateTolerance;
-  const double radius = Sensible(p.Mag(), 5860.0);
+  const TVector3 up(0, 0, model_.BellyPlateHalfHeight);
   const double halfWidth =
-      std::atan(model_.BellyPlateHalfHeight / radius) +
+      0.5 * (p + up).Angle(p - up) +
       model_.BellyPlateTolerance / Sensible(model_.OuterAVRadius, 5860.0);
   double z = random_.Uniform(-1.2, 1.2) * band;
   double phi = p.Phi() + random_.Uniform(-2.0, 2.0) * halfWidth;
-  if (random_.Chance(0.3)) {
+  const double kind = random_.Uniform(0.0, 1.0);
+  const double sign = random_.Chance(0.5) ? 1.0 : -1.0;
+  if (kind < 0.3) {
     segment.isAtLimit = true;
-    const double sign = random_.Chance(0.5) ? 1.0 : -1.0;
-    if (p.Z() != 0.0 || random_.Chance(0.5)) {
-      z = sign * Nudged(band);
-      phi = p.Phi() + random_.Uniform(-0.9, 0.9) * halfWidth;
-    } else {
-      phi = p.Phi() + sign * Nudged(halfWidth);
+    z = sign * Nudged(band);
+    phi = p.Phi() + random_.Uniform(-0.9, 0.9) * halfWidth;
+  } else if (kind < 0.8) {
+    // The azimuth at which the point, put to the plate's height, is as far from
+    // its centre as the plate's edge.
+    TVector3 edge = p;
+    edge.RotateZ(halfWidth);
+    const double rho = OnVessel(0.0, z).Perp();
+    const double cosine =
+        Divide(std::cos(edge.Angle(p)) * std::hypot(rho, p.Z()) * p.Mag() -
+                   p.Z() * p.Z(),
+               rho * p.Perp());
+    if (std::abs(cosine) < 1.0) {
+      segment.isAtLimit = true;
+      phi = p.Phi() + sign * std::acos(cosine) + Aside();
     }
   }
   segment.point = OnVessel(phi, z);
@@ -235,21 +339,8 @@ PathMaker::Segment PathMaker::AtBellyPlate() {
 }
 
 PathMaker::Segment PathMaker::AtNCDAnchor() {
-  Segment segment{random_.Direction(), random_.Direction(), false};
-  const double reach = model_.NCDAnchorHalfZ + model_.NCDAnchorTolerance;
-  if (model_.NCDAnchorPositions.empty() || !std::isfinite(reach)) {
-    return segment;
-  }
-  const TVector3& anchor = random_.Pick(model_.NCDAnchorPositions);
-  if (random_.Chance(0.4)) {
-    const double sign = random_.Chance(0.5) ? 1.0 : -1.0;
-    segment.point = BesideAlongLongestAxis(anchor, sign * Nudged(reach));
-    segment.isAtLimit = true;
-  } else {
-    segment.point =
-        anchor + (reach * random_.Uniform(0.0, 2.0)) * segment.point;
-  }
-  return segment;
+  return AtReach(model_.NCDAnchorPositions,
+                 model_.NCDAnchorHalfZ + model_.NCDAnchorTolerance);
 }
 
 PathMaker::Segment PathMaker::AtAVPipe() {
@@ -257,7 +348,7 @@ PathMaker::Segment PathMaker::AtAVPipe() {
   double theta = random_.Uniform(2.0, 178.0);
   double phi = random_.Uniform(70.0, 110.0);
   Segment segment{{}, random_.Direction(), false};
-  if (random_.Chance(0.4)) {
+  if (model_.AVPipeInfoLoaded && random_.Chance(0.6)) {
     segment.isAtLimit = true;
     constexpr std::array kBands = {30.0, 120.0};
     if (random_.Chance(0.5)) theta = random_.Pick(kBands);
@@ -281,7 +372,8 @@ PathMaker::Segment PathMaker::AtAVPipe() {
 
 PathMaker::Segment PathMaker::AtNeckBoss() {
   const double radius = Sensible(model_.OuterAVRadius, 5860.0);
-  Segment segment{{}, random_.Direction(), random_.Chance(0.3)};
+  Segment segment{{}, random_.Direction(), false};
+  segment.isAtLimit = model_.NeckBossInfoLoaded && random_.Chance(0.6);
   double theta = model_.NeckBossAngle;
   if (!segment.isAtLimit) theta *= random_.Uniform(0.0, 2.0);
   segment.point = Spherical(radius, theta, random_.Uniform(-kPi, kPi));
@@ -294,12 +386,165 @@ PathMaker::Segment PathMaker::AtNeckBoss() {
 PathMaker::Segment PathMaker::AtHeightLimit() {
   const bool holdDown = random_.Chance(0.5);
   Segment segment = holdDown ? AtVerticalRope() : AtSupportRope();
-  const std::vector<TVector3>& ropes =
-      holdDown ? model_.AVHDRopeEndPoints : model_.SupportRopePositions;
-  if (ropes.empty()) return segment;
-  segment.point.SetZ(Nudged(ropes[0].Z()));
+  const Ropes& ropes = holdDown ? holdDown_ : support_;
+  if (ropes.directions.empty()) return segment;
+  segment.point = OnVessel(segment.point.Phi(), Nudged(ropes.firstZ));
   segment.isAtLimit = true;
   return segment;
+}
+
+/// Leaves the vessel so that it crosses the cylinder at the edge of a rope.
+PathMaker::Segment PathMaker::AtRopeEdge() {
+  const bool holdDown = random_.Chance(0.5);
+  Segment segment = holdDown ? AtVerticalRope() : AtSupportRope();
+  const Ropes& ropes = holdDown ? holdDown_ : support_;
+  if (ropes.directions.empty()) return segment;
+  if (random_.Chance(0.6)) segment.direction.RotateZ(random_.Uniform(-2, 2));
+  if (random_.Chance(0.4)) segment.direction *= random_.Uniform(0.45, 2.1);
+  const Crossing crossing =
+      CrossingOf(segment.point, segment.direction, ropes.cylinder);
+  const double turn = TurnToEdge(crossing.flat, ropes, ropes.tolerance);
+  if (!std::isfinite(turn)) return segment;
+  segment.point.RotateZ(turn);
+  segment.direction.RotateZ(turn);
+  segment.isAtLimit = true;
+  return segment;
+}
+
+/// Leaves the vessel towards a rope so steeply that it crosses the cylinder
+/// where the ropes end.
+PathMaker::Segment PathMaker::AtCrossingHeight() {
+  const bool holdDown = random_.Chance(0.5);
+  Segment segment = holdDown ? AtVerticalRope() : AtSupportRope();
+  const Ropes& ropes = holdDown ? holdDown_ : support_;
+  if (ropes.directions.empty()) return segment;
+  const double length = random_.Chance(0.7) ? 1.0 : random_.Uniform(0.4, 2.2);
+  segment.direction.SetZ(random_.Chance(0.5) ? 1.0 : -1.0);
+  segment.direction = SlopedForHeight(segment.point, length * segment.direction,
+                                      ropes.cylinder, ropes.height);
+  segment.direction.SetZ(Nudged(segment.direction.Z()));
+  segment.isAtLimit = true;
+  return segment;
+}
+
+/// Begins on the cylinder on which ropes stand, where the far crossing may be
+/// the start itself.
+PathMaker::Segment PathMaker::OnRopeCylinder() {
+  const bool holdDown = random_.Chance(0.5);
+  Segment segment = holdDown ? AtVerticalRope() : AtSupportRope();
+  const Ropes& ropes = holdDown ? holdDown_ : support_;
+  if (ropes.directions.empty()) return segment;
+  const double below = random_.Uniform(0.0, 4000.0);
+  const double z = ropes.firstZ + (holdDown ? -below : below);
+  if (random_.Chance(0.3)) {
+    segment.point = OnCircle(Nudged(ropes.cylinder), z);
+  } else {
+    const double phi = segment.point.Phi();
+    const double rho = Nudged(ropes.cylinder);
+    segment.point.SetXYZ(rho * std::cos(phi), rho * std::sin(phi), z);
+  }
+  if (random_.Chance(0.5)) segment.direction.RotateZ(random_.Uniform(-3, 3));
+  segment.isAtLimit = true;
+  return segment;
+}
+
+PathMaker::Segment PathMaker::AtSquareCrossing() {
+  const bool holdDown = random_.Chance(0.5);
+  Segment segment = holdDown ? AtVerticalRope() : AtSupportRope();
+  const Ropes& ropes = holdDown ? holdDown_ : support_;
+  if (ropes.directions.empty()) return segment;
+  segment.isAtLimit =
+      TurnToSquareCrossing(segment.point, segment.direction, ropes);
+  return segment;
+}
+
+/// Turn a point and give it a direction so that it crosses the cylinder behind
+/// a rope, with the angle between crossing and direction a right one to the
+/// last bit: the height is then kept, where it is beyond all ropes one bit
+/// beside. Only a direction that is no unit vector seen from above can do that.
+bool PathMaker::TurnToSquareCrossing(TVector3& point, TVector3& direction,
+                                     const Ropes& ropes) {
+  const double ratio = Divide(ropes.cylinder, point.Perp());
+  const double flat =
+      ratio > 1.0 ? random_.Uniform(0.05, 0.49) : random_.Uniform(0.55, 0.97);
+  // From the far crossing and its product with the direction being 0.
+  const double share = 1.0 / flat - 1.0;
+  const double cosine2 = Divide(1.0 - ratio * ratio, 1.0 - share * share);
+  if (!(cosine2 <= 1.0)) return false;
+  const double sign = random_.Chance(0.5) ? 1.0 : -1.0;
+  const double turned = sign * std::acos(-std::sqrt(cosine2));
+  const double height = (random_.Chance(0.5) ? 1.0 : -1.0) *
+                        std::sqrt(1.0 - flat * flat) *
+                        (random_.Chance(0.5) ? 1.0 : random_.Uniform(0.7, 1.3));
+  const auto setDirection = [&](double phi) {
+    direction.SetXYZ(flat * std::cos(phi), flat * std::sin(phi), height);
+  };
+  setDirection(point.Phi() + turned);
+  const TVector3 crossing = CrossingOf(point, direction, ropes.cylinder).flat;
+  point.RotateZ(random_.Pick(ropes.directions).Phi() - crossing.Phi() +
+                random_.Uniform(-0.9, 0.9) * ropes.tolerance);
+  constexpr double kRightAngle = 1.5707963267948966;
+  constexpr int kAttempts = 60;
+  for (int attempt = 0; attempt < kAttempts; ++attempt) {
+    const double aside =
+        closeness_ > kAtLimit ? Aside() : random_.Uniform(-4e-15, 4e-15);
+    setDirection(point.Phi() + turned + aside);
+    if (closeness_ > kAtLimit) break;
+    const TVector3 edge = CrossingOf(point, direction, ropes.cylinder).flat;
+    if (edge.Unit().Angle(direction) == kRightAngle) return true;
+  }
+  return true;
+}
+
+/// Where a line meets a cylinder, as the formulas have it: a direction that is
+/// shorter in the plane does not reach the cylinder.
+PathMaker::Crossing PathMaker::CrossingOf(const TVector3& point,
+                                          const TVector3& direction,
+                                          double radius) {
+  const TVector3 p(point.X(), point.Y(), 0.0);
+  const TVector3 u(direction.X(), direction.Y(), 0.0);
+  const double b = 2.0 * p.Mag() * std::cos(p.Angle(u));
+  const double c = p.Mag2() - radius * radius;
+  const double discriminant = b * b - 4.0 * c;
+  TVector3 flat = p;
+  if (discriminant >= 0.0) {
+    const double root = std::sqrt(discriminant);
+    flat += (root > b ? 0.5 * (root - b) : 0.5 * (-b - root)) * u;
+  }
+  return {flat, (flat - p).Mag() * std::tan(flat.Unit().Angle(direction))};
+}
+
+/// The angle by which a crossing must be turned about the z axis to lie at the
+/// edge of some rope; NaN if it cannot.
+double PathMaker::TurnToEdge(const TVector3& crossing, const Ropes& ropes,
+                             double tolerance) {
+  const TVector3& rope = random_.Pick(ropes.directions);
+  const double cosine =
+      Divide(std::cos(tolerance) * crossing.Mag() * rope.Mag() -
+                 crossing.Z() * rope.Z(),
+             crossing.Perp() * rope.Perp());
+  const double sign = random_.Chance(0.5) ? 1.0 : -1.0;
+  return rope.Phi() + sign * std::acos(cosine) - crossing.Phi() + Aside();
+}
+
+/// A direction as long as the given one, up or down like it, that crosses the
+/// cylinder at a height. The steepest that was tried where none does.
+TVector3 PathMaker::SlopedForHeight(const TVector3& point, TVector3 direction,
+                                    double radius, double height) {
+  const double length = direction.Mag();
+  const double phi = direction.Phi();
+  const double sign = direction.Z() < 0.0 ? -1.0 : 1.0;
+  double low = 0.0;
+  double high = kPi / 2.0;
+  for (int step = 0; step < 54; ++step) {
+    const double slope = 0.5 * (low + high);
+    const double flat = length * std::cos(slope);
+    direction.SetXYZ(flat * std::cos(phi), flat * std::sin(phi),
+                     sign * length * std::sin(slope));
+    const double reached = CrossingOf(point, direction, radius).height;
+    (std::abs(reached) < height ? low : high) = slope;
+  }
+  return direction;
 }
 
 void PathMaker::AimWater(TestPath& path) {
@@ -308,12 +553,12 @@ void PathMaker::AimWater(TestPath& path) {
       holdDown ? model_.AVHDRopeEndPoints : model_.SupportRopePositions;
   if (ropes.empty()) return;
   const double kind = random_.Uniform(0.0, 1.0);
-  if (kind < 0.2) {
+  if (kind < 0.15) {
     PutEndsOnCylinder(path, ropes[0].Mag());
-  } else if (kind < 0.32) {
+  } else if (kind < 0.25) {
     PutHighCrossing(path);
     return;
-  } else if (kind < 0.46) {
+  } else if (kind < 0.4) {
     PutGrazingEnds(path);
   } else {
     PutEndsNearRopes(path.path, ropes);
@@ -325,6 +570,97 @@ void PathMaker::AimWater(TestPath& path) {
     p.InitialDirection = Outward(p.StartPos.Phi());
   }
   if (random_.Chance(0.2)) p.InitialDirection *= -1.0;
+  if (kind < 0.5) return;
+  if (kind < 0.65) {
+    PutCrossingAtHeight(path);
+  } else if (kind < 0.73) {
+    PutTangent(path);
+  } else if (kind < 0.8) {
+    PutSquareCrossing(path);
+  } else {
+    PutCrossingAtEdge(path);
+  }
+}
+
+/// Turn the path so that its line, from one of its ends, crosses a cylinder at
+/// the edge of a rope. Any pairing of cylinder and ropes: those that no test
+/// makes are near no limit, but the tests mix them.
+void PathMaker::PutCrossingAtEdge(TestPath& path) {
+  DU::LightPath& p = path.path;
+  const bool first = random_.Chance(0.5);
+  const Ropes& cylinder = AnyRopes();
+  const Ropes& ropes = random_.Chance(0.8) ? cylinder : AnyRopes();
+  if (ropes.directions.empty()) return;
+  if (random_.Chance(0.3)) {
+    // Nearly a tangent, where the crossing moves most for the direction, and
+    // single precision errs most.
+    const TVector3& from = first ? p.StartPos : p.EndPos;
+    const double sine = std::min(1.0, Divide(cylinder.cylinder, from.Perp()));
+    const double turned =
+        std::asin(sine) * (1.0 - std::pow(10.0, random_.Uniform(-8.0, -1.0)));
+    const double phi = from.Phi() + (first ? kPi : 0.0) +
+                       (random_.Chance(0.5) ? turned : -turned);
+    p.InitialDirection.SetXYZ(std::cos(phi), std::sin(phi),
+                              p.InitialDirection.Z());
+    if (random_.Chance(0.5)) closeness_ = 3e-4;
+  }
+  if (random_.Chance(0.4)) p.InitialDirection *= random_.Uniform(0.45, 2.1);
+  const Crossing crossing = CrossingOf(
+      first ? p.StartPos : p.EndPos,
+      first ? p.InitialDirection : -p.InitialDirection, cylinder.cylinder);
+  TVector3 tested = crossing.flat;
+  // Only one test keeps the height.
+  if (!first && random_.Chance(0.4)) tested.SetZ(crossing.height);
+  const double turn =
+      TurnToEdge(tested, ropes,
+                 random_.Chance(0.7) ? ropes.tolerance : support_.tolerance);
+  if (!std::isfinite(turn)) return;
+  for (const auto vector : kVectors) (p.*vector).RotateZ(turn);
+  path.isAtLimit = true;
+}
+
+void PathMaker::PutCrossingAtHeight(TestPath& path) {
+  DU::LightPath& p = path.path;
+  const bool first = random_.Chance(0.5);
+  const Ropes& ropes = AnyRopes();
+  const std::array heights = {ropes.height, ropes.height, kRopeSphere};
+  p.InitialDirection =
+      SlopedForHeight(first ? p.StartPos : p.EndPos, p.InitialDirection,
+                      AnyRopes().cylinder, random_.Pick(heights));
+  p.InitialDirection.SetZ(Nudged(p.InitialDirection.Z()));
+  path.isAtLimit = true;
+}
+
+void PathMaker::PutSquareCrossing(TestPath& path) {
+  DU::LightPath& p = path.path;
+  const Ropes& ropes = AnyRopes();
+  if (ropes.directions.empty()) return;
+  const bool first = random_.Chance(0.5);
+  TVector3& from = first ? p.StartPos : p.EndPos;
+  TVector3& to = first ? p.EndPos : p.StartPos;
+  const double before = from.Phi();
+  path.isAtLimit = TurnToSquareCrossing(from, p.InitialDirection, ropes);
+  if (!first) p.InitialDirection *= -1.0;
+  to.RotateZ(from.Phi() - before);
+}
+
+/// Give the path a direction that touches the cylinder, where the crossing
+/// comes to be or not, and lies square to the direction.
+void PathMaker::PutTangent(TestPath& path) {
+  DU::LightPath& p = path.path;
+  const bool first = random_.Chance(0.5);
+  const double sign = random_.Chance(0.5) ? 1.0 : -1.0;
+  const Ropes& ropes = AnyRopes();
+  const TVector3& from = first ? p.StartPos : p.EndPos;
+  const double sine = Divide(ropes.cylinder, from.Perp());
+  if (!(sine < 1.0)) return;
+  const double phi = from.Phi() + kPi + sign * std::asin(sine) + Aside();
+  p.InitialDirection.SetXYZ(std::cos(phi), std::sin(phi), 0.0);
+  if (random_.Chance(0.6)) {
+    p.InitialDirection.SetZ(random_.Uniform(-1.0, 1.0));
+  }
+  if (!first) p.InitialDirection *= -1.0;
+  path.isAtLimit = true;
 }
 
 double PathMaker::RopeAngle() const {
@@ -400,7 +736,6 @@ void PathMaker::PutHighCrossing(TestPath& path) {
                   RandomHeight());
   // Inward, so steep that the far side is met as high as the ropes' sphere
   // reaches: (start + radius) times the sine of the slope.
-  constexpr double kRopeSphere = 8500.0;
   double sine = kRopeSphere / (start + radius);
   path.isAtLimit = random_.Chance(0.5);
   sine = path.isAtLimit ? Nudged(sine) : sine * random_.Uniform(0.95, 1.05);
@@ -458,6 +793,34 @@ void PathMaker::PutSpecialValues(DU::LightPath& path) {
   }
 }
 
+/// Directions far from unit length, and points far from the vessel: to where
+/// squares, and products of squares, are no longer ordinary numbers.
+void PathMaker::ChangeLengths(DU::LightPath& path) {
+  constexpr std::array kExponents = {-166.0, -162.0, -157.0, -154.0, -80.0,
+                                     -10.0,  -1.0,   0.0,    0.0,    1.0,
+                                     10.0,   76.0,   150.0,  154.0};
+  const double exponent = random_.Chance(0.2) ? random_.Uniform(-320.0, 307.0)
+                                              : random_.Pick(kExponents) +
+                                                    random_.Uniform(-2.0, 2.0);
+  const double factor = std::pow(10.0, exponent);
+  const double what = random_.Uniform(0.0, 1.0);
+  for (const auto vector : kVectors) {
+    const bool isDirection = vector == &DU::LightPath::FinalDirection ||
+                             vector == &DU::LightPath::InitialDirection;
+    if (what < 0.1 || isDirection == (what < 0.8)) path.*vector *= factor;
+  }
+}
+
+/// Points off the vessel's sphere, by 1e-12 to 1e3 mm.
+void PathMaker::LeaveVessel(DU::LightPath& path) {
+  const double distance = std::pow(10.0, random_.Uniform(-12.0, 3.0));
+  const double sign = random_.Chance(0.5) ? 1.0 : -1.0;
+  for (const auto vector : DU::kAVPoints) {
+    TVector3& v = path.*vector;
+    v *= 1.0 + sign * Divide(distance, v.Mag());
+  }
+}
+
 TVector3 PathMaker::OnVessel(double phi, double z) const {
   const double radius = Sensible(model_.OuterAVRadius, 5860.0);
   const double rho = std::sqrt(std::max(0.0, radius * radius - z * z));
@@ -469,8 +832,12 @@ TVector3 PathMaker::Outward(double phi) {
   // Straight up or down the horizontal part is nothing, and the angle that the
   // height comes from is a right angle to the last bit.
   if (kind < 0.05) return {0.0, 0.0, random_.Chance(0.5) ? 1.0 : -1.0};
-  if (kind < 0.07) return {0.0, random_.Uniform(-1e-15, 1e-15), 1.0};
   TVector3 direction(std::cos(phi), std::sin(phi), 0.0);
+  if (kind < 0.1) {
+    direction *= std::pow(10.0, random_.Uniform(-18.0, -1.0));
+    direction.SetZ(random_.Chance(0.5) ? 1.0 : -1.0);
+    return direction;
+  }
   if (kind < 0.2) return direction;
   direction.SetZ(random_.Uniform(-2.0, 2.0) * random_.Uniform(0.0, 2.0));
   if (kind < 0.9) return direction.Unit();
@@ -485,39 +852,56 @@ TVector3 PathMaker::OnCircle(double radius, double z) {
 
 double PathMaker::Nudged(double x) {
   constexpr double kInfinity = std::numeric_limits<double>::infinity();
+  if (closeness_ > kAtLimit) return x * (1.0 + Aside());
   switch (random_.Below(6)) {
     case 0:
       return std::nextafter(x, kInfinity);
     case 1:
       return std::nextafter(x, -kInfinity);
     case 2:
-      return x * (1.0 + random_.Uniform(-1e-10, 1e-10));
+      return x * (1.0 + Aside());
     default:
       return x;
   }
 }
 
+/// A distance from a limit, in radians or as a share.
+double PathMaker::Aside() {
+  if (closeness_ <= kAtLimit) {
+    return random_.Uniform(-1.0, 1.0) * kAtLimit *
+           std::pow(10.0, random_.Uniform(-4.0, 0.0));
+  }
+  return random_.Uniform(-1.0, 1.0) * closeness_;
+}
+
 double PathMaker::RandomHeight() { return random_.Uniform(-6500.0, 6500.0); }
 
 TestPath PathMaker::Between(const TestPath& a, const TestPath& b, double t) {
+  constexpr double kAsLong = 1e-9;
   TestPath result = a;
   for (const auto vector : kVectors) {
     const TVector3& from = a.path.*vector;
     const TVector3& to = b.path.*vector;
-    result.path.*vector = from + t * (to - from);
+    TVector3& between = result.path.*vector;
+    between = from + t * (to - from);
+    const double length = from.Mag();
+    if (std::abs(to.Mag() - length) < kAsLong * length && between.Mag() > 0) {
+      between *= length / between.Mag();
+    }
   }
   return result;
 }
 
 TestPath PathMaker::Shaken(TestPath path) {
   constexpr double kInfinity = std::numeric_limits<double>::infinity();
+  closeness_ = kAtLimit;
   path.isAtLimit = true;
   const int count = random_.Whole(1, 8);
   for (int i = 0; i < count; ++i) {
     TVector3& v = path.path.*random_.Pick(kVectors);
     double& x = v(random_.Whole(0, 2));
     if (random_.Chance(0.2)) {
-      x *= 1.0 + random_.Uniform(-1e-11, 1e-11);
+      x *= 1.0 + Aside();
       continue;
     }
     const double towards = random_.Chance(0.5) ? kInfinity : -kInfinity;
@@ -525,6 +909,30 @@ TestPath PathMaker::Shaken(TestPath path) {
     for (int k = 0; k < bits; ++k) x = std::nextafter(x, towards);
   }
   return path;
+}
+
+double SharpTolerance(const Reference::PlainShadowingCalculator& model,
+                      Random& random) {
+  const bool holdDown =
+      !model.AVHDRopeEndPoints.empty() &&
+      (model.SupportRopePositions.empty() || random.Chance(0.5));
+  const std::vector<TVector3>& ropes =
+      holdDown ? model.AVHDRopeEndPoints : model.SupportRopePositions;
+  if (ropes.empty()) return 150.0;
+  const TVector3& rope = random.Pick(ropes);
+  // y / (|x| + |y|) of a direction is a multiple of this at an edge of cells.
+  constexpr double kCell = 1.0 / 1024.0;
+  const double edgePhi = rope.Phi() + random.Uniform(0.001, 0.1);
+  const double x = std::cos(edgePhi);
+  const double y = std::sin(edgePhi);
+  const double ascent =
+      std::round(y / (std::abs(x) + std::abs(y)) / kCell) * kCell;
+  const double phi =
+      std::atan2(ascent, std::copysign(1.0 - std::abs(ascent), x));
+  const double tolerance =
+      std::acos(Divide(std::cos(phi - rope.Phi()) * rope.Perp(), rope.Mag()));
+  return tolerance * ropes[0].Mag() -
+         (holdDown ? model.AVHDRopeRadius : model.SupportRopeRadius);
 }
 
 bool PathMaker::IsFinite(const TestPath& path) {

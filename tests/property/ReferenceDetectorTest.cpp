@@ -1,59 +1,46 @@
 #include <gtest/gtest.h>
 
-#include <array>
-#include <cstdlib>
-#include <fstream>
+#include <cstddef>
 #include <map>
-#include <sstream>
-#include <string>
-#include <vector>
+#include <optional>
 
 #include "db/DB.hpp"
 #include "db/JsonTables.hpp"
 #include "tests/property/CalculatorPair.hpp"
+#include "tests/property/ExamplePaths.hpp"
+#include "tests/property/PathSearch.hpp"
 #include "tests/property/Paths.hpp"
+#include "tests/property/Random.hpp"
 
 namespace ZARN::Testing {
 namespace {
 
-constexpr int kRows = 6000;
+constexpr std::size_t kRows = 6000;
+constexpr std::size_t kPathsPerTolerance = 4000;
 
-/// The fields of a row; the file has no quoted ones.
-std::vector<std::string> Split(const std::string& row) {
-  std::vector<std::string> fields;
-  std::istringstream in(row + ",");
-  for (std::string field; std::getline(in, field, ',');) {
-    fields.push_back(field);
+TEST(ReferenceDetector, IsJudgedAsByThePlainCalculatorWithAnyTolerance) {
+  DB::Get().Clear();
+  LoadJsonTables(DB::Get(), ZARN_DATA_DIR "/reference-detector");
+  CalculatorPair pair;
+  ASSERT_TRUE(pair.BeginOfRun()) << pair.Difference();
+  Random random(20120704);
+  int paths = 0;
+  int nearLimits = 0;
+  for (const double tolerance : {150.0, 0.0, 20.0, 50.0, -10.0, 400.0, 150.0}) {
+    SCOPED_TRACE(tolerance);
+    pair.SetAllGeometryTolerances(tolerance);
+    PathSearch search(
+        pair.Plain(), random, [&](const TestPath& path, bool isNear) {
+          const bool same = pair.Check(path);
+          EXPECT_TRUE(same) << Describe(path) << "\n" << pair.Difference();
+          ++paths;
+          if (isNear) ++nearLimits;
+          return same ? std::optional(pair.Outcome()) : std::nullopt;
+        });
+    search.Run(kPathsPerTolerance);
+    ASSERT_TRUE(pair.CheckBatches()) << pair.Difference();
   }
-  return fields;
-}
-
-DU::eLightPathType TypeOfName(const std::string& name) {
-  for (std::size_t type = 0; type < DU::kLightPathTypeNames.size(); ++type) {
-    if (name == DU::kLightPathTypeNames[type]) {
-      return static_cast<DU::eLightPathType>(type);
-    }
-  }
-  return DU::kNumberOfLightPathTypes;
-}
-
-TestPath PathOf(const std::vector<std::string>& fields) {
-  constexpr std::array kColumns = {
-      &DU::LightPath::StartPos,         &DU::LightPath::EndPos,
-      &DU::LightPath::InitialDirection, &DU::LightPath::FinalDirection,
-      &DU::LightPath::AVPoint1,         &DU::LightPath::AVPoint2,
-      &DU::LightPath::AVPoint3,         &DU::LightPath::AVPoint4};
-  TestPath result;
-  result.path.LightPathType = TypeOfName(fields.at(0));
-  std::size_t column = 1;
-  for (const auto vector : kColumns) {
-    for (int i = 0; i < 3; ++i) {
-      // An empty field is a point that the type does not use.
-      (result.path.*vector)(i) =
-          std::strtod(fields.at(column++).c_str(), nullptr);
-    }
-  }
-  return result;
+  EXPECT_GT(nearLimits, paths / 2);
 }
 
 TEST(ReferenceDetector, IsJudgedAsByThePlainCalculator) {
@@ -68,20 +55,17 @@ TEST(ReferenceDetector, IsJudgedAsByThePlainCalculator) {
   EXPECT_TRUE(pair.Plain().AVPipeInfoLoaded);
   EXPECT_TRUE(pair.Plain().NeckBossInfoLoaded);
 
-  std::ifstream file(ZARN_DATA_DIR "/example-paths.csv");
-  std::string row;
-  ASSERT_TRUE(std::getline(file, row));  // the header
   std::map<DU::eShadowingComponent, int> blocked;
   std::map<DU::eLightPathType, int> types;
-  for (int i = 0; i < kRows; ++i) {
-    ASSERT_TRUE(std::getline(file, row)) << "after " << i << " rows";
-    const TestPath path = PathOf(Split(row));
-    ASSERT_TRUE(pair.Check(path))
-        << "row " << i << ", " << Describe(path) << "\n"
-        << pair.Difference();
+  for (const DU::LightPath& example : ExamplePaths(kRows)) {
+    TestPath path;
+    path.path = example;
+    ASSERT_TRUE(pair.Check(path)) << Describe(path) << "\n"
+                                  << pair.Difference();
     ++blocked[pair.Blocking()];
     ++types[path.path.LightPathType];
   }
+  EXPECT_TRUE(pair.CheckBatches()) << pair.Difference();
   for (const DU::eShadowingComponent component : DU::kShadowingComponents) {
     EXPECT_GT(blocked[component], 5) << DU::NameOf(component);
   }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <stdexcept>
 #include <string>
 
 #include "TError.h"
@@ -23,16 +24,25 @@ class RootMessages {
   const std::string& Text() const { return text_; }
   void Empty() { text_.clear(); }
 
+  /// Throw at a message with this text; empty: never more.
+  void ThrowAt(const std::string& text) { throwAt_ = text; }
+
  private:
   static void Take(int /*level*/, bool /*abort*/, const char* location,
                    const char* text) {
-    current_->text_.append(location).append(": ").append(text).append("\n");
+    std::string& all = current_->text_;
+    all.append(location).append(": ").append(text).append("\n");
+    const std::string& throwAt = current_->throwAt_;
+    if (!throwAt.empty() && all.find(throwAt) != std::string::npos) {
+      throw std::runtime_error(throwAt);
+    }
   }
 
   inline static RootMessages* current_ = nullptr;
 
   ErrorHandlerFunc_t previous_;
   std::string text_;
+  std::string throwAt_;
 };
 
 }  // namespace ZARN::Testing

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <ostream>
+#include <stdexcept>
 #include <streambuf>
 #include <string>
 
@@ -16,24 +17,43 @@ class TextSink : public std::ostream {
   void Empty() { buffer_.text.clear(); }
 
   /// Take text or drop it.
-  void Switch(bool on) { clear(on ? std::ios::goodbit : std::ios::badbit); }
+  void Switch(bool on) {
+    isOn_ = on;
+    exceptions(std::ios::goodbit);
+    clear(on ? std::ios::goodbit : std::ios::badbit);
+  }
+
+  /// Throw once this text is part of what was written; empty: never more.
+  void ThrowAt(const std::string& text) {
+    buffer_.throwAt = text;
+    Switch(isOn_);  // an exception has left it in a bad state
+    if (!text.empty() && isOn_) exceptions(std::ios::badbit);
+  }
 
  private:
   struct Buffer : std::streambuf {
     std::string text;
+    std::string throwAt;
 
     int overflow(int c) override {
       if (c == traits_type::eof()) return 0;
       text.push_back(static_cast<char>(c));
+      ThrowIfAsked();
       return c;
     }
     std::streamsize xsputn(const char* from, std::streamsize length) override {
       text.append(from, static_cast<std::size_t>(length));
+      ThrowIfAsked();
       return length;
+    }
+    void ThrowIfAsked() const {
+      if (throwAt.empty() || text.find(throwAt) == std::string::npos) return;
+      throw std::runtime_error(throwAt);
     }
   };
 
   Buffer buffer_;
+  bool isOn_ = true;
 };
 
 }  // namespace ZARN::Testing

@@ -1,0 +1,69 @@
+#pragma once
+
+#include <vector>
+
+#include "TVector3.h"
+#include "du/geometry/Answer.hpp"
+#include "du/geometry/AzimuthTable.hpp"
+
+namespace ZARN::DU {
+
+/// The directions of ropes as seen from the centre, and how near in angle a
+/// crossing must be to one of them to be blocked:
+///
+///     angleTolerance > crossing.Angle(rope)      for any rope
+///
+/// Without an arc cosine: the cosine of the angle is compared with that of the
+/// tolerance. The arc cosine need not fall from one double to the next, but its
+/// error, that of the cosine of the tolerance, and the few roundings of either
+/// product are all below 1e-14 in the cosine; a crossing found by algebra
+/// (CylinderCrossing.hpp) is right to 1e-10 of its distance, its height to
+/// 1e-7. What lies within 10 times that of the limit is unsure. Before that, an
+/// AzimuthTable finds the few ropes that can be near, and for crossings in the
+/// horizontal plane mostly the answer.
+class RopeDirections {
+ public:
+  /// Which crossings are asked about.
+  enum class eCrossings {
+    kFlattened,  ///< with z = 0
+    kInSpace     ///< anywhere
+  };
+
+  RopeDirections() = default;
+  /// @param ropes  any; one of zero length or not finite makes all unsure
+  /// @param angleTolerance  rad, any
+  /// @param cells  of the azimuth table: a multiple of 4, or 1
+  RopeDirections(const std::vector<TVector3>& ropes, double angleTolerance,
+                 eCrossings crossings, int cells);
+
+  /// Twice the largest error of a crossing's height in single precision, as the
+  /// angle above the horizon, where the tangent to the crossing is below 100:
+  /// 100 times that of its way, 1.1e-4 of its distance, and for the cosine 1.6
+  /// % of the height itself; rad.
+  static constexpr double kHeightMargin = 0.025;
+
+  /// What the ropes do to a crossing.
+  ///
+  /// @param x,y,z  finite and not all zero, x and y not both zero; mm
+  eAnswer Judge(double x, double y, double z) const;
+
+  const AzimuthTable& Table() const { return table_; }
+
+  /// The ropes' heights lie within these sines of the angle above the horizon,
+  /// widened by the tolerance and by kHeightMargin: beyond them nothing is
+  /// blocked. (-2 and 2 where there is no such limit.)
+  double LowestSine() const { return lowestSine_; }
+  double HighestSine() const { return highestSine_; }
+
+ private:
+  void FindHeights(double angleTolerance);
+
+  std::vector<TVector3> directions_;  // unit vectors
+  double band_ = 0.0;                 // of the cosine
+  double cosine_ = 0.0;               // of the tolerance
+  double lowestSine_ = -2.0;
+  double highestSine_ = 2.0;
+  AzimuthTable table_;
+};
+
+}  // namespace ZARN::DU

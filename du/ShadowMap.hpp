@@ -1,0 +1,106 @@
+#pragma once
+
+#include <array>
+#include <cstddef>
+#include <cstdint>
+#include <vector>
+
+#include "TVector3.h"
+#include "du/geometry/Answer.hpp"
+#include "du/geometry/BallTest.hpp"
+#include "du/geometry/OctahedralCells.hpp"
+
+namespace ZARN::DU {
+
+/// The tests that look only at the point where a path crosses the vessel.
+enum class eMappedTest {
+  kHoldDownSurface,  ///< the ropes' stretch on the sphere, above their ends
+  kBellyPlate,
+  kNCDAnchor,
+  kAVPipe,
+  kNeckBoss
+};
+inline constexpr std::size_t kMappedTests = 5;
+
+/// Of every number with kMappedTests digits in base 3 the digits, from the
+/// last, as answers.
+constexpr auto MakeCellAnswers() {
+  constexpr std::size_t kNumbers = 3UL * 3 * 3 * 3 * 3;
+  std::array<std::array<eAnswer, kMappedTests>, kNumbers> answers = {};
+  for (std::size_t number = 0; number < kNumbers; ++number) {
+    std::size_t rest = number;
+    for (eAnswer& answer : answers[number]) {
+      answer = static_cast<eAnswer>(rest % 3);
+      rest /= 3;
+    }
+  }
+  return answers;
+}
+inline constexpr auto kCellAnswers = MakeCellAnswers();
+
+/// The outer vessel sphere in cells, each with the answer of every test that
+/// looks only at a crossing point: the whole cell blocks, none of it does, or
+/// the test has to be asked.
+///
+/// Decides for points within kShell of the sphere that it was made for; all
+/// other points are unsure. An answer covers the whole ball around a cell (and
+/// the shell, and a margin for the rounding of the cell's number in single
+/// precision), so it holds for every point that falls into the cell.
+///
+/// A quadtree over the octahedral square fills what is surely the same in large
+/// pieces; only the borders of shadows are divided down to single cells.
+class ShadowMap {
+ public:
+  /// Real crossings are within 1e-9 of the sphere; tables of paths are often
+  /// rounded to a fraction of a millimetre.
+  static constexpr double kShell = 1.0;  // mm
+  static constexpr int kCells = 1024;    // along each side of the square
+
+  using Tests = std::array<const BallTest*, kMappedTests>;
+  /// The answers of one cell, in base 3: kMappedTests digits.
+  using Code = std::uint8_t;
+
+  /// A map that knows nothing.
+  ShadowMap() : ShadowMap(0.0, {}) {}
+  /// @param radius  of the sphere, mm; unless it is from 10 mm to 100 m the
+  ///                map knows nothing
+  /// @param tests   a null one is off: it never blocks
+  ShadowMap(double radius, const Tests& tests, int cells = kCells);
+
+  /// The code of the cell that a point falls into.
+  Code At(const TVector3& point) const {
+    const double r2 = point.Mag2();
+    if (!(r2 > lowest2_ && r2 < highest2_)) return kNothingKnown;
+    return codes_[static_cast<std::size_t>(
+        CellOf(point.X(), point.Y(), point.Z()))];
+  }
+
+  template <class Real>
+  int CellOf(Real x, Real y, Real z) const {
+    const auto place = PlaceOf(x, y, z);
+    const Real half = static_cast<Real>(cells_) / Real(2);
+    return CellAlong(place.v, half, cells_) * cells_ +
+           CellAlong(place.u, half, cells_);
+  }
+
+  static eAnswer AnswerOf(Code code, eMappedTest test) {
+    return kCellAnswers[code][static_cast<std::size_t>(test)];
+  }
+
+  int Cells() const { return cells_; }
+  /// Row by row; behind the last one stands kNothingKnown once more, for points
+  /// off the shell.
+  const std::vector<Code>& Codes() const { return codes_; }
+  double Lowest2() const { return lowest2_; }    ///< of the shell, mm^2
+  double Highest2() const { return highest2_; }  ///< mm^2
+
+  static constexpr Code kNothingKnown = 1 + 3 + 9 + 27 + 81;
+
+ private:
+  int cells_ = 0;
+  double lowest2_ = 0.0;
+  double highest2_ = 0.0;
+  std::vector<Code> codes_ = {kNothingKnown};  // row by row; see Codes
+};
+
+}  // namespace ZARN::DU

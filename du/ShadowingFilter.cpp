@@ -1,0 +1,181 @@
+#include "du/ShadowingFilter.hpp"
+
+#include <algorithm>
+
+#include "du/AVHDRopeShadowing.hpp"
+#include "du/ShadowingCalculator.hpp"
+#include "du/geometry/CylinderSide.hpp"
+
+namespace ZARN::DU {
+namespace {
+
+using eCrossings = RopeDirections::eCrossings;
+using eComponent = eShadowingComponent;
+
+/// Azimuth cells: few hold an edge of a rope's shadow, and all tables fit into
+/// the first cache.
+constexpr int kAzimuthCells = 4096;
+
+enum class eSide { kInside, kUnsure, kOutside };
+
+eSide SideOf(double distance2, double radius2) {
+  if (IsInside(distance2, radius2)) return eSide::kInside;
+  return IsOutside(distance2, radius2) ? eSide::kOutside : eSide::kUnsure;
+}
+
+/// What blocks either of two crossings.
+eAnswer Either(eAnswer a, eAnswer b) { return std::max(a, b); }
+
+/// The ends of a path in water, seen from above.
+class EndsFromAbove {
+ public:
+  EndsFromAbove(const TVector3& start, const TVector3& end)
+      : start2_(start.X() * start.X() + start.Y() * start.Y()),
+        end2_(end.X() * end.X() + end.Y() * end.Y()),
+        product_(start.X() * end.X() + start.Y() * end.Y()) {}
+
+  eSide Start(double radius2) const { return SideOf(start2_, radius2); }
+  eSide End(double radius2) const { return SideOf(end2_, radius2); }
+  eAnswer Pass(double radius2) const {
+    const double passing = Passing(start2_, end2_, product_, radius2);
+    return AnswerOf(passing > 1.0, passing < -1.0);
+  }
+
+ private:
+  double start2_;
+  double end2_;
+  double product_;
+};
+
+}  // namespace
+
+ShadowingFilter::ShadowingFilter(const ShadowingCalculator& calculator,
+                                 const ShadowingLayers& layers) {
+  const auto isOn = [&](eComponent component) {
+    return calculator.IsReady(component);
+  };
+  const int cells = layers.tables ? kAzimuthCells : 1;
+  const eGrid grid = layers.grids ? eGrid::kUniform : eGrid::kOneCell;
+  const auto filter = [&](RopeCylinderLimits limits,
+                          const std::vector<TVector3>& ropes, double tolerance,
+                          eCrossings crossings) {
+    if (!layers.algebra) limits.radius = 0.0;
+    return VerticalRopeFilter(
+        limits, RopeDirections(ropes, tolerance, crossings, cells));
+  };
+  ShadowMap::Tests tests = {};
+  const auto test = [&](eMappedTest mapped) -> const BallTest*& {
+    return tests[static_cast<std::size_t>(mapped)];
+  };
+
+  const AVHDRopeModel& holdDown = calculator.GetAVHDRopes();
+  hasHoldDown_ = isOn(eComponent::kAVHDRope);
+  if (hasHoldDown_) {
+    const double tolerance = calculator.GetAVHDRopeTolerance();
+    holdDownEndHeight_ = holdDown.AVHDRopeEndPoints.front().Z();
+    holdDown_ = filter(LimitsOfAVHDRopes(holdDown), AVHDRopeEnds(holdDown),
+                       AVHDRopeAngleTolerance(holdDown, tolerance),
+                       eCrossings::kFlattened);
+    surface_ = PointGrid(holdDown.AVHDRopeSurfacePoints,
+                         holdDown.AVHDRopeRadius + tolerance, grid);
+    test(eMappedTest::kHoldDownSurface) = &surface_;
+  }
+
+  const SupportRopeModel& support = calculator.GetSupportRopes();
+  hasSupport_ = isOn(eComponent::kSupportRope);
+  if (hasSupport_) {
+    const double tolerance = SupportRopeAngleTolerance(
+        support, calculator.GetSupportRopeTolerance());
+    supportFootHeight_ = support.SupportRopePositions.front().Z();
+    support_ =
+        filter(LimitsOfSupportRopes(support), support.SupportRopePositions,
+               tolerance, eCrossings::kFlattened);
+    hasEntered_ = HasAVHDRopes(holdDown);
+    if (hasEntered_) {
+      const RopeCylinderLimits limits = {LimitsOfAVHDRopes(holdDown).radius,
+                                         SupportRopeTopDistance(support)};
+      const auto ends = AVHDRopeEnds(holdDown);
+      entered_ = filter(limits, ends, tolerance, eCrossings::kFlattened);
+      left_ = filter(limits, ends, tolerance, eCrossings::kInSpace);
+    }
+  }
+
+  if (isOn(eComponent::kBellyPlate)) {
+    hasWarningPlates_ = WarnsOfZeroVectors(calculator.GetBellyPlates());
+    plates_ = PreparedBellyPlates(calculator.GetBellyPlates(),
+                                  calculator.GetBellyPlateTolerance(),
+                                  calculator.GetOuterAVRadius());
+    test(eMappedTest::kBellyPlate) = &plates_;
+  }
+  if (isOn(eComponent::kNCDAnchor)) {
+    const NCDAnchorModel& anchors = calculator.GetNCDAnchors();
+    anchors_ = PointGrid(
+        anchors.NCDAnchorPositions,
+        anchors.NCDAnchorHalfZ + calculator.GetNCDAnchorTolerance(), grid);
+    test(eMappedTest::kNCDAnchor) = &anchors_;
+  }
+  const AVPipeBands pipes;
+  hasPipes_ = isOn(eComponent::kAVPipe);
+  if (hasPipes_) test(eMappedTest::kAVPipe) = &pipes;
+  neckBoss_ = calculator.GetNeckBoss();
+  const NeckBossCap neckBoss(neckBoss_);
+  hasNeckBoss_ = isOn(eComponent::kNeckBoss);
+  if (hasNeckBoss_) test(eMappedTest::kNeckBoss) = &neckBoss;
+
+  if (layers.map) map_ = ShadowMap(calculator.GetOuterAVRadius(), tests);
+}
+
+eAnswer ShadowingFilter::JudgeHoldDownInWater(const SegmentView& first,
+                                              const SegmentView& second) const {
+  const double radius2 = holdDown_.Radius2();
+  if (!(radius2 > 0.0)) return eAnswer::kUnsure;
+  const EndsFromAbove ends(first.point, second.point);
+  const eSide start = ends.Start(radius2);
+  const eSide end = ends.End(radius2);
+  if (start == eSide::kUnsure || end == eSide::kUnsure) return eAnswer::kUnsure;
+  if (start == eSide::kInside) {
+    return end == eSide::kInside ? eAnswer::kClear
+                                 : holdDown_.JudgeFlattened(first);
+  }
+  if (end == eSide::kInside) return holdDown_.JudgeFlattened(second);
+  const eAnswer passing = ends.Pass(radius2);
+  if (passing != eAnswer::kBlocks) return passing;
+  const eAnswer entering = holdDown_.JudgeFlattened(first);
+  if (entering == eAnswer::kBlocks) return entering;
+  return Either(entering, holdDown_.JudgeFlattened(second));
+}
+
+eAnswer ShadowingFilter::JudgeSupportInWater(const SegmentView& first,
+                                             const SegmentView& second) const {
+  const double radius2 = support_.Radius2();
+  if (!(radius2 > 0.0)) return eAnswer::kUnsure;
+  const EndsFromAbove ends(first.point, second.point);
+  const eSide start = ends.Start(radius2);
+  const eSide end = ends.End(radius2);
+  if (start == eSide::kUnsure || end == eSide::kUnsure) return eAnswer::kUnsure;
+  if (start == eSide::kInside) {
+    return end == eSide::kInside ? eAnswer::kClear
+                                 : support_.JudgeFlattened(first);
+  }
+  if (end == eSide::kInside) return support_.JudgeFlattened(second);
+
+  // Outside the support ropes on both ends: the hold-down ropes count.
+  if (!hasEntered_) return eAnswer::kClear;
+  const double entered2 = entered_.Radius2();
+  if (!(entered2 > 0.0)) return eAnswer::kUnsure;
+  const eSide startAt = ends.Start(entered2);
+  const eSide endAt = ends.End(entered2);
+  if (startAt == eSide::kInside || endAt == eSide::kInside) {
+    return eAnswer::kClear;
+  }
+  if (startAt == eSide::kUnsure || endAt == eSide::kUnsure) {
+    return eAnswer::kUnsure;
+  }
+  const eAnswer passing = ends.Pass(entered2);
+  if (passing != eAnswer::kBlocks) return passing;
+  const eAnswer entering = entered_.JudgeFlattened(first);
+  if (entering == eAnswer::kBlocks) return entering;
+  return Either(entering, left_.JudgeInSpace(second));
+}
+
+}  // namespace ZARN::DU

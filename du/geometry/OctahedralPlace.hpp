@@ -1,0 +1,45 @@
+#pragma once
+
+namespace ZARN::DU {
+
+/// Directions from the origin, divided into n x n cells: the sphere is drawn
+/// onto an octahedron and that unfolded into a square, whose middle is +z and
+/// whose four corners are -z.
+///
+/// Source: E. Praun, H. Hoppe, Spherical parametrization and remeshing (2003).
+///
+/// The lines at which the square is folded, and the axes, are edges or
+/// diagonals of cells where n is even. So a cell is one or two triangles of
+/// great circles, and its corners are the points farthest from its middle.
+template <class Real>
+struct OctahedralPlace {
+  Real u;  ///< from -1 to 1
+  Real v;  ///< from -1 to 1
+};
+
+/// The place of a direction of any length above 0. For single precision, too:
+/// u and v are then right to 2^-21.
+template <class Real>
+[[gnu::always_inline]] inline OctahedralPlace<Real> PlaceOf(Real x, Real y,
+                                                            Real z) {
+  const Real ax = x < 0 ? -x : x;
+  const Real ay = y < 0 ? -y : y;
+  const Real az = z < 0 ? -z : z;
+  const Real scale = Real(1) / (ax + ay + az);
+  const Real u = ax * scale;
+  const Real v = ay * scale;
+  // Below the equator the triangle is folded outwards over its diagonal.
+  const Real a = z < 0 ? Real(1) - v : u;
+  const Real b = z < 0 ? Real(1) - u : v;
+  return {x < 0 ? -a : a, y < 0 ? -b : b};
+}
+
+/// The row or column of a place among @p n, where @p half is n / 2. Rounding
+/// may carry a place of 1 onto the border.
+template <class Real>
+[[gnu::always_inline]] inline int CellAlong(Real place, Real half, int n) {
+  const int cell = static_cast<int>((place + Real(1)) * half);
+  return cell < n ? cell : n - 1;
+}
+
+}  // namespace ZARN::DU

@@ -1,0 +1,88 @@
+#pragma once
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cmath>
+#include <cstdint>
+#include <numeric>
+#include <vector>
+
+#include "TVector3.h"
+#include "du/geometry/BallTest.hpp"
+#include "tests/du/Answers.hpp"
+#include "tests/property/Random.hpp"
+
+namespace ZARN::Testing {
+
+/// Points all over a ball: the middle, its border along the axes and at random,
+/// where polar angle and azimuth are farthest from those of the middle, and on
+/// the lines to certain points; and random ones inside.
+inline std::vector<TVector3> PointsOf(const DU::Ball& ball, Random& random,
+                                      const std::vector<TVector3>& towards) {
+  const TVector3 middle = AsTVector3(ball.centre);
+  const double r = ball.radius;
+  std::vector<TVector3> points = {middle};
+  const auto add = [&](const TVector3& way) { points.push_back(middle + way); };
+  for (const double s : {-r, r}) {
+    add({s, 0, 0});
+    add({0, s, 0});
+    add({0, 0, s});
+    for (const TVector3& target : towards) add(s * (target - middle).Unit());
+    const double distance = middle.Mag();
+    const double fromAxis = middle.Perp();
+    if (fromAxis > r) {
+      TVector3 tangent = middle;
+      tangent.SetMagThetaPhi(
+          std::sqrt(distance * distance - r * r),
+          middle.Theta() + std::copysign(std::asin(r / distance), s),
+          middle.Phi());
+      points.push_back(tangent);
+      const double perp = std::sqrt(fromAxis * fromAxis - r * r);
+      tangent.SetZ(middle.Z());
+      tangent.SetX(perp);
+      tangent.SetY(0);
+      tangent.RotateZ(middle.Phi() + std::copysign(std::asin(r / fromAxis), s));
+      points.push_back(tangent);
+    }
+  }
+  constexpr int kRandomPoints = 10;
+  for (int i = 0; i < kRandomPoints; ++i) {
+    add(r * random.Direction());
+    add(random.Uniform(0, r) * random.Direction());
+  }
+  return points;
+}
+
+/// Put a ball to a test, and what that leaves open to a ball inside; count the
+/// answers, each beside the formula's verdict on points all over its ball.
+template <class IsBlocked>
+void AskAboutBall(const DU::BallTest& test, const DU::Ball& ball,
+                  Random& random, const std::vector<TVector3>& towards,
+                  const IsBlocked& isBlocked, AnswerTally& tally) {
+  DU::BallTest::Items all(test.CountItems());
+  std::iota(all.begin(), all.end(), 0U);
+  const auto ask = [&](const DU::Ball& asked, const DU::BallTest::Items& items,
+                       DU::BallTest::Items& open) {
+    const DU::eAnswer answer = test.Judge(asked, items, open);
+    for (const TVector3& point : PointsOf(asked, random, towards)) {
+      tally.Add(answer, isBlocked(point), point);
+    }
+    return answer;
+  };
+  DU::BallTest::Items remaining;
+  if (ask(ball, all, remaining) != DU::eAnswer::kUnsure) return;
+  EXPECT_FALSE(remaining.empty());
+  EXPECT_TRUE(std::includes(all.begin(), all.end(), remaining.begin(),
+                            remaining.end()));
+
+  const double part = random.Uniform(0, 1);
+  const TVector3 middle =
+      AsTVector3(ball.centre) +
+      (1 - part) * random.Uniform(0, 1) * ball.radius * random.Direction();
+  DU::BallTest::Items open;
+  ask({{middle.X(), middle.Y(), middle.Z()}, part * ball.radius}, remaining,
+      open);
+}
+
+}  // namespace ZARN::Testing

@@ -1,0 +1,37 @@
+#include "du/geometry/Answer.hpp"
+
+#include <gtest/gtest.h>
+
+namespace ZARN::DU {
+namespace {
+
+TEST(Answer, IsSureOnlyWhereOneOfTheTwoQuestionsIs) {
+  EXPECT_EQ(AnswerOf(true, false), eAnswer::kBlocks);
+  EXPECT_EQ(AnswerOf(false, true), eAnswer::kClear);
+  EXPECT_EQ(AnswerOf(false, false), eAnswer::kUnsure);
+}
+
+TEST(Answer, GrowsFromClearOverUnsureToBlocking) {
+  // What blocks at either of two places is the larger answer.
+  EXPECT_LT(eAnswer::kClear, eAnswer::kUnsure);
+  EXPECT_LT(eAnswer::kUnsure, eAnswer::kBlocks);
+}
+
+TEST(Answer, LeavesOnlyWhatIsUnsureToTheFormula) {
+  int asked = 0;
+  const auto decideFor = [&](bool verdict) {
+    return [&asked, verdict] {
+      ++asked;
+      return verdict;
+    };
+  };
+  EXPECT_TRUE(Blocks(eAnswer::kBlocks, decideFor(false)));
+  EXPECT_FALSE(Blocks(eAnswer::kClear, decideFor(true)));
+  EXPECT_EQ(asked, 0);
+  EXPECT_TRUE(Blocks(eAnswer::kUnsure, decideFor(true)));
+  EXPECT_FALSE(Blocks(eAnswer::kUnsure, decideFor(false)));
+  EXPECT_EQ(asked, 2);
+}
+
+}  // namespace
+}  // namespace ZARN::DU

@@ -1,0 +1,71 @@
+#include "du/geometry/AzimuthCell.hpp"
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <set>
+
+#include "du/geometry/Constants.hpp"
+
+namespace ZARN::DU {
+namespace {
+
+template <class Real>
+class AzimuthCellOf : public ::testing::Test {
+ protected:
+  static int Cell(double x, double y, int n) {
+    return AzimuthCell(static_cast<Real>(x), static_cast<Real>(y),
+                       static_cast<Real>(n) / Real(4), n);
+  }
+};
+
+using Precisions = ::testing::Types<double, float>;
+TYPED_TEST_SUITE(AzimuthCellOf, Precisions);
+
+TYPED_TEST(AzimuthCellOf, GrowsOnceAroundFromTheNegativeYAxis) {
+  constexpr int kCells = 64;
+  constexpr int kSteps = 10000;
+  int before = 0;
+  std::set<int> met;
+  for (int i = 0; i < kSteps; ++i) {
+    const double phi = -kHalfPi + (i + 0.5) / kSteps * kTwoPi;
+    const int cell = this->Cell(std::cos(phi), std::sin(phi), kCells);
+    ASSERT_GE(cell, before) << phi;
+    ASSERT_LT(cell, kCells) << phi;
+    met.insert(cell);
+    before = cell;
+  }
+  EXPECT_EQ(met.size(), std::size_t{kCells});
+}
+
+TYPED_TEST(AzimuthCellOf, GivesEachQuarterTurnAQuarterOfTheCells) {
+  EXPECT_EQ(this->Cell(0, -1, 64), 0);
+  EXPECT_EQ(this->Cell(1, 0, 64), 16);
+  EXPECT_EQ(this->Cell(0, 1, 64), 32);
+  EXPECT_EQ(this->Cell(-1, 0, 64), 48);
+  // Half way between the axes.
+  EXPECT_EQ(this->Cell(1, -1, 64), 8);
+  EXPECT_EQ(this->Cell(-1, -1, 64), 56);
+}
+
+TYPED_TEST(AzimuthCellOf, StaysAmongTheCellsWhereRoundingReachesTheFullTurn) {
+  EXPECT_EQ(this->Cell(-1e-30, -1, 64), 63);
+  EXPECT_EQ(this->Cell(1e-30, -1, 64), 0);
+  EXPECT_EQ(this->Cell(-0.0, -1, 64), 0);
+}
+
+TYPED_TEST(AzimuthCellOf, DoesNotDependOnTheLength) {
+  for (const double length : {1e-30, 1e-3, 1e4, 1e30}) {
+    EXPECT_EQ(this->Cell(-3 * length, 4 * length, 4096),
+              this->Cell(-3, 4, 4096));
+  }
+}
+
+TYPED_TEST(AzimuthCellOf, IsTheOnlyOneOfOne) {
+  for (const double x : {-1.0, 0.0, 1.0}) {
+    for (const double y : {-1.0, 1.0}) EXPECT_EQ(this->Cell(x, y, 1), 0);
+  }
+}
+
+}  // namespace
+}  // namespace ZARN::DU

@@ -1,0 +1,265 @@
+#include "du/geometry/CylinderCrossing.hpp"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cmath>
+#include <limits>
+
+#include "du/geometry/Constants.hpp"
+#include "du/geometry/Primitives.hpp"
+#include "tests/du/Answers.hpp"
+#include "tests/property/Random.hpp"
+
+namespace ZARN::DU {
+namespace {
+
+using Testing::AnswerTally;
+using Testing::Random;
+
+/// A line, and the cylinder it is followed to.
+struct Line {
+  TVector3 start;
+  TVector3 direction;
+  double radius;
+};
+
+/// How far the stated errors reach, by the precision.
+template <class Real>
+struct Stated;
+template <>
+struct Stated<double> {
+  static constexpr double kWay = 1e-12;        // of s, see CrossingBands
+  static constexpr double kAzimuth = 1.5e-10;  // rad
+  static constexpr double kMostUnsure = 0.01;
+};
+template <>
+struct Stated<float> {
+  static constexpr double kWay = 1.4e-5;
+  static constexpr double kAzimuth = 1.6e-4;
+  static constexpr double kMostUnsure = 0.15;
+};
+
+template <class Real>
+class CrossCylinderIn : public ::testing::Test {
+ protected:
+  using S = Stated<Real>;
+
+  static CylinderCrossing<Real> Cross(const Line& line) {
+    const auto real = [](double value) { return static_cast<Real>(value); };
+    return CrossCylinder(real(line.start.X()), real(line.start.Y()),
+                         real(line.direction.X()), real(line.direction.Y()),
+                         real(line.direction.Z()),
+                         real(line.radius * line.radius));
+  }
+
+  static TVector3 Formula(const Line& line) {
+    return VectorToCylinderEdge(line.start, line.direction, {}, line.radius,
+                                eDiagnostics::kSilent);
+  }
+
+  static eAnswer JudgeHeight(const CylinderCrossing<Real>& crossing,
+                             double limit) {
+    const Real limit2 = static_cast<Real>(limit * limit);
+    return AnswerOf(IsWithinHeight(crossing, limit2),
+                    IsAboveHeight(crossing, limit2));
+  }
+
+  /// Hold the crossing, and heights around it, against the formula.
+  void Check(const Line& line) {
+    ++count_;
+    const auto crossing = Cross(line);
+    const TVector3 expected = Formula(line);
+    const double height = std::abs(expected.Z());
+    for (const double limit :
+         {0.0, 10.0, 6000.0, 1e5, height, height * 1.1, height / 1.1,
+          height * (1 + 1e-8), height * (1 - 1e-8), height * (1 + 1e-3),
+          height * (1 - 1e-3)}) {
+      heights_.Add(JudgeHeight(crossing, limit), !(height > limit), line.start);
+    }
+    if (!crossing.isSure) return;
+    ++sure_;
+    const double s = std::hypot(line.radius, line.start.Perp());
+    const double off = std::hypot(double{crossing.x} - expected.X(),
+                                  double{crossing.y} - expected.Y());
+    const double length = line.direction.Perp();
+    wayError_ = std::max(wayError_, off / s / std::max(length, 1.0));
+    const TVector3 found(double{crossing.x}, double{crossing.y}, 0);
+    azimuthError_ = std::max(azimuthError_, std::abs(found.DeltaPhi(expected)));
+  }
+
+  void ExpectTheStatedErrors() const {
+    EXPECT_LE(wayError_, S::kWay);
+    EXPECT_LE(azimuthError_, S::kAzimuth);
+    heights_.ExpectNoneWrong();
+  }
+
+  int count_ = 0;
+  int sure_ = 0;
+  double wayError_ = 0.0;
+  double azimuthError_ = 0.0;
+  AnswerTally heights_;
+};
+
+using Precisions = ::testing::Types<double, float>;
+TYPED_TEST_SUITE(CrossCylinderIn, Precisions);
+
+/// From the vessel sphere, to cylinders about as wide, in all directions.
+Line RandomLine(Random& random) {
+  return {5860.0 * random.Direction(), random.Direction(),
+          random.Uniform(5000, 7000)};
+}
+
+TYPED_TEST(CrossCylinderIn, IsRightAndMostlySureFromTheVessel) {
+  Random random(10);
+  for (int i = 0; i < 30000; ++i) this->Check(RandomLine(random));
+  this->ExpectTheStatedErrors();
+  EXPECT_GT(this->sure_, (1 - TestFixture::S::kMostUnsure) * this->count_);
+  // Only a height at the limit itself or beside it is left open.
+  this->heights_.Expect(0.6);
+}
+
+TYPED_TEST(CrossCylinderIn, IsRightFromWaterToo) {
+  Random random(11);
+  for (int i = 0; i < 30000; ++i) {
+    this->Check({random.Uniform(0, 9000) * random.Direction(),
+                 random.Direction(), random.Uniform(3000, 7000)});
+  }
+  this->ExpectTheStatedErrors();
+  EXPECT_GT(this->sure_, 0.8 * this->count_);
+}
+
+TYPED_TEST(CrossCylinderIn, IsRightWhereItIsSureNearEveryLimit) {
+  Random random(12);
+  const auto small = [&] {
+    return (random.Chance(0.5) ? 1 : -1) * std::pow(10, random.Uniform(-17, 0));
+  };
+  for (int i = 0; i < 20000; ++i) {
+    const Line line = RandomLine(random);
+    TVector3 outward = line.start;
+    outward.SetZ(0);
+    outward = outward.Unit();
+    TVector3 aside = outward;
+    aside.RotateZ(kHalfPi);
+
+    // From the cylinder itself, outwards or inwards: the far crossing is the
+    // start, or all the way across.
+    this->Check(
+        {line.start, line.direction, line.start.Perp() * (1 + small())});
+    // Past the cylinder so that it is just touched or just missed.
+    TVector3 tangent = aside;
+    tangent.RotateZ(std::asin(std::min(1.0, 4000.0 / line.start.Perp())) -
+                    kHalfPi + small());
+    this->Check({line.start, (tangent + small() * kZHat).Unit(), 4000.0});
+    this->Check({line.start, tangent, 4000.0 * (1 + small())});
+    // Nearly straight up and nearly level.
+    this->Check({line.start, (kZHat + small() * outward).Unit(), line.radius});
+    this->Check({line.start, (outward + small() * kZHat).Unit(), line.radius});
+    // Nearly square to the place of the crossing.
+    const TVector3 edge = VectorToCylinderEdge(
+        line.start, line.direction, {}, line.radius, eDiagnostics::kSilent);
+    TVector3 square(-edge.Y(), edge.X(), 0);
+    this->Check({line.start, (square.Unit() + small() * line.direction).Unit(),
+                 line.start.Perp()});
+    // From the axis.
+    this->Check({small() * line.start, line.direction, line.radius});
+  }
+  this->ExpectTheStatedErrors();
+  EXPECT_GT(this->sure_, 0);
+}
+
+TYPED_TEST(CrossCylinderIn, IsRightAlsoForDirectionsOfAnotherLength) {
+  Random random(13);
+  for (int i = 0; i < 20000; ++i) {
+    Line line = RandomLine(random);
+    line.direction *= random.Uniform(0.71, 1.41);
+    this->Check(line);
+  }
+  this->ExpectTheStatedErrors();
+  EXPECT_GT(this->sure_, 0.8 * this->count_);
+}
+
+TYPED_TEST(CrossCylinderIn, IsUnsureOfDirectionsFarFromUnitLength) {
+  const TVector3 direction(0.6, 0, 0.8);
+  const auto isSure = [&](double length) {
+    return this->Cross({{100, 200, 0}, length * direction, 6000.0}).isSure;
+  };
+  EXPECT_TRUE(isSure(1.0));
+  EXPECT_TRUE(isSure(0.71));
+  EXPECT_TRUE(isSure(1.41));
+  for (const double length : {0.0, 1e-30, 1e-3, 0.7, 1.42, 1e3, 1e30}) {
+    EXPECT_FALSE(isSure(length)) << length;
+  }
+}
+
+TYPED_TEST(CrossCylinderIn, IsUnsureOfPlacesFarFromTheDetector) {
+  const auto isSure = [&](double x) {
+    return this->Cross({{x, 0, 0}, {-1, 0, 0}, std::abs(x) / 2}).isSure;
+  };
+  EXPECT_TRUE(isSure(9.9e4));
+  for (const double x : {1.01e5, -1e10, 1e19, 1e30}) {
+    EXPECT_FALSE(isSure(x)) << x;
+  }
+}
+
+TYPED_TEST(CrossCylinderIn, IsUnsureOfWhatIsNotFinite) {
+  constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
+  constexpr double kInfinity = std::numeric_limits<double>::infinity();
+  for (const double bad : {kNaN, kInfinity, -kInfinity}) {
+    for (const int axis : {0, 1, 2}) {
+      TVector3 direction(0.6, 0, 0.8);
+      direction[axis] = bad;
+      EXPECT_FALSE(this->Cross({{1, 2, 3}, direction, 6000.0}).isSure);
+      if (axis == 2) continue;  // the height of the start plays no part
+      TVector3 start(1, 2, 3);
+      start[axis] = bad;
+      EXPECT_FALSE(this->Cross({start, {0.6, 0, 0.8}, 6000.0}).isSure);
+    }
+  }
+  // A filter that judges nothing has a radius that is not a number.
+  const auto crossing = this->Cross({{1, 2, 3}, {0.6, 0, 0.8}, kNaN});
+  EXPECT_FALSE(crossing.isSure);
+  EXPECT_EQ(this->JudgeHeight(crossing, 6000.0), eAnswer::kUnsure);
+  const auto good = this->Cross({{1, 2, 3}, {0.6, 0, 0.8}, 6000.0});
+  EXPECT_TRUE(good.isSure);
+  EXPECT_EQ(this->JudgeHeight(good, kNaN), eAnswer::kUnsure);
+}
+
+TYPED_TEST(CrossCylinderIn, IsUnsureWhereTheFormulaHasAJump) {
+  // Exactly square to the crossing the height is kept, beside it it is huge.
+  const Line touching = {{6000, 0, 0}, {0, 1, 0}, 6000.0};
+  EXPECT_FALSE(this->Cross(touching).isSure);
+  const Line upwards = {{1, 2, 3}, {0, 0, 1}, 6000.0};
+  EXPECT_FALSE(this->Cross(upwards).isSure);
+  // On the cylinder and heading out the formula may find either side.
+  const Line leaving = {{6000, 0, 0}, {1, 0, 0}, 6000.0};
+  EXPECT_FALSE(this->Cross(leaving).isSure);
+}
+
+TYPED_TEST(CrossCylinderIn, StaysAtTheStartOfALineThatMisses) {
+  const auto crossing = this->Cross({{0, 7000, 3}, {0.8, 0.6, 0}, 5000.0});
+  EXPECT_TRUE(crossing.isSure);
+  EXPECT_EQ(double{crossing.x}, 0.0);
+  EXPECT_EQ(double{crossing.y}, 7000.0);
+  EXPECT_EQ(double{crossing.Height()}, 0.0);
+}
+
+TEST(CrossCylinder, HasTheFormulasHeight) {
+  Random random(14);
+  int sure = 0;
+  for (int i = 0; i < 30000; ++i) {
+    const Line line = RandomLine(random);
+    const auto crossing = CrossCylinder(
+        line.start.X(), line.start.Y(), line.direction.X(), line.direction.Y(),
+        line.direction.Z(), line.radius * line.radius);
+    if (!crossing.isSure) continue;
+    ++sure;
+    const TVector3 expected =
+        VectorToCylinderEdge(line.start, line.direction, {}, line.radius);
+    ASSERT_NEAR(crossing.Height(), expected.Z(), 1e-7 * expected.Mag());
+  }
+  EXPECT_GT(sure, 29000);
+}
+
+}  // namespace
+}  // namespace ZARN::DU

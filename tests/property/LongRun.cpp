@@ -1,0 +1,344 @@
+#include <CLI/CLI.hpp>
+
+#include <array>
+#include <atomic>
+#include <cinttypes>
+#include <cmath>
+#include <cstdint>
+#include <cstdio>
+#include <exception>
+#include <limits>
+#include <memory>
+#include <mutex>
+#include <optional>
+#include <sstream>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include "TError.h"
+#include "db/DB.hpp"
+#include "db/JsonTables.hpp"
+#include "du/ShadowingCalculator.hpp"
+#include "log/Log.hpp"
+#include "tests/property/Batches.hpp"
+#include "tests/property/Detectors.hpp"
+#include "tests/property/PathSearch.hpp"
+#include "tests/property/Paths.hpp"
+#include "tests/property/PlainOutcome.hpp"
+#include "tests/property/Random.hpp"
+#include "tests/property/TextSink.hpp"
+#include "tests/reference/PlainShadowingCalculator.hpp"
+
+// shadowing_long_run: the property tests' comparison of verdicts for as many
+// paths as there is time for, on several threads. It compares verdicts only:
+// messages belong to streams that all threads share, and to the tests.
+
+namespace ZARN::Testing {
+namespace {
+
+using Component = DU::eShadowingComponent;
+
+/// One round in so many is on the reference detector, the others on invented
+/// ones, where the plain calculator has fewer points to go through.
+constexpr std::uint64_t kReferenceEvery = 8;
+constexpr std::size_t kPathsPerRound = 20000;
+constexpr std::size_t kTypes = DU::kNumberOfLightPathTypes + 1;
+constexpr std::size_t kComponents = DU::kShadowingComponents.size() + 1;
+
+struct Options {
+  double paths = 1e6;
+  unsigned threads = std::max(1U, std::thread::hardware_concurrency());
+  std::uint64_t seed = 1;
+  std::optional<std::uint64_t> round;
+  std::string data = ZARN_DATA_DIR "/reference-detector";
+};
+
+struct Tally {
+  std::uint64_t rounds = 0;
+  std::uint64_t paths = 0;
+  std::uint64_t referencePaths = 0;
+  std::uint64_t nearLimits = 0;
+  std::size_t open = 0;  ///< by the batch kernels
+  /// By type, the last for those outside the enumeration, and component.
+  std::array<std::array<std::uint64_t, kComponents>, kTypes> found{};
+
+  void Add(DU::eLightPathType type, Component component, bool isNear) {
+    ++paths;
+    if (isNear) ++nearLimits;
+    const bool isKnown = type >= 0 && type < DU::kNumberOfLightPathTypes;
+    ++found[isKnown ? static_cast<std::size_t>(type) : kTypes - 1]
+           [static_cast<std::size_t>(component)];
+  }
+
+  void Add(const Tally& other) {
+    rounds += other.rounds;
+    paths += other.paths;
+    referencePaths += other.referencePaths;
+    nearLimits += other.nearLimits;
+    open += other.open;
+    for (std::size_t type = 0; type < kTypes; ++type) {
+      for (std::size_t c = 0; c < kComponents; ++c) {
+        found[type][c] += other.found[type][c];
+      }
+    }
+  }
+};
+
+/// The calculator and a plain one with the same geometry, for one thread.
+class Calculators {
+ public:
+  Calculators() : plain_(warn_, debug_) {
+    warn_.Switch(false);
+    debug_.Switch(false);
+  }
+
+  /// The database and the log belong to all threads.
+  template <class Load>
+  void BeginOfRun(const Load& load) {
+    const std::lock_guard<std::mutex> lock(database_);
+    load();
+    real_.BeginOfRun();
+    plain_.BeginOfRun();
+  }
+
+  void SetAllGeometryTolerances(double tolerance) {
+    real_.SetAllGeometryTolerances(tolerance);
+    plain_.SetAllGeometryTolerances(tolerance);
+  }
+
+  /// The plain calculator's outcome; with diagnostics these count, too, so that
+  /// the search finds the paths that begin to meet a cylinder.
+  int Judge(const DU::LightPath& path) {
+    debug_.Empty();
+    path_.SetLightPath(path);
+    plain_.CheckForShadowing(path_);
+    return OutcomeOf(plain_, debug_.Text());
+  }
+  void CountDiagnostics(bool on) { debug_.Switch(on); }
+
+  const DU::ShadowingCalculator& Real() const { return real_; }
+  const Reference::PlainShadowingCalculator& Plain() const { return plain_; }
+
+ private:
+  inline static std::mutex database_;
+
+  TextSink warn_;
+  TextSink debug_;
+  DU::ShadowingCalculator real_;
+  Reference::PlainShadowingCalculator plain_;
+  DU::LightPathCalculator path_;
+};
+
+double AnyTolerance(Random& random) {
+  constexpr double kInfinity = std::numeric_limits<double>::infinity();
+  constexpr std::array kTolerances = {
+      150.0, 150.0,  150.0, 50.0,  0.0,   -10.0,      1.0,
+      20.0,  70.5,   300.0, 700.0, 400.0, -12.0,      -15.0,
+      1e-9,  2000.0, 8e3,   2e4,   1e200, -kInfinity, kInfinity};
+  return random.Pick(kTolerances);
+}
+
+/// The rounds of one thread.
+class Worker {
+ public:
+  explicit Worker(const Options& options) : options_(options) {}
+
+  /// @return what differed, empty if nothing did
+  std::string Run(std::uint64_t round) {
+    Random random(options_.seed * 1000003U + round);
+    Calculators& calculators = SetUp(round, random);
+    judged_.Clear();
+    std::string difference;
+    PathSearch search(
+        calculators.Plain(), random, [&](const TestPath& path, bool isNear) {
+          return Check(calculators, path.path, isNear, difference);
+        });
+    search.Run(kPathsPerRound);
+    if (difference.empty()) {
+      difference = AnyDifference(calculators.Real(), judged_);
+    }
+    if (difference.empty()) {
+      difference = KernelDifference(calculators.Real(), judged_, tally_.open);
+    }
+    ++tally_.rounds;
+    if (difference.empty()) return difference;
+    std::ostringstream text;
+    text << "round " << round << ", tolerance " << std::hexfloat << tolerance_
+         << ", " << difference;
+    return text.str();
+  }
+
+  const Tally& Counts() const { return tally_; }
+
+ private:
+  Calculators& SetUp(std::uint64_t round, Random& random) {
+    isReference_ = round % kReferenceEvery == 0;
+    std::unique_ptr<Calculators>& calculators =
+        isReference_ ? reference_ : invented_;
+    if (calculators == nullptr) {
+      calculators = std::make_unique<Calculators>();
+      // Of the belly plates' grid nothing is tested.
+      calculators->SetAllGeometryTolerances(0.0);
+      if (isReference_) {
+        calculators->BeginOfRun([this] {
+          DB::Get().Clear();
+          LoadJsonTables(DB::Get(), options_.data);
+        });
+      }
+    }
+    if (!isReference_) {
+      calculators->SetAllGeometryTolerances(0.0);
+      calculators->BeginOfRun([&] { LoadInvented(random); });
+    }
+    tolerance_ = random.Chance(0.3)
+                     ? SharpTolerance(calculators->Plain(), random)
+                     : AnyTolerance(random);
+    calculators->SetAllGeometryTolerances(tolerance_);
+    calculators->CountDiagnostics(random.Chance(0.25));
+    return *calculators;
+  }
+
+  /// One that has radii; the others end the run's set-up.
+  static void LoadInvented(Random& random) {
+    while (true) {
+      MakeDetector(random).tables.Load();
+      try {
+        (void)DB::Get()
+            .GetLink("SOLID", "acrylic_vessel_inner", -1)
+            ->GetD("r_sphere");
+        const auto outer =
+            DB::Get().GetLink("SOLID", "acrylic_vessel_outer", -1);
+        (void)outer->GetD("r_sphere");
+        (void)outer->GetD("r_neck");
+        return;
+      } catch (const DBNotFoundError&) {
+        continue;
+      }
+    }
+  }
+
+  std::optional<int> Check(Calculators& calculators, const DU::LightPath& path,
+                           bool isNear, std::string& difference) {
+    const int outcome = calculators.Judge(path);
+    const Component plain = BlockingOf(calculators.Plain());
+    const Component real = calculators.Real().FindShadowing(path);
+    if (real != plain) {
+      difference = DescribeDifference(path, real, plain);
+      return std::nullopt;
+    }
+    judged_.Add(path, plain);
+    tally_.Add(path.LightPathType, plain, isNear);
+    if (isReference_) ++tally_.referencePaths;
+    return outcome;
+  }
+
+  const Options& options_;
+  std::unique_ptr<Calculators> reference_;
+  std::unique_ptr<Calculators> invented_;
+  JudgedPaths judged_;
+  Tally tally_;
+  double tolerance_ = 0.0;
+  bool isReference_ = false;
+};
+
+double Percent(std::uint64_t part, std::uint64_t all) {
+  return all == 0
+             ? 0.0
+             : 100.0 * static_cast<double>(part) / static_cast<double>(all);
+}
+
+void Print(const Tally& tally) {
+  std::printf("%" PRIu64 " paths in %" PRIu64
+              " rounds, %.1f %% on the reference detector, %.1f %% within "
+              "1e-12 of a limit, %.1f %% decided by the batch kernels\n\n",
+              tally.paths, tally.rounds,
+              Percent(tally.referencePaths, tally.paths),
+              Percent(tally.nearLimits, tally.paths),
+              100.0 - Percent(tally.open, tally.paths));
+  std::printf("| %-35s | %11s ", "Type", "Paths");
+  for (const Component c : DU::kShadowingComponents) {
+    std::printf("| %11s ", DU::NameOf(c));
+  }
+  std::printf("| %11s |\n|---|---", "free");
+  for (std::size_t c = 0; c < kComponents; ++c) std::printf("|---");
+  std::printf("|\n");
+  for (std::size_t type = 0; type < kTypes; ++type) {
+    std::uint64_t all = 0;
+    for (const std::uint64_t count : tally.found[type]) all += count;
+    std::printf("| %-35s | %11" PRIu64 " ",
+                type + 1 < kTypes ? DU::kLightPathTypeNames[type]
+                                  : "(outside the enumeration)",
+                all);
+    for (const std::uint64_t count : tally.found[type]) {
+      std::printf("| %11" PRIu64 " ", count);
+    }
+    std::printf("|\n");
+  }
+}
+
+int Run(const Options& options) {
+  // The plain calculator lets ROOT warn of vectors without length; this drops
+  // the warnings before any lock.
+  gErrorIgnoreLevel = kFatal;
+  TextSink nowhere;
+  nowhere.Switch(false);
+  warn.SetOutput(&nowhere);
+
+  const auto rounds = static_cast<std::uint64_t>(
+      std::ceil(options.paths / static_cast<double>(kPathsPerRound)));
+  std::atomic<std::uint64_t> next = options.round.value_or(0);
+  const std::uint64_t end = options.round ? *options.round + 1 : rounds;
+  std::atomic<bool> differs = false;
+  std::mutex guard;
+  Tally tally;
+  const auto work = [&] {
+    Worker worker(options);
+    std::string difference;
+    try {
+      for (std::uint64_t round = next++; round < end && !differs;
+           round = next++) {
+        difference = worker.Run(round);
+        if (!difference.empty()) break;
+      }
+    } catch (const std::exception& error) {
+      difference = error.what();
+    }
+    const std::lock_guard<std::mutex> lock(guard);
+    tally.Add(worker.Counts());
+    if (difference.empty()) return;
+    differs = true;
+    std::printf("DIFFERS with --seed %" PRIu64 ": %s\n", options.seed,
+                difference.c_str());
+  };
+  std::vector<std::thread> threads;
+  for (unsigned i = 0; i < options.threads; ++i) threads.emplace_back(work);
+  for (std::thread& thread : threads) thread.join();
+  warn.SetOutput(nullptr);
+
+  Print(tally);
+  return differs ? 1 : 0;
+}
+
+}  // namespace
+}  // namespace ZARN::Testing
+
+int main(int argc, char** argv) {
+  ZARN::Testing::Options options;
+  CLI::App app(
+      "Have light paths judged by the calculator, path by path and in batches, "
+      "and by the plain formulas. Ends with 1 at the first difference.");
+  app.add_option("--paths", options.paths, "How many, at least")
+      ->check(CLI::PositiveNumber)
+      ->capture_default_str();
+  app.add_option("--threads", options.threads)
+      ->check(CLI::PositiveNumber)
+      ->capture_default_str();
+  app.add_option("--seed", options.seed)->capture_default_str();
+  app.add_option("--round", options.round,
+                 "Only this one, to look at a difference again");
+  app.add_option("--data", options.data, "The reference detector's tables")
+      ->capture_default_str();
+  CLI11_PARSE(app, argc, argv);
+  return ZARN::Testing::Run(options);
+}

@@ -1,0 +1,34 @@
+#pragma once
+
+#include <algorithm>
+#include <string>
+
+#include "du/ShadowingComponent.hpp"
+#include "tests/reference/PlainShadowingCalculator.hpp"
+
+namespace ZARN::Testing {
+
+/// Which component the plain calculator found in the last path's way.
+inline DU::eShadowingComponent BlockingOf(
+    const Reference::PlainShadowingCalculator& plain) {
+  using Component = DU::eShadowingComponent;
+  if (plain.ShadowedByAVHDRope) return Component::kAVHDRope;
+  if (plain.ShadowedBySupportRope) return Component::kSupportRope;
+  if (plain.ShadowedByBellyPlate) return Component::kBellyPlate;
+  if (plain.ShadowedByNCDAnchor) return Component::kNCDAnchor;
+  if (plain.ShadowedByAVPipe) return Component::kAVPipe;
+  if (plain.ShadowedByNeckBoss) return Component::kNeckBoss;
+  return Component::kNone;
+}
+
+/// What the plain calculator found as a number that differs where the outcome
+/// does: which component, and how many lines of diagnostics.
+inline int OutcomeOf(const Reference::PlainShadowingCalculator& plain,
+                     const std::string& diagnostics) {
+  constexpr int kComponents = 8;
+  return static_cast<int>(BlockingOf(plain)) +
+         kComponents * static_cast<int>(std::count(diagnostics.begin(),
+                                                   diagnostics.end(), '\n'));
+}
+
+}  // namespace ZARN::Testing
