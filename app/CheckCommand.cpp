@@ -7,12 +7,13 @@
 #include <optional>
 #include <string>
 
-#include "app/Failure.hpp"
+#include "app/CsvText.hpp"
 #include "app/InputFile.hpp"
 #include "app/LightPathReader.hpp"
 #include "app/MessagesPast.hpp"
 #include "app/Numbers.hpp"
 #include "app/OutputFile.hpp"
+#include "app/PathCheck.hpp"
 #include "app/ProgressBar.hpp"
 #include "app/Quoted.hpp"
 #include "app/RunOptions.hpp"
@@ -28,6 +29,7 @@ struct CheckOptions {
   std::string paths;
   RunOptions run;
   std::optional<std::string> output;
+  std::size_t threads = 1;
   bool debug = false;
 };
 
@@ -42,14 +44,76 @@ DU::eShadowingComponent VerdictOf(const DU::ShadowingCalculator& calculator) {
   return eComponent::kNone;
 }
 
-void WriteVerdict(OutputFile& output, std::uint64_t row,
-                  DU::eShadowingComponent verdict) {
-  std::string line = std::to_string(row);
-  line += verdict == DU::eShadowingComponent::kNone ? ",0," : ",1,";
-  line += DU::NameOf(verdict);
-  line += '\n';
-  output.Write(line);
-}
+/// What is counted, and what is written, in the order of the rows.
+class CheckResults {
+ public:
+  explicit CheckResults(const CheckOptions& options) : output_(options.output) {
+    output_.Write("row,shadowed,by\n");
+  }
+
+  /// Take the verdicts on the next paths. @p calculator judges those that were
+  /// not because of their messages.
+  void Take(const PathCheck::Judged& judged,
+            DU::ShadowingCalculator& calculator) {
+    auto telling = judged.telling.begin();
+    for (std::size_t i = 0; i < judged.verdicts.size(); ++i) {
+      if (telling != judged.telling.end() && telling->index == i) {
+        Add(Judge(*telling++, calculator));
+      } else {
+        Add(judged.verdicts[i]);
+      }
+    }
+  }
+
+  std::uint64_t Rows() const { return rows_; }
+
+  void Commit() {
+    output_.Finish();
+    ThrowIfInterrupted();
+    output_.Commit();
+  }
+
+  void Print(const DU::ShadowingCalculator& calculator, double seconds) const {
+    tally_.Print(std::cerr, calculator, seconds);
+    if (unknownTypes_ == 0) return;
+    std::cerr << "paths whose type has an unknown name: "
+              << Grouped(unknownTypes_) << ", the first "
+              << Quoted(firstUnknownType_) << "\n";
+  }
+
+ private:
+  DU::eShadowingComponent Judge(const PathCheck::TellingPath& telling,
+                                DU::ShadowingCalculator& calculator) {
+    ThrowIfInterrupted();
+    const DU::eLightPathType type = telling.path.LightPathType;
+    if (type == LightPathReader::kUnknownType) {
+      lightPath_.LightPathTypeNames()[type] = telling.typeName;
+      if (unknownTypes_ == 0) firstUnknownType_ = telling.typeName;
+      ++unknownTypes_;
+    }
+    lightPath_.SetLightPath(telling.path);
+    calculator.CheckForShadowing(lightPath_);
+    return VerdictOf(calculator);
+  }
+
+  void Add(DU::eShadowingComponent verdict) {
+    tally_.Add(verdict);
+    line_.clear();
+    AppendNumber(line_, rows_++);
+    line_ += verdict == DU::eShadowingComponent::kNone ? ",0," : ",1,";
+    line_ += DU::NameOf(verdict);
+    line_ += '\n';
+    output_.Write(line_);
+  }
+
+  OutputFile output_;
+  std::string line_;
+  std::uint64_t rows_ = 0;
+  VerdictTally tally_;
+  DU::LightPathCalculator lightPath_;
+  std::uint64_t unknownTypes_ = 0;
+  std::string firstUnknownType_;
+};
 
 void Check(const CheckOptions& options) {
   if (options.debug) debug.Switch(otext::eState::kOn);
@@ -58,38 +122,27 @@ void Check(const CheckOptions& options) {
   LoadTables(options.run);
   BeginRun(options.run, calculator);
   LightPathReader reader(input);
+  CsvTable& table = reader.Table();
 
   const KeptSignals keptSignals;
-  OutputFile output(options.output);
-  VerdictTally tally;
+  CheckResults results(options);
 
   const auto begin = std::chrono::steady_clock::now();
   {
     ProgressBar progress;
     const MessagesPast messagesPast(progress);
-    output.Write("row,shadowed,by\n");
-    DU::LightPathCalculator lightPath;
-    for (std::uint64_t row = 0; reader.Next(lightPath); ++row) {
-      ThrowIfInterrupted();
-      calculator.CheckForShadowing(lightPath);
-      const DU::eShadowingComponent verdict = VerdictOf(calculator);
-      tally.Add(verdict);
-      WriteVerdict(output, row, verdict);
-      progress.Update(row + 1, Share(reader.BytesTaken(), input.Size()));
+    PathCheck check(calculator, reader, options.threads);
+    while (const PathCheck::Judged* const judged = check.Next()) {
+      results.Take(*judged, calculator);
+      if (judged->error.has_value()) table.Fail(*judged->error);
+      table.Count(judged->extent);
+      progress.Update(results.Rows(), Share(table.BytesTaken(), input.Size()));
     }
-    output.Finish();
-    ThrowIfInterrupted();
-    output.Commit();
+    results.Commit();
   }
   const std::chrono::duration<double> elapsed =
       std::chrono::steady_clock::now() - begin;
-
-  tally.Print(std::cerr, calculator, elapsed.count());
-  if (reader.UnknownTypes() > 0) {
-    std::cerr << "paths whose type has an unknown name: "
-              << Grouped(reader.UnknownTypes()) << ", the first "
-              << Quoted(reader.FirstUnknownType()) << "\n";
-  }
+  results.Print(calculator, elapsed.count());
 }
 
 }  // namespace
@@ -108,6 +161,7 @@ void AddCheckCommand(CLI::App& app) {
       ->add_option("-o,--output", options->output,
                    "Write the verdicts to this file (default: standard output)")
       ->type_name("OUT.csv");
+  AddThreadsOption(*command, options->threads);
   command->add_flag("--debug", options->debug,
                     "Show the calculator's diagnostics on standard error");
   command->footer(

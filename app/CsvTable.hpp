@@ -9,23 +9,27 @@
 #include <string_view>
 #include <vector>
 
+#include "app/CsvBlocks.hpp"
+#include "app/CsvRows.hpp"
 #include "app/InputFile.hpp"
 
 namespace ZARN::App {
 
-/// A table in CSV (RFC 4180) with a header row, read row by row.
+/// A table in CSV with a header row, read row by row, or block by block where
+/// threads share the work. A UTF-8 byte-order mark is skipped; see CsvRows for
+/// the rest.
 ///
-/// Cells are taken as they stand, never trimmed. A UTF-8 byte-order mark and
-/// CRLF line ends are accepted; blank lines are skipped and not counted as
-/// rows. Every error is a BadInput that names the file, the line (the first is
-/// 1), the row (the first is 0) and the column.
+/// Every error is a BadInput that names the file, the line (the first is 1),
+/// the row (the first is 0) and the column.
 class CsvTable {
  public:
   /// Reads the header.
   ///
-  /// @param input  must outlive the table
+  /// @param input      must outlive the table
+  /// @param blockSize  as for CsvBlocks; what is read does not depend on it
   /// @throws BadInput if there is no header or it names a column twice
-  explicit CsvTable(InputFile& input);
+  explicit CsvTable(InputFile& input,
+                    std::size_t blockSize = CsvBlocks::kBlockSize);
 
   /// Where the column of this name stands; nullopt if there is none.
   std::optional<std::size_t> FindColumn(std::string_view name) const;
@@ -36,51 +40,68 @@ class CsvTable {
   std::vector<std::size_t> RequireColumns(
       const std::vector<std::string>& names) const;
 
+  /// Say that the header is wrong.
+  [[noreturn]] void FailHeader(const std::string& reason) const;
+
+  // Row by row:
+
   /// Go to the next row; false after the last.
   ///
   /// @throws BadInput for bad quoting or a wrong number of cells
   bool NextRow();
 
   /// A cell of the current row; valid until the next one.
-  std::string_view Cell(std::size_t column) const;
+  std::string_view Cell(std::size_t column) const {
+    return rows_->Cell(column);
+  }
 
   /// Number of the current row, from 0.
-  std::size_t Row() const { return rowsRead_ - 1; }
+  std::uint64_t Row() const { return taken_.rows + rows_->Read().rows - 1; }
 
   /// Bytes of the file up to the end of the current row.
-  std::uint64_t BytesTaken() const { return input_.BytesRead() - (end_ - at_); }
+  std::uint64_t BytesTaken() const {
+    return taken_.bytes + (rows_.has_value() ? rows_->Read().bytes : 0);
+  }
 
   /// Say that a cell of the current row is wrong.
-  [[noreturn]] void Fail(std::size_t column, const std::string& reason) const;
+  [[noreturn]] void Fail(std::size_t column, const std::string& reason) const {
+    Fail(rows_->Error(column, reason));
+  }
 
-  /// Say that the header is wrong.
-  [[noreturn]] void FailHeader(const std::string& reason) const;
+  // Block by block: one thread takes the blocks and, in the same order, counts
+  // them again when they are read; meanwhile others may read them.
+
+  /// Go on to the next block of rows; false after the last.
+  bool NextBlock(CsvBlock& block);
+
+  /// Whether NextBlock would have to wait for more to come.
+  bool WouldWait() const { return blocks_.WouldWait(); }
+
+  /// The rows of a block.
+  CsvRows RowsOf(CsvBlock& block) const {
+    return CsvRows(block, columns_.size());
+  }
+
+  /// Count a block whose rows were all read.
+  void Count(const CsvExtent& block) { taken_ += block; }
+
+  /// Say what is wrong in the block behind those that were counted.
+  [[noreturn]] void Fail(const CsvError& error) const;
 
  private:
-  static constexpr int kEndOfFile = -1;
-  enum class eEnd { kOfCell, kOfRow };
+  bool ReadHeader(CsvBlock& block);
 
-  bool ReadRecord();
-  eEnd ReadCell(std::size_t column);
-  void CheckCellCount() const;
+  std::string name_;  // of the file
+  CsvBlocks blocks_;
+  CsvBlock first_;   // the rows behind the header, until they are taken
+  CsvExtent taken_;  // the header, and blocks that were read
 
-  void SkipByteOrderMark();
-  int Peek(std::size_t ahead = 0);
-  char Take();
-  bool SkipLineEnd();
-
-  InputFile& input_;
-  std::vector<char> buffer_;
-  std::size_t at_ = 0;
-  std::size_t end_ = 0;
+  CsvBlock block_;               // the current one when read row by row,
+  std::optional<CsvRows> rows_;  // and its rows
 
   std::vector<std::string> columns_;
   std::map<std::string, std::size_t, std::less<>> columnOf_;
-  std::string text_;               // the current row's cells, end to end
-  std::vector<std::size_t> ends_;  // where each cell ends in text_
-  std::size_t line_ = 1;           // of the next character
-  std::size_t rowLine_ = 1;        // where the current row begins
-  std::size_t rowsRead_ = 0;
+  std::uint64_t headerLine_ = 0;
 };
 
 }  // namespace ZARN::App

@@ -4,6 +4,17 @@
 #include <charconv>
 
 namespace ZARN::App {
+namespace {
+
+template <class Value>
+void AppendDigits(std::string& text, Value value) {
+  std::array<char, 32> digits;  // the longest takes 24
+  const auto result =
+      std::to_chars(digits.data(), digits.data() + digits.size(), value);
+  text.append(digits.data(), result.ptr);
+}
+
+}  // namespace
 
 std::string CsvCell(std::string_view text) {
   if (text.find_first_of("\",\r\n") == std::string_view::npos) {
@@ -18,10 +29,11 @@ std::string CsvCell(std::string_view text) {
 }
 
 void AppendNumber(std::string& text, double value) {
-  std::array<char, 32> digits;  // the longest takes 24
-  const auto result =
-      std::to_chars(digits.data(), digits.data() + digits.size(), value);
-  text.append(digits.data(), result.ptr);
+  AppendDigits(text, value);
+}
+
+void AppendNumber(std::string& text, std::uint64_t value) {
+  AppendDigits(text, value);
 }
 
 }  // namespace ZARN::App

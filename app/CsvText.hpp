@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstdint>
 #include <string>
 #include <string_view>
 
@@ -10,5 +11,6 @@ std::string CsvCell(std::string_view text);
 
 /// Append the shortest decimal that reads back as the same double.
 void AppendNumber(std::string& text, double value);
+void AppendNumber(std::string& text, std::uint64_t value);
 
 }  // namespace ZARN::App

@@ -1,6 +1,7 @@
 #include "app/InputFile.hpp"
 
 #include <fcntl.h>
+#include <poll.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -47,13 +48,17 @@ std::size_t InputFile::Read(char* buffer, std::size_t size) {
     ThrowIfInterrupted();
     const ssize_t count = read(descriptor_, buffer, size);
     if (count >= 0) {
-      bytesRead_ += static_cast<std::uint64_t>(count);
       isAtEnd_ = count == 0;
       return static_cast<std::size_t>(count);
     }
     if (errno != EINTR) FailWithErrno(name_);
   }
   return 0;
+}
+
+bool InputFile::WouldWait() const {
+  struct pollfd input = {descriptor_, POLLIN, 0};
+  return !isAtEnd_ && poll(&input, 1, 0) == 0;
 }
 
 }  // namespace ZARN::App

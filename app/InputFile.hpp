@@ -26,14 +26,15 @@ class InputFile {
   /// @throws BadInput if reading fails, Interrupted if a signal came
   std::size_t Read(char* buffer, std::size_t size);
 
-  std::uint64_t BytesRead() const { return bytesRead_; }
+  /// Whether Read would have to wait for something to come.
+  bool WouldWait() const;
+
   /// Size of a regular file; 0 where it is not known.
   std::uint64_t Size() const { return size_; }
 
  private:
   std::string name_;
   int descriptor_;
-  std::uint64_t bytesRead_ = 0;
   std::uint64_t size_ = 0;
   bool isAtEnd_ = false;
 };

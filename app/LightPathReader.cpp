@@ -1,6 +1,7 @@
 #include "app/LightPathReader.hpp"
 
-#include <algorithm>
+#include <array>
+#include <string>
 
 #include "app/LightPathColumns.hpp"
 #include "app/Numbers.hpp"
@@ -9,11 +10,24 @@
 namespace ZARN::App {
 namespace {
 
-using DU::LightPath;
+DU::eLightPathType TypeOfName(std::string_view name) {
+  for (std::size_t type = 0; type < DU::kLightPathTypeNames.size(); ++type) {
+    if (name == DU::kLightPathTypeNames[type]) {
+      return static_cast<DU::eLightPathType>(type);
+    }
+  }
+  return LightPathReader::kUnknownType;
+}
 
-/// The type under which paths with an unknown name go.
-constexpr auto kOtherType =
-    static_cast<DU::eLightPathType>(DU::kNumberOfLightPathTypes);
+double Coordinate(const CsvRows& rows, std::size_t column) {
+  const std::string_view cell = rows.Cell(column);
+  if (cell.empty()) return 0.0;
+  const NumberOrReason number = ReadNumber(cell);
+  if (number.reason != nullptr) {
+    throw rows.Error(column, Quoted(cell) + " " + number.reason);
+  }
+  return number.value;
+}
 
 }  // namespace
 
@@ -27,41 +41,17 @@ LightPathReader::LightPathReader(InputFile& input) : table_(input) {
   columns_ = table_.RequireColumns(names);
 }
 
-bool LightPathReader::Next(DU::LightPathCalculator& lightPath) {
-  if (!table_.NextRow()) return false;
-
-  LightPath path;
+bool LightPathReader::Next(CsvRows& rows, DU::LightPath& path) const {
+  if (!rows.Next()) return false;
   auto column = columns_.begin();
-  const std::string_view name = table_.Cell(*column++);
+  path.LightPathType = TypeOfName(rows.Cell(*column++));
   for (const LightPathColumns& vector : kLightPathColumns) {
-    const double x = Coordinate(*column++);
-    const double y = Coordinate(*column++);
-    const double z = Coordinate(*column++);
+    const double x = Coordinate(rows, *column++);
+    const double y = Coordinate(rows, *column++);
+    const double z = Coordinate(rows, *column++);
     (path.*vector.member).SetXYZ(x, y, z);
   }
-
-  const auto& names = DU::kLightPathTypeNames;
-  const auto known = std::find(names.begin(), names.end(), name);
-  if (known != names.end()) {
-    path.LightPathType = static_cast<DU::eLightPathType>(known - names.begin());
-  } else {
-    path.LightPathType = kOtherType;
-    lightPath.LightPathTypeNames()[kOtherType] = name;
-    if (unknownTypes_ == 0) firstUnknownType_ = name;
-    ++unknownTypes_;
-  }
-  lightPath.SetLightPath(path);
   return true;
-}
-
-double LightPathReader::Coordinate(std::size_t column) const {
-  const std::string_view cell = table_.Cell(column);
-  if (cell.empty()) return 0.0;
-  const NumberOrReason number = ReadNumber(cell);
-  if (number.reason != nullptr) {
-    table_.Fail(column, Quoted(cell) + " " + number.reason);
-  }
-  return number.value;
 }
 
 }  // namespace ZARN::App

@@ -1,13 +1,12 @@
 #pragma once
 
 #include <cstddef>
-#include <cstdint>
-#include <string>
+#include <string_view>
 #include <vector>
 
 #include "app/CsvTable.hpp"
 #include "app/InputFile.hpp"
-#include "lightpath/LightPathCalculator.hpp"
+#include "lightpath/LightPath.hpp"
 
 namespace ZARN::App {
 
@@ -15,33 +14,32 @@ namespace ZARN::App {
 /// initial_*, final_*, av1_* to av4_*, in any order; others are ignored.
 class LightPathReader {
  public:
+  /// The type of paths whose type has a name outside the eight.
+  static constexpr auto kUnknownType =
+      static_cast<DU::eLightPathType>(DU::kNumberOfLightPathTypes);
+
   /// @param input  must outlive the reader
   /// @throws BadInput if a column is missing
   explicit LightPathReader(InputFile& input);
 
-  /// Read the next path into @p lightPath; false after the last.
-  ///
-  /// An empty coordinate is 0. A name that is no path type's own is given, as
-  /// it stands, to a type that has no other name.
-  ///
-  /// @throws BadInput naming file, line, row and column
-  bool Next(DU::LightPathCalculator& lightPath);
+  /// The table, whose blocks of rows may be read on several threads.
+  CsvTable& Table() { return table_; }
+  const CsvTable& Table() const { return table_; }
 
-  /// Bytes of the file up to the end of the current row.
-  std::uint64_t BytesTaken() const { return table_.BytesTaken(); }
+  /// Go to the next of the rows and read it into @p path; false after the last.
+  /// An empty coordinate is 0.
+  ///
+  /// @throws CsvError
+  bool Next(CsvRows& rows, DU::LightPath& path) const;
 
-  /// Number of paths so far whose type had a name outside the eight.
-  std::uint64_t UnknownTypes() const { return unknownTypes_; }
-  /// The first such name.
-  const std::string& FirstUnknownType() const { return firstUnknownType_; }
+  /// The name of the current row's type as it stands.
+  std::string_view TypeName(const CsvRows& rows) const {
+    return rows.Cell(columns_[0]);
+  }
 
  private:
-  double Coordinate(std::size_t column) const;
-
   CsvTable table_;
   std::vector<std::size_t> columns_;  // type, and as kLightPathColumns
-  std::uint64_t unknownTypes_ = 0;
-  std::string firstUnknownType_;
 };
 
 }  // namespace ZARN::App

@@ -3,7 +3,6 @@
 #include <algorithm>
 
 #include "app/LightPathText.hpp"
-#include "app/ParallelFor.hpp"
 #include "app/Signals.hpp"
 
 namespace ZARN::App {
@@ -43,29 +42,33 @@ PairScan::PairScan(const DU::ShadowingCalculator& shadowing,
                    const Settings& settings)
     : shadowing_(shadowing),
       settings_(settings),
-      lightPaths_(settings.threads, lightPath) {}
+      lightPaths_(settings.threads, lightPath),
+      work_(settings.threads, [this](Part& part, std::size_t worker) {
+        JudgePart(part, lightPaths_[worker]);
+      }) {}
 
 const std::vector<PairScan::Chunk>& PairScan::Judge(const Pairs& pairs,
                                                     std::size_t begin,
                                                     std::size_t end) {
   chunks_.resize((end - begin + kChunkSize - 1) / kChunkSize);
-  ParallelFor(chunks_.size(), settings_.threads,
-              [&](std::size_t i, std::size_t worker) {
-                const std::size_t first = begin + i * kChunkSize;
-                JudgeChunk(pairs, first, std::min(first + kChunkSize, end),
-                           lightPaths_[worker], chunks_[i]);
-              });
+  for (Chunk& chunk : chunks_) {
+    const std::size_t next = std::min(begin + kChunkSize, end);
+    work_.Push({&pairs, begin, next, &chunk});
+    begin = next;
+  }
+  while (work_.Size() > 0) work_.Pop();
   return chunks_;
 }
 
-void PairScan::JudgeChunk(const Pairs& pairs, std::size_t begin,
-                          std::size_t end, DU::LightPathCalculator& lightPath,
-                          Chunk& chunk) const {
+void PairScan::JudgePart(const Part& part,
+                         DU::LightPathCalculator& lightPath) const {
   ThrowIfInterrupted();
+  const Pairs& pairs = *part.pairs;
+  Chunk& chunk = *part.chunk;
   chunk.verdicts.clear();
   chunk.verdictText.clear();
   chunk.pathText.clear();
-  for (std::size_t pair = begin; pair < end; ++pair) {
+  for (std::size_t pair = part.begin; pair < part.end; ++pair) {
     const TVector3& event = pairs.Event(pair).position;
     const TVector3& pmt = pairs.PMT(pair).position;
     lightPath.CalcByPosition(event, pmt);

@@ -4,6 +4,7 @@
 #include <string>
 #include <vector>
 
+#include "app/OrderedWork.hpp"
 #include "app/PositionReader.hpp"
 #include "du/ShadowingCalculator.hpp"
 #include "lightpath/LightPathCalculator.hpp"
@@ -72,8 +73,15 @@ class PairScan {
                                   std::size_t end);
 
  private:
-  void JudgeChunk(const Pairs& pairs, std::size_t begin, std::size_t end,
-                  DU::LightPathCalculator& lightPath, Chunk& chunk) const;
+  /// What one thread does at a time.
+  struct Part {
+    const Pairs* pairs;
+    std::size_t begin;
+    std::size_t end;
+    Chunk* chunk;
+  };
+
+  void JudgePart(const Part& part, DU::LightPathCalculator& lightPath) const;
   void Take(const Pairs& pairs, std::size_t pair,
             const DU::LightPathCalculator& lightPath, Chunk& chunk) const;
 
@@ -81,6 +89,7 @@ class PairScan {
   Settings settings_;
   std::vector<DU::LightPathCalculator> lightPaths_;  // one for each thread
   std::vector<Chunk> chunks_;
+  OrderedWork<Part> work_;
 };
 
 }  // namespace ZARN::App

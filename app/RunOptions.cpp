@@ -1,8 +1,10 @@
 #include "app/RunOptions.hpp"
 
 #include <CLI/CLI.hpp>
+#include <algorithm>
 #include <charconv>
 #include <cmath>
+#include <thread>
 
 #include "app/Failure.hpp"
 #include "app/Numbers.hpp"
@@ -51,6 +53,24 @@ void AddRunOptions(CLI::App& command, RunOptions& options) {
           },
           "Margin around the hardware in mm (default: 150)")
       ->type_name("MM");
+}
+
+void AddThreadsOption(CLI::App& command, std::size_t& threads) {
+  threads = std::max(1U, std::thread::hardware_concurrency());
+  command
+      .add_option_function<std::string>(
+          "--threads",
+          [&threads](const std::string& text) {
+            constexpr int kMost = 1024;
+            const int number = WholeNumberOf("--threads", text);
+            if (number < 1 || number > kMost) {
+              throw CLI::ValidationError(
+                  "--threads", Quoted(text) + " is not from 1 to 1024");
+            }
+            threads = static_cast<std::size_t>(number);
+          },
+          "Number of threads (default: all cores); results are the same")
+      ->type_name("N");
 }
 
 std::vector<std::string> FilesOf(const RunOptions& options) {

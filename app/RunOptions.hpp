@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <optional>
 #include <string>
 #include <vector>
@@ -23,6 +24,10 @@ struct RunOptions {
   int run = 0;
   std::optional<double> tolerance;  // mm
 };
+
+/// Add --threads; @p threads must outlive the parsing and becomes the number of
+/// cores where the option is not given.
+void AddThreadsOption(CLI::App& command, std::size_t& threads);
 
 /// Add --geometry, --run and --tolerance; @p options must outlive the parsing.
 void AddRunOptions(CLI::App& command, RunOptions& options);

@@ -7,7 +7,6 @@
 #include <memory>
 #include <optional>
 #include <string>
-#include <thread>
 #include <vector>
 
 #include "app/DistinctFiles.hpp"
@@ -39,7 +38,7 @@ struct ScanOptions {
   std::optional<std::string> perPMT;
   std::optional<std::string> perEvent;
   double wavelength = DU::LightPathCalculator::kDefaultWavelength;
-  std::size_t threads = std::max(1U, std::thread::hardware_concurrency());
+  std::size_t threads = 1;
   bool withReflections = false;
 
   bool WritesNTuple() const {
@@ -291,20 +290,7 @@ void AddScanCommand(CLI::App& app) {
       ->add_option("--per-event", options->perEvent,
                    "Write counts for each event to this file")
       ->type_name("OUT.csv");
-  command
-      ->add_option_function<std::string>(
-          "--threads",
-          [options](const std::string& text) {
-            constexpr int kMost = 1024;
-            const int threads = WholeNumberOf("--threads", text);
-            if (threads < 1 || threads > kMost) {
-              throw CLI::ValidationError(
-                  "--threads", Quoted(text) + " is not from 1 to 1024");
-            }
-            options->threads = static_cast<std::size_t>(threads);
-          },
-          "Number of threads (default: all cores); results are the same")
-      ->type_name("N");
+  AddThreadsOption(*command, options->threads);
   command->footer(
       "EVENTS and PMTS have a header row and these columns, in any order:\n"
       "  event / pmt          any name; carried through\n"

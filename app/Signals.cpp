@@ -2,6 +2,7 @@
 
 #include <unistd.h>
 
+#include <array>
 #include <atomic>
 #include <csignal>
 
@@ -10,6 +11,8 @@
 
 namespace ZARN::App {
 namespace {
+
+constexpr std::array kStopSignals = {SIGINT, SIGTERM, SIGHUP};
 
 // Without a lock, so that a handler may touch them; and the signal may come to
 // one thread while others look.
@@ -33,7 +36,7 @@ void HandleSignals() {
   take.sa_handler = TakeSignal;
   sigemptyset(&take.sa_mask);
   // Without SA_RESTART: a read or write that waits must return to be stopped.
-  for (const int signal : {SIGINT, SIGTERM, SIGHUP}) {
+  for (const int signal : kStopSignals) {
     struct sigaction found = {};
     sigaction(signal, nullptr, &found);
     // nohup and background jobs rely on what is ignored staying so.
@@ -49,6 +52,16 @@ void HandleSignals() {
 
 KeptSignals::KeptSignals() { areSignalsKept = 1; }
 KeptSignals::~KeptSignals() { areSignalsKept = 0; }
+
+BlockedSignals::BlockedSignals() {
+  sigset_t blocked;
+  sigemptyset(&blocked);
+  for (const int signal : kStopSignals) sigaddset(&blocked, signal);
+  pthread_sigmask(SIG_BLOCK, &blocked, &before_);
+}
+BlockedSignals::~BlockedSignals() {
+  pthread_sigmask(SIG_SETMASK, &before_, nullptr);
+}
 
 void ThrowIfInterrupted() {
   if (keptSignal != 0) throw Interrupted(keptSignal);

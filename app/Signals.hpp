@@ -1,5 +1,7 @@
 #pragma once
 
+#include <csignal>
+
 namespace ZARN::App {
 
 /// Take over the signals that matter to a command that writes files.
@@ -18,6 +20,20 @@ class KeptSignals {
   KeptSignals(const KeptSignals&) = delete;
   KeptSignals& operator=(const KeptSignals&) = delete;
   ~KeptSignals();
+};
+
+/// While it lives, the calling thread and those that it starts are spared the
+/// signals: they go to another one. A thread that works must not be the one to
+/// hear of an interrupt while another waits for input.
+class BlockedSignals {
+ public:
+  BlockedSignals();
+  BlockedSignals(const BlockedSignals&) = delete;
+  BlockedSignals& operator=(const BlockedSignals&) = delete;
+  ~BlockedSignals();
+
+ private:
+  sigset_t before_ = {};
 };
 
 /// @throws Interrupted if a signal was kept. Long loops call it often; calls

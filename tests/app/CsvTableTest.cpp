@@ -3,9 +3,6 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include <cstdlib>
-#include <filesystem>
-#include <fstream>
 #include <memory>
 #include <optional>
 #include <string>
@@ -13,27 +10,21 @@
 
 #include "app/Failure.hpp"
 #include "app/InputFile.hpp"
+#include "tests/app/InFolder.hpp"
 
 namespace ZARN::App {
 namespace {
 
 using Rows = std::vector<std::vector<std::string>>;
 
-class CsvTableTest : public ::testing::Test {
+class CsvTableTest : public Testing::InFolder {
  protected:
-  void SetUp() override {
-    std::string pattern = ::testing::TempDir() + "zarn-csv-XXXXXX";
-    ASSERT_NE(mkdtemp(pattern.data()), nullptr);
-    folder_ = pattern;
-  }
-  void TearDown() override { std::filesystem::remove_all(folder_); }
-
-  CsvTable& Open(const std::string& text) {
-    const std::string path = (folder_ / "table.csv").string();
-    std::ofstream(path, std::ios::binary) << text;
+  CsvTable& Open(const std::string& text,
+                 std::size_t blockSize = CsvBlocks::kBlockSize) {
+    Put("table.csv", text);
     table_.reset();
-    input_ = std::make_unique<InputFile>(path);
-    table_ = std::make_unique<CsvTable>(*input_);
+    input_ = std::make_unique<InputFile>("table.csv");
+    table_ = std::make_unique<CsvTable>(*input_, blockSize);
     return *table_;
   }
 
@@ -52,20 +43,39 @@ class CsvTableTest : public ::testing::Test {
     return rows;
   }
 
-  /// What the BadInput says, without the folder; empty if there was none.
+  /// What the BadInput says; empty if there was none.
   std::string Complaint(const std::string& text) {
     try {
       Read(text, 0);
     } catch (const BadInput& error) {
-      const std::string what = error.what();
-      const std::string folder = folder_.string() + "/";
-      return what.rfind(folder, 0) == 0 ? what.substr(folder.size()) : what;
+      return error.what();
     }
     return "";
   }
 
+  /// Everything that a table of two columns tells: of each row its number,
+  /// cells and end, and what is wrong behind the last.
+  std::vector<std::string> Story(const std::string& text,
+                                 std::size_t blockSize) {
+    std::vector<std::string> story;
+    try {
+      CsvTable& table = Open(text, blockSize);
+      while (table.NextRow()) {
+        story.push_back(std::to_string(table.Row()) + " " +
+                        std::to_string(table.BytesTaken()));
+        for (std::size_t i = 0; i < 2; ++i) {
+          story.emplace_back(table.Cell(i));
+        }
+        if (table.Cell(0) == "wrong") table.Fail(1, "so it is");
+      }
+      story.push_back("end " + std::to_string(table.BytesTaken()));
+    } catch (const BadInput& error) {
+      story.emplace_back(error.what());
+    }
+    return story;
+  }
+
  private:
-  std::filesystem::path folder_;
   std::unique_ptr<InputFile> input_;
   std::unique_ptr<CsvTable> table_;
 };
@@ -127,6 +137,7 @@ TEST_F(CsvTableTest, SkipsOneByteOrderMark) {
   EXPECT_EQ(Open(mark + "a\n").FindColumn("a"), 0U);
   EXPECT_EQ(Open(mark + "\"a\"\n").FindColumn("a"), 0U);
   EXPECT_EQ(Open(mark + mark + "a\n").FindColumn(mark + "a"), 0U);
+  EXPECT_EQ(Open(mark + "a\n").BytesTaken(), 5U);
 }
 
 TEST_F(CsvTableTest, TakesPartOfAByteOrderMarkForText) {
@@ -214,6 +225,11 @@ TEST_F(CsvTableTest, TakesLongRowsUpToALimit) {
   EXPECT_EQ(Read("a\n" + fits + "\n", 1), (Rows{{fits}}));
   EXPECT_NE(Complaint("a\n" + fits + "x\n"), "");
   EXPECT_NE(Complaint("a,b\n" + fits + ",x\n"), "");
+  EXPECT_EQ(Read("a,b\n" + fits.substr(2) + ",x\n", 2),
+            (Rows{{fits.substr(2), "x"}}));
+  EXPECT_THAT(Complaint("a,b\n" + fits.substr(1) + ",x\n"),
+              testing::HasSubstr("column b: the row is longer than 1 MiB"))
+      << "the end of a cell counts, too";
   EXPECT_NE(Complaint("a,b\n1,2\n3,\"" + fits + "\n").find("line 3 (row 1)"),
             std::string::npos);
 }
@@ -239,6 +255,55 @@ TEST_F(CsvTableTest, ReadsAlikeWhereverItsBufferEnds) {
     whole += ",g\n";
     ASSERT_EQ(Read(whole + text, 2), wanted);
   }
+}
+
+/// Blocks are cut where rows end: with few bytes at a time, a block ends at
+/// every row of these texts.
+TEST_F(CsvTableTest, ReadsAlikeWithBlocksOfEverySize) {
+  for (const std::string text :
+       {"a,b\n1,2\n3,4\n", "\xEF\xBB\xBF\n\r\na,\"b\nb\"\r\n\r\n1,2\r\n\n\n3,4",
+        "a,b\n\"q\"\"u\r\no\",1\r\n\r\n\n2,\"\"\"\"\r\n\n\"\n\n\",\"x\"\r",
+        "a,b\n\"1\n\n\",2\n\n1,2\nwrong,\"x\ny\"\n3,4,5\n",
+        "a,b\n\"1\n\n\",2\n\r\n1\n1,2,3\n", "a,b\n1,2\n1,2,3\n\"x\n",
+        "a,b\n1,2\n1,\"x\ny,1\n1,2\n3,4\n", "a,b\n1,2\n1,\"x\"y\n1,2\n",
+        "a,b\n1,2\n1,x\"y\n1,\"2\"\n", "a,\"b\n1,2\n1,2\n", "a,a\n1,2\n",
+        "a,b\n1\r,\r2\r\r\n\r3,4\r"}) {
+    SCOPED_TRACE(::testing::PrintToString(text));
+    const auto wanted = Story(text, CsvBlocks::kBlockSize);
+    for (std::size_t size = 1; size <= text.size(); ++size) {
+      ASSERT_EQ(Story(text, size), wanted) << "blocks of " << size;
+    }
+  }
+}
+
+TEST_F(CsvTableTest, GivesItsRowsAsBlocksThatAreReadOnTheirOwn) {
+  CsvTable& table = Open("\n\na,b\n1,2\n\n\"3\n\",4\n\n5,6\n7\n", 2);
+  Rows rows;
+  std::vector<CsvBlock> blocks;
+  for (CsvBlock block; table.NextBlock(block);) blocks.push_back(block);
+  EXPECT_GT(blocks.size(), 3U);
+  EXPECT_EQ(table.BytesTaken(), 6U) << "only the header is counted yet";
+  for (CsvBlock& block : blocks) {
+    CsvRows read = table.RowsOf(block);
+    try {
+      while (read.Next()) {
+        rows.push_back({std::string(read.Cell(0)), std::string(read.Cell(1))});
+      }
+    } catch (const CsvError& error) {
+      EXPECT_EQ(error.Where().line, 0U) << "of its block";
+      EXPECT_EQ(error.Where().row, 0U);
+      EXPECT_EQ(error.Where().column, 1U);
+      try {
+        table.Fail(error);
+      } catch (const BadInput& placed) {
+        EXPECT_THAT(placed.what(), testing::StartsWith(
+                                       "table.csv: line 10 (row 3), column b"));
+      }
+      continue;
+    }
+    table.Count(read.Read());
+  }
+  EXPECT_EQ(rows, (Rows{{"1", "2"}, {"3\n", "4"}, {"5", "6"}}));
 }
 
 TEST_F(CsvTableTest, TellsLinesRightFarIntoALongFile) {

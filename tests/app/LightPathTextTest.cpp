@@ -44,21 +44,26 @@ TEST_F(LightPathTextTest, IsReadBackAsTheSamePath) {
   Put("paths.csv", text);
   InputFile input("paths.csv");
   LightPathReader reader(input);
-  DU::LightPathCalculator read;
+  CsvBlock block;
+  ASSERT_TRUE(reader.Table().NextBlock(block));
+  CsvRows rows = reader.Table().RowsOf(block);
+  DU::LightPath read;
   for (int type = DU::kInnerAVToWater; type < DU::kNumberOfLightPathTypes;
        ++type) {
     const auto wanted = Path(static_cast<DU::eLightPathType>(type));
-    ASSERT_TRUE(reader.Next(read));
-    EXPECT_EQ(read.GetLightPathType(), type);
-    EXPECT_EQ(read.GetStartPos(), wanted.StartPos);
-    EXPECT_EQ(read.GetEndPos(), wanted.EndPos);
-    EXPECT_EQ(read.GetInitialDirection(), wanted.InitialDirection);
-    EXPECT_EQ(read.GetFinalDirection(), wanted.FinalDirection);
+    ASSERT_TRUE(reader.Next(rows, read));
+    EXPECT_EQ(read.LightPathType, type);
+    EXPECT_EQ(reader.TypeName(rows),
+              DU::kLightPathTypeNames[wanted.LightPathType]);
+    EXPECT_EQ(read.StartPos, wanted.StartPos);
+    EXPECT_EQ(read.EndPos, wanted.EndPos);
+    EXPECT_EQ(read.InitialDirection, wanted.InitialDirection);
+    EXPECT_EQ(read.FinalDirection, wanted.FinalDirection);
     for (const auto point : DU::kAVPoints) {
-      EXPECT_EQ(read.GetLightPath().*point, wanted.*point) << type;
+      EXPECT_EQ(read.*point, wanted.*point) << type;
     }
   }
-  EXPECT_FALSE(reader.Next(read));
+  EXPECT_FALSE(reader.Next(rows, read));
 }
 
 TEST_F(LightPathTextTest, LeavesPointsEmptyThatTheTypeDoesNotUse) {

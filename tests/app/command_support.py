@@ -258,6 +258,19 @@ class CommandTest(unittest.TestCase):
             return asleep > 100
         self.wait_for(is_asleep, "sleep")
 
+    # The address sanitizer keeps what was freed; where memory is looked at it must
+    # not.
+    MEMORY_ENV = {**os.environ, "ASAN_OPTIONS": os.environ.get("ASAN_OPTIONS", "")
+                  + ":quarantine_size_mb=1"}
+    # Queues, buffers and what the allocator keeps. The thread sanitizer also keeps a
+    # history of every thread that there was, the address sanitizer more for each.
+    SLACK_KB = (64 if {"ASAN_OPTIONS", "TSAN_OPTIONS"} & set(os.environ) else 8) * 1024
+
+    def peak(self, process):
+        """The most memory, kB, that it has taken up."""
+        status = pathlib.Path(f"/proc/{process.pid}/status").read_text()
+        return int(re.search(r"VmHWM:\s+(\d+) kB", status)[1])
+
     def feed(self, process, text):
         process.stdin.write(text.encode())
         process.stdin.flush()

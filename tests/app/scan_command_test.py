@@ -1333,22 +1333,11 @@ class Threads(ScanTest):
 
 
 class Memory(ScanTest):
-    # The address sanitizer keeps what was freed; here it must not.
-    ENV = {**os.environ, "ASAN_OPTIONS": os.environ.get("ASAN_OPTIONS", "")
-           + ":quarantine_size_mb=1"}
-    # Queues, buffers and what the allocator keeps; the thread sanitizer also keeps a
-    # history of every thread that there was.
-    SLACK_KB = (64 if "TSAN_OPTIONS" in os.environ else 8) * 1024
-
-    def peak(self, process):
-        status = pathlib.Path(f"/proc/{process.pid}/status").read_text()
-        return int(re.search(r"VmHWM:\s+(\d+) kB", status)[1])
-
     def peak_of(self, events, pmts, *options):
         """The most memory, kB, that a run took up when all its events are worked on."""
         geometry = self.tables(*OPTICS)
         process = self.start(self.scan_command("-", pmts, geometry, "--per-event", "sums.csv",
-                                               *options), stdout=subprocess.DEVNULL, env=self.ENV)
+                                               *options), stdout=subprocess.DEVNULL, env=self.MEMORY_ENV)
         process.stdin.write(events)
         process.stdin.flush()
         self.wait_until_it_sleeps(process)
@@ -1378,7 +1367,7 @@ class Memory(ScanTest):
         pmts = self.pmts([TOP])
         for threads in (1, 7):
             process = self.start(self.scan_command("-", pmts, self.tables(*OPTICS), "--threads",
-                                                   threads), env=self.ENV)
+                                                   threads), env=self.MEMORY_ENV)
             fed = 0
 
             def feed():

@@ -1,0 +1,66 @@
+#pragma once
+
+#include <cstddef>
+#include <exception>
+#include <optional>
+#include <string_view>
+#include <vector>
+
+#include "app/LightPathReader.hpp"
+#include "app/OrderedWork.hpp"
+#include "du/ShadowingCalculator.hpp"
+
+namespace ZARN::App {
+
+/// Judges the light paths of a table block by block, on several threads.
+class PathCheck {
+ public:
+  /// A path that was not judged because messages may come with its verdict:
+  /// they belong in the order of the rows.
+  struct TellingPath {
+    std::size_t index;  ///< among the paths of its block
+    std::string_view typeName;
+    DU::LightPath path;
+  };
+
+  /// What was found for a block of rows.
+  struct Judged {
+    CsvBlock block;
+    /// Of its paths in their order, up to an error; kNone for telling ones.
+    std::vector<DU::eShadowingComponent> verdicts;
+    std::vector<TellingPath> telling;
+    CsvExtent extent;
+    std::optional<CsvError> error;
+  };
+
+  /// @param calculator  must outlive this; its run has begun
+  /// @param reader      must outlive this
+  PathCheck(const DU::ShadowingCalculator& calculator, LightPathReader& reader,
+            std::size_t threads);
+
+  /// What was found for the next block; null after the last. Valid until the
+  /// next call.
+  ///
+  /// Where more of the file would have to be waited for, what has come is
+  /// judged first.
+  ///
+  /// @throws BadInput if the file cannot be read, behind all blocks that could;
+  ///         Interrupted if a signal came
+  const Judged* Next();
+
+ private:
+  bool MayReadOn() const;
+  bool Read(CsvBlock& block);
+  void Judge(Judged& judged, std::vector<DU::LightPath>& batch) const;
+
+  const DU::ShadowingCalculator& calculator_;
+  LightPathReader& reader_;
+  bool isAtEnd_ = false;
+  std::exception_ptr failure_;  // why the file ended there
+  std::size_t maxBlocks_;       // that are worked on at once
+  Judged current_;
+  std::vector<std::vector<DU::LightPath>> batches_;  // one for each thread
+  OrderedWork<Judged> work_;
+};
+
+}  // namespace ZARN::App
