@@ -1,126 +1,349 @@
 #include <benchmark/benchmark.h>
 
-#include <fstream>
-#include <iostream>
+#include <algorithm>
+#include <array>
+#include <cstdint>
+#include <cstring>
 #include <map>
-#include <sstream>
 #include <string>
+#include <thread>
 #include <vector>
 
-#include "app/InputFile.hpp"
-#include "app/LightPathReader.hpp"
-#include "db/DB.hpp"
-#include "db/JsonTables.hpp"
+#include "benchmarks/PathSet.hpp"
+#include "benchmarks/Ways.hpp"
+#include "du/ShadowingBatch.hpp"
 #include "du/ShadowingCalculator.hpp"
-#include "lightpath/LightPathType.hpp"
-#include "log/Log.hpp"
-#include "tests/reference/PlainShadowingCalculator.hpp"
+#include "du/ShadowingFilter.hpp"
+#include "du/ShadowingLayers.hpp"
 
-/// Time per light path of the calculator beside the plain reference, on the
-/// reference detector and the example paths. Only the ratios within one run
-/// mean something.
-namespace ZARN {
+/// Time of a verdict on the reference detector: layer by layer beside the plain
+/// reference, one path a call and in batches, in the cache and out of it.
+///
+/// Names are parts divided by slashes; script/benchmark reads them.
+namespace ZARN::Benchmarks {
 namespace {
 
+using DU::eLightPathType;
+using DU::eShadowingComponent;
 using DU::LightPath;
-using DU::LightPathCalculator;
+using DU::ShadowingCalculator;
+using DU::ShadowingLayers;
 
-/// The example paths, by type; under kUninitialised all of them as they come.
-std::map<int, std::vector<LightPath>> ReadPaths() {
-  std::map<int, std::vector<LightPath>> paths;
-  App::InputFile input(ZARN_DATA_DIR "/example-paths.csv");
-  App::LightPathReader reader(input);
-  LightPathCalculator path;
-  while (reader.Next(path)) {
-    paths[DU::kUninitialised].push_back(path.GetLightPath());
-    paths[path.GetLightPathType()].push_back(path.GetLightPath());
+constexpr std::size_t kNear = 4096;      // paths that stay in the cache
+constexpr std::size_t kFar = 1'000'000;  // paths that do not
+/// The plain reference is asked for one in so many of the latter.
+constexpr std::size_t kFarShare = 64;
+
+const char* KeyOf(eLightPathType type) {
+  switch (type) {
+    case DU::kInnerAVToWater:
+      return "inner";
+    case DU::kAVThroughInnerAVToWater:
+      return "av-inner";
+    case DU::kAVToWater:
+      return "av";
+    case DU::kWaterThroughInnerAV:
+      return "water-inner";
+    case DU::kWater:
+      return "water";
+    case DU::kWaterReflection:
+      return "reflection";
+    default:
+      return "mixed";
   }
-  return paths;
 }
 
-/// Everything that is timed, set up once.
-struct Subjects {
-  Subjects() {
-    LoadJsonTables(DB::Get(), ZARN_DATA_DIR "/reference-detector");
-    warn.SetOutput(&messages);
-    calculator.BeginOfRun();
-    reference.BeginOfRun();
-    paths = ReadPaths();
-    RequireEqualVerdicts();
-  }
+struct NamedLayers {
+  const char* name;
+  ShadowingLayers layers;
+};
 
-  /// A fast wrong answer is not worth timing.
-  void RequireEqualVerdicts() {
-    LightPathCalculator path;
-    for (const LightPath& p : paths[DU::kUninitialised]) {
-      path.SetLightPath(p);
-      const bool expected = reference.CheckForShadowing(path);
-      const bool found =
-          calculator.FindShadowing(p) != DU::eShadowingComponent::kNone;
-      if (calculator.CheckForShadowing(path) != expected || found != expected) {
-        std::cerr << "the verdicts differ: nothing is timed\n";
-        std::exit(1);
+/// Each with those before it.
+constexpr std::array kLayers = {
+    NamedLayers{"off", {false, false, false, false}},
+    NamedLayers{"grids", {true, false, false, false}},
+    NamedLayers{"algebra", {true, true, false, false}},
+    NamedLayers{"tables", {true, true, true, false}},
+    NamedLayers{"map", {true, true, true, true}}};
+
+const ShadowingCalculator& CalculatorWith(const NamedLayers& named) {
+  static std::map<std::string, ShadowingCalculator> calculators;
+  const auto [entry, isNew] = calculators.try_emplace(named.name);
+  if (isNew) {
+    entry->second.BeginOfRun();
+    entry->second.UseLayers(named.layers);
+  }
+  return entry->second;
+}
+
+const ShadowingCalculator& Calculator() {
+  return CalculatorWith(kLayers.back());
+}
+
+PlainCalculator& Plain() {
+  static PlainCalculator plain;
+  return plain;
+}
+
+/// A set that the plain reference judges at a tolerance.
+PathSet JudgedSet(eLightPathType type, double tolerance) {
+  PathSet set(PathSource().Draw(type, kNear));
+  Plain().SetAllGeometryTolerances(tolerance);
+  for (const LightPath& path : set.Records()) {
+    set.expected.push_back(Plain().FindShadowing(path));
+  }
+  return set;
+}
+
+constexpr double kUsualTolerance = 150.0;
+
+const PathSet& NearSet(eLightPathType type) {
+  static std::map<eLightPathType, PathSet> sets;
+  const auto found = sets.find(type);
+  if (found != sets.end()) return found->second;
+  return sets.emplace(type, JudgedSet(type, kUsualTolerance)).first->second;
+}
+
+/// The calculator judges these one by one, and the plain reference some.
+const PathSet& FarSet(eLightPathType type) {
+  static std::map<eLightPathType, PathSet> sets;
+  const auto found = sets.find(type);
+  if (found != sets.end()) return found->second;
+  PathSet set(PathSource().Draw(type, kFar));
+  std::vector<eShadowingComponent> some;
+  std::vector<eShadowingComponent> plain;
+  for (std::size_t i = 0; i < set.Size(); ++i) {
+    const LightPath& path = set.Records()[i];
+    set.expected.push_back(Calculator().FindShadowing(path));
+    if (i % kFarShare != 0) continue;
+    some.push_back(set.expected.back());
+    plain.push_back(Plain().FindShadowing(path));
+  }
+  RequireEqual("paths out of the cache", plain, some);
+  return sets.emplace(type, std::move(set)).first->second;
+}
+
+/// Which path is asked next waits for the verdict before it, whose value,
+/// below 8, changes nothing: the paths are all asked, in order.
+void AskDependently(const PathSet& paths, eShadowingComponent* verdicts) {
+  const ShadowingCalculator& calculator = Calculator();
+  std::size_t i = 0;
+  while (i < paths.Size()) {
+    verdicts[i] = calculator.FindShadowing(paths.Records()[i]);
+    i += 1U + (static_cast<std::size_t>(verdicts[i]) >> 3U);
+  }
+}
+
+eShadowingComponent ByOf(const ShadowingCalculator& calculator) {
+  if (!calculator.IsShadowed()) return eShadowingComponent::kNone;
+  if (calculator.IsShadowedByAVHDRope()) return eShadowingComponent::kAVHDRope;
+  if (calculator.IsShadowedBySupportRope()) {
+    return eShadowingComponent::kSupportRope;
+  }
+  if (calculator.IsShadowedByBellyPlate()) {
+    return eShadowingComponent::kBellyPlate;
+  }
+  if (calculator.IsShadowedByNCDAnchor()) {
+    return eShadowingComponent::kNCDAnchor;
+  }
+  if (calculator.IsShadowedByAVPipe()) return eShadowingComponent::kAVPipe;
+  return eShadowingComponent::kNeckBoss;
+}
+
+/// Through the flags; the path is first put where the calculator reads it.
+void AskFlags(const PathSet& paths, eShadowingComponent* verdicts) {
+  static ShadowingCalculator calculator = Calculator();
+  static DU::LightPathCalculator path;
+  for (const LightPath& record : paths.Records()) {
+    path.SetLightPath(record);
+    calculator.CheckForShadowing(path);
+    *verdicts++ = ByOf(calculator);
+  }
+}
+
+Way PlainWay(double tolerance) {
+  return [tolerance](const PathSet& paths, eShadowingComponent* verdicts) {
+    Plain().SetAllGeometryTolerances(tolerance);
+    for (const LightPath& path : paths.Records()) {
+      *verdicts++ = Plain().FindShadowing(path);
+    }
+  };
+}
+
+/// Streams over the numbers of columns, as many bytes as they are, and does
+/// next to nothing with them.
+std::uint64_t ReadAll(const PathSet& paths, std::size_t begin,
+                      std::size_t end) {
+  std::uint64_t bits = 0;
+  for (const std::vector<double>& column : paths.Numbers()) {
+    for (std::size_t i = begin; i < end; ++i) {
+      std::uint64_t word = 0;
+      std::memcpy(&word, &column[i], sizeof(word));
+      bits ^= word;
+    }
+  }
+  return bits;
+}
+
+/// The bandwidth of memory: the same columns as a batch reads, and nothing
+/// else.
+void TimeReading(benchmark::State& state) {
+  const PathSet& paths = FarSet(kMixed);
+  const auto threads = static_cast<std::size_t>(state.range(0));
+  for ([[maybe_unused]] auto _ : state) {
+    std::vector<std::thread> readers;
+    for (std::size_t i = 0; i < threads; ++i) {
+      readers.emplace_back([&, i] {
+        benchmark::DoNotOptimize(ReadAll(paths, paths.Size() * i / threads,
+                                         paths.Size() * (i + 1) / threads));
+      });
+    }
+    for (std::thread& reader : readers) reader.join();
+  }
+  state.SetBytesProcessed(
+      state.iterations() *
+      static_cast<std::int64_t>(sizeof(double) * paths.Size() *
+                                paths.Numbers().size()));
+}
+
+BENCHMARK(TimeReading)->Name("read")->Arg(1)->Arg(2)->UseRealTime();
+
+void TimeBeginOfRun(benchmark::State& state) {
+  for ([[maybe_unused]] auto _ : state) {
+    ShadowingCalculator calculator;
+    calculator.BeginOfRun();
+    benchmark::DoNotOptimize(&calculator);
+  }
+}
+
+BENCHMARK(TimeBeginOfRun)->Name("setup/begin-of-run");
+
+void TimeTolerances(benchmark::State& state) {
+  ShadowingCalculator calculator = Calculator();
+  double tolerance = kUsualTolerance;
+  for ([[maybe_unused]] auto _ : state) {
+    tolerance = tolerance == kUsualTolerance ? 100.0 : kUsualTolerance;
+    calculator.SetAllGeometryTolerances(tolerance);
+    benchmark::DoNotOptimize(&calculator);
+  }
+}
+
+BENCHMARK(TimeTolerances)->Name("setup/tolerances");
+
+void AddSingleCalls(eLightPathType type) {
+  const std::string end = std::string("/") + KeyOf(type);
+  const auto near = [type]() -> const PathSet& { return NearSet(type); };
+  AddWay("near/plain" + end, near, PlainWay(kUsualTolerance));
+  for (const NamedLayers& layers : kLayers) {
+    AddWay(std::string("near/") + layers.name + end, near,
+           SingleCalls([&layers]() -> const ShadowingCalculator& {
+             return CalculatorWith(layers);
+           }));
+  }
+  AddWay("near/dependent" + end, near, AskDependently);
+  AddWay("near/flags" + end, near, AskFlags);
+  AddWay("near/batch" + end, near, ColumnBatch(Calculator));
+}
+
+/// Hit shares by tolerance.
+void AddTolerance(int tolerance) {
+  const std::string begin = "tolerance/" + std::to_string(tolerance) + "/";
+  static std::map<int, PathSet> sets;
+  static std::map<int, ShadowingCalculator> calculators;
+  const auto paths = [=]() -> const PathSet& {
+    const auto found = sets.find(tolerance);
+    if (found != sets.end()) return found->second;
+    calculators[tolerance] = Calculator();
+    calculators[tolerance].SetAllGeometryTolerances(tolerance);
+    return sets.emplace(tolerance, JudgedSet(kMixed, tolerance)).first->second;
+  };
+  const auto calculator = [=]() -> const ShadowingCalculator& {
+    return calculators.at(tolerance);
+  };
+  AddWay(begin + "plain", paths, PlainWay(tolerance));
+  AddWay(begin + "single", paths, SingleCalls(calculator));
+  AddWay(begin + "batch", paths, ColumnBatch(calculator));
+}
+
+const char* NameOf(DU::eKernel kernel) {
+  switch (kernel) {
+    case DU::eKernel::kBaseline:
+      return "baseline";
+    case DU::eKernel::kAVX2:
+      return "AVX2";
+    case DU::eKernel::kAVX512:
+      return "AVX-512";
+  }
+  return "";
+}
+
+/// A batch of columns with a certain kernel, as the calculator does it with the
+/// widest.
+class KernelBatch {
+ public:
+  explicit KernelBatch(DU::eKernel kernel) { batch_.UseKernel(kernel); }
+
+  void Judge(const PathSet& paths, eShadowingComponent* verdicts) const {
+    const ShadowingCalculator& calculator = Calculator();
+    std::array<std::uint8_t, DU::kBatchPaths> found;
+    for (std::size_t first = 0; first < paths.Size(); first += found.size()) {
+      const std::size_t count = std::min(found.size(), paths.Size() - first);
+      batch_.Judge(filter_.Map(), paths.Columns(), first, count, found.data());
+      for (std::size_t i = 0; i < count; ++i) {
+        verdicts[first + i] =
+            found[i] == DU::ShadowingBatch::kOpen
+                ? calculator.FindShadowing(paths.Columns().At(first + i))
+                : static_cast<eShadowingComponent>(found[i]);
       }
     }
   }
 
-  std::ostringstream messages;
-  DU::ShadowingCalculator calculator;
-  Reference::PlainShadowingCalculator reference{messages, messages};
-  std::map<int, std::vector<LightPath>> paths;
+ private:
+  DU::ShadowingFilter filter_{Calculator(), DU::ShadowingLayers()};
+  DU::ShadowingBatch batch_{filter_};
 };
 
-Subjects& TheSubjects() {
-  static Subjects subjects;
-  return subjects;
+const KernelBatch& BatchWith(DU::eKernel kernel) {
+  static std::map<DU::eKernel, KernelBatch> batches;
+  return batches.try_emplace(kernel, kernel).first->second;
 }
 
-template <class Ask>
-void TimePaths(benchmark::State& state, const Ask& ask) {
-  const auto& paths = TheSubjects().paths[static_cast<int>(state.range(0))];
-  state.SetLabel(state.range(0) == DU::kUninitialised
-                     ? "mixed"
-                     : DU::kLightPathTypeNames.at(
-                           static_cast<std::size_t>(state.range(0))));
-  std::size_t i = 0;
-  for (auto _ : state) {
-    benchmark::DoNotOptimize(ask(paths[i]));
-    i = i + 1 == paths.size() ? 0 : i + 1;
+void AddBatches(eLightPathType type) {
+  const std::string end = std::string("/") + KeyOf(type);
+  const auto near = [type]() -> const PathSet& { return NearSet(type); };
+  const auto far = [type]() -> const PathSet& { return FarSet(type); };
+  AddWay("far/single" + end, far, SingleCalls(Calculator));
+  for (const DU::eKernel kernel : DU::AvailableKernels()) {
+    const std::string way =
+        std::string("/columns/") + NameOf(kernel) + "/1" + end;
+    const Way judge = [kernel](const PathSet& paths, auto* verdicts) {
+      BatchWith(kernel).Judge(paths, verdicts);
+    };
+    AddWay("near" + way, near, judge);
+    AddWay("far" + way, far, judge);
   }
-  state.SetItemsProcessed(state.iterations());
+  for (const std::size_t threads : {1U, 2U}) {
+    const std::string way = "chosen/" + std::to_string(threads) + end;
+    AddWay("near/records/" + way, near, RecordBatch(Calculator, threads));
+    AddWay("near/columns/" + way, near, ColumnBatch(Calculator, threads));
+    AddWay("far/records/" + way, far, RecordBatch(Calculator, threads));
+    AddWay("far/columns/" + way, far, ColumnBatch(Calculator, threads));
+  }
 }
 
-void BM_PlainReference(benchmark::State& state) {
-  LightPathCalculator path;
-  TimePaths(state, [&](const LightPath& p) {
-    path.SetLightPath(p);
-    return TheSubjects().reference.CheckForShadowing(path);
-  });
+void AddAll() {
+  benchmark::AddCustomContext("kernel", NameOf(DU::AvailableKernels().back()));
+  AddSingleCalls(kMixed);
+  for (const eLightPathType type : kTypesThatOccur) AddSingleCalls(type);
+  for (const eLightPathType type : {kMixed, DU::kInnerAVToWater, DU::kWater}) {
+    AddBatches(type);
+  }
+  for (const int tolerance : {-10, 0, 50, 150, 400}) AddTolerance(tolerance);
 }
-
-void BM_CheckForShadowing(benchmark::State& state) {
-  LightPathCalculator path;
-  TimePaths(state, [&](const LightPath& p) {
-    path.SetLightPath(p);
-    return TheSubjects().calculator.CheckForShadowing(path);
-  });
-}
-
-void BM_FindShadowing(benchmark::State& state) {
-  TimePaths(state, [&](const LightPath& p) {
-    return TheSubjects().calculator.FindShadowing(p);
-  });
-}
-
-BENCHMARK(BM_PlainReference)
-    ->ArgName("type")
-    ->DenseRange(DU::kUninitialised, DU::kWaterReflection);
-BENCHMARK(BM_CheckForShadowing)
-    ->ArgName("type")
-    ->DenseRange(DU::kUninitialised, DU::kWaterReflection);
-BENCHMARK(BM_FindShadowing)
-    ->ArgName("type")
-    ->DenseRange(DU::kUninitialised, DU::kWaterReflection);
 
 }  // namespace
-}  // namespace ZARN
+}  // namespace ZARN::Benchmarks
+
+int main(int argc, char** argv) {
+  return ZARN::Benchmarks::RunBenchmarks(argc, argv, ZARN::Benchmarks::AddAll);
+}

@@ -1,0 +1,185 @@
+#include <benchmark/benchmark.h>
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+#include <cstddef>
+#include <functional>
+#include <memory>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "benchmarks/PathSet.hpp"
+#include "benchmarks/Ways.hpp"
+#include "db/DB.hpp"
+#include "db/JsonTables.hpp"
+#include "du/ShadowingCalculator.hpp"
+#include "tests/support/Tables.hpp"
+
+/// Cost of a verdict against the number of hold-down ropes, and of anchors:
+/// geometries with one of the two alone, whose tolerance shrinks as the number
+/// grows, so that about the same share of paths is shadowed.
+namespace ZARN::Benchmarks {
+namespace {
+
+using Testing::Tables;
+using Testing::VesselTables;
+
+constexpr std::size_t kPaths = 4096;
+constexpr double kPi = 3.141592653589793;
+
+/// Mixed paths, drawn in the reference detector.
+const std::vector<DU::LightPath>& ThePaths() {
+  static const std::vector<DU::LightPath> paths =
+      PathSource().Draw(kMixed, kPaths);
+  return paths;
+}
+
+/// The rope of the reference detector.
+const DU::AVHDRopeModel& TheRope() {
+  static const DU::AVHDRopeModel rope = [] {
+    DU::ShadowingCalculator calculator;
+    calculator.BeginOfRun();
+    return calculator.GetAVHDRopes();
+  }();
+  return rope;
+}
+
+/// Copies of the rope at rolls all around.
+Tables RopeTables(int count) {
+  std::vector<double> rollDegrees;
+  rollDegrees.reserve(static_cast<std::size_t>(count));
+  for (int i = 0; i < count; ++i) rollDegrees.push_back(360.0 * i / count);
+  Tables tables = VesselTables();
+  tables.Set("GEO", "hold_down_ropes", "solid_definition", std::string("rope"));
+  tables.Set("GEO", "hold_down_ropes", "locations", std::string("rolls"));
+  tables.Set("SOLID", "rope", "r_rope", TheRope().AVHDRopeRadius);
+  tables.SetPositions("SOLID", "rope", TheRope().AVHDRopePositions, "rope_");
+  tables.Set("GEO_LOCATIONS", "rolls", "roll", rollDegrees);
+  return tables;
+}
+
+constexpr double kAnchorHalfHeight = 60.0;
+
+/// Evenly spread over the outer sphere along a spiral.
+Tables AnchorTables(int count) {
+  constexpr double kRadius = 5860.0;
+  const double goldenAngle = kPi * (3.0 - std::sqrt(5.0));
+  std::vector<TVector3> positions;
+  for (int i = 0; i < count; ++i) {
+    const double z = 1.0 - (2.0 * i + 1.0) / count;
+    const double rho = std::sqrt(1.0 - z * z);
+    const double phi = goldenAngle * i;
+    positions.emplace_back(kRadius * rho * std::cos(phi),
+                           kRadius * rho * std::sin(phi), kRadius * z);
+  }
+  Tables tables = VesselTables();
+  tables.Set("GEO", "inner_av", "ncd_anchor_definition", std::string("anchor"));
+  tables.Set("GEO", "inner_av", "ncd_anchor_locations", std::string("places"));
+  tables.Set("SOLID", "anchor", "half_z", kAnchorHalfHeight);
+  tables.Set("SOLID", "anchor", "r_max", 40.0);
+  tables.SetPositions("GEO_LOCATIONS", "places", positions);
+  return tables;
+}
+
+/// A geometry in both calculators.
+struct Geometry {
+  /// The tables are in the database.
+  Geometry(double tolerance, std::size_t plainPaths) {
+    calculator.BeginOfRun();
+    calculator.SetAllGeometryTolerances(tolerance);
+
+    all = std::make_unique<PathSet>(ThePaths());
+    for (const DU::LightPath& path : all->Records()) {
+      all->expected.push_back(calculator.FindShadowing(path));
+    }
+    plain.SetAllGeometryTolerances(tolerance);
+    const auto end =
+        ThePaths().begin() + static_cast<std::ptrdiff_t>(plainPaths);
+    first = std::make_unique<PathSet>(
+        std::vector<DU::LightPath>(ThePaths().begin(), end));
+    for (const DU::LightPath& path : first->Records()) {
+      first->expected.push_back(plain.FindShadowing(path));
+    }
+    const auto endOfSame =
+        all->expected.begin() + static_cast<std::ptrdiff_t>(plainPaths);
+    RequireEqual("geometry of another size", first->expected,
+                 {all->expected.begin(), endOfSame});
+  }
+
+  DU::ShadowingCalculator calculator;
+  PlainCalculator plain;
+  std::unique_ptr<PathSet> all;
+  std::unique_ptr<PathSet> first;  // for the plain reference
+};
+
+/// A size of one of the two, and what is asked there.
+struct Case {
+  const char* kind;
+  Tables (*makeTables)(int count);
+  int count;
+  double tolerance;        ///< mm
+  std::size_t plainPaths;  ///< of how many the plain reference is asked
+};
+
+// Tolerances at which 16 % of the paths are shadowed, as by the ten ropes of
+// the reference detector at 150 mm.
+constexpr std::array kCases = {
+    Case{"ropes", RopeTables, 1, 1074.0, kPaths},
+    Case{"ropes", RopeTables, 10, 150.0, kPaths},
+    Case{"ropes", RopeTables, 100, 2.27, 512},
+    Case{"ropes", RopeTables, 400, -6.22, 128},
+    Case{"ropes", RopeTables, 1000, -7.08, 128},
+    Case{"ropes", RopeTables, 4000, -9.12, 64},
+    Case{"anchors", AnchorTables, 10, 1618.0, kPaths},
+    Case{"anchors", AnchorTables, 100, 486.0, kPaths},
+    Case{"anchors", AnchorTables, 1000, 116.0, kPaths},
+    Case{"anchors", AnchorTables, 10'000, -7.41, kPaths},
+    Case{"anchors", AnchorTables, 100'000, -43.25, 1024}};
+
+/// The geometry of a case; that of the case before is given up, for the largest
+/// take a gigabyte.
+Geometry& GeometryOf(const Case& wanted) {
+  static const Case* current = nullptr;
+  static std::unique_ptr<Geometry> geometry;
+  if (current != &wanted) {
+    geometry = nullptr;
+    wanted.makeTables(wanted.count).Load();
+    geometry = std::make_unique<Geometry>(wanted.tolerance, wanted.plainPaths);
+    current = &wanted;
+  }
+  return *geometry;
+}
+
+void AddAll() {
+  // Before the reference detector's tables go.
+  ThePaths();
+  TheRope();
+  for (const Case& c : kCases) {
+    const std::string name =
+        std::string(c.kind) + "/" + std::to_string(c.count) + "/";
+    const auto all = [&c]() -> const PathSet& { return *GeometryOf(c).all; };
+    const auto calculator = [&c]() -> const DU::ShadowingCalculator& {
+      return GeometryOf(c).calculator;
+    };
+    AddWay(name + "single", all, SingleCalls(calculator));
+    AddWay(name + "batch", all, ColumnBatch(calculator));
+    AddWay(
+        name + "plain",
+        [&c]() -> const PathSet& { return *GeometryOf(c).first; },
+        [&c](const PathSet& paths, auto* verdicts) {
+          PlainCalculator& plain = GeometryOf(c).plain;
+          for (const DU::LightPath& path : paths.Records()) {
+            *verdicts++ = plain.FindShadowing(path);
+          }
+        });
+  }
+}
+
+}  // namespace
+}  // namespace ZARN::Benchmarks
+
+int main(int argc, char** argv) {
+  return ZARN::Benchmarks::RunBenchmarks(argc, argv, ZARN::Benchmarks::AddAll);
+}
