@@ -47,9 +47,7 @@ AzimuthRange RangeOf(const TVector3& rope, double angleTolerance,
 
 RopeDirections::RopeDirections(const std::vector<TVector3>& ropes,
                                double angleTolerance, eCrossings crossings,
-                               int cells)
-    : band_(crossings == eCrossings::kFlattened ? 1e-9 : 1e-6),
-      cosine_(std::cos(angleTolerance)) {
+                               int cells) {
   std::vector<AzimuthRange> ranges;
   const bool isUsual =
       std::all_of(ropes.begin(), ropes.end(), [](const TVector3& rope) {
@@ -58,7 +56,6 @@ RopeDirections::RopeDirections(const std::vector<TVector3>& ropes,
   if (!isUsual || std::isinf(angleTolerance)) {
     // One range all around, of a rope that no product can judge.
     directions_.emplace_back(0, 0, 0);
-    cosine_ = 0.0;
     table_ = AzimuthTable({{0.0, kTwoPi, false}}, cells);
     return;
   }
@@ -66,10 +63,19 @@ RopeDirections::RopeDirections(const std::vector<TVector3>& ropes,
     directions_.push_back(rope.Unit());
     ranges.push_back(RangeOf(rope, angleTolerance, crossings));
   }
-  // All directions are nearer than an angle beyond pi.
-  if (angleTolerance > kPi) cosine_ = -2.0;
+  FindLimits(angleTolerance, crossings);
   FindHeights(angleTolerance);
   table_ = AzimuthTable(ranges, cells);
+}
+
+void RopeDirections::FindLimits(double angleTolerance, eCrossings crossings) {
+  constexpr double kRounding = 1e-13;  // of a cosine
+  const double error = crossings == eCrossings::kFlattened ? 1e-9 : 1e-6;
+  const double near = angleTolerance - error;
+  const double far = angleTolerance + error;
+  // All directions are nearer than an angle beyond pi.
+  if (near > 0.0) surelyNear_ = near > kPi ? -2.0 : std::cos(near) + kRounding;
+  if (far < kPi) surelyFar_ = std::cos(far) - kRounding;
 }
 
 void RopeDirections::FindHeights(double angleTolerance) {
@@ -94,10 +100,9 @@ eAnswer RopeDirections::Judge(double x, double y, double z) const {
   const std::uint32_t* const end = table_.EndCandidates(cell);
   for (const std::uint32_t* i = table_.BeginCandidates(cell); i != end; ++i) {
     const TVector3& rope = directions_[*i];
-    const double over =
-        x * rope.X() + y * rope.Y() + z * rope.Z() - cosine_ * length;
-    if (over > band_ * length) return eAnswer::kBlocks;
-    if (!(over < -band_ * length)) answer = eAnswer::kUnsure;
+    const double product = x * rope.X() + y * rope.Y() + z * rope.Z();
+    if (product > surelyNear_ * length) return eAnswer::kBlocks;
+    if (!(product < surelyFar_ * length)) answer = eAnswer::kUnsure;
   }
   return answer;
 }

@@ -14,13 +14,13 @@ namespace ZARN::DU {
 ///     angleTolerance > crossing.Angle(rope)      for any rope
 ///
 /// Without an arc cosine: the cosine of the angle is compared with that of the
-/// tolerance. The arc cosine need not fall from one double to the next, but its
-/// error, that of the cosine of the tolerance, and the few roundings of either
-/// product are all below 1e-14 in the cosine; a crossing found by algebra
-/// (CylinderCrossing.hpp) is right to 1e-10 of its distance, its height to
-/// 1e-7. What lies within 10 times that of the limit is unsure. Before that, an
-/// AzimuthTable finds the few ropes that can be near, and for crossings in the
-/// horizontal plane mostly the answer.
+/// tolerance. A crossing found by algebra (CylinderCrossing.hpp) is right to
+/// 1e-10 of its distance, its height to 1e-7: what lies within 10 times that
+/// angle of the limit is unsure. The arc cosine need not fall from one double
+/// to the next, but its error, that of the cosine of the tolerance, and the few
+/// roundings of either product are all below 1e-14 in the cosine; 10 times that
+/// is added. Before that, an AzimuthTable finds the few ropes that can be near,
+/// and for crossings in the horizontal plane mostly the answer.
 class RopeDirections {
  public:
   /// Which crossings are asked about.
@@ -56,11 +56,12 @@ class RopeDirections {
   double HighestSine() const { return highestSine_; }
 
  private:
+  void FindLimits(double angleTolerance, eCrossings crossings);
   void FindHeights(double angleTolerance);
 
   std::vector<TVector3> directions_;  // unit vectors
-  double band_ = 0.0;                 // of the cosine
-  double cosine_ = 0.0;               // of the tolerance
+  double surelyNear_ = 2.0;           // cosines above it, of any rope
+  double surelyFar_ = -2.0;           // cosines below it, of every rope
   double lowestSine_ = -2.0;
   double highestSine_ = 2.0;
   AzimuthTable table_;
