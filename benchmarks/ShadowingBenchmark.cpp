@@ -288,7 +288,7 @@ class KernelBatch {
     std::array<std::uint8_t, DU::kBatchPaths> found;
     for (std::size_t first = 0; first < paths.Size(); first += found.size()) {
       const std::size_t count = std::min(found.size(), paths.Size() - first);
-      batch_.Judge(filter_.Map(), paths.Columns(), first, count, found.data());
+      batch_.Judge(filter_, paths.Columns(), first, count, found.data());
       for (std::size_t i = 0; i < count; ++i) {
         verdicts[first + i] =
             found[i] == DU::ShadowingBatch::kOpen

@@ -28,16 +28,30 @@ struct PlateFrame {
   double phiStart;  ///< azimuth of one edge, rad
 };
 
+/// Make room for the grids of some plates, unless they are so large that it may
+/// not be there.
+void ReserveGrids(double n, std::size_t plates, std::vector<TVector3>& points) {
+  constexpr double kMost = 1e7;
+  const double side = std::ceil(n);
+  const double count = side * side * static_cast<double>(plates);
+  if (n > 0.0 && count < kMost) points.reserve(static_cast<std::size_t>(count));
+}
+
 /// Lay n x n points over a plate, none where n is not above 0. Its far edges
 /// are not reached.
 void AppendGrid(const PlateFrame& frame, double n, double halfHeight,
                 std::vector<TVector3>& points) {
+  std::vector<TVector3> steps;
+  for (double b = 0; n > b; ++b) {
+    steps.push_back((2 * (b / n) * halfHeight) * kZHat);
+  }
   for (double a = 0; n > a; ++a) {
     const TVector3 v =
         WithPhi(frame.bottom, a / n * frame.width + frame.phiStart);
-    for (double b = 0; n > b; ++b) {
-      points.push_back(
-          WithMag(v + (2 * (b / n) * halfHeight) * kZHat, frame.radius));
+    for (const TVector3& step : steps) {
+      TVector3& point = points.emplace_back(v);
+      point += step;
+      point.SetMag(frame.radius);
     }
   }
 }
@@ -99,6 +113,7 @@ void LoadBellyPlateInfo(BellyPlateModel& model, double tolerance) {
   FillXYZPositions(model.BellyPlatePositions, "GEO_LOCATIONS", locations, "x",
                    "y", "z");
   const auto& plates = model.BellyPlatePositions;
+  ReserveGrids(tolerance, plates.size(), model.BellyPlateGridPoints);
   for (float k = 0; static_cast<float>(plates.size()) > k; k += 1.0F) {
     const PlateFrame frame(plates[static_cast<std::size_t>(k)],
                            model.BellyPlateHalfHeight, eDiagnostics::kWritten);
@@ -166,10 +181,19 @@ bool PreparedBellyPlates::IsInside(const Plate& plate, const TVector3& point) {
 }
 
 bool PreparedBellyPlates::Block(const TVector3& point) const {
-  return point.Z() < halfHeight_ && point.Z() > -halfHeight_ &&
+  return IsAsHigh(point) &&
          std::any_of(plates_.begin(), plates_.end(), [&](const Plate& plate) {
            return IsInside(plate, point);
          });
+}
+
+bool PreparedBellyPlates::Block(const TVector3& point, const CellItems& plates,
+                                CellItems::Range range) const {
+  const std::uint32_t* const items = plates.Items().data();
+  return IsAsHigh(point) && std::any_of(items + range.begin, items + range.end,
+                                        [&](std::uint32_t i) {
+                                          return IsInside(plates_[i], point);
+                                        });
 }
 
 std::uint32_t PreparedBellyPlates::CountItems() const {

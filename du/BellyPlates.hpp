@@ -5,6 +5,7 @@
 #include "TVector3.h"
 #include "du/WaterSegments.hpp"
 #include "du/geometry/BallTest.hpp"
+#include "du/geometry/CellItems.hpp"
 #include "du/geometry/Diagnostics.hpp"
 
 namespace ZARN::DU {
@@ -65,6 +66,9 @@ class PreparedBellyPlates final : public BallTest {
 
   /// Whether a plate blocks a path that crosses the vessel at @p point.
   bool Block(const TVector3& point) const;
+  /// Whether one of some plates does.
+  bool Block(const TVector3& point, const CellItems& plates,
+             CellItems::Range range) const;
 
   std::uint32_t CountItems() const override;
   eAnswer Judge(const Ball& ball, const Items& items,
@@ -79,6 +83,9 @@ class PreparedBellyPlates final : public BallTest {
     double limitCosine;  ///< of limit; -2 where all is
   };
 
+  bool IsAsHigh(const TVector3& point) const {
+    return point.Z() < halfHeight_ && point.Z() > -halfHeight_;
+  }
   static bool IsInside(const Plate& plate, const TVector3& point);
 
   double halfHeight_ = 0.0;

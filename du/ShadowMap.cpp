@@ -2,13 +2,16 @@
 
 #include <algorithm>
 #include <cmath>
-#include <deque>
+#include <utility>
 
 namespace ZARN::DU {
 namespace {
 
 /// The first squares are so small that their balls say something.
 constexpr int kFirstSquares = 4;
+
+/// Sizes of squares: a map of as many cells as can be counted has no more.
+constexpr std::size_t kMostLevels = 15;
 
 /// A square of cells: its first row and column, and how many on a side; and the
 /// directions of its corners, row by row.
@@ -19,6 +22,12 @@ struct Square {
   std::array<Point, 4> corners;
 };
 
+/// What is open in single cells, of one test.
+struct OpenCells {
+  CellItems::Lists lists;
+  BallTest::Items items;
+};
+
 /// Fills the codes, one square after the other.
 class MapPainter {
  public:
@@ -26,7 +35,8 @@ class MapPainter {
              std::vector<ShadowMap::Code>& codes)
       : radius_(radius), tests_(tests), cells_(cells), codes_(codes) {}
 
-  void PaintAll() {
+  /// @return what is left open
+  std::array<OpenCells, kMappedTests> PaintAll() {
     Open open;
     for (std::size_t i = 0; i < kMappedTests; ++i) {
       if (tests_[i] == nullptr) continue;
@@ -48,6 +58,7 @@ class MapPainter {
               open, 0);
       }
     }
+    return std::move(openCells_);
   }
 
  private:
@@ -59,21 +70,21 @@ class MapPainter {
 
   /// Paint a square that lies in a larger one of which @p outer is known.
   void Paint(const Square& square, const Open& outer, std::size_t level) {
-    if (levels_.size() <= level) levels_.resize(level + 1);
+    Open& inside = levels_[level];
     const Ball ball = BallAround(square);
     bool isSure = true;
     for (std::size_t i = 0; i < kMappedTests; ++i) {
       eAnswer answer = outer.answers[i];
       if (answer == eAnswer::kUnsure) {
-        levels_[level].items[i].clear();
-        answer =
-            tests_[i]->Judge(ball, outer.items[i], levels_[level].items[i]);
+        inside.items[i].clear();
+        answer = tests_[i]->Judge(ball, outer.items[i], inside.items[i]);
       }
-      levels_[level].answers[i] = answer;
+      inside.answers[i] = answer;
       isSure = isSure && answer != eAnswer::kUnsure;
     }
     if (isSure || square.size == 1) {
-      Fill(square, levels_[level].answers);
+      Fill(square, inside.answers);
+      if (!isSure) KeepOpen(square, inside);
       return;
     }
     const int half = square.size / 2;
@@ -91,7 +102,7 @@ class MapPainter {
          {row, square.column, half, {left, middle, corners[2], below}},
          {row, column, half, {middle, right, below, corners[3]}}}};
     for (const Square& quarter : quarters) {
-      Paint(quarter, levels_[level], level + 1);
+      Paint(quarter, inside, level + 1);
     }
   }
 
@@ -134,12 +145,25 @@ class MapPainter {
     }
   }
 
+  /// Keep what can still block in a single cell.
+  void KeepOpen(const Square& cell, const Open& open) {
+    for (std::size_t i = 0; i < kMappedTests; ++i) {
+      if (open.answers[i] != eAnswer::kUnsure) continue;
+      auto& [lists, items] = openCells_[i];
+      const auto begin = static_cast<std::uint32_t>(items.size());
+      items.insert(items.end(), open.items[i].begin(), open.items[i].end());
+      lists.push_back(
+          {static_cast<std::uint32_t>(cell.row * cells_ + cell.column),
+           {begin, static_cast<std::uint32_t>(items.size())}});
+    }
+  }
+
   double radius_;
   const ShadowMap::Tests& tests_;
   int cells_;
   std::vector<ShadowMap::Code>& codes_;
-  // One for each size of square, used again; a deque stays in its place.
-  std::deque<Open> levels_;
+  std::array<Open, kMostLevels> levels_;  // one for each size of square
+  std::array<OpenCells, kMappedTests> openCells_;
 };
 
 }  // namespace
@@ -151,10 +175,13 @@ ShadowMap::ShadowMap(double radius, const Tests& tests, int cells) {
   cells_ = cells;
   lowest2_ = (radius - kShell) * (radius - kShell);
   highest2_ = (radius + kShell) * (radius + kShell);
-  codes_.assign(
-      static_cast<std::size_t>(cells) * static_cast<std::size_t>(cells) + 1,
-      kNothingKnown);
-  MapPainter(radius, tests, cells, codes_).PaintAll();
+  const auto count =
+      static_cast<std::size_t>(cells) * static_cast<std::size_t>(cells);
+  codes_.assign(count + 1, kNothingKnown);
+  auto open = MapPainter(radius, tests, cells, codes_).PaintAll();
+  for (std::size_t i = 0; i < kMappedTests; ++i) {
+    open_[i] = CellItems(count, open[i].lists, std::move(open[i].items));
+  }
 }
 
 }  // namespace ZARN::DU

@@ -8,6 +8,7 @@
 #include "TVector3.h"
 #include "du/geometry/Answer.hpp"
 #include "du/geometry/BallTest.hpp"
+#include "du/geometry/CellItems.hpp"
 #include "du/geometry/OctahedralCells.hpp"
 
 namespace ZARN::DU {
@@ -48,7 +49,8 @@ inline constexpr auto kCellAnswers = MakeCellAnswers();
 /// precision), so it holds for every point that falls into the cell.
 ///
 /// A quadtree over the octahedral square fills what is surely the same in large
-/// pieces; only the borders of shadows are divided down to single cells.
+/// pieces; only the borders of shadows are divided down to single cells. Where
+/// a test has to be asked there, the few items are known that can block.
 class ShadowMap {
  public:
   /// Real crossings are within 1e-9 of the sphere; tables of paths are often
@@ -67,12 +69,22 @@ class ShadowMap {
   /// @param tests   a null one is off: it never blocks
   ShadowMap(double radius, const Tests& tests, int cells = kCells);
 
-  /// The code of the cell that a point falls into.
-  Code At(const TVector3& point) const {
+  /// The cell that a point falls into, or OffMap().
+  std::size_t CellAt(const TVector3& point) const {
     const double r2 = point.Mag2();
-    if (!(r2 > lowest2_ && r2 < highest2_)) return kNothingKnown;
-    return codes_[static_cast<std::size_t>(
-        CellOf(point.X(), point.Y(), point.Z()))];
+    if (!(r2 > lowest2_ && r2 < highest2_)) return OffMap();
+    return static_cast<std::size_t>(CellOf(point.X(), point.Y(), point.Z()));
+  }
+  /// Stands for all points off the shell.
+  std::size_t OffMap() const { return codes_.size() - 1; }
+
+  Code At(std::size_t cell) const { return codes_[cell]; }
+  Code At(const TVector3& point) const { return At(CellAt(point)); }
+
+  /// The items that can block a point in a cell, for every cell on the map that
+  /// is unsure.
+  const CellItems& Open(eMappedTest test) const {
+    return open_[static_cast<std::size_t>(test)];
   }
 
   template <class Real>
@@ -101,6 +113,7 @@ class ShadowMap {
   double lowest2_ = 0.0;
   double highest2_ = 0.0;
   std::vector<Code> codes_ = {kNothingKnown};  // row by row; see Codes
+  std::array<CellItems, kMappedTests> open_;
 };
 
 }  // namespace ZARN::DU

@@ -37,6 +37,9 @@ class Records {
   explicit Records(const LightPath* paths) : paths_(paths) {}
 
   int Type(std::size_t i) const { return paths_[i].LightPathType; }
+  const TVector3& At(Vector Path::*member, std::size_t i) const {
+    return paths_[i].*member;
+  }
   /// Call @p take(i, x, y, z) for some paths, with one of their vectors.
   template <class Take>
   void ForEach(Vector Path::*member, const std::uint16_t* begin,
@@ -60,6 +63,9 @@ class Columns {
       : paths_(paths), first_(first) {}
 
   int Type(std::size_t i) const { return paths_.LightPathType[first_ + i]; }
+  TVector3 At(Vector Path::*member, std::size_t i) const {
+    return (paths_.*member).At(first_ + i);
+  }
   template <class Take>
   void ForEach(Vector Path::*member, const std::uint16_t* begin,
                std::size_t count, const Take& take) const {
@@ -271,20 +277,21 @@ void ShadowingBatch::MakeWaterVerdicts(const ShadowingFilter& filter) {
 
 void ShadowingBatch::UseKernel(eKernel kernel) { kernel_ = &KernelOf(kernel); }
 
-void ShadowingBatch::Judge(const ShadowMap& map, const LightPath* paths,
-                           std::size_t count, std::uint8_t* verdicts) const {
-  JudgeBlock(map, Records(paths), count, verdicts);
+void ShadowingBatch::Judge(const ShadowingFilter& filter,
+                           const LightPath* paths, std::size_t count,
+                           std::uint8_t* verdicts) const {
+  JudgeBlock(filter, Records(paths), count, verdicts);
 }
 
-void ShadowingBatch::Judge(const ShadowMap& map, const LightPathArrays& paths,
-                           std::size_t first, std::size_t count,
-                           std::uint8_t* verdicts) const {
-  JudgeBlock(map, Columns(paths, first), count, verdicts);
+void ShadowingBatch::Judge(const ShadowingFilter& filter,
+                           const LightPathArrays& paths, std::size_t first,
+                           std::size_t count, std::uint8_t* verdicts) const {
+  JudgeBlock(filter, Columns(paths, first), count, verdicts);
 }
 
 template <class Paths>
-void ShadowingBatch::JudgeBlock(const ShadowMap& map, const Paths& paths,
-                                std::size_t count,
+void ShadowingBatch::JudgeBlock(const ShadowingFilter& filter,
+                                const Paths& paths, std::size_t count,
                                 std::uint8_t* verdicts) const {
   using Path = typename Paths::Path;
   using Vector = typename Paths::Vector;
@@ -332,25 +339,42 @@ void ShadowingBatch::JudgeBlock(const ShadowMap& map, const Paths& paths,
   });
   kernel_->cross(geometry_, crossings, segments);
 
-  const ShadowMap::Code* const codes = map.Codes().data();
-  const auto verdictOn = [&](const CrossingVerdicts& table, std::size_t i) {
-    return table[ropes_[static_cast<std::size_t>(crossings.rope.at[i])]]
-                [codes[crossings.cell.at[i]]];
+  const ShadowMap::Code* const codes = filter.Map().Codes().data();
+  const auto verdictOn = [&](const CrossingVerdicts& table, std::size_t segment,
+                             Vector Path::*point, std::size_t path) {
+    const std::uint8_t ropes =
+        ropes_[static_cast<std::size_t>(crossings.rope.at[segment])];
+    const int cell = crossings.cell.at[segment];
+    const std::uint8_t verdict = table[ropes][codes[cell]];
+    const bool areRopesKnown =
+        ropes != kNothingKnown && (ropes & 3U) != kUnsure;
+    if (verdict != kOpen || !areRopesKnown || cell == geometry_.offMap) {
+      return verdict;
+    }
+    // No rope below the ends blocks it, or the verdict would not be open.
+    const bool isAboveEnds = (ropes & kBelowEnds) == 0;
+    return static_cast<std::uint8_t>(filter.FindAtCrossing(
+        paths.At(point, path), static_cast<std::size_t>(cell),
+        {isAboveEnds, isAboveEnds && ropes == kBlocks,
+         &table == &firstVerdicts_}));
   };
   std::size_t at = 0;
   forEachType(ePathKind::kOneCrossing, [&](std::size_t type) {
     const std::uint16_t* const list = byType.Of(type);
     for (std::size_t i = 0; i < byType.Count(type); ++i) {
-      verdicts[list[i]] = verdictOn(firstVerdicts_, at++);
+      verdicts[list[i]] =
+          verdictOn(firstVerdicts_, at++, kShapes[type].firstPoint, list[i]);
     }
   });
   at = firsts;
   forEachType(ePathKind::kTwoCrossings, [&](std::size_t type) {
     const std::uint16_t* const list = byType.Of(type);
     for (std::size_t i = 0; i < byType.Count(type); ++i, ++at) {
-      const std::uint8_t first = verdictOn(firstVerdicts_, at);
+      const std::uint8_t first =
+          verdictOn(firstVerdicts_, at, kShapes[type].firstPoint, list[i]);
       const std::uint8_t second =
-          verdictOn(secondVerdicts_, at + (seconds - firsts));
+          verdictOn(secondVerdicts_, at + (seconds - firsts),
+                    kShapes[type].secondPoint, list[i]);
       // The components in their order, each for both segments: the smaller
       // number counts, and kOpen is the largest.
       verdicts[list[i]] =

@@ -20,13 +20,14 @@ std::vector<eKernel> AvailableKernels();
 
 /// A first verdict on many paths at a time, by the arithmetic of
 /// ShadowingFilter in single precision: twice as many paths in a register, and
-/// bands so wide that about one path in twenty stays open and is left to the
+/// bands so wide that about one path in fifty stays open and is left to the
 /// filter itself.
 ///
 /// Paths are taken kBatchPaths at a time: sorted by type into arrays of water
 /// segments, judged by loops without branches (BatchKernel), and put together
 /// by small tables: each cell of the shadow map and of the azimuth tables gives
-/// a number, and the verdict stands where both lead.
+/// a number, and the verdict stands where both lead. Where only the map is
+/// unsure, the filter's exact tests of that cell decide.
 ///
 /// Holds no reference to what it was made from; several threads may ask.
 class ShadowingBatch {
@@ -39,12 +40,12 @@ class ShadowingBatch {
   /// Write the verdict on each of @p count paths, as a number of
   /// eShadowingComponent, or kOpen. Paths of unusual types are left open.
   ///
-  /// @param map  of the filter that this was made from
+  /// @param filter  the one that this was made from
   /// @param count  up to kBatchPaths
-  void Judge(const ShadowMap& map, const LightPath* paths, std::size_t count,
-             std::uint8_t* verdicts) const;
+  void Judge(const ShadowingFilter& filter, const LightPath* paths,
+             std::size_t count, std::uint8_t* verdicts) const;
   /// @param first  of the paths in the arrays
-  void Judge(const ShadowMap& map, const LightPathArrays& paths,
+  void Judge(const ShadowingFilter& filter, const LightPathArrays& paths,
              std::size_t first, std::size_t count,
              std::uint8_t* verdicts) const;
 
@@ -66,8 +67,8 @@ class ShadowingBatch {
   using CrossingVerdicts = std::array<std::array<std::uint8_t, 256>, kRopes>;
 
   template <class Paths>
-  void JudgeBlock(const ShadowMap& map, const Paths& paths, std::size_t count,
-                  std::uint8_t* verdicts) const;
+  void JudgeBlock(const ShadowingFilter& filter, const Paths& paths,
+                  std::size_t count, std::uint8_t* verdicts) const;
   int Append(const AzimuthTable& table, std::uint8_t flag);
   int Append(std::uint8_t answer);
   void MakeCrossingVerdicts();

@@ -207,10 +207,10 @@ struct Records {
   auto On(std::size_t i, const Work& work) const {
     return work(ViewsOf(paths[i], ShapeOfType(paths[i].LightPathType)));
   }
-  void Judge(const ShadowingBatch& batch, const ShadowMap& map,
+  void Judge(const ShadowingBatch& batch, const ShadowingFilter& filter,
              std::size_t first, std::size_t count,
              std::uint8_t* verdicts) const {
-    batch.Judge(map, paths + first, count, verdicts);
+    batch.Judge(filter, paths + first, count, verdicts);
   }
 
   const LightPath* paths;
@@ -221,10 +221,10 @@ struct Columns {
     const WaterSegments segments = SegmentsOf(paths, i);
     return work(ViewsOf(segments));
   }
-  void Judge(const ShadowingBatch& batch, const ShadowMap& map,
+  void Judge(const ShadowingBatch& batch, const ShadowingFilter& filter,
              std::size_t first, std::size_t count,
              std::uint8_t* verdicts) const {
-    batch.Judge(map, paths, first, count, verdicts);
+    batch.Judge(filter, paths, first, count, verdicts);
   }
 
   const LightPathArrays& paths;
@@ -283,7 +283,7 @@ void ShadowingCalculator::FindShadowingOfSome(
   for (std::size_t i = first; i < last; i += kBatchPaths) {
     const std::size_t count = std::min(kBatchPaths, last - i);
     if (Fast != nullptr) {
-      paths.Judge(Fast->batch, Fast->filter.Map(), i, count, found.data());
+      paths.Judge(Fast->batch, Fast->filter, i, count, found.data());
     } else {
       found.fill(ShadowingBatch::kOpen);
     }

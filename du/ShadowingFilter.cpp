@@ -14,7 +14,7 @@ using eComponent = eShadowingComponent;
 
 /// Azimuth cells: few hold an edge of a rope's shadow, and all tables fit into
 /// the first cache.
-constexpr int kAzimuthCells = 4096;
+constexpr int kAzimuthCells = 16384;
 
 enum class eSide { kInside, kUnsure, kOutside };
 
@@ -122,7 +122,23 @@ ShadowingFilter::ShadowingFilter(const ShadowingCalculator& calculator,
   hasNeckBoss_ = isOn(eComponent::kNeckBoss);
   if (hasNeckBoss_) test(eMappedTest::kNeckBoss) = &neckBoss;
 
-  if (layers.map) map_ = ShadowMap(calculator.GetOuterAVRadius(), tests);
+  if (!layers.map) return;
+  map_ = ShadowMap(calculator.GetOuterAVRadius(), tests);
+  surfaceOfCells_ =
+      surface_.ListOf(map_.Open(eMappedTest::kHoldDownSurface).Items());
+  anchorsOfCells_ = anchors_.ListOf(map_.Open(eMappedTest::kNCDAnchor).Items());
+}
+
+eComponent ShadowingFilter::FindAtCrossing(const TVector3& point,
+                                           std::size_t cell,
+                                           const KnownRopes& ropes) const {
+  const Crossing at = {&point, cell, map_.At(cell)};
+  if (ropes.isAboveEnds && IsOnSurfaceRope(at)) return eComponent::kAVHDRope;
+  if (ropes.isAtSupportRope) return eComponent::kSupportRope;
+  if (IsOnPlate(at)) return eComponent::kBellyPlate;
+  if (IsNearAnchor(at)) return eComponent::kNCDAnchor;
+  if (ropes.isFirst && IsAtPipes(at)) return eComponent::kAVPipe;
+  return IsUnderBoss(at) ? eComponent::kNeckBoss : eComponent::kNone;
 }
 
 eAnswer ShadowingFilter::JudgeHoldDownInWater(const SegmentView& first,

@@ -21,8 +21,10 @@ class ShadowingCalculator;
 /// Per component, from the cheapest to the dearest:
 ///
 /// - the shadow map answers for crossing points on the vessel sphere;
-/// - grids and prepared plates answer exactly for other crossing points and
-///   where the map is unsure; pipes and neck boss by their formula;
+/// - where the map is unsure, the few surface points, anchors or plates that
+/// can
+///   block in the cell are asked exactly; for other crossing points grids and
+///   all plates; pipes and neck boss by their formula;
 /// - algebra and azimuth tables answer for the vertical ropes; the few paths
 ///   that they leave open go to the formula of the whole component.
 ///
@@ -30,6 +32,13 @@ class ShadowingCalculator;
 /// or writes once it is made; several threads may ask.
 class ShadowingFilter {
  public:
+  /// What is known of a segment that no vertical hold-down rope blocks.
+  struct KnownRopes {
+    bool isAboveEnds;      ///< and so may meet the ropes' stretch on the sphere
+    bool isAtSupportRope;  ///< one of them blocks it
+    bool isFirst;          ///< of its path: the pipes count
+  };
+
   /// @param calculator  whose models, flags, tolerances and radii are taken as
   ///                    they stand
   ShadowingFilter(const ShadowingCalculator& calculator,
@@ -53,6 +62,14 @@ class ShadowingFilter {
         return FindAmong<1>({&path.first}, isBlockedBy);
     }
   }
+
+  /// The component that blocks a segment of which it is known what the vertical
+  /// ropes do, so that only its crossing point counts.
+  ///
+  /// @param cell  of the map, not off it; found in single precision or double
+  /// @param ropes  what else than the point counts
+  eShadowingComponent FindAtCrossing(const TVector3& point, std::size_t cell,
+                                     const KnownRopes& ropes) const;
 
   // The layers, for batches and tests.
   const ShadowMap& Map() const { return map_; }
@@ -107,30 +124,29 @@ class ShadowingFilter {
   [[gnu::always_inline]] eComponent FindAmong(
       const std::array<const SegmentView*, N>& segments,
       const Formula& isBlockedBy) const {
-    std::array<ShadowMap::Code, N> codes;
-    for (std::size_t i = 0; i < N; ++i) codes[i] = map_.At(segments[i]->point);
+    std::array<Crossing, N> crossings;
+    for (std::size_t i = 0; i < N; ++i) {
+      const std::size_t cell = map_.CellAt(segments[i]->point);
+      crossings[i] = {&segments[i]->point, cell, map_.At(cell)};
+    }
     const auto any = [&](const auto& blocks) {
       for (std::size_t i = 0; i < N; ++i) {
-        if (blocks(*segments[i], codes[i])) return true;
+        if (blocks(*segments[i], crossings[i])) return true;
       }
       return false;
     };
-    const auto answer = [](ShadowMap::Code code, eMappedTest test) {
-      return ShadowMap::AnswerOf(code, test);
-    };
 
-    if (hasHoldDown_ && any([&](const SegmentView& s, ShadowMap::Code code) {
+    if (hasHoldDown_ && any([&](const SegmentView& s, const Crossing& at) {
           if (holdDownEndHeight_ > s.point.Z()) {
             return Blocks(holdDown_.JudgeFlattened(s), [&] {
               return isBlockedBy(eComponent::kAVHDRope, s);
             });
           }
-          return Blocks(answer(code, eMappedTest::kHoldDownSurface),
-                        [&] { return surface_.HasPointNear(s.point); });
+          return IsOnSurfaceRope(at);
         })) {
       return eComponent::kAVHDRope;
     }
-    if (hasSupport_ && any([&](const SegmentView& s, ShadowMap::Code) {
+    if (hasSupport_ && any([&](const SegmentView& s, const Crossing&) {
           return s.point.Z() > supportFootHeight_ &&
                  Blocks(support_.JudgeFlattened(s), [&] {
                    return isBlockedBy(eComponent::kSupportRope, s);
@@ -138,31 +154,74 @@ class ShadowingFilter {
         })) {
       return eComponent::kSupportRope;
     }
-    if (any([&](const SegmentView& s, ShadowMap::Code code) {
-          return Blocks(answer(code, eMappedTest::kBellyPlate),
-                        [&] { return plates_.Block(s.point); });
+    if (any([&](const SegmentView&, const Crossing& at) {
+          return IsOnPlate(at);
         })) {
       return eComponent::kBellyPlate;
     }
-    if (any([&](const SegmentView& s, ShadowMap::Code code) {
-          return Blocks(answer(code, eMappedTest::kNCDAnchor),
-                        [&] { return anchors_.HasPointNear(s.point); });
+    if (any([&](const SegmentView&, const Crossing& at) {
+          return IsNearAnchor(at);
         })) {
       return eComponent::kNCDAnchor;
     }
-    if (Blocks(answer(codes[0], eMappedTest::kAVPipe), [&] {
-          return hasPipes_ && IsWithinAVPipeBands(segments[0]->point);
-        })) {
-      return eComponent::kAVPipe;
-    }
-    if (any([&](const SegmentView& s, ShadowMap::Code code) {
-          return Blocks(answer(code, eMappedTest::kNeckBoss), [&] {
-            return hasNeckBoss_ && IsUnderNeckBoss(neckBoss_, s.point);
-          });
+    if (IsAtPipes(crossings[0])) return eComponent::kAVPipe;
+    if (any([&](const SegmentView&, const Crossing& at) {
+          return IsUnderBoss(at);
         })) {
       return eComponent::kNeckBoss;
     }
     return eComponent::kNone;
+  }
+
+  // The tests of a crossing point: the map, where it is unsure the items of the
+  // cell, and off the map all.
+  struct Crossing {
+    const TVector3* point;
+    std::size_t cell;  // of the map
+    ShadowMap::Code code;
+  };
+  template <class ByItems, class ByAll>
+  [[gnu::always_inline]] bool IsBlockedAt(const Crossing& at, eMappedTest test,
+                                          const ByItems& byItems,
+                                          const ByAll& byAll) const {
+    return Blocks(ShadowMap::AnswerOf(at.code, test), [&] {
+      return at.cell == map_.OffMap() ? byAll()
+                                      : byItems(map_.Open(test).Of(at.cell));
+    });
+  }
+  bool IsOnSurfaceRope(const Crossing& at) const {
+    return IsBlockedAt(
+        at, eMappedTest::kHoldDownSurface,
+        [&](CellItems::Range range) {
+          return surfaceOfCells_.HasNear(*at.point, range.begin, range.end);
+        },
+        [&] { return surface_.HasPointNear(*at.point); });
+  }
+  bool IsOnPlate(const Crossing& at) const {
+    constexpr auto kTest = eMappedTest::kBellyPlate;
+    return IsBlockedAt(
+        at, kTest,
+        [&](CellItems::Range range) {
+          return plates_.Block(*at.point, map_.Open(kTest), range);
+        },
+        [&] { return plates_.Block(*at.point); });
+  }
+  bool IsNearAnchor(const Crossing& at) const {
+    return IsBlockedAt(
+        at, eMappedTest::kNCDAnchor,
+        [&](CellItems::Range range) {
+          return anchorsOfCells_.HasNear(*at.point, range.begin, range.end);
+        },
+        [&] { return anchors_.HasPointNear(*at.point); });
+  }
+  bool IsAtPipes(const Crossing& at) const {
+    return Blocks(ShadowMap::AnswerOf(at.code, eMappedTest::kAVPipe),
+                  [&] { return hasPipes_ && IsWithinAVPipeBands(*at.point); });
+  }
+  bool IsUnderBoss(const Crossing& at) const {
+    return Blocks(ShadowMap::AnswerOf(at.code, eMappedTest::kNeckBoss), [&] {
+      return hasNeckBoss_ && IsUnderNeckBoss(neckBoss_, *at.point);
+    });
   }
 
   bool hasHoldDown_ = false;
@@ -178,7 +237,9 @@ class ShadowingFilter {
   VerticalRopeFilter entered_;
   VerticalRopeFilter left_;
   PointGrid surface_;
+  PointList surfaceOfCells_;  // of the map, as it lists them
   PointGrid anchors_;
+  PointList anchorsOfCells_;
   PreparedBellyPlates plates_;
   NeckBossModel neckBoss_;
   ShadowMap map_;

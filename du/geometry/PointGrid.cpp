@@ -2,8 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
-
-#include "du/geometry/SquaredReach.hpp"
+#include <utility>
 
 namespace ZARN::DU {
 namespace {
@@ -29,7 +28,7 @@ double CellsFrom(double origin, double place, double cellsPerLength) {
 
 PointGrid::PointGrid(const std::vector<TVector3>& points, double reach,
                      eGrid layout)
-    : reach_(reach), squaredReach_(SquaredReach(reach)) {
+    : reach_(reach) {
   std::vector<TVector3> finite;
   finite.reserve(points.size());
   std::copy_if(points.begin(), points.end(), std::back_inserter(finite),
@@ -46,16 +45,12 @@ PointGrid::PointGrid(const std::vector<TVector3>& points, double reach,
   for (const std::uint32_t cell : cells) ++begins_[cell + 1];
   for (std::size_t i = 1; i < begins_.size(); ++i) begins_[i] += begins_[i - 1];
 
-  x_.resize(finite.size());
-  y_.resize(finite.size());
-  z_.resize(finite.size());
+  std::vector<Point> sorted(finite.size());
   std::vector<std::uint32_t> next(begins_.begin(), begins_.end() - 1);
   for (std::size_t i = 0; i < finite.size(); ++i) {
-    const std::uint32_t at = next[cells[i]]++;
-    x_[at] = finite[i].X();
-    y_[at] = finite[i].Y();
-    z_[at] = finite[i].Z();
+    sorted[next[cells[i]]++] = {finite[i].X(), finite[i].Y(), finite[i].Z()};
   }
+  points_ = PointList(std::move(sorted), reach);
 }
 
 /// Choose the cells; where that cannot be done there remains one for all.
@@ -121,8 +116,9 @@ bool PointGrid::FindRange(const Axis& axis, double coordinate,
 }
 
 bool PointGrid::HasPointNear(const TVector3& point) const {
-  const auto size = static_cast<std::uint32_t>(x_.size());
-  if (!(cellsPerLength_ > 0.0)) return HasPointNear(point, 0, size);
+  if (!(cellsPerLength_ > 0.0)) {
+    return points_.HasNear(point, 0, points_.Size());
+  }
   Range x = {};
   Range y = {};
   Range z = {};
@@ -135,8 +131,8 @@ bool PointGrid::HasPointNear(const TVector3& point) const {
     for (std::uint32_t j = y.first; j <= y.last; ++j) {
       const std::uint32_t row = (i * axes_[1].cells + j) * axes_[2].cells;
       // Neighbours along z stand side by side in the lists.
-      if (HasPointNear(point, begins_[row + z.first],
-                       begins_[row + z.last + 1])) {
+      if (points_.HasNear(point, begins_[row + z.first],
+                          begins_[row + z.last + 1])) {
         return true;
       }
     }
@@ -144,23 +140,14 @@ bool PointGrid::HasPointNear(const TVector3& point) const {
   return false;
 }
 
-bool PointGrid::HasPointNear(const TVector3& point, std::uint32_t begin,
-                             std::uint32_t end) const {
-  const double px = point.X();
-  const double py = point.Y();
-  const double pz = point.Z();
-  for (std::uint32_t i = begin; i < end; ++i) {
-    const double dx = px - x_[i];
-    const double dy = py - y_[i];
-    const double dz = pz - z_[i];
-    if (dx * dx + dy * dy + dz * dz < squaredReach_) return true;
-  }
-  return false;
+PointList PointGrid::ListOf(const Items& items) const {
+  std::vector<Point> points;
+  points.reserve(items.size());
+  for (const std::uint32_t i : items) points.push_back(points_[i]);
+  return {std::move(points), reach_};
 }
 
-std::uint32_t PointGrid::CountItems() const {
-  return static_cast<std::uint32_t>(x_.size());
-}
+std::uint32_t PointGrid::CountItems() const { return points_.Size(); }
 
 eAnswer PointGrid::Judge(const Ball& ball, const Items& items,
                          Items& open) const {
@@ -168,30 +155,52 @@ eAnswer PointGrid::Judge(const Ball& ball, const Items& items,
   const double radius = ball.radius + kRounding;
   const double inner = std::max(reach_ - radius, 0.0);
   const double outer = reach_ + radius;
-  const auto squaredDistanceTo = [&ball, x = x_.data(), y = y_.data(),
-                                  z = z_.data()](std::uint32_t i) {
-    return SquaredDistance(ball.centre, {x[i], y[i], z[i]});
+  const auto squaredDistanceTo = [&ball, &points = points_](std::uint32_t i) {
+    return SquaredDistance(ball.centre, points[i]);
   };
-  // Without branches: this is most of what a map costs.
+  // What was nearest to the enclosing ball stands first, and mostly decides.
+  if (!items.empty() && squaredDistanceTo(items.front()) < inner * inner) {
+    return eAnswer::kBlocks;
+  }
+  // Both loops without branches: they are most of what a map costs.
   double nearest2 = outer * outer;
+  std::size_t nearest = 0;
   open.resize(items.size());
   std::size_t count = 0;
   for (const std::uint32_t i : items) {
     const double distance2 = squaredDistanceTo(i);
     open[count] = i;
-    count += distance2 >= outer * outer ? 0 : 1;
+    nearest = distance2 < nearest2 ? count : nearest;
     nearest2 = std::min(nearest2, distance2);
+    count += distance2 >= outer * outer ? 0U : 1U;
   }
   if (nearest2 < inner * inner) return eAnswer::kBlocks;
-  // No point in the ball has its nearest listed one farther from the centre.
-  const double farthest = std::sqrt(nearest2) + 2.0 * radius;
-  const auto end = open.begin() + static_cast<std::ptrdiff_t>(count);
-  open.erase(std::remove_if(open.begin(), end,
-                            [&](std::uint32_t i) {
-                              return squaredDistanceTo(i) > farthest * farthest;
-                            }),
-             open.end());
-  return open.empty() ? eAnswer::kClear : eAnswer::kUnsure;
+  if (count == 0) {
+    open.clear();
+    return eAnswer::kClear;
+  }
+  std::swap(open[0], open[nearest]);
+  open.resize(count);
+  // Left out are those that lie, from every point of the ball, behind the
+  // nearest one: beyond the plane half way between them. The squared distances
+  // differ by more than they are rounded. Few do where the ball is large.
+  if (2 * radius > reach_) return eAnswer::kUnsure;
+  const Point& first = points_[open[0]];
+  const double diameter2 = 4.0 * radius * radius;
+  constexpr double kRelativeRounding = 1e-12;
+  std::size_t kept = 1;
+  for (std::size_t k = 1; k < count; ++k) {
+    const std::uint32_t i = open[k];
+    const double distance2 = squaredDistanceTo(i);
+    const double over = distance2 * (1.0 - kRelativeRounding) - nearest2;
+    const double farther = over > 0.0 ? over : 0.0;
+    open[kept] = i;
+    kept += farther * farther > diameter2 * SquaredDistance(points_[i], first)
+                ? 0U
+                : 1U;
+  }
+  open.resize(kept);
+  return eAnswer::kUnsure;
 }
 
 }  // namespace ZARN::DU

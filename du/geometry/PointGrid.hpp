@@ -6,6 +6,7 @@
 
 #include "TVector3.h"
 #include "du/geometry/BallTest.hpp"
+#include "du/geometry/PointList.hpp"
 
 namespace ZARN::DU {
 
@@ -20,9 +21,7 @@ enum class eGrid {
 ///
 ///     reach > (point - listed).Mag()
 ///
-/// Only cells that the reach touches are looked into. The squared distances
-/// are computed in the loop's order of operations and compared by SquaredReach,
-/// so nothing is left to a guard band.
+/// Only cells that the reach touches are looked into, by PointList.
 class PointGrid final : public BallTest {
  public:
   PointGrid() = default;
@@ -34,6 +33,8 @@ class PointGrid final : public BallTest {
   /// Whether a listed point lies strictly within the reach of @p point; false
   /// for a point that is not finite. Never throws, never allocates.
   bool HasPointNear(const TVector3& point) const;
+  /// The points that stand behind some items of a BallTest, in their order.
+  PointList ListOf(const Items& items) const;
 
   /// One for each point that can be near at all.
   std::uint32_t CountItems() const override;
@@ -54,19 +55,14 @@ class PointGrid final : public BallTest {
   void LayOut(const std::vector<TVector3>& points, double reach);
   std::uint32_t CellOf(const TVector3& point) const;
   bool FindRange(const Axis& axis, double coordinate, Range& range) const;
-  bool HasPointNear(const TVector3& point, std::uint32_t begin,
-                    std::uint32_t end) const;
 
   double reach_ = 0.0;
-  double squaredReach_ = 0.0;
   double touch_ = 0.0;  // how far off a cell may lie and still be touched
   double cellsPerLength_ = 0.0;
   std::array<Axis, 3> axes_;
   std::vector<std::uint32_t>
-      begins_;  // of every cell in the lists, and the end
-  std::vector<double> x_;
-  std::vector<double> y_;
-  std::vector<double> z_;
+      begins_;        // of every cell in the lists, and the end
+  PointList points_;  // cell by cell
 };
 
 }  // namespace ZARN::DU

@@ -77,7 +77,7 @@ TVector3 WithPhi(TVector3 v, double phi) {
 }
 
 TVector3 WithMag(TVector3 v, double length, eDiagnostics diagnostics) {
-  const bool wouldWarn = v.Mag() == 0.0;
+  const bool wouldWarn = v.Mag2() == 0.0;
   if (wouldWarn && diagnostics == eDiagnostics::kSilent) return v;
   v.SetMag(length);
   return v;

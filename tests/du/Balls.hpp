@@ -73,8 +73,10 @@ void AskAboutBall(const DU::BallTest& test, const DU::Ball& ball,
   DU::BallTest::Items remaining;
   if (ask(ball, all, remaining) != DU::eAnswer::kUnsure) return;
   EXPECT_FALSE(remaining.empty());
-  EXPECT_TRUE(std::includes(all.begin(), all.end(), remaining.begin(),
-                            remaining.end()));
+  DU::BallTest::Items sorted = remaining;
+  std::sort(sorted.begin(), sorted.end());
+  EXPECT_TRUE(
+      std::includes(all.begin(), all.end(), sorted.begin(), sorted.end()));
 
   const double part = random.Uniform(0, 1);
   const TVector3 middle =

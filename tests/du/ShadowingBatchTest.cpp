@@ -40,7 +40,7 @@ struct Judges {
   Verdicts OnRecords(const std::vector<LightPath>& paths) const {
     Verdicts verdicts(paths.size());
     for (std::size_t i = 0; i < paths.size(); i += kBatchPaths) {
-      batch.Judge(filter.Map(), paths.data() + i,
+      batch.Judge(filter, paths.data() + i,
                   std::min(kBatchPaths, paths.size() - i), verdicts.data() + i);
     }
     return verdicts;
@@ -49,7 +49,7 @@ struct Judges {
     const PathColumns columns(paths);
     Verdicts verdicts(paths.size());
     for (std::size_t i = 0; i < paths.size(); i += kBatchPaths) {
-      batch.Judge(filter.Map(), columns.Arrays(), i,
+      batch.Judge(filter, columns.Arrays(), i,
                   std::min(kBatchPaths, paths.size() - i), verdicts.data() + i);
     }
     return verdicts;
@@ -181,16 +181,15 @@ TEST(ShadowingBatch, JudgesAnyNumberOfPathsAndNoMore) {
     Verdicts expected(kBatchPaths, kUntouched);
     std::copy_n(all.begin(), count, expected.begin());
     Verdicts verdicts(kBatchPaths, kUntouched);
-    judges.batch.Judge(judges.filter.Map(), paths.data(), count,
-                       verdicts.data());
+    judges.batch.Judge(judges.filter, paths.data(), count, verdicts.data());
     EXPECT_EQ(verdicts, expected);
     verdicts.assign(kBatchPaths, kUntouched);
-    judges.batch.Judge(judges.filter.Map(), columns.Arrays(), 0, count,
+    judges.batch.Judge(judges.filter, columns.Arrays(), 0, count,
                        verdicts.data());
     EXPECT_EQ(verdicts, expected);
     // From some place on in the columns.
     const std::size_t first = kBatchPaths - count;
-    judges.batch.Judge(judges.filter.Map(), columns.Arrays(), first, count,
+    judges.batch.Judge(judges.filter, columns.Arrays(), first, count,
                        verdicts.data());
     EXPECT_TRUE(std::equal(all.begin() + static_cast<std::ptrdiff_t>(first),
                            all.end(), verdicts.begin()));
@@ -228,7 +227,7 @@ TEST(ShadowingBatch, ReadsOnlyTheColumnsThatItsTypesUse) {
         LightPathArrays arrays = columns.Arrays();
         for (const auto member : unused) arrays.*member = {};
         Verdicts verdicts(paths.size());
-        judges.batch.Judge(judges.filter.Map(), arrays, 0, paths.size(),
+        judges.batch.Judge(judges.filter, arrays, 0, paths.size(),
                            verdicts.data());
         EXPECT_EQ(verdicts, judges.OnRecords(paths));
       };
@@ -255,15 +254,15 @@ TEST(ShadowingBatch, BlocksNothingBeforeTheFirstRun) {
   EXPECT_LT(ExpectRightOrOpen(empty, paths), 1.0);
 }
 
-TEST(ShadowingBatch, OutlivesTheFilterThatItWasMadeFrom) {
+TEST(ShadowingBatch, WorksWithACopyOfTheFilterThatItWasMadeFrom) {
   const auto paths = PathsAtHardware(Detector(), 61).Make(kBatchPaths);
   std::optional<ShadowingFilter> filter;
   filter.emplace(Detector(), ShadowingLayers());
   const ShadowingBatch batch(*filter);
-  const ShadowMap map = filter->Map();
+  const ShadowingFilter copy = *filter;
   filter.reset();
   Verdicts verdicts(paths.size());
-  batch.Judge(map, paths.data(), paths.size(), verdicts.data());
+  batch.Judge(copy, paths.data(), paths.size(), verdicts.data());
   EXPECT_EQ(verdicts, Judges(Detector()).OnRecords(paths));
 }
 

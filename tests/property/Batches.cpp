@@ -116,10 +116,8 @@ std::string KernelDifference(const DU::ShadowingCalculator& calculator,
     std::vector<std::uint8_t> inColumns(judged.Size());
     for (std::size_t i = 0; i < judged.Size(); i += DU::kBatchPaths) {
       const std::size_t count = std::min(DU::kBatchPaths, judged.Size() - i);
-      batch.Judge(filter.Map(), judged.paths.data() + i, count,
-                  records.data() + i);
-      batch.Judge(filter.Map(), columns.Arrays(), i, count,
-                  inColumns.data() + i);
+      batch.Judge(filter, judged.paths.data() + i, count, records.data() + i);
+      batch.Judge(filter, columns.Arrays(), i, count, inColumns.data() + i);
     }
     if (first.empty()) first = records;
     for (std::size_t i = 0; i < judged.Size(); ++i) {
