@@ -477,7 +477,7 @@ void LeaveSomeOut(Tables& tables, Random& random) {
 
 }  // namespace
 
-Detector MakeDetector(Random& random) {
+Detector MakeDetector(Random& random, std::size_t mostRopes) {
   using Oddity = void (*)(Numbers&, Random&);
   constexpr std::array<Oddity, 19> kOddities = {
       SetOddScalar,   SetOddCoordinate, SetOddRadii,         DegenerateRope,
@@ -491,6 +491,8 @@ Detector MakeDetector(Random& random) {
     const int count = random.Whole(1, 3);
     for (int i = 0; i < count; ++i) random.Pick(kOddities)(numbers, random);
   }
+  auto& rolls = numbers.rollDegrees;
+  if (rolls.size() > mostRopes) rolls.resize(mostRopes);
   Detector detector{TablesOf(numbers), numbers.plates.size()};
   if (random.Chance(0.5)) LeaveSomeOut(detector.tables, random);
   if (odd && random.Chance(0.4)) {

@@ -15,6 +15,9 @@ struct Detector {
 
 /// Invent a geometry. Half of them could be built; the others have odd sizes,
 /// degenerate ropes, missing or damaged tables, or numbers that are none.
-Detector MakeDetector(Random& random);
+///
+/// @param mostRopes  hold-down ropes: each has some 2,000 surface points, and
+///                   the plain calculator asks them all
+Detector MakeDetector(Random& random, std::size_t mostRopes = 10);
 
 }  // namespace ZARN::Testing
