@@ -178,9 +178,9 @@ ShadowMap::ShadowMap(double radius, const Tests& tests, int cells) {
   const auto count =
       static_cast<std::size_t>(cells) * static_cast<std::size_t>(cells);
   codes_.assign(count + 1, kNothingKnown);
-  auto open = MapPainter(radius, tests, cells, codes_).PaintAll();
+  const auto open = MapPainter(radius, tests, cells, codes_).PaintAll();
   for (std::size_t i = 0; i < kMappedTests; ++i) {
-    open_[i] = CellItems(count, open[i].lists, std::move(open[i].items));
+    open_[i] = CellItems(count, open[i].lists, open[i].items);
   }
 }
 

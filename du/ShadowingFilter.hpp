@@ -21,10 +21,9 @@ class ShadowingCalculator;
 /// Per component, from the cheapest to the dearest:
 ///
 /// - the shadow map answers for crossing points on the vessel sphere;
-/// - where the map is unsure, the few surface points, anchors or plates that
-/// can
-///   block in the cell are asked exactly; for other crossing points grids and
-///   all plates; pipes and neck boss by their formula;
+/// - where the map is unsure, the few surface points, anchors or plates are
+///   asked that can block in the cell; for other crossing points grids and all
+///   plates; pipes and neck boss by their formula;
 /// - algebra and azimuth tables answer for the vertical ropes; the few paths
 ///   that they leave open go to the formula of the whole component.
 ///

@@ -10,7 +10,7 @@
 namespace ZARN::DU {
 
 /// Lists of items for a few of many cells: a bit for every cell, and the lists
-/// end to end.
+/// end to end in the order of the cells.
 class CellItems {
  public:
   /// The list of one cell, by its place among those of all.
@@ -23,11 +23,15 @@ class CellItems {
   CellItems() = default;
   /// @param cells  their number
   /// @param lists  in any order, one for a cell at most
-  /// @param items  of all lists
-  CellItems(std::size_t cells, const Lists& lists, BallTest::Items items);
+  /// @param items  in which the lists are ranges
+  CellItems(std::size_t cells, const Lists& lists,
+            const BallTest::Items& items);
 
   /// The list of a cell that has one.
-  Range Of(std::size_t cell) const { return ranges_[PlaceOf(cell)]; }
+  Range Of(std::size_t cell) const {
+    const std::size_t place = PlaceOf(cell);
+    return {begins_[place], begins_[place + 1]};
+  }
   const BallTest::Items& Items() const { return items_; }
 
  private:
@@ -40,7 +44,7 @@ class CellItems {
   std::size_t PlaceOf(std::size_t cell) const;
 
   std::vector<Word> words_;
-  std::vector<Range> ranges_;  // in the order of the cells
+  std::vector<std::uint32_t> begins_;  // of every list, and the end
   BallTest::Items items_;
 };
 

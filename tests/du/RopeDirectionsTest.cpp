@@ -250,5 +250,90 @@ TEST(RopeDirections, AnswerAlikeAtEveryDistance) {
   }
 }
 
+/// Which way a rope is left in space.
+TVector3 TurnedFrom(const TVector3& rope, double angle, Random& random) {
+  TVector3 turned = rope;
+  turned.Rotate(angle, rope.Cross(random.Direction()).Unit());
+  return turned;
+}
+
+TEST(RopeDirections, AreSureInSpaceBesideALimitOfAThousandth) {
+  Random random(83);
+  constexpr double kTolerance = 1e-3;
+  for (const int cells : {1, 4096}) {
+    for (int i = 0; i < 200; ++i) {
+      const TVector3 rope = RopesAround(random, 200).front();
+      const RopeDirections directions({rope}, kTolerance, eCrossings::kInSpace,
+                                      cells);
+      const auto judge = [&](double angle) {
+        return Judge(directions, TurnedFrom(rope, angle, random));
+      };
+      EXPECT_EQ(judge(0), eAnswer::kBlocks);
+      EXPECT_EQ(judge(0.5e-3), eAnswer::kBlocks);
+      EXPECT_EQ(judge(kTolerance - 2e-6), eAnswer::kBlocks);
+      for (const double off : {0.0, 1e-10, 1e-8, 1e-7, 9e-7}) {
+        EXPECT_EQ(judge(kTolerance - off), eAnswer::kUnsure) << off;
+        EXPECT_EQ(judge(kTolerance + off), eAnswer::kUnsure) << off;
+      }
+      EXPECT_EQ(judge(kTolerance + 2e-6), eAnswer::kClear);
+      EXPECT_EQ(judge(1.5e-3), eAnswer::kClear);
+    }
+  }
+}
+
+TEST(RopeDirections, AreNeverWrongInSpaceOfACrossingThatIsAsWrongAsAlgebra) {
+  Random random(84);
+  for (const double tolerance : {1e-4, 3e-4, 1e-3, 3e-3, 1e-2}) {
+    SCOPED_TRACE(tolerance);
+    AnswerTally beside;
+    AnswerTally atTheLimit;
+    for (int i = 0; i < 4000; ++i) {
+      const Ropes ropes = RopesAround(random, 200);
+      const RopeDirections directions(ropes, tolerance, eCrossings::kInSpace,
+                                      4096);
+      const auto add = [&](const TVector3& crossing, AnswerTally& tally) {
+        // The place is right to 1e-10 of its distance, the height to 1e-7.
+        TVector3 found = crossing + 1e-10 * crossing.Mag() * random.Direction();
+        found.SetZ(crossing.Z() +
+                   random.Uniform(-1, 1) * 1e-7 * crossing.Mag());
+        tally.Add(Judge(directions, found), IsNear(ropes, tolerance, crossing),
+                  crossing);
+      };
+      const TVector3& rope = random.Pick(ropes);
+      add(TurnedFrom(rope, tolerance * random.Uniform(0.5, 1.5), random),
+          beside);
+      add(AtTheLimit(rope, tolerance, eCrossings::kInSpace, random),
+          atTheLimit);
+      const double off = std::pow(10, random.Uniform(-12, -5));
+      add(TurnedFrom(rope, tolerance + (random.Chance(0.5) ? off : -off),
+                     random),
+          atTheLimit);
+    }
+    // Twice 1e-6 rad of the tolerance's own width.
+    beside.Expect(3e-6 / tolerance);
+    atTheLimit.Expect(0.95);
+  }
+}
+
+TEST(RopeDirections, AreNeverWrongInSpaceForATinyTolerance) {
+  // The band around the limit may reach down to no angle at all.
+  Random random(85);
+  const TVector3 rope(6000, 0, 20);
+  for (const double tolerance : {1e-9, 5e-7, 1e-6, 2e-6}) {
+    SCOPED_TRACE(tolerance);
+    const RopeDirections directions({rope}, tolerance, eCrossings::kInSpace,
+                                    64);
+    AnswerTally tally;
+    for (int i = 0; i < 2000; ++i) {
+      const TVector3 crossing =
+          TurnedFrom(rope, std::pow(10, random.Uniform(-10, -4)), random);
+      tally.Add(Judge(directions, crossing),
+                IsNear({rope}, tolerance, crossing), crossing);
+    }
+    tally.ExpectNoneWrong();
+    EXPECT_GT(tally.Count(eAnswer::kClear), 400U);
+  }
+}
+
 }  // namespace
 }  // namespace ZARN::DU

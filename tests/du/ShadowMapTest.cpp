@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <array>
 #include <cmath>
 #include <limits>
@@ -9,7 +10,9 @@
 #include <vector>
 
 #include "du/NeckBoss.hpp"
+#include "du/geometry/OctahedralCells.hpp"
 #include "du/geometry/PointGrid.hpp"
+#include "du/geometry/PointList.hpp"
 #include "tests/du/Answers.hpp"
 #include "tests/du/Neighbours.hpp"
 #include "tests/property/Random.hpp"
@@ -63,6 +66,7 @@ class TwoTests {
   }
 
   bool IsSpot(const TVector3& point) const { return grid_.HasPointNear(point); }
+  const PointGrid& Spots() const { return grid_; }
   bool IsCap(const TVector3& point) const {
     return IsUnderNeckBoss(boss_, point);
   }
@@ -75,6 +79,32 @@ class TwoTests {
       points.push_back(InTheShell(random.Direction(), random));
     }
     return points;
+  }
+
+  /// Points at limits of the spots, moved to where cells meet or a hair beside.
+  static std::vector<TVector3> PointsAtBorders(
+      const std::vector<TVector3>& points, int cells) {
+    Random random(33);
+    std::vector<TVector3> moved;
+    moved.reserve(points.size());
+    for (const TVector3& point : points) {
+      auto place = PlaceOf(point.X(), point.Y(), point.Z());
+      const auto move = [&](double& along) {
+        const double step = 2.0 / cells;
+        along = std::round(along / step) * step;
+        if (random.Chance(0.7)) {
+          along += (random.Chance(0.5) ? 1 : -1) *
+                   std::pow(10, random.Uniform(-17, -6));
+        }
+        along = std::clamp(along, -1.0, 1.0);
+      };
+      const int which = random.Whole(0, 2);
+      if (which != 0) move(place.u);
+      if (which != 1) move(place.v);
+      const Point direction = DirectionAt(place.u, place.v);
+      moved.push_back(InTheShell(AsTVector3(direction), random));
+    }
+    return moved;
   }
 
   /// Points at limits of the tests, and at the axes and folds of the square.
@@ -283,6 +313,200 @@ TEST(CellAnswers, AreTheDigitsOfTheCode) {
       AnswersOf(2 * 1 + 0 * 3 + 1 * 9 + 2 * 27 + 1 * 81),
       (std::vector<eAnswer>{eAnswer::kBlocks, eAnswer::kClear, eAnswer::kUnsure,
                             eAnswer::kBlocks, eAnswer::kUnsure}));
+}
+
+TEST(ShadowMap, FindsTheCellOfEveryPointInTheShell) {
+  const TwoTests tests;
+  for (const int cells : {16, 128}) {
+    const ShadowMap map = tests.Map(cells);
+    const auto side = static_cast<std::size_t>(cells);
+    const std::size_t count = side * side;
+    EXPECT_EQ(map.OffMap(), count);
+    EXPECT_EQ(map.At(map.OffMap()), ShadowMap::kNothingKnown);
+    std::vector<bool> isFound(count, false);
+    auto points = TwoTests::PointsAnywhere(20000);
+    const auto atBorders = TwoTests::PointsAtBorders(points, cells);
+    points.insert(points.end(), atBorders.begin(), atBorders.end());
+    for (const TVector3& point : points) {
+      const std::size_t cell = map.CellAt(point);
+      ASSERT_LT(cell, count);
+      EXPECT_EQ(cell, static_cast<std::size_t>(
+                          map.CellOf(point.X(), point.Y(), point.Z())));
+      EXPECT_EQ(map.At(point), map.Codes()[cell]);
+      EXPECT_EQ(map.At(cell), map.Codes()[cell]);
+      isFound[cell] = true;
+    }
+    if (cells == 16) {
+      EXPECT_EQ(std::count(isFound.begin(), isFound.end(), false), 0);
+    }
+  }
+}
+
+TEST(ShadowMap, FindsNoCellOffTheShell) {
+  const ShadowMap map = TwoTests().Map(128);
+  constexpr double kInfinity = std::numeric_limits<double>::infinity();
+  for (const double sign : {-1.0, 1.0}) {
+    EXPECT_NE(map.CellAt({0, 0, sign * Below(kRadius + kShell)}), map.OffMap());
+    EXPECT_EQ(map.CellAt({0, 0, sign * (kRadius + kShell)}), map.OffMap());
+    EXPECT_NE(map.CellAt({sign * Above(kRadius - kShell), 0, 0}), map.OffMap());
+    EXPECT_EQ(map.CellAt({sign * (kRadius - kShell), 0, 0}), map.OffMap());
+  }
+  for (const double y : {0.0, 1e-170, 1e9, 1e200, kInfinity, std::nan("")}) {
+    EXPECT_EQ(map.CellAt({0, y, 0}), map.OffMap()) << y;
+  }
+}
+
+TEST(ShadowMap, FindsNoCellAtAllWhereItKnowsNothing) {
+  const TwoTests tests;
+  for (const ShadowMap& map : {ShadowMap(), tests.Map(16, 1.0)}) {
+    EXPECT_EQ(map.OffMap(), 0U);
+    for (const TVector3& point :
+         {TVector3(0, 0, 0), TVector3(0, 0, kRadius), TVector3(1, 0, 0)}) {
+      EXPECT_EQ(map.CellAt(point), map.OffMap());
+    }
+    EXPECT_EQ(map.At(map.OffMap()), ShadowMap::kNothingKnown);
+    EXPECT_TRUE(map.Open(eMappedTest::kNCDAnchor).Items().empty());
+  }
+}
+
+/// As a batch finds it.
+std::size_t CellInSinglePrecision(const ShadowMap& map, const TVector3& point) {
+  return static_cast<std::size_t>(map.CellOf(static_cast<float>(point.X()),
+                                             static_cast<float>(point.Y()),
+                                             static_cast<float>(point.Z())));
+}
+
+/// Expect a map, and where it is unsure the items that are open in the cell, to
+/// decide as the test itself; with the cell found in both precisions.
+///
+/// @return how often the items were asked
+int ExpectOpenItemsToDecide(const PointGrid& grid, const ShadowMap& map,
+                            const std::vector<TVector3>& points) {
+  constexpr auto kTest = eMappedTest::kNCDAnchor;
+  const CellItems& open = map.Open(kTest);
+  const PointList list = grid.ListOf(open.Items());
+  int asked = 0;
+  int wrong = 0;
+  for (const TVector3& point : points) {
+    const bool expected = grid.HasPointNear(point);
+    for (const std::size_t cell :
+         {map.CellAt(point), CellInSinglePrecision(map, point)}) {
+      bool isBlocked = false;
+      const eAnswer answer = ShadowMap::AnswerOf(map.At(cell), kTest);
+      if (answer == eAnswer::kUnsure) {
+        ++asked;
+        const CellItems::Range range = open.Of(cell);
+        EXPECT_LT(range.begin, range.end);
+        if (range.end > list.Size()) {
+          ADD_FAILURE() << "a list up to " << range.end << " of "
+                        << list.Size();
+          continue;
+        }
+        isBlocked = list.HasNear(point, range.begin, range.end);
+      } else {
+        isBlocked = answer == eAnswer::kBlocks;
+      }
+      wrong += isBlocked != expected ? 1 : 0;
+    }
+  }
+  EXPECT_EQ(wrong, 0) << "of " << 2 * points.size();
+  return asked;
+}
+
+TEST(ShadowMap, KeepsOpenInEachUnsureCellWhatDecidesThere) {
+  const TwoTests tests;
+  const auto atLimits = tests.PointsAtLimits(50000);
+  for (const int cells : {16, 128, 1024}) {
+    SCOPED_TRACE(cells);
+    const ShadowMap map = tests.Map(cells);
+    const auto atBorders = TwoTests::PointsAtBorders(atLimits, cells);
+    for (const auto& points :
+         {TwoTests::PointsAnywhere(20000), atLimits, atBorders}) {
+      EXPECT_GT(ExpectOpenItemsToDecide(tests.Spots(), map, points), 100);
+    }
+  }
+}
+
+TEST(ShadowMap, KeepsOpenWhatReachesOnlyTheCornerOfACell) {
+  // Above the sphere and below, of corners that in single precision belong to
+  // this cell or another.
+  Random random(34);
+  constexpr double kReach = 50.0;
+  for (const int cells : {64, 256, 1024}) {
+    SCOPED_TRACE(cells);
+    const double step = 2.0 / cells;
+    std::vector<TVector3> spots;
+    std::vector<TVector3> places;
+    for (int i = 0; i < 1000; ++i) {
+      const double left = random.Whole(0, cells - 1) * step - 1;
+      const double top = random.Whole(0, cells - 1) * step - 1;
+      const auto at = [&](double u, double v) {
+        return AsTVector3(DirectionAt(left + u * step, top + v * step));
+      };
+      const TVector3 middle =
+          kRadius / 4 * (at(0, 0) + at(0, 1) + at(1, 0) + at(1, 1));
+      const double inside = std::pow(10, random.Uniform(-12, -3));
+      const auto corner = [&] {
+        return random.Chance(0.5) ? inside : 1 - inside;
+      };
+      const double off = random.Chance(0.5) ? 0.999 * kShell : -0.999 * kShell;
+      const TVector3 place = (kRadius + off) * at(corner(), corner());
+      places.push_back(place);
+      // Seen from the middle of the cell the spot lies behind the place: of the
+      // whole cell its reach holds little else.
+      spots.push_back(place + kReach * (1 - 1e-9) * (place - middle).Unit());
+    }
+    const PointGrid grid(spots, kReach);
+    ShadowMap::Tests tests = {};
+    tests[Index(eMappedTest::kNCDAnchor)] = &grid;
+    const ShadowMap map(kRadius, tests, cells);
+    EXPECT_GT(ExpectOpenItemsToDecide(grid, map, places), 1000);
+  }
+}
+
+TEST(ShadowMap, KeepsOpenFewOfManyItemsInASmallCell) {
+  // Of points one behind the other.
+  std::vector<TVector3> line;
+  for (int i = -500; i <= 500; ++i) {
+    line.emplace_back(kRadius * std::cos(0.0008 * i), 0,
+                      kRadius * std::sin(0.0008 * i));
+  }
+  const PointGrid grid(line, 162.0);
+  ShadowMap::Tests tests = {};
+  tests[Index(eMappedTest::kHoldDownSurface)] = &grid;
+  const ShadowMap map(kRadius, tests);
+  const CellItems& open = map.Open(eMappedTest::kHoldDownSurface);
+  int unsure = 0;
+  for (std::size_t cell = 0; cell < map.OffMap(); ++cell) {
+    if (ShadowMap::AnswerOf(map.At(cell), eMappedTest::kHoldDownSurface) !=
+        eAnswer::kUnsure) {
+      continue;
+    }
+    ++unsure;
+    const CellItems::Range range = open.Of(cell);
+    EXPECT_LT(range.begin, range.end);
+    EXPECT_LE(range.end - range.begin, 20U);
+  }
+  EXPECT_GT(unsure, 100);
+  EXPECT_LE(open.Items().size(), 15U * static_cast<unsigned>(unsure));
+}
+
+TEST(ShadowMap, KeepsOpenTheItemsOfEachTestApart) {
+  const SmallBallTest unsure(0, eAnswer::kBlocks);
+  const SmallBallTest blocks(1e9, eAnswer::kBlocks);
+  const ShadowMap map(kRadius, {&blocks, nullptr, &unsure}, 16);
+  EXPECT_TRUE(map.Open(eMappedTest::kHoldDownSurface).Items().empty());
+  EXPECT_TRUE(map.Open(eMappedTest::kBellyPlate).Items().empty());
+  const CellItems& open = map.Open(eMappedTest::kNCDAnchor);
+  EXPECT_EQ(open.Items(), BallTest::Items(256, 1U));
+  std::vector<bool> isUsed(256, false);
+  for (std::size_t cell = 0; cell < 256; ++cell) {
+    const CellItems::Range range = open.Of(cell);
+    ASSERT_EQ(range.end - range.begin, 1U);
+    ASSERT_LT(range.begin, 256U);
+    EXPECT_FALSE(isUsed[range.begin]);
+    isUsed[range.begin] = true;
+  }
 }
 
 }  // namespace

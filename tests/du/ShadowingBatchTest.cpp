@@ -11,6 +11,7 @@
 
 #include "tests/du/Detector.hpp"
 #include "tests/du/Formulas.hpp"
+#include "tests/du/Neighbours.hpp"
 #include "tests/du/PathColumns.hpp"
 #include "tests/du/PathsAtHardware.hpp"
 
@@ -264,6 +265,129 @@ TEST(ShadowingBatch, WorksWithACopyOfTheFilterThatItWasMadeFrom) {
   Verdicts verdicts(paths.size());
   batch.Judge(copy, paths.data(), paths.size(), verdicts.data());
   EXPECT_EQ(verdicts, Judges(Detector()).OnRecords(paths));
+}
+
+/// Paths that cross the vessel at a few heights, and between two of them.
+std::vector<LightPath> PathsAtHeights(const ShadowingCalculator& detector,
+                                      const std::vector<double>& heights,
+                                      std::uint64_t seed, std::size_t count) {
+  Testing::Random random(seed);
+  auto paths = PathsAtHardware(detector, seed).Make(count);
+  const double radius = detector.GetOuterAVRadius();
+  for (LightPath& path : paths) {
+    if (path.LightPathType == kWater) path.LightPathType = kAVToWater;
+    for (const auto member : kAVPoints) {
+      TVector3& point = path.*member;
+      const double z = random.Pick(heights);
+      point.SetPerp(std::sqrt(radius * radius - z * z));
+      point.SetZ(z);
+    }
+  }
+  return paths;
+}
+
+/// A height, the numbers beside it in both precisions, and those as far from it
+/// as its margin for single precision.
+std::vector<double> HeightsAround(double height) {
+  std::vector<double> heights = {height, Testing::Above(height),
+                                 Testing::Below(height)};
+  const auto single = static_cast<float>(height);
+  constexpr float kInfinity = std::numeric_limits<float>::infinity();
+  const double margin = 1e-6 * std::max(1.0, std::abs(height));
+  for (const float towards : {-kInfinity, kInfinity}) {
+    float next = single;
+    for (int i = 0; i < 3; ++i) {
+      heights.push_back(double{next});
+      // Halfway it is rounded to one or the other.
+      const float after = std::nextafter(next, towards);
+      heights.push_back(0.5 * (double{next} + double{after}));
+      next = after;
+    }
+  }
+  for (const double sign : {-1.0, 1.0}) {
+    for (const double part : {0.1, 0.5, 0.9, 1.0, 1.1, 2.0, 100.0}) {
+      heights.push_back(height + sign * part * margin);
+    }
+  }
+  return heights;
+}
+
+TEST(ShadowingBatch, IsNeverWrongOfCrossingsWhereOneKindOfRopesEnds) {
+  const double ends = Detector().GetAVHDRopes().AVHDRopeEndPoints.front().Z();
+  const double feet =
+      Detector().GetSupportRopes().SupportRopePositions.front().Z();
+  for (const double height : {ends, feet}) {
+    SCOPED_TRACE(height);
+    const double open = ExpectRightOrOpen(
+        Detector(),
+        PathsAtHeights(Detector(), HeightsAround(height), 87, 8000));
+    EXPECT_GT(open, 0.1);
+    EXPECT_LT(open, 0.99);
+  }
+}
+
+TEST(ShadowingBatch, MeetsNoVerticalRopesBetweenTheirEndsAndFeet) {
+  const double ends = Detector().GetAVHDRopes().AVHDRopeEndPoints.front().Z();
+  const double feet =
+      Detector().GetSupportRopes().SupportRopePositions.front().Z();
+  ASSERT_LT(ends + 1.0, feet);
+  std::vector<double> heights;
+  for (double z = ends + 0.1; z < feet - 0.05; z += 0.1) heights.push_back(z);
+  // Nothing is left to the ropes' formulas, whatever the direction.
+  EXPECT_EQ(ExpectRightOrOpen(Detector(),
+                              PathsAtHeights(Detector(), heights, 88, 4000)),
+            0.0);
+}
+
+TEST(ShadowingBatch, IsNeverWrongWhereBothKindsOfRopesAreMet) {
+  Testing::Tables tables = Testing::VariedTables();
+  tables.SetPositions("GEO_LOCATIONS", "rope_anchors",
+                      {{-400, 5906, -900}, {5920, 0, 5}, {-4186, -4186, 5}});
+  const ShadowingCalculator detector = InRun(tables);
+  const double ends = detector.GetAVHDRopes().AVHDRopeEndPoints.front().Z();
+  const double feet =
+      detector.GetSupportRopes().SupportRopePositions.front().Z();
+  ASSERT_GT(ends, feet);
+  for (const double height : {ends, feet}) {
+    ExpectRightOrOpen(
+        detector, PathsAtHeights(detector, HeightsAround(height), 89, 4000));
+  }
+  std::vector<double> heights;
+  for (double z = feet - 100; z < ends + 100; z += 1.0) heights.push_back(z);
+  const double open =
+      ExpectRightOrOpen(detector, PathsAtHeights(detector, heights, 90, 8000));
+  EXPECT_GT(open, 0.3);
+  EXPECT_LT(open, 1.0);
+}
+
+TEST(ShadowingBatch, LooksForNoSurfaceRopesBelowTheirEnds) {
+  // At the end of a rope stands the edge of a plate, so that the map is unsure
+  // there; directions along the vessel miss the vertical rope.
+  Testing::Tables tables =
+      Only({eComponent::kAVHDRope, eComponent::kBellyPlate});
+  TVector3 plate(0, 5860, 40);
+  plate.RotateZ(-750.0 / 5860.0);
+  tables.SetPositions("GEO_LOCATIONS", "plates", {plate});
+  const ShadowingCalculator detector = InRun(tables);
+  const double ends = detector.GetAVHDRopes().AVHDRopeEndPoints.front().Z();
+  Testing::Random random(91);
+  std::vector<LightPath> paths(4000);
+  for (LightPath& path : paths) {
+    TVector3 point(0, 5860, ends - random.Uniform(0.001, 150));
+    point.RotateZ(random.Uniform(-0.003, 0.003));
+    point.SetMag(5860);
+    TVector3 direction(random.Chance(0.5) ? 1 : -1, random.Uniform(0, 0.2), 0);
+    direction.SetZ(random.Uniform(-0.1, 0.1));
+    path = Testing::OneCrossing(point, direction.Unit());
+  }
+  EXPECT_LT(ExpectRightOrOpen(detector, paths), 0.9);
+  const ShadowingFilter filter(detector, {});
+  const auto isFreeBesideTheSurface = [&](const LightPath& path) {
+    return filter.SurfacePoints().HasPointNear(path.AVPoint1) &&
+           Testing::FindByFormulas(detector, path) == eComponent::kNone;
+  };
+  EXPECT_GT(std::count_if(paths.begin(), paths.end(), isFreeBesideTheSurface),
+            100);
 }
 
 }  // namespace

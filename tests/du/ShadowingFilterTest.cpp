@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <array>
+#include <map>
 #include <optional>
 #include <vector>
 
@@ -9,7 +11,9 @@
 #include "tests/du/Answers.hpp"
 #include "tests/du/Detector.hpp"
 #include "tests/du/Formulas.hpp"
+#include "tests/du/Paths.hpp"
 #include "tests/du/PathsAtHardware.hpp"
+#include "tests/property/Random.hpp"
 
 namespace ZARN::DU {
 namespace {
@@ -18,8 +22,11 @@ using eComponent = eShadowingComponent;
 using Testing::AnswerTally;
 using Testing::Formulas;
 using Testing::InRun;
+using Testing::OneCrossing;
 using Testing::Only;
 using Testing::PathsAtHardware;
+using Testing::Random;
+using KnownRopes = ShadowingFilter::KnownRopes;
 
 const ShadowingCalculator& Detector() {
   static const ShadowingCalculator detector = InRun(Testing::VariedTables());
@@ -157,6 +164,143 @@ TEST(ShadowingFilter, KnowsWhetherThePlatesLetTheVectorLibraryWarn) {
   EXPECT_TRUE(ShadowingFilter(InRun(tables), {}).HasWarningPlates());
   Testing::SwitchOff(tables, eComponent::kBellyPlate);
   EXPECT_FALSE(ShadowingFilter(InRun(tables), {}).HasWarningPlates());
+}
+
+/// The formulas' verdict on a segment of which it is known what the vertical
+/// ropes do.
+///
+/// @pre a point of a segment that is above the ends lies there
+eComponent FindByFormulasAt(const ShadowingCalculator& detector,
+                            const TVector3& point, const KnownRopes& ropes) {
+  const WaterSegments segments = Testing::SegmentsOf(OneCrossing(point));
+  const auto isOn = [&](eComponent component) {
+    return detector.IsReady(component);
+  };
+  if (ropes.isAboveEnds && isOn(eComponent::kAVHDRope) &&
+      CheckForAVHDRopeShadowing(detector.GetAVHDRopes(),
+                                detector.GetAVHDRopeTolerance(), segments,
+                                eDiagnostics::kSilent)) {
+    return eComponent::kAVHDRope;
+  }
+  if (ropes.isAtSupportRope) return eComponent::kSupportRope;
+  if (isOn(eComponent::kBellyPlate) &&
+      CheckForBellyPlateShadowing(
+          detector.GetBellyPlates(), detector.GetBellyPlateTolerance(),
+          detector.GetOuterAVRadius(), segments, eDiagnostics::kSilent)) {
+    return eComponent::kBellyPlate;
+  }
+  if (isOn(eComponent::kNCDAnchor) &&
+      CheckForNCDAnchorShadowing(detector.GetNCDAnchors(),
+                                 detector.GetNCDAnchorTolerance(), segments)) {
+    return eComponent::kNCDAnchor;
+  }
+  if (ropes.isFirst && isOn(eComponent::kAVPipe) &&
+      CheckForAVPipeShadowing(segments)) {
+    return eComponent::kAVPipe;
+  }
+  return isOn(eComponent::kNeckBoss) &&
+                 CheckForNeckBossShadowing(detector.GetNeckBoss(), segments)
+             ? eComponent::kNeckBoss
+             : eComponent::kNone;
+}
+
+/// The cells of the map that a point on it may be found in: in double precision
+/// and in single.
+std::array<std::size_t, 2> CellsOf(const ShadowMap& map,
+                                   const TVector3& point) {
+  const int inSingle =
+      map.CellOf(static_cast<float>(point.X()), static_cast<float>(point.Y()),
+                 static_cast<float>(point.Z()));
+  return {map.CellAt(point), static_cast<std::size_t>(inSingle)};
+}
+
+TEST(ShadowingFilter, FindsAtACrossingWhatTheFormulasFindThere) {
+  Random random(86);
+  std::vector<TVector3> points;
+  for (const LightPath& path : Paths(3000)) {
+    points.push_back(path.AVPoint1);
+    points.push_back(path.AVPoint2);
+  }
+  for (int i = 0; i < 100; ++i) {
+    points.push_back(
+        random.Pick(Detector().GetNCDAnchors().NCDAnchorPositions) +
+        random.Uniform(0, 250) * random.Direction());
+  }
+  const ShadowingFilter filter(Detector(), {});
+  std::map<eComponent, int> found;
+  for (TVector3& point : points) {
+    point.SetMag(Detector().GetOuterAVRadius() + random.Uniform(-0.99, 0.99));
+    const bool mayBeAboveEnds = !(filter.HoldDownEndHeight() > point.Z());
+    for (int i = 0; i < 8; ++i) {
+      const KnownRopes ropes = {(i & 1) != 0, (i & 2) != 0, (i & 4) != 0};
+      if (ropes.isAboveEnds && !mayBeAboveEnds) continue;
+      const eComponent expected = FindByFormulasAt(Detector(), point, ropes);
+      ++found[expected];
+      for (const std::size_t cell : CellsOf(filter.Map(), point)) {
+        ASSERT_NE(cell, filter.Map().OffMap());
+        EXPECT_EQ(filter.FindAtCrossing(point, cell, ropes), expected)
+            << ::testing::PrintToString(point) << " " << i;
+      }
+    }
+  }
+  for (const eComponent component : kShadowingComponents) {
+    EXPECT_GT(found[component], 50) << NameOf(component);
+  }
+  EXPECT_GT(found[eComponent::kNone], 50);
+}
+
+TEST(ShadowingFilter, FindsAtACrossingTheVerdictOnTheWholePath) {
+  // What is known of the ropes is here what they really do.
+  const ShadowingFilter filter(Detector(), {});
+  int atSupportRopes = 0;
+  for (const LightPath& path : Paths(8000)) {
+    const LightPath crossing = OneCrossing(path.AVPoint1, path.FinalDirection);
+    const Formulas formulas(Detector(), crossing);
+    const WaterSegmentViews views =
+        ViewsOf(crossing, ShapeOfType(crossing.LightPathType));
+    const double z = views.first.point.Z();
+    const bool isAboveEnds = !(filter.HoldDownEndHeight() > z);
+    if (!isAboveEnds && formulas(eComponent::kAVHDRope, views.first)) continue;
+    const bool isAtSupportRope =
+        z > filter.SupportFootHeight() &&
+        formulas(eComponent::kSupportRope, views.first);
+    atSupportRopes += isAtSupportRope ? 1 : 0;
+    for (const std::size_t cell : CellsOf(filter.Map(), crossing.AVPoint1)) {
+      EXPECT_EQ(filter.FindAtCrossing(crossing.AVPoint1, cell,
+                                      {isAboveEnds, isAtSupportRope, true}),
+                formulas.Find())
+          << ::testing::PrintToString(crossing.AVPoint1);
+    }
+  }
+  EXPECT_GT(atSupportRopes, 100);
+}
+
+TEST(ShadowingFilter, FindsTheFirstOfTheComponentsAtACrossing) {
+  const auto find = [](const std::vector<eComponent>& components,
+                       const KnownRopes& ropes) {
+    const ShadowingFilter filter(InRun(Only(components)), {});
+    const TVector3& point = Testing::kBlockedSpot;
+    return filter.FindAtCrossing(point, filter.Map().CellAt(point), ropes);
+  };
+  const std::vector<eComponent> all(kShadowingComponents.begin(),
+                                    kShadowingComponents.end());
+  EXPECT_EQ(find(all, {true, true, true}), eComponent::kAVHDRope);
+  EXPECT_EQ(find(all, {true, false, true}), eComponent::kAVHDRope);
+  EXPECT_EQ(find(all, {false, true, true}), eComponent::kSupportRope);
+  EXPECT_EQ(find(all, {false, false, true}), eComponent::kBellyPlate);
+  const std::vector<eComponent> last = {
+      eComponent::kNCDAnchor, eComponent::kAVPipe, eComponent::kNeckBoss};
+  EXPECT_EQ(find(last, {true, true, true}), eComponent::kSupportRope);
+  EXPECT_EQ(find(last, {true, false, true}), eComponent::kNCDAnchor);
+  // The pipes count at a path's first crossing alone.
+  const std::vector<eComponent> lower = {eComponent::kAVPipe,
+                                         eComponent::kNeckBoss};
+  EXPECT_EQ(find(lower, {true, false, true}), eComponent::kAVPipe);
+  EXPECT_EQ(find(lower, {true, false, false}), eComponent::kNeckBoss);
+  EXPECT_EQ(find({eComponent::kAVPipe}, {true, false, false}),
+            eComponent::kNone);
+  EXPECT_EQ(find({eComponent::kAVHDRope}, {false, false, true}),
+            eComponent::kNone);
 }
 
 }  // namespace

@@ -539,6 +539,26 @@ TEST(DegenerateLightPathsOfEqualIndices,
   }
 }
 
+TEST(DegenerateLightPathsOfEqualIndices,
+     AreThereFromAnEventRightAtTheInnerSurface) {
+  // The straight line touches the inner surface, to the last digits: it belongs
+  // to the end of one family of rays and the beginning of another.
+  constexpr double kIndex = 1.2769303342202885;
+  const DU::ConcentricMedia media{
+      5549.0023833975001, kOuter, {kIndex, kIndex, kIndex}};
+  const TVector3 eventPos(5549.0023844151892, 0, 0);
+  const TVector3 pmtPos(5548.9521607736715, 2622.3652760915243, 0);
+  LightPathCalculator calculator = CalculatorFor(media);
+  calculator.CalcByPosition(eventPos, pmtPos);
+  ASSERT_TRUE(calculator.HasPath());
+  EXPECT_EQ(FlawOf(calculator, media, eventPos, pmtPos), "");
+  const double apart = (pmtPos - eventPos).Mag();
+  EXPECT_NEAR(calculator.GetOpticalLength(), kIndex * apart, 1e-8);
+  for (const TVector3& corner : CornersOf(calculator)) {
+    EXPECT_LE(DistanceFromSegment(corner, eventPos, pmtPos), 1e-9);
+  }
+}
+
 TEST_F(DegenerateLightPaths, AlongACriticalAngleHaveNoFlaw) {
   // For every type of every vessel: launch angles down to the last digit from
   // where the type begins, and what comes out where they end.

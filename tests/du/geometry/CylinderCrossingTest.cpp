@@ -236,6 +236,32 @@ TYPED_TEST(CrossCylinderIn, IsUnsureWhereTheFormulaHasAJump) {
   EXPECT_FALSE(this->Cross(leaving).isSure);
 }
 
+TYPED_TEST(CrossCylinderIn, IsUnsureSquareToACrossingThatIsOtherwiseSure) {
+  // Where the direction is not level the crossing does not lie on the cylinder,
+  // and no other band is near its limit.
+  const auto isSure = [&](double x) {
+    return this->Cross({{x, 3000, 0}, {0.6, 0, 0.8}, 5000.0}).isSure;
+  };
+  EXPECT_FALSE(isSure(-6000));
+  EXPECT_TRUE(isSure(-6100));
+  EXPECT_TRUE(isSure(-5900));
+  // Beside it on either side, too: the formula's height is huge there.
+  EXPECT_FALSE(isSure(-6002));
+  EXPECT_FALSE(isSure(-5998));
+}
+
+TYPED_TEST(CrossCylinderIn, IsUnsureOfACrossingNearTheAxisOnly) {
+  // The azimuth of such a crossing is anything, and no other band is near its
+  // limit: the direction leads straight away from the axis.
+  const auto isSure = [&](double x) {
+    return this->Cross({{x, 1, 0}, {0.6, 0, 0.8}, 4000.0}).isSure;
+  };
+  EXPECT_FALSE(isSure(-5975));
+  EXPECT_FALSE(isSure(-6025));
+  EXPECT_TRUE(isSure(-3000));
+  EXPECT_TRUE(isSure(-10000));
+}
+
 TYPED_TEST(CrossCylinderIn, StaysAtTheStartOfALineThatMisses) {
   const auto crossing = this->Cross({{0, 7000, 3}, {0.8, 0.6, 0}, 5000.0});
   EXPECT_TRUE(crossing.isSure);

@@ -5,7 +5,9 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
+#include <cstdint>
 #include <limits>
+#include <numeric>
 #include <vector>
 
 #include "tests/du/Balls.hpp"
@@ -222,6 +224,43 @@ TEST(PointGrid, HoldsPointsThatLieInOnePlaceOrOnALine) {
             2);
 }
 
+TEST(PointGrid, ListsThePointsBehindItsItemsInTheirOrder) {
+  Random random(77);
+  Points points = PointsOnASphere(random, 100, 6000.0);
+  // No item stands for a point that is not finite.
+  points.insert(points.begin() + 20, {kNaN, 0, 0});
+  points.insert(points.begin() + 50, {0, kInfinity, 0});
+  for (const eGrid layout : kLayouts) {
+    const PointGrid grid(points, 300.0, layout);
+    ASSERT_EQ(grid.CountItems(), 100U);
+    EXPECT_EQ(grid.ListOf({}).Size(), 0U);
+    // As many items as points, in an order of their own and one more than once.
+    BallTest::Items items(100);
+    for (std::uint32_t i = 0; i < 100; ++i) items[i] = (i * 37 + 11) % 100;
+    items.push_back(items[5]);
+    const PointList list = grid.ListOf(items);
+    ASSERT_EQ(list.Size(), items.size());
+    std::vector<bool> isListed(points.size(), false);
+    for (std::uint32_t i = 0; i < list.Size(); ++i) {
+      const auto found =
+          std::find(points.begin(), points.end(), AsTVector3(list[i]));
+      ASSERT_NE(found, points.end());
+      isListed[static_cast<std::size_t>(found - points.begin())] = true;
+      // It is the one by which the item blocks.
+      BallTest::Items open;
+      EXPECT_EQ(grid.Judge({list[i], 1.0}, {items[i]}, open), eAnswer::kBlocks);
+      const TVector3 beside = 1.06 * *found;  // 360 mm off
+      const Ball ball = {{beside.X(), beside.Y(), beside.Z()}, 59.0};
+      EXPECT_EQ(grid.Judge(ball, {items[i]}, open), eAnswer::kClear);
+    }
+    EXPECT_EQ(std::count(isListed.begin(), isListed.end(), true), 100);
+    // With the reach of the grid.
+    const TVector3 way = AsTVector3(list[0]).Unit();
+    EXPECT_TRUE(list.HasNear(6299.9 * way, 0, 1));
+    EXPECT_FALSE(list.HasNear(6300.1 * way, 0, 1));
+  }
+}
+
 TEST(PointGridAsABallTest, SaysNothingWrongOfAnyPointOfABall) {
   Random random(8);
   for (const double reach : {60.0, 400.0, 6000.0}) {
@@ -270,6 +309,155 @@ TEST(PointGridAsABallTest, LeavesOnlyThePointsOpenThatCanDecide) {
   // What an enclosing ball has left out is not looked at again.
   BallTest::Items open;
   EXPECT_EQ(grid.Judge({{0, 1000, 0}, 1}, near, open), eAnswer::kClear);
+}
+
+/// What is open in balls, and how much of it.
+struct OpenInBalls {
+  int unsure = 0;
+  int left = 0;  // unsure balls for which a point near them is left out
+};
+
+/// Expect that what a ball leaves open decides for places all over it as all
+/// points do.
+///
+/// @param places  more of them, in the ball
+void ExpectOpenItemsToDecide(const PointGrid& grid, const Points& points,
+                             double reach, const Ball& ball, Random& random,
+                             Points places, OpenInBalls& balls) {
+  BallTest::Items all(grid.CountItems());
+  std::iota(all.begin(), all.end(), 0U);
+  BallTest::Items open;
+  if (grid.Judge(ball, all, open) != eAnswer::kUnsure) return;
+  ++balls.unsure;
+  const PointList list = grid.ListOf(open);
+  Points near;
+  for (const TVector3& point : points) {
+    if ((point - AsTVector3(ball.centre)).Mag() < reach + ball.radius) {
+      near.push_back(point);
+    }
+  }
+  if (list.Size() < near.size()) ++balls.left;
+  Points towards;
+  for (int i = 0; i < 4 && !near.empty(); ++i) {
+    towards.push_back(random.Pick(near));
+    // Where one is nearest in comparison with another.
+    places.push_back(AsTVector3(ball.centre) +
+                     ball.radius *
+                         (random.Pick(near) - random.Pick(near)).Unit());
+  }
+  const Points over = Testing::PointsOf(ball, random, towards);
+  places.insert(places.end(), over.begin(), over.end());
+  for (const TVector3& place : places) {
+    ASSERT_EQ(list.HasNear(place, 0, list.Size()),
+              IsAnyNear(points, reach, place))
+        << ::testing::PrintToString(place) << ", ball of " << ball.radius
+        << ", reach " << reach;
+  }
+}
+
+/// Points one behind the other at some spacing, as the samples of a rope.
+Points PointsInALine(Random& random, std::size_t count, double spacing) {
+  const TVector3 middle = 6000.0 * random.Direction();
+  const TVector3 way = random.Direction();
+  Points points;
+  for (std::size_t i = 0; i < count; ++i) {
+    points.push_back(middle + static_cast<double>(i) * spacing * way);
+  }
+  return points;
+}
+
+/// Balls that meet the limit of a point's reach somewhere, small and large and
+/// about half as large as the reach.
+void ExpectOpenItemsToDecideAround(const Points& points, double reach,
+                                   Random& random, int count,
+                                   OpenInBalls& balls) {
+  const PointGrid grid(points, reach);
+  for (int i = 0; i < count; ++i) {
+    const double radius =
+        reach * (random.Chance(0.2)
+                     ? 0.5 + (random.Chance(0.5) ? 1 : -1) *
+                                 std::pow(10, random.Uniform(-9, -1))
+                     : std::pow(10, random.Uniform(-6, 0.2)));
+    const TVector3& point = random.Pick(points);
+    const auto ballAt = [&](const TVector3& middle) -> Ball {
+      return {{middle.X(), middle.Y(), middle.Z()}, radius};
+    };
+    ExpectOpenItemsToDecide(grid, points, reach,
+                            ballAt(point +
+                                   random.Uniform(-1.1 * radius, 1.1 * radius) *
+                                       random.Direction() +
+                                   reach * random.Direction()),
+                            random, {}, balls);
+    // At one place the point is just in reach and the other farther, while
+    // anywhere else in the ball the other gains on it.
+    const TVector3& other = random.Pick(points);
+    const TVector3 apart = point - other;
+    if (apart.Mag() == 0.0) continue;
+    const TVector3 square = apart.Cross(random.Direction()).Unit();
+    const TVector3 sight = reach * square - random.Uniform(0, 0.45) * apart;
+    const TVector3 place =
+        point +
+        reach * (1 - std::pow(10, random.Uniform(-12, -3))) * sight.Unit();
+    ExpectOpenItemsToDecide(grid, points, reach,
+                            ballAt(place - radius * apart.Unit()), random,
+                            {place}, balls);
+  }
+}
+
+TEST(PointGridAsABallTest, LeavesOpenWhatDecidesInABallBesideALine) {
+  Random random(78);
+  OpenInBalls balls;
+  for (const double reach : {12.0, 162.0, 1000.0}) {
+    for (const double spacing : {1e-9, 1e-4, 0.5, 5.0, 60.0}) {
+      ExpectOpenItemsToDecideAround(PointsInALine(random, 80, spacing), reach,
+                                    random, 300, balls);
+    }
+  }
+  EXPECT_GT(balls.unsure, 2000);
+  EXPECT_GT(balls.left, 500);
+}
+
+TEST(PointGridAsABallTest, LeavesOpenWhatDecidesInABallAmongScatteredPoints) {
+  Random random(79);
+  OpenInBalls balls;
+  for (const double reach : {60.0, 400.0, 3000.0}) {
+    for (const std::size_t count : {2U, 10U, 200U}) {
+      ExpectOpenItemsToDecideAround(PointsOnASphere(random, count, 6000.0),
+                                    reach, random, 300, balls);
+    }
+  }
+  EXPECT_GT(balls.unsure, 1000);
+  EXPECT_GT(balls.left, 50);
+}
+
+TEST(PointGridAsABallTest, LeavesOpenWhatDecidesAmongPointsInOnePlace) {
+  Random random(80);
+  OpenInBalls balls;
+  Points points(10, {1, 2, 5800});
+  ExpectOpenItemsToDecideAround(points, 162.0, random, 300, balls);
+  const Points others(10, {Above(1), 2, 5803});
+  points.insert(points.end(), others.begin(), others.end());
+  ExpectOpenItemsToDecideAround(points, 162.0, random, 600, balls);
+  EXPECT_GT(balls.unsure, 300);
+}
+
+TEST(PointGridAsABallTest, LeavesFewOpenInASmallBallBesideALine) {
+  Random random(81);
+  const Points points = PointsInALine(random, 400, 5.0);
+  const PointGrid grid(points, 162.0);
+  BallTest::Items all(grid.CountItems());
+  std::iota(all.begin(), all.end(), 0U);
+  const TVector3 along = (points[1] - points[0]).Unit();
+  for (int i = 0; i < 200; ++i) {
+    const TVector3 aside = along.Cross(random.Direction()).Unit();
+    const TVector3 middle = points[0] + random.Uniform(300, 1700) * along +
+                            random.Uniform(150, 174) * aside;
+    BallTest::Items open;
+    ASSERT_EQ(
+        grid.Judge({{middle.X(), middle.Y(), middle.Z()}, 15.0}, all, open),
+        eAnswer::kUnsure);
+    EXPECT_LE(open.size(), 20U);
+  }
 }
 
 }  // namespace

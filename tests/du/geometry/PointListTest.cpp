@@ -1,0 +1,185 @@
+#include "du/geometry/PointList.hpp"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cmath>
+#include <cstdint>
+#include <limits>
+#include <vector>
+
+#include "tests/du/Neighbours.hpp"
+#include "tests/du/PrintVectors.hpp"
+#include "tests/property/Random.hpp"
+
+namespace ZARN::DU {
+namespace {
+
+using Testing::Above;
+using Testing::Below;
+using Testing::Random;
+
+using Points = std::vector<Point>;
+constexpr double kInfinity = std::numeric_limits<double>::infinity();
+constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
+
+/// The loop over some of the points.
+bool IsAnyNear(const Points& points, double reach, const TVector3& place,
+               std::uint32_t begin, std::uint32_t end) {
+  return std::any_of(points.begin() + begin, points.begin() + end,
+                     [&](const Point& listed) {
+                       return reach > (place - AsTVector3(listed)).Mag();
+                     });
+}
+
+Points RandomPoints(Random& random, std::uint32_t count, double radius) {
+  Points points;
+  points.reserve(count);
+  for (std::uint32_t i = 0; i < count; ++i) {
+    const TVector3 point = radius * random.Direction();
+    points.push_back({point.X(), point.Y(), point.Z()});
+  }
+  return points;
+}
+
+/// Expect what the loop says of ranges all over the list, empty ones among
+/// them, and give how many have a point near.
+int ExpectAnswersOfTheLoop(const Points& points, double reach,
+                           const TVector3& place, Random& random) {
+  const PointList list(points, reach);
+  const auto size = static_cast<std::uint32_t>(points.size());
+  int near = 0;
+  const auto expect = [&](std::uint32_t begin, std::uint32_t end) {
+    const bool expected = IsAnyNear(points, reach, place, begin, end);
+    near += expected ? 1 : 0;
+    EXPECT_EQ(list.HasNear(place, begin, end), expected)
+        << begin << " to " << end << " of " << size << ", reach " << reach
+        << ", place " << ::testing::PrintToString(place);
+  };
+  expect(0, size);
+  for (int i = 0; i < 5; ++i) {
+    const auto a = static_cast<std::uint32_t>(random.Below(size + 1));
+    const auto b = static_cast<std::uint32_t>(random.Below(size + 1));
+    expect(std::min(a, b), std::max(a, b));
+  }
+  return near;
+}
+
+TEST(PointList, FindsWhatTheLoopFinds) {
+  Random random(72);
+  int near = 0;
+  constexpr int kPlaces = 2000;
+  for (int i = 0; i < kPlaces; ++i) {
+    const double reach = std::pow(10, random.Uniform(-1, 4.2));
+    const Points points =
+        RandomPoints(random, static_cast<std::uint32_t>(random.Below(20)), 6e3);
+    const TVector3 place =
+        points.empty() || random.Chance(0.3)
+            ? random.Uniform(0, 7000) * random.Direction()
+            : AsTVector3(random.Pick(points)) +
+                  random.Uniform(0, 2 * reach) * random.Direction();
+    near += ExpectAnswersOfTheLoop(points, reach, place, random);
+  }
+  EXPECT_GT(near, kPlaces);
+  EXPECT_LT(near, 5 * kPlaces);
+}
+
+TEST(PointList, FindsWhatTheLoopFindsExactlyAtTheReach) {
+  Random random(73);
+  int near = 0;
+  constexpr int kPlaces = 3000;
+  for (int i = 0; i < kPlaces; ++i) {
+    const double reach = std::pow(10, random.Uniform(-1, 4));
+    // Far apart, so that of all points only one can decide.
+    const Points points = RandomPoints(random, 3, 1e6);
+    const TVector3 point = AsTVector3(random.Pick(points));
+    const TVector3 way = random.Direction();
+    const auto change =
+        Testing::FindChange(0.5 * reach, 2 * reach, [&](double length) {
+          return reach > (point + length * way - point).Mag();
+        });
+    for (const double length :
+         {change.before, change.after, Below(change.before),
+          Above(change.after), reach}) {
+      near +=
+          ExpectAnswersOfTheLoop(points, reach, point + length * way, random);
+    }
+  }
+  EXPECT_GT(near, kPlaces);
+}
+
+TEST(PointList, CountsOnlyWhatIsStrictlyWithinReach) {
+  const PointList list({{1, 2, 0}}, 5.0);
+  EXPECT_FALSE(list.HasNear({4, 6, 0}, 0, 1));
+  EXPECT_FALSE(list.HasNear({1, 2, 5}, 0, 1));
+  EXPECT_TRUE(list.HasNear({1, 2, Below(5)}, 0, 1));
+  EXPECT_TRUE(list.HasNear({1, 2, Above(-5)}, 0, 1));
+  EXPECT_FALSE(list.HasNear({1, 2, -5}, 0, 1));
+}
+
+TEST(PointList, LooksOnlyIntoTheRange) {
+  const PointList list({{0, 0, 0}, {100, 0, 0}, {200, 0, 0}}, 10.0);
+  const TVector3 middle(101, 0, 0);
+  EXPECT_TRUE(list.HasNear(middle, 0, 3));
+  EXPECT_TRUE(list.HasNear(middle, 1, 2));
+  EXPECT_TRUE(list.HasNear(middle, 0, 2));
+  EXPECT_TRUE(list.HasNear(middle, 1, 3));
+  EXPECT_FALSE(list.HasNear(middle, 0, 1));
+  EXPECT_FALSE(list.HasNear(middle, 2, 3));
+}
+
+TEST(PointList, FindsNothingInAnEmptyRange) {
+  const PointList list({{0, 0, 0}, {1, 0, 0}}, 10.0);
+  for (const std::uint32_t i : {0U, 1U, 2U}) {
+    EXPECT_FALSE(list.HasNear({0, 0, 0}, i, i));
+  }
+  EXPECT_FALSE(PointList().HasNear({0, 0, 0}, 0, 0));
+}
+
+TEST(PointList, FindsWhatTheLoopFindsForEveryReach) {
+  Random random(74);
+  const Points points = {{1, 2, 3}, {1, 2, 3}, {0, 0, 1e-170}, {1e200, 0, 0}};
+  int near = 0;
+  for (const double reach : {0.0, -0.0, -5.0, -kInfinity, kNaN, kInfinity,
+                             1e-300, 1e-160, 1e160, 1e300}) {
+    for (const TVector3& place :
+         {TVector3(1, 2, 3), TVector3(0, 0, 0), TVector3(-1e200, 0, 0),
+          TVector3(1e155, 0, 0)}) {
+      near += ExpectAnswersOfTheLoop(points, reach, place, random);
+    }
+  }
+  EXPECT_GT(near, 0);
+  for (const double reach : {0.0, -0.0, -5.0, -kInfinity, kNaN}) {
+    EXPECT_FALSE(PointList(points, reach).HasNear({1, 2, 3}, 0, 4)) << reach;
+  }
+  EXPECT_TRUE(PointList(points, kInfinity).HasNear({1e9, 0, 0}, 0, 1));
+}
+
+TEST(PointList, IsNeverNearAPlaceThatIsNotFinite) {
+  Random random(75);
+  const Points points = RandomPoints(random, 5, 10.0);
+  for (const double reach : {1.0, 1e10, kInfinity}) {
+    for (const double bad : {kNaN, kInfinity, -kInfinity}) {
+      for (const int axis : {0, 1, 2}) {
+        TVector3 place(1, 2, 3);
+        place[axis] = bad;
+        EXPECT_EQ(ExpectAnswersOfTheLoop(points, reach, place, random), 0);
+      }
+    }
+  }
+}
+
+TEST(PointList, KeepsItsPointsInTheirOrder) {
+  EXPECT_EQ(PointList().Size(), 0U);
+  EXPECT_EQ(PointList({}, 5.0).Size(), 0U);
+  Random random(76);
+  const Points points = RandomPoints(random, 7, 6000.0);
+  const PointList list(points, 5.0);
+  ASSERT_EQ(list.Size(), 7U);
+  for (std::uint32_t i = 0; i < list.Size(); ++i) {
+    EXPECT_EQ(AsTVector3(list[i]), AsTVector3(points[i])) << i;
+  }
+}
+
+}  // namespace
+}  // namespace ZARN::DU
