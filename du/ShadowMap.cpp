@@ -61,6 +61,8 @@ class MapPainter {
     return std::move(openCells_);
   }
 
+  std::size_t UnsureCells() const { return unsureCells_; }
+
  private:
   /// What is known of a square, and what could still block some of it.
   struct Open {
@@ -147,6 +149,7 @@ class MapPainter {
 
   /// Keep what can still block in a single cell.
   void KeepOpen(const Square& cell, const Open& open) {
+    ++unsureCells_;
     for (std::size_t i = 0; i < kMappedTests; ++i) {
       if (open.answers[i] != eAnswer::kUnsure) continue;
       auto& [lists, items] = openCells_[i];
@@ -164,6 +167,7 @@ class MapPainter {
   std::vector<ShadowMap::Code>& codes_;
   std::array<Open, kMostLevels> levels_;  // one for each size of square
   std::array<OpenCells, kMappedTests> openCells_;
+  std::size_t unsureCells_ = 0;
 };
 
 }  // namespace
@@ -178,7 +182,10 @@ ShadowMap::ShadowMap(double radius, const Tests& tests, int cells) {
   const auto count =
       static_cast<std::size_t>(cells) * static_cast<std::size_t>(cells);
   codes_.assign(count + 1, kNothingKnown);
-  const auto open = MapPainter(radius, tests, cells, codes_).PaintAll();
+  MapPainter painter(radius, tests, cells, codes_);
+  const auto open = painter.PaintAll();
+  unsureShare_ =
+      static_cast<double>(painter.UnsureCells()) / static_cast<double>(count);
   for (std::size_t i = 0; i < kMappedTests; ++i) {
     open_[i] = CellItems(count, open[i].lists, open[i].items);
   }

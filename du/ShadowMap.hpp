@@ -56,7 +56,7 @@ class ShadowMap {
   /// Real crossings are within 1e-9 of the sphere; tables of paths are often
   /// rounded to a fraction of a millimetre.
   static constexpr double kShell = 1.0;  // mm
-  static constexpr int kCells = 1024;    // along each side of the square
+  static constexpr int kCells = 1024;    // along each side, mostly
 
   using Tests = std::array<const BallTest*, kMappedTests>;
   /// The answers of one cell, in base 3: kMappedTests digits.
@@ -75,6 +75,9 @@ class ShadowMap {
     if (!(r2 > lowest2_ && r2 < highest2_)) return OffMap();
     return static_cast<std::size_t>(CellOf(point.X(), point.Y(), point.Z()));
   }
+  /// Share of the cells in which some test is unsure.
+  double UnsureShare() const { return unsureShare_; }
+
   /// Stands for all points off the shell.
   std::size_t OffMap() const { return codes_.size() - 1; }
 
@@ -112,6 +115,7 @@ class ShadowMap {
   int cells_ = 0;
   double lowest2_ = 0.0;
   double highest2_ = 0.0;
+  double unsureShare_ = 0.0;
   std::vector<Code> codes_ = {kNothingKnown};  // row by row; see Codes
   std::array<CellItems, kMappedTests> open_;
 };

@@ -16,6 +16,10 @@ using eComponent = eShadowingComponent;
 /// the first cache.
 constexpr int kAzimuthCells = 16384;
 
+/// Where more of the map's cells are unsure, because hardware is as fine as
+/// they are, smaller ones are worth their memory.
+constexpr double kMostUnsure = 0.1;
+
 enum class eSide { kInside, kUnsure, kOutside };
 
 eSide SideOf(double distance2, double radius2) {
@@ -123,7 +127,11 @@ ShadowingFilter::ShadowingFilter(const ShadowingCalculator& calculator,
   if (hasNeckBoss_) test(eMappedTest::kNeckBoss) = &neckBoss;
 
   if (!layers.map) return;
-  map_ = ShadowMap(calculator.GetOuterAVRadius(), tests);
+  const double radius = calculator.GetOuterAVRadius();
+  map_ = ShadowMap(radius, tests);
+  if (map_.UnsureShare() > kMostUnsure) {
+    map_ = ShadowMap(radius, tests, 2 * ShadowMap::kCells);
+  }
   surfaceOfCells_ =
       surface_.ListOf(map_.Open(eMappedTest::kHoldDownSurface).Items());
   anchorsOfCells_ = anchors_.ListOf(map_.Open(eMappedTest::kNCDAnchor).Items());

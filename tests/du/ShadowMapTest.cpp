@@ -249,6 +249,25 @@ TEST(ShadowMap, KnowsNothingOfASphereThatItCannotTrust) {
             std::vector<ShadowMap::Code>{ShadowMap::kNothingKnown});
 }
 
+TEST(ShadowMap, TellsInHowManyOfItsCellsSomeTestIsUnsure) {
+  const TwoTests tests;
+  for (const int cells : {64, 128}) {
+    const ShadowMap map = tests.Map(cells);
+    const auto cellCount = static_cast<std::ptrdiff_t>(map.OffMap());
+    const auto unsure =
+        std::count_if(map.Codes().begin(), map.Codes().begin() + cellCount,
+                      [](ShadowMap::Code code) {
+                        const auto answers = AnswersOf(code);
+                        return std::count(answers.begin(), answers.end(),
+                                          eAnswer::kUnsure) > 0;
+                      });
+    EXPECT_EQ(map.UnsureShare(),
+              static_cast<double>(unsure) / static_cast<double>(cellCount));
+    EXPECT_GT(map.UnsureShare(), 0.0);
+  }
+  EXPECT_EQ(ShadowMap().UnsureShare(), 0.0);
+}
+
 TEST(ShadowMap, IsClearEverywhereWithoutATest) {
   const ShadowMap map(kRadius, {}, 16);
   for (std::size_t cell = 0; cell < 256; ++cell) {

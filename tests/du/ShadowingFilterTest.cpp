@@ -2,7 +2,9 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <array>
+#include <iterator>
 #include <map>
 #include <optional>
 #include <vector>
@@ -143,6 +145,21 @@ TEST(ShadowingFilter, KnowsTheHeightsAtWhichRopesEnd) {
             Detector().GetAVHDRopes().AVHDRopeSurfacePoints.size());
   EXPECT_EQ(filter.Anchors().CountItems(), 2U);
   EXPECT_EQ(filter.BellyPlates().CountItems(), 2U);
+}
+
+TEST(ShadowingFilter, DividesTheMapMoreFinelyWhereMuchOfItIsUnsure) {
+  EXPECT_EQ(ShadowingFilter(Detector(), {}).Map().Cells(), ShadowMap::kCells);
+  // Thousands of anchors, whose rims cover much of the vessel.
+  Testing::Random random(43);
+  std::vector<TVector3> anchors;
+  std::generate_n(std::back_inserter(anchors), 3000,
+                  [&] { return 5800.0 * random.Direction(); });
+  Testing::Tables tables = Only({eComponent::kNCDAnchor});
+  tables.SetPositions("GEO_LOCATIONS", "anchors", anchors);
+  const ShadowingCalculator detector = InRun(tables);
+  const ShadowingFilter filter(detector, {});
+  EXPECT_EQ(filter.Map().Cells(), 2 * ShadowMap::kCells);
+  EXPECT_EQ(ExpectVerdictsOfTheFormulas(filter, detector, Paths(500)), 0);
 }
 
 TEST(ShadowingFilter, SeesHoldDownRopesOnlyInARunThatHasThem) {
