@@ -68,7 +68,8 @@ class ShadowingCalculator {
 
   /// The same verdict for a path record whose type goes by its own name,
   /// without flags and messages. Several threads may ask one calculator, also
-  /// while one of them is in its CheckForShadowing, which writes only its flags.
+  /// while one of them is in its CheckForShadowing, which writes only its
+  /// flags.
   eShadowingComponent FindShadowing(const LightPath& path) const;
 
   /// FindShadowing for many paths.
