@@ -110,6 +110,7 @@ const PathSet& FarSet(eLightPathType type) {
   const auto found = sets.find(type);
   if (found != sets.end()) return found->second;
   PathSet set(PathSource().Draw(type, kFar));
+  Plain().SetAllGeometryTolerances(kUsualTolerance);
   std::vector<eShadowingComponent> some;
   std::vector<eShadowingComponent> plain;
   for (std::size_t i = 0; i < set.Size(); ++i) {
