@@ -15,7 +15,7 @@ namespace ZARN::DU {
 ///
 /// Without an arc cosine: the cosine of the angle is compared with that of the
 /// tolerance. A crossing found by algebra (CylinderCrossing.hpp) is right to
-/// 1e-10 of its distance, its height to 1e-7: what lies within 10 times that
+/// 1.5e-10 of its distance, its height to 1.5e-7: what lies within 6 times that
 /// angle of the limit is unsure. The arc cosine need not fall from one double
 /// to the next, but its error, that of the cosine of the tolerance, and the few
 /// roundings of either product are all below 1e-14 in the cosine; 10 times that

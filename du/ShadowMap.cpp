@@ -22,6 +22,10 @@ struct Square {
   std::array<Point, 4> corners;
 };
 
+/// Of one test no more items are kept than this in all cells together; cells
+/// after that take all of the test's. With points it is a gigabyte.
+constexpr std::size_t kMostItems = std::size_t{1} << 25U;
+
 /// What is open in single cells, of one test.
 struct OpenCells {
   CellItems::Lists lists;
@@ -154,7 +158,9 @@ class MapPainter {
       if (open.answers[i] != eAnswer::kUnsure) continue;
       auto& [lists, items] = openCells_[i];
       const auto begin = static_cast<std::uint32_t>(items.size());
-      items.insert(items.end(), open.items[i].begin(), open.items[i].end());
+      if (items.size() + open.items[i].size() <= kMostItems) {
+        items.insert(items.end(), open.items[i].begin(), open.items[i].end());
+      }
       lists.push_back(
           {static_cast<std::uint32_t>(cell.row * cells_ + cell.column),
            {begin, static_cast<std::uint32_t>(items.size())}});

@@ -67,6 +67,7 @@ class ShadowMap {
   /// @param radius  of the sphere, mm; unless it is from 10 mm to 100 m the
   ///                map knows nothing
   /// @param tests   a null one is off: it never blocks
+  /// @param cells   along each side: 4 times a power of 2
   ShadowMap(double radius, const Tests& tests, int cells = kCells);
 
   /// The cell that a point falls into, or OffMap().
@@ -84,8 +85,8 @@ class ShadowMap {
   Code At(std::size_t cell) const { return codes_[cell]; }
   Code At(const TVector3& point) const { return At(CellAt(point)); }
 
-  /// The items that can block a point in a cell, for every cell on the map that
-  /// is unsure.
+  /// Items that suffice to decide for a point in a cell, for every cell on the
+  /// map that is unsure; none if that takes all.
   const CellItems& Open(eMappedTest test) const {
     return open_[static_cast<std::size_t>(test)];
   }

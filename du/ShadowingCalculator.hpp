@@ -44,8 +44,8 @@ class ShadowingCalculator {
   ///         stay.
   void BeginOfRun();
 
-  /// Set the tolerance of every component. Takes milliseconds: what is prepared
-  /// for the paths depends on it.
+  /// Set the tolerance of every component. Takes milliseconds, with hundreds of
+  /// ropes tenths of a second: what is prepared for the paths depends on it.
   ///
   /// @param tolerance  mm, stored as it is, also where it is zero or negative.
   ///                   The pipes' and the neck boss's tests read none. It is

@@ -13,11 +13,11 @@ using eCrossings = RopeDirections::eCrossings;
 using eComponent = eShadowingComponent;
 
 /// Azimuth cells: few hold an edge of a rope's shadow, and all tables fit into
-/// the first cache.
+/// the second cache.
 constexpr int kAzimuthCells = 16384;
 
-/// Where more of the map's cells are unsure, because hardware is as fine as
-/// they are, smaller ones are worth their memory.
+/// Where more of the map's cells are unsure, mostly because hardware is as fine
+/// as they are, smaller ones are worth their memory; but not where all are.
 constexpr double kMostUnsure = 0.1;
 
 enum class eSide { kInside, kUnsure, kOutside };
@@ -129,7 +129,7 @@ ShadowingFilter::ShadowingFilter(const ShadowingCalculator& calculator,
   if (!layers.map) return;
   const double radius = calculator.GetOuterAVRadius();
   map_ = ShadowMap(radius, tests);
-  if (map_.UnsureShare() > kMostUnsure) {
+  if (map_.UnsureShare() > kMostUnsure && map_.UnsureShare() < 1.0) {
     map_ = ShadowMap(radius, tests, 2 * ShadowMap::kCells);
   }
   surfaceOfCells_ =

@@ -184,8 +184,9 @@ class ShadowingFilter {
                                           const ByItems& byItems,
                                           const ByAll& byAll) const {
     return Blocks(ShadowMap::AnswerOf(at.code, test), [&] {
-      return at.cell == map_.OffMap() ? byAll()
-                                      : byItems(map_.Open(test).Of(at.cell));
+      if (at.cell == map_.OffMap()) return byAll();
+      const CellItems::Range range = map_.Open(test).Of(at.cell);
+      return range.begin == range.end ? byAll() : byItems(range);
     });
   }
   bool IsOnSurfaceRope(const Crossing& at) const {

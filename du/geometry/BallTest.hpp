@@ -17,8 +17,8 @@ struct Ball {
 /// A test of single points that can be put to all points of a ball at once.
 ///
 /// What is tested against may be several items, of which one suffices to block;
-/// a ball within another needs only those of them that the larger one's answer
-/// left open.
+/// for points that are also in a larger ball only those count that the answer
+/// for that one left open.
 class BallTest {
  public:
   using Items = std::vector<std::uint32_t>;
@@ -30,11 +30,12 @@ class BallTest {
 
   virtual std::uint32_t CountItems() const = 0;
 
-  /// What the test says of every point in @p ball that an enclosing ball with
-  /// the items @p items left open: kBlocks or kClear if surely the same of all.
+  /// What the test says of every point in @p ball, and in a larger one that
+  /// left the items @p items open: kBlocks or kClear if surely the same of all.
   ///
-  /// @param open  filled, where the answer is unsure, with the items that can
-  ///              block a point in the ball
+  /// @param open  filled, where the answer is unsure, with items that suffice
+  /// to
+  ///              decide for these points; empty if that takes all items
   virtual eAnswer Judge(const Ball& ball, const Items& items,
                         Items& open) const = 0;
 };

@@ -18,6 +18,10 @@ constexpr double kLargestLength = 1e9;
 /// need not be near each other.
 constexpr double kLeastReach = 1e-100;
 
+/// Distances up to here are right to less than a margin of 1e-6 mm. Of a larger
+/// reach balls only know that it holds what is much nearer.
+constexpr double kLargestJudged = 1e8;
+
 /// The cell of a place along an axis, in cells from the origin. Grows with the
 /// place, as each of its two roundings does.
 double CellsFrom(double origin, double place, double cellsPerLength) {
@@ -151,13 +155,24 @@ std::uint32_t PointGrid::CountItems() const { return points_.Size(); }
 
 eAnswer PointGrid::Judge(const Ball& ball, const Items& items,
                          Items& open) const {
+  const auto squaredDistanceTo = [&ball, &points = points_](std::uint32_t i) {
+    return SquaredDistance(ball.centre, points[i]);
+  };
+  if (!(reach_ < kLargestJudged)) {
+    const double half = reach_ / 2.0;
+    const bool isHeld =
+        ball.radius < half / 2.0 &&
+        std::any_of(items.begin(), items.end(), [&](std::uint32_t i) {
+          return squaredDistanceTo(i) < half * half;
+        });
+    if (isHeld) return eAnswer::kBlocks;
+    open.clear();
+    return points_.Size() > 0 ? eAnswer::kUnsure : eAnswer::kClear;
+  }
   constexpr double kRounding = 1e-6;  // mm
   const double radius = ball.radius + kRounding;
   const double inner = std::max(reach_ - radius, 0.0);
   const double outer = reach_ + radius;
-  const auto squaredDistanceTo = [&ball, &points = points_](std::uint32_t i) {
-    return SquaredDistance(ball.centre, points[i]);
-  };
   // What was nearest to the enclosing ball stands first, and mostly decides.
   if (!items.empty() && squaredDistanceTo(items.front()) < inner * inner) {
     return eAnswer::kBlocks;

@@ -318,6 +318,39 @@ TEST(ShadowMap, GivesEachTestItsOwnAnswer) {
   EXPECT_LT(small.Asked(), unsure.Asked());
 }
 
+/// Leaves all of its items open everywhere.
+class OpenTest final : public BallTest {
+ public:
+  explicit OpenTest(std::uint32_t count) : count_(count) {}
+
+  std::uint32_t CountItems() const override { return count_; }
+  eAnswer Judge(const Ball& /*ball*/, const Items& items,
+                Items& open) const override {
+    open = items;
+    return eAnswer::kUnsure;
+  }
+
+ private:
+  std::uint32_t count_;
+};
+
+TEST(ShadowMap, NamesNoItemsOnceThereIsNoRoomForMore) {
+  constexpr std::uint32_t kCount = 40;
+  const OpenTest test(kCount);
+  const ShadowMap map(kRadius, {&test}, 1024);
+  const CellItems& open = map.Open(static_cast<eMappedTest>(0));
+  EXPECT_LT(open.Items().size(), map.OffMap() * kCount);
+  std::size_t named = 0;
+  for (std::size_t cell = 0; cell < map.OffMap(); ++cell) {
+    const CellItems::Range range = open.Of(cell);
+    const std::uint32_t count = range.end - range.begin;
+    ASSERT_TRUE(count == 0 || count == kCount);
+    named += count;
+  }
+  EXPECT_EQ(named, open.Items().size());
+  EXPECT_GT(named, map.OffMap());
+}
+
 TEST(ShadowMap, DoesNotDivideWhatIsSure) {
   const SmallBallTest blocks(1e9, eAnswer::kBlocks);
   const SmallBallTest clear(1e9, eAnswer::kClear);

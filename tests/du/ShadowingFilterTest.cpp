@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cmath>
 #include <iterator>
 #include <map>
 #include <optional>
@@ -160,6 +161,26 @@ TEST(ShadowingFilter, DividesTheMapMoreFinelyWhereMuchOfItIsUnsure) {
   const ShadowingFilter filter(detector, {});
   EXPECT_EQ(filter.Map().Cells(), 2 * ShadowMap::kCells);
   EXPECT_EQ(ExpectVerdictsOfTheFormulas(filter, detector, Paths(500)), 0);
+}
+
+TEST(ShadowingFilter, AsksAllAnchorsWhereACellCannotNameThem) {
+  // So far away that its distances are a kilometre apart.
+  Testing::Tables tables = Only({eComponent::kNCDAnchor});
+  tables.SetPositions("GEO_LOCATIONS", "anchors", {{1e19, 0, 0}});
+  tables.Set("SOLID", "anchor", "half_z", 1e19);
+  const ShadowingCalculator detector = InRun(tables);
+  const ShadowingFilter filter(detector, {});
+  std::vector<LightPath> paths;
+  int blocked = 0;
+  for (int i = 0; i < 100; ++i) {
+    const double x = 1000 + i;
+    const TVector3 point(x, 0, std::sqrt(5860.0 * 5860.0 - x * x));
+    paths.push_back(OneCrossing(point, point.Unit()));
+    blocked += filter.Anchors().HasPointNear(point) ? 1 : 0;
+  }
+  EXPECT_GT(blocked, 0);
+  EXPECT_LT(blocked, 100);
+  ExpectVerdictsOfTheFormulas(filter, detector, paths);
 }
 
 TEST(ShadowingFilter, SeesHoldDownRopesOnlyInARunThatHasThem) {

@@ -175,6 +175,29 @@ TEST_P(VerticalRopeFilterTest, JudgesNothingWithoutACylinderThatItTrusts) {
             eAnswer::kUnsure);
 }
 
+TEST(VerticalRopeFilter, LeavesTheHeightAfterALongWayOpen) {
+  // The formula takes the path for level, for the cosine of so small an angle
+  // is 1, and misses the rope by 3e-7; in truth the path rises by 1.8 mm.
+  constexpr double kRadius = 1100.0;
+  const TVector3 rope(-1099.5840796, 0, 30.2465173);
+  const TVector3 start(99000, 0, 0);
+  const TVector3 direction(-1, 0, 1.8e-8);
+  const TVector3 crossing = VectorToCylinderEdge(start, direction, {}, kRadius,
+                                                 eDiagnostics::kSilent);
+  EXPECT_EQ(crossing.Z(), 0.0);
+  EXPECT_GT(crossing.Angle(rope), kTolerance);
+  const auto filter = [&](eCrossings crossings) {
+    return VerticalRopeFilter(
+        {kRadius, 6138.0}, RopeDirections({rope}, kTolerance, crossings, 4096));
+  };
+  const SegmentView segment = {start, direction, 1.0};
+  EXPECT_EQ(filter(eCrossings::kInSpace).JudgeInSpace(segment),
+            eAnswer::kUnsure);
+  // Without its height the crossing is as sure as any.
+  EXPECT_EQ(filter(eCrossings::kFlattened).JudgeFlattened(segment),
+            eAnswer::kClear);
+}
+
 TEST(VerticalRopeFilter, KeepsTheHeightInTheAngleOnlyInSpace) {
   // Out at a rope's azimuth, but high above where the rope's angle is taken.
   const TVector3 point(3000, 0, 0);

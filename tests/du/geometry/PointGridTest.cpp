@@ -301,6 +301,26 @@ TEST(PointGridAsABallTest, IsSureOfASmallBallUnlessItMeetsTheLimit) {
   EXPECT_EQ(judge(1095, 10), eAnswer::kUnsure);
 }
 
+TEST(PointGridAsABallTest, IsUnsureWhereDistancesAreRoundedByMoreThanTheBall) {
+  const PointGrid grid({{1e19, 0, 0}}, 1e19);
+  // Distances so large are a kilometre apart.
+  EXPECT_FALSE(grid.HasPointNear({1000, 0, 0}));
+  EXPECT_TRUE(grid.HasPointNear({1050, 0, 0}));
+  for (const double x : {900.0, 1150.0}) {
+    BallTest::Items open;
+    EXPECT_EQ(grid.Judge({{x, 0, 0}, 200}, {0}, open), eAnswer::kUnsure);
+    EXPECT_TRUE(open.empty());  // all count
+  }
+}
+
+TEST(PointGridAsABallTest, IsSureOfPointsFarWithinAHugeReach) {
+  for (const double reach : {1e8, 1e9, 1e100, 1e200, kInfinity}) {
+    const PointGrid grid({{0, 0, 1e6}, {0, 1e7, 0}}, reach);
+    BallTest::Items open;
+    EXPECT_EQ(grid.Judge({{0, 0, 5860}, 1000}, {0, 1}, open), eAnswer::kBlocks);
+  }
+}
+
 TEST(PointGridAsABallTest, LeavesOnlyThePointsOpenThatCanDecide) {
   const PointGrid grid({{0, 0, 0}, {150, 0, 0}, {0, 1000, 0}}, 100.0);
   BallTest::Items near;
