@@ -42,6 +42,9 @@ eAnswer VerticalRopeFilter::JudgeFlattened(const SegmentView& segment) const {
 eAnswer VerticalRopeFilter::JudgeInSpace(const SegmentView& segment) const {
   if (!(radius2_ > 0.0)) return eAnswer::kUnsure;
   const auto crossing = Cross(segment, radius2_);
+  const eAnswer answer = AnswerOf(IsWithinHeight(crossing, height2_),
+                                  IsAboveHeight(crossing, height2_));
+  if (answer != eAnswer::kBlocks) return answer;
   // The formula has the angle at which a path rises from its cosine, so a small
   // one is right to 3e-8 only, and the height to that times the way. Seen from
   // the centre that is below 1.5e-7 as long as the way is no longer than this.
@@ -50,9 +53,6 @@ eAnswer VerticalRopeFilter::JudgeInSpace(const SegmentView& segment) const {
   if (!(crossing.way2 < kLongestWay * kLongestWay * distance2)) {
     return eAnswer::kUnsure;
   }
-  const eAnswer answer = AnswerOf(IsWithinHeight(crossing, height2_),
-                                  IsAboveHeight(crossing, height2_));
-  if (answer != eAnswer::kBlocks) return answer;
   return ropes_.Judge(crossing.x, crossing.y, crossing.Height());
 }
 
