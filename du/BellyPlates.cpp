@@ -155,7 +155,7 @@ PreparedBellyPlates::PreparedBellyPlates(const BellyPlateModel& model,
     Plate plate = {centre, edges.left, edges.right, -1.0, 2.0};
     if (edges.left > 0.0 && edges.right > 0.0) {
       plate.limit = std::min(edges.left, edges.right);
-      plate.limitCosine = plate.limit > kPi ? -2.0 : std::cos(plate.limit);
+      plate.limitCosine = std::cos(plate.limit);
     }
     plates_.push_back(plate);
   }

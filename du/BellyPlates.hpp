@@ -80,7 +80,7 @@ class PreparedBellyPlates final : public BallTest {
     double left;         ///< angle from the centre to each edge, rad
     double right;        ///< rad
     double limit;        ///< the smaller of both, -1 where nothing is blocked
-    double limitCosine;  ///< of limit; -2 where all is
+    double limitCosine;  ///< of limit; 2 where nothing is
   };
 
   bool IsAsHigh(const TVector3& point) const {

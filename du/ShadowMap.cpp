@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <numeric>
 #include <utility>
 
 namespace ZARN::DU {
@@ -46,9 +47,7 @@ class MapPainter {
       if (tests_[i] == nullptr) continue;
       open.answers[i] = eAnswer::kUnsure;
       open.items[i].resize(tests_[i]->CountItems());
-      for (std::uint32_t k = 0; k < open.items[i].size(); ++k) {
-        open.items[i][k] = k;
-      }
+      std::iota(open.items[i].begin(), open.items[i].end(), 0U);
     }
     const int size = cells_ / kFirstSquares;
     for (int row = 0; row < cells_; row += size) {

@@ -340,8 +340,9 @@ void ShadowingBatch::JudgeBlock(const ShadowingFilter& filter,
   kernel_->cross(geometry_, crossings, segments);
 
   const ShadowMap::Code* const codes = filter.Map().Codes().data();
-  const auto verdictOn = [&](const CrossingVerdicts& table, std::size_t segment,
+  const auto verdictOn = [&](bool isFirst, std::size_t segment,
                              Vector Path::*point, std::size_t path) {
+    const CrossingVerdicts& table = isFirst ? firstVerdicts_ : secondVerdicts_;
     const std::uint8_t ropes =
         ropes_[static_cast<std::size_t>(crossings.rope.at[segment])];
     const int cell = crossings.cell.at[segment];
@@ -355,15 +356,14 @@ void ShadowingBatch::JudgeBlock(const ShadowingFilter& filter,
     const bool isAboveEnds = (ropes & kBelowEnds) == 0;
     return static_cast<std::uint8_t>(filter.FindAtCrossing(
         paths.At(point, path), static_cast<std::size_t>(cell),
-        {isAboveEnds, isAboveEnds && ropes == kBlocks,
-         &table == &firstVerdicts_}));
+        {isAboveEnds, isAboveEnds && ropes == kBlocks, isFirst}));
   };
   std::size_t at = 0;
   forEachType(ePathKind::kOneCrossing, [&](std::size_t type) {
     const std::uint16_t* const list = byType.Of(type);
     for (std::size_t i = 0; i < byType.Count(type); ++i) {
       verdicts[list[i]] =
-          verdictOn(firstVerdicts_, at++, kShapes[type].firstPoint, list[i]);
+          verdictOn(true, at++, kShapes[type].firstPoint, list[i]);
     }
   });
   at = firsts;
@@ -371,10 +371,9 @@ void ShadowingBatch::JudgeBlock(const ShadowingFilter& filter,
     const std::uint16_t* const list = byType.Of(type);
     for (std::size_t i = 0; i < byType.Count(type); ++i, ++at) {
       const std::uint8_t first =
-          verdictOn(firstVerdicts_, at, kShapes[type].firstPoint, list[i]);
-      const std::uint8_t second =
-          verdictOn(secondVerdicts_, at + (seconds - firsts),
-                    kShapes[type].secondPoint, list[i]);
+          verdictOn(true, at, kShapes[type].firstPoint, list[i]);
+      const std::uint8_t second = verdictOn(false, at + (seconds - firsts),
+                                            kShapes[type].secondPoint, list[i]);
       // The components in their order, each for both segments: the smaller
       // number counts, and kOpen is the largest.
       verdicts[list[i]] =

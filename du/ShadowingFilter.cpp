@@ -1,6 +1,7 @@
 #include "du/ShadowingFilter.hpp"
 
 #include <algorithm>
+#include <optional>
 
 #include "du/AVHDRopeShadowing.hpp"
 #include "du/ShadowingCalculator.hpp"
@@ -50,6 +51,36 @@ class EndsFromAbove {
   double end2_;
   double product_;
 };
+
+/// What ropes on a cylinder do to a path in water that starts or ends inside
+/// it, also where that is unsure; nothing for one that surely does neither.
+std::optional<eAnswer> JudgeFromInside(const VerticalRopeFilter& ropes,
+                                       const EndsFromAbove& ends,
+                                       const SegmentView& first,
+                                       const SegmentView& second) {
+  const eSide start = ends.Start(ropes.Radius2());
+  const eSide end = ends.End(ropes.Radius2());
+  if (start == eSide::kUnsure || end == eSide::kUnsure) return eAnswer::kUnsure;
+  if (start == eSide::kInside) {
+    return end == eSide::kInside ? eAnswer::kClear
+                                 : ropes.JudgeFlattened(first);
+  }
+  if (end == eSide::kInside) return ropes.JudgeFlattened(second);
+  return std::nullopt;
+}
+
+/// What ropes do to a path in water that starts and ends outside their
+/// cylinder, where it enters, and where it leaves by @p judgeLeaving().
+template <class JudgeLeaving>
+eAnswer JudgeThrough(const VerticalRopeFilter& ropes, const EndsFromAbove& ends,
+                     const SegmentView& first,
+                     const JudgeLeaving& judgeLeaving) {
+  const eAnswer passing = ends.Pass(ropes.Radius2());
+  if (passing != eAnswer::kBlocks) return passing;
+  const eAnswer entering = ropes.JudgeFlattened(first);
+  if (entering == eAnswer::kBlocks) return entering;
+  return Either(entering, judgeLeaving());
+}
 
 }  // namespace
 
@@ -151,55 +182,33 @@ eComponent ShadowingFilter::FindAtCrossing(const TVector3& point,
 
 eAnswer ShadowingFilter::JudgeHoldDownInWater(const SegmentView& first,
                                               const SegmentView& second) const {
-  const double radius2 = holdDown_.Radius2();
-  if (!(radius2 > 0.0)) return eAnswer::kUnsure;
+  if (!(holdDown_.Radius2() > 0.0)) return eAnswer::kUnsure;
   const EndsFromAbove ends(first.point, second.point);
-  const eSide start = ends.Start(radius2);
-  const eSide end = ends.End(radius2);
-  if (start == eSide::kUnsure || end == eSide::kUnsure) return eAnswer::kUnsure;
-  if (start == eSide::kInside) {
-    return end == eSide::kInside ? eAnswer::kClear
-                                 : holdDown_.JudgeFlattened(first);
-  }
-  if (end == eSide::kInside) return holdDown_.JudgeFlattened(second);
-  const eAnswer passing = ends.Pass(radius2);
-  if (passing != eAnswer::kBlocks) return passing;
-  const eAnswer entering = holdDown_.JudgeFlattened(first);
-  if (entering == eAnswer::kBlocks) return entering;
-  return Either(entering, holdDown_.JudgeFlattened(second));
+  const std::optional<eAnswer> fromInside =
+      JudgeFromInside(holdDown_, ends, first, second);
+  if (fromInside.has_value()) return *fromInside;
+  return JudgeThrough(holdDown_, ends, first,
+                      [&] { return holdDown_.JudgeFlattened(second); });
 }
 
 eAnswer ShadowingFilter::JudgeSupportInWater(const SegmentView& first,
                                              const SegmentView& second) const {
-  const double radius2 = support_.Radius2();
-  if (!(radius2 > 0.0)) return eAnswer::kUnsure;
+  if (!(support_.Radius2() > 0.0)) return eAnswer::kUnsure;
   const EndsFromAbove ends(first.point, second.point);
-  const eSide start = ends.Start(radius2);
-  const eSide end = ends.End(radius2);
-  if (start == eSide::kUnsure || end == eSide::kUnsure) return eAnswer::kUnsure;
-  if (start == eSide::kInside) {
-    return end == eSide::kInside ? eAnswer::kClear
-                                 : support_.JudgeFlattened(first);
-  }
-  if (end == eSide::kInside) return support_.JudgeFlattened(second);
+  const std::optional<eAnswer> fromInside =
+      JudgeFromInside(support_, ends, first, second);
+  if (fromInside.has_value()) return *fromInside;
 
   // Outside the support ropes on both ends: the hold-down ropes count.
   if (!hasEntered_) return eAnswer::kClear;
   const double entered2 = entered_.Radius2();
   if (!(entered2 > 0.0)) return eAnswer::kUnsure;
-  const eSide startAt = ends.Start(entered2);
-  const eSide endAt = ends.End(entered2);
-  if (startAt == eSide::kInside || endAt == eSide::kInside) {
-    return eAnswer::kClear;
-  }
-  if (startAt == eSide::kUnsure || endAt == eSide::kUnsure) {
-    return eAnswer::kUnsure;
-  }
-  const eAnswer passing = ends.Pass(entered2);
-  if (passing != eAnswer::kBlocks) return passing;
-  const eAnswer entering = entered_.JudgeFlattened(first);
-  if (entering == eAnswer::kBlocks) return entering;
-  return Either(entering, left_.JudgeInSpace(second));
+  const eSide start = ends.Start(entered2);
+  const eSide end = ends.End(entered2);
+  if (start == eSide::kInside || end == eSide::kInside) return eAnswer::kClear;
+  if (start == eSide::kUnsure || end == eSide::kUnsure) return eAnswer::kUnsure;
+  return JudgeThrough(entered_, ends, first,
+                      [&] { return left_.JudgeInSpace(second); });
 }
 
 }  // namespace ZARN::DU
