@@ -6,7 +6,7 @@
 #include <string>
 
 #include "du/ShadowingCalculator.hpp"
-#include "du/ShadowingComponent.hpp"
+#include "du/hardware/ShadowingComponent.hpp"
 
 namespace ZARN::App {
 

@@ -6,7 +6,7 @@
 #include <utility>
 #include <vector>
 
-#include "du/ShadowingComponent.hpp"
+#include "du/hardware/ShadowingComponent.hpp"
 #include "lightpath/LightPath.hpp"
 #include "lightpath/LightPathArrays.hpp"
 #include "lightpath/LightPathCalculator.hpp"

@@ -11,10 +11,10 @@
 
 #include "benchmarks/PathSet.hpp"
 #include "benchmarks/Ways.hpp"
-#include "du/ShadowingBatch.hpp"
+#include "du/fast/ShadowingBatch.hpp"
 #include "du/ShadowingCalculator.hpp"
-#include "du/ShadowingFilter.hpp"
-#include "du/ShadowingLayers.hpp"
+#include "du/fast/ShadowingFilter.hpp"
+#include "du/fast/ShadowingLayers.hpp"
 
 /// Time of a verdict on the reference detector: layer by layer beside the plain
 /// reference, one path a call and in batches, in the cache and out of it.

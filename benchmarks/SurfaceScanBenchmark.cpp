@@ -17,7 +17,7 @@
 
 #include "benchmarks/PathSet.hpp"
 #include "benchmarks/Ways.hpp"
-#include "du/ShadowMap.hpp"
+#include "du/fast/ShadowMap.hpp"
 #include "du/ShadowingCalculator.hpp"
 #include "du/geometry/PointGrid.hpp"
 

@@ -10,7 +10,7 @@
 
 #include "benchmarks/PathSet.hpp"
 #include "du/ShadowingCalculator.hpp"
-#include "du/ShadowingComponent.hpp"
+#include "du/hardware/ShadowingComponent.hpp"
 #include "lightpath/LightPathCalculator.hpp"
 #include "tests/reference/PlainShadowingCalculator.hpp"
 

@@ -13,9 +13,9 @@
 
 #include "db/DBErrors.hpp"
 #include "db/ReadField.hpp"
-#include "du/AVHDRopeShadowing.hpp"
-#include "du/ShadowingBatch.hpp"
-#include "du/ShadowingFilter.hpp"
+#include "du/hardware/AVHDRopeShadowing.hpp"
+#include "du/fast/ShadowingBatch.hpp"
+#include "du/fast/ShadowingFilter.hpp"
 #include "du/UnusualPathMessages.hpp"
 #include "log/Log.hpp"
 

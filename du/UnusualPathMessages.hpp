@@ -2,8 +2,8 @@
 
 #include <string>
 
-#include "du/ShadowingComponent.hpp"
-#include "du/WaterSegments.hpp"
+#include "du/hardware/ShadowingComponent.hpp"
+#include "du/hardware/WaterSegments.hpp"
 
 namespace ZARN::DU {
 

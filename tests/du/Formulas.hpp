@@ -1,6 +1,6 @@
 #pragma once
 
-#include "du/AVHDRopeShadowing.hpp"
+#include "du/hardware/AVHDRopeShadowing.hpp"
 #include "du/ShadowingCalculator.hpp"
 #include "tests/du/Paths.hpp"
 

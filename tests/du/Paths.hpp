@@ -5,7 +5,7 @@
 #include <string>
 
 #include "TVector3.h"
-#include "du/WaterSegments.hpp"
+#include "du/hardware/WaterSegments.hpp"
 #include "lightpath/LightPath.hpp"
 #include "lightpath/LightPathCalculator.hpp"
 #include "tests/du/PrintVectors.hpp"

@@ -4,7 +4,7 @@
 #include <vector>
 
 #include "TVector3.h"
-#include "du/AVHDRopeShadowing.hpp"
+#include "du/hardware/AVHDRopeShadowing.hpp"
 #include "du/ShadowingCalculator.hpp"
 #include "du/geometry/Constants.hpp"
 #include "tests/du/Detector.hpp"

@@ -3,8 +3,8 @@
 #include <algorithm>
 #include <cstdint>
 
-#include "du/ShadowingBatch.hpp"
-#include "du/ShadowingFilter.hpp"
+#include "du/fast/ShadowingBatch.hpp"
+#include "du/fast/ShadowingFilter.hpp"
 #include "tests/property/PathColumns.hpp"
 #include "tests/property/Paths.hpp"
 

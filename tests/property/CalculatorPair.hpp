@@ -3,7 +3,7 @@
 #include <string>
 
 #include "du/ShadowingCalculator.hpp"
-#include "du/ShadowingLayers.hpp"
+#include "du/fast/ShadowingLayers.hpp"
 #include "lightpath/LightPathCalculator.hpp"
 #include "log/Log.hpp"
 #include "tests/property/Batches.hpp"

@@ -7,9 +7,9 @@
 
 #include "db/DB.hpp"
 #include "db/JsonTables.hpp"
-#include "du/ShadowingBatch.hpp"
+#include "du/fast/ShadowingBatch.hpp"
 #include "du/ShadowingCalculator.hpp"
-#include "du/ShadowingFilter.hpp"
+#include "du/fast/ShadowingFilter.hpp"
 #include "log/Log.hpp"
 #include "tests/property/ExamplePaths.hpp"
 #include "tests/support/Captured.hpp"

@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <string>
 
-#include "du/ShadowingComponent.hpp"
+#include "du/hardware/ShadowingComponent.hpp"
 #include "tests/reference/PlainShadowingCalculator.hpp"
 
 namespace ZARN::Testing {

@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-#include "du/GeometryTables.hpp"
+#include "du/hardware/GeometryTables.hpp"
 #include "du/geometry/Primitives.hpp"
 #include "log/Log.hpp"
 #include "tests/property/Random.hpp"

@@ -1,0 +1,45 @@
+#include "du/fast/AVPipeBands.hpp"
+
+#include <cmath>
+
+#include "TVector3.h"
+#include "du/geometry/Constants.hpp"
+
+namespace ZARN::DU {
+namespace {
+
+/// How far from 90 degrees of azimuth the bands reach at a polar angle, both in
+/// degrees.
+double BandHalfWidth(double theta) {
+  if (theta < 30.0) return 15.0;
+  return theta < 120.0 ? 10.0 : 5.0;
+}
+
+}  // namespace
+
+eAnswer AVPipeBands::Judge(const Ball& ball, const Items& items,
+                           Items& open) const {
+  constexpr double kRounding = 1e-6;  // mm and degrees
+  const double radius = ball.radius + kRounding;
+  const TVector3 centre = AsTVector3(ball.centre);
+  const double distance = centre.Mag();
+  const double fromAxis = centre.Perp();
+  if (fromAxis > radius) {
+    const double theta = kDegreesPerRadian * centre.Theta();
+    const double spread =
+        kDegreesPerRadian * std::asin(radius / distance) + kRounding;
+    const double phiSpread =
+        kDegreesPerRadian * std::asin(radius / fromAxis) + kRounding;
+    const double fromMiddle = std::abs(
+        std::remainder(kDegreesPerRadian * centre.Phi() - 90.0, 360.0));
+    // The bands grow narrower downwards.
+    const double widest = BandHalfWidth(theta - spread);
+    const double narrowest = BandHalfWidth(theta + spread);
+    if (fromMiddle + phiSpread < narrowest) return eAnswer::kBlocks;
+    if (fromMiddle - phiSpread > widest) return eAnswer::kClear;
+  }
+  open = items;
+  return eAnswer::kUnsure;
+}
+
+}  // namespace ZARN::DU

@@ -1,0 +1,178 @@
+#include "du/fast/BatchKernel.hpp"
+
+#include "du/geometry/AzimuthCell.hpp"
+#include "du/geometry/CylinderCrossing.hpp"
+#include "du/geometry/CylinderSide.hpp"
+#include "du/geometry/OctahedralPlace.hpp"
+
+// Compiled once for each kind of processor, under another name of the result
+// (ZARN_KERNEL). The loops have no branches and no calls, so the compiler turns
+// them into operations on as many paths as the processor's registers hold; all
+// of them make the same roundings, path by path.
+
+namespace ZARN::DU {
+namespace {
+
+using Crossing = CylinderCrossing<float>;
+
+/// The place of an answer: that of a rope table where the crossing is as low as
+/// the ropes, else one that no table gives.
+[[gnu::always_inline]] inline int RopeAt(const BatchGeometry& geometry,
+                                         const Crossing& crossing,
+                                         float height2, int table, int none) {
+  const bool isLow = IsWithinHeight(crossing, height2);
+  const bool isHigh = IsAboveHeight(crossing, height2);
+  // A cell is found for every path; where none is wanted, of a harmless place.
+  const int cell = AzimuthCell(
+      isLow ? crossing.x : 1.0F, isLow ? crossing.y : 0.0F,
+      static_cast<float>(geometry.azimuthCells) / 4.0F, geometry.azimuthCells);
+  return isLow ? table + cell : isHigh ? none : geometry.open;
+}
+
+// Both loops work on a copy of the geometry: what lies behind a reference could
+// change with every result that is written.
+
+void Cross(const BatchGeometry& geometry, CrossingBlock& block,
+           std::size_t count) {
+  const BatchGeometry g = geometry;
+  const float half = static_cast<float>(g.mapCells) / 2.0F;
+  for (std::size_t i = 0; i < count; ++i) {
+    const float x = block.pointX.at[i];
+    const float y = block.pointY.at[i];
+    const float z = block.pointZ.at[i];
+    const float r2 = x * x + y * y + z * z;
+    const bool isOnShell = (r2 > g.lowest2) & (r2 < g.highest2);
+    const auto place = PlaceOf(isOnShell ? x : 1.0F, isOnShell ? y : 0.0F,
+                               isOnShell ? z : 0.0F);
+    const int cell = CellAlong(place.v, half, g.mapCells) * g.mapCells +
+                     CellAlong(place.u, half, g.mapCells);
+    block.cell.at[i] = isOnShell ? cell : g.offMap;
+  }
+  for (std::size_t i = 0; i < count; ++i) {
+    const float z = block.pointZ.at[i];
+    const bool isBelowEnds = z < g.belowEnds;
+    const bool isAboveFeet = z > g.aboveFeet;
+    // Near a limit, or between both kinds of ropes, it is not known which
+    // count.
+    const bool isKnown = (isBelowEnds | (z > g.aboveEnds)) &
+                         (isAboveFeet | (z < g.belowFeet)) &
+                         !(isBelowEnds & isAboveFeet);
+    const auto crossing = CrossCylinder(
+        block.pointX.at[i], block.pointY.at[i], block.directionX.at[i],
+        block.directionY.at[i], block.directionZ.at[i],
+        isBelowEnds ? g.ropesRadius2 : g.supportRadius2);
+    const int none = isBelowEnds ? g.noRopeBelow : g.noRope;
+    const int rope =
+        RopeAt(g, crossing, isBelowEnds ? g.holdDownHeight2 : g.supportHeight2,
+               isBelowEnds ? g.holdDownTable : g.supportTable, none);
+    block.rope.at[i] = !isKnown                    ? g.open
+                       : isBelowEnds | isAboveFeet ? rope
+                                                   : none;
+  }
+}
+
+/// The hold-down ropes, by their own test and as the support ropes' test sees
+/// them: with other limits on the same cylinder.
+void PassHoldDownRopes(const BatchGeometry& geometry, WaterBlock& block,
+                       std::size_t count) {
+  const BatchGeometry g = geometry;
+  for (std::size_t i = 0; i < count; ++i) {
+    const float startX = block.startX.at[i];
+    const float startY = block.startY.at[i];
+    const float endX = block.endX.at[i];
+    const float endY = block.endY.at[i];
+    const float vx = block.directionX.at[i];
+    const float vy = block.directionY.at[i];
+    const float vz = block.directionZ.at[i];
+    const float start2 = startX * startX + startY * startY;
+    const float end2 = endX * endX + endY * endY;
+    const float passing =
+        Passing(start2, end2, startX * endX + startY * endY, g.ropesRadius2);
+    const bool isStartIn = IsInside(start2, g.ropesRadius2);
+    const bool isStartOut = IsOutside(start2, g.ropesRadius2);
+    const bool isEndIn = IsInside(end2, g.ropesRadius2);
+    const bool isEndOut = IsOutside(end2, g.ropesRadius2);
+    const bool areBothMet = isStartOut & isEndOut & (passing > 1.0F);
+    const bool areBothMissed = isStartOut & isEndOut & (passing < -1.0F);
+    const bool isEntered = areBothMet | (isStartIn & isEndOut);
+    const bool isLeft = areBothMet | (isEndIn & isStartOut);
+    const bool isClear = areBothMissed | (isStartIn & isEndIn);
+    const bool isSeenClear = areBothMissed | isStartIn | isEndIn;
+
+    const auto entering =
+        CrossCylinder(startX, startY, vx, vy, vz, g.ropesRadius2);
+    const int entered =
+        RopeAt(g, entering, g.holdDownHeight2, g.holdDownTable, g.noRope);
+    const int seen = RopeAt(g, entering, g.seenHeight2, g.seenTable, g.noRope);
+    const int enteredOrNone = isClear | isLeft ? g.noRope : g.open;
+    const int seenOrNone = isSeenClear ? g.noRope : g.open;
+    block.entered.at[i] = isEntered ? entered : enteredOrNone;
+    block.seenEntered.at[i] = areBothMet ? seen : seenOrNone;
+
+    const auto leaving =
+        CrossCylinder(endX, endY, -vx, -vy, -vz, g.ropesRadius2);
+    const int left =
+        RopeAt(g, leaving, g.holdDownHeight2, g.holdDownTable, g.noRope);
+    const int seenLeft =
+        RopeAt(g, leaving, g.seenHeight2, g.seenInSpaceTable, g.noRope);
+    const float height = leaving.Height();
+    const float distance = SquareRoot(leaving.x * leaving.x +
+                                      leaving.y * leaving.y + height * height);
+    // The margin of these sines is made for tangents up to 100.
+    const bool isBeside = (leaving.along2 > 1e-4F * leaving.scale) &
+                          ((height < g.lowestSine * distance) |
+                           (height > g.highestSine * distance));
+    const int beside = seenLeft == g.open ? g.open : g.noRope;
+    const int seenOrBeside = isBeside ? beside : seenLeft;
+    block.left.at[i] = isLeft ? left : g.noRope;
+    block.seenLeft.at[i] = areBothMet ? seenOrBeside : g.noRope;
+  }
+}
+
+/// The support ropes, where one end is inside their cylinder; where both are
+/// outside, the hold-down ropes as they see them.
+void PassSupportRopes(const BatchGeometry& geometry, WaterBlock& block,
+                      std::size_t count) {
+  const BatchGeometry g = geometry;
+  for (std::size_t i = 0; i < count; ++i) {
+    const float startX = block.startX.at[i];
+    const float startY = block.startY.at[i];
+    const float endX = block.endX.at[i];
+    const float endY = block.endY.at[i];
+    const float start2 = startX * startX + startY * startY;
+    const float end2 = endX * endX + endY * endY;
+    const bool isStartIn = IsInside(start2, g.supportRadius2);
+    const bool isStartOut = IsOutside(start2, g.supportRadius2);
+    const bool isEndIn = IsInside(end2, g.supportRadius2);
+    const bool isEndOut = IsOutside(end2, g.supportRadius2);
+    const bool isCrossed = (isStartIn & isEndOut) | (isStartOut & isEndIn);
+    const bool areBothIn = isStartIn & isEndIn;
+    const bool areBothOut = isStartOut & isEndOut;
+    const float sense = isStartIn ? 1.0F : -1.0F;
+    const auto crossing = CrossCylinder(
+        isStartIn ? startX : endX, isStartIn ? startY : endY,
+        sense * block.directionX.at[i], sense * block.directionY.at[i],
+        sense * block.directionZ.at[i], g.supportRadius2);
+    const int support =
+        RopeAt(g, crossing, g.supportHeight2, g.supportTable, g.noRope);
+    const int seenEntered = block.seenEntered.at[i];
+    const int seenLeft = block.seenLeft.at[i];
+    const int noneOrOpen = areBothIn ? g.noRope : g.open;
+    const int seenOrNot = areBothOut ? seenEntered : noneOrOpen;
+    block.seenEntered.at[i] = isCrossed ? support : seenOrNot;
+    block.seenLeft.at[i] = areBothOut ? seenLeft : g.noRope;
+  }
+}
+
+void PassWater(const BatchGeometry& geometry, WaterBlock& block,
+               std::size_t count) {
+  PassHoldDownRopes(geometry, block, count);
+  PassSupportRopes(geometry, block, count);
+}
+
+}  // namespace
+
+extern const BatchKernel ZARN_KERNEL;
+const BatchKernel ZARN_KERNEL = {Cross, PassWater};
+
+}  // namespace ZARN::DU

@@ -1,0 +1,86 @@
+#include "du/fast/PreparedBellyPlates.hpp"
+
+#include <algorithm>
+#include <cmath>
+
+#include "du/geometry/Constants.hpp"
+
+namespace ZARN::DU {
+
+PreparedBellyPlates::PreparedBellyPlates(const BellyPlateModel& model,
+                                         double tolerance,
+                                         double outerAVRadius) {
+  const BellyPlateBand band(model, tolerance, outerAVRadius);
+  halfHeight_ = band.halfHeight;
+  for (const TVector3& centre : model.BellyPlatePositions) {
+    const BellyPlateEdges edges(centre, model, band, eDiagnostics::kSilent);
+    Plate plate = {centre, edges.left, edges.right, -1.0, 2.0};
+    if (edges.left > 0.0 && edges.right > 0.0) {
+      plate.limit = std::min(edges.left, edges.right);
+      plate.limitCosine = std::cos(plate.limit);
+    }
+    plates_.push_back(plate);
+  }
+}
+
+bool PreparedBellyPlates::IsInside(const Plate& plate, const TVector3& point) {
+  const double z = plate.centre.Z();
+  const double x = point.X();
+  const double y = point.Y();
+  // Beyond these squares the library's angle may overflow or underflow.
+  constexpr double kSmallest = 1e-60;
+  constexpr double kLargest = 1e60;
+  const double squares = (x * x + y * y + z * z) * plate.centre.Mag2();
+  if (squares > kSmallest && squares < kLargest) {
+    const double lengths = std::sqrt(squares);
+    const double over = x * plate.centre.X() + y * plate.centre.Y() + z * z -
+                        plate.limitCosine * lengths;
+    if (over > kBand * lengths) return true;
+    if (over < -kBand * lengths) return false;
+  }
+  const double alpha = TVector3(x, y, z).Angle(plate.centre);
+  return plate.left > alpha && plate.right > alpha;
+}
+
+bool PreparedBellyPlates::Block(const TVector3& point) const {
+  return IsAsHigh(point) &&
+         std::any_of(plates_.begin(), plates_.end(), [&](const Plate& plate) {
+           return IsInside(plate, point);
+         });
+}
+
+bool PreparedBellyPlates::Block(const TVector3& point, const CellItems& plates,
+                                CellItems::Range range) const {
+  const std::uint32_t* const items = plates.Items().data();
+  return IsAsHigh(point) && std::any_of(items + range.begin, items + range.end,
+                                        [&](std::uint32_t i) {
+                                          return IsInside(plates_[i], point);
+                                        });
+}
+
+std::uint32_t PreparedBellyPlates::CountItems() const {
+  return static_cast<std::uint32_t>(plates_.size());
+}
+
+eAnswer PreparedBellyPlates::Judge(const Ball& ball, const Items& items,
+                                   Items& open) const {
+  constexpr double kRounding = 1e-6;  // mm and rad
+  const double radius = ball.radius + kRounding;
+  const double z = std::abs(ball.centre.z);
+  if (!(z < halfHeight_ + radius)) return eAnswer::kClear;  // also NaN
+  const bool isInBand = z < halfHeight_ - radius;
+  for (const std::uint32_t i : items) {
+    const Plate& plate = plates_[i];
+    const TVector3 level(ball.centre.x, ball.centre.y, plate.centre.Z());
+    const double distance = level.Mag();
+    const double angle = level.Angle(plate.centre);
+    // By how much the angle can differ within the ball.
+    const double spread =
+        distance > radius ? std::asin(radius / distance) + kRounding : kPi;
+    if (isInBand && angle + spread < plate.limit) return eAnswer::kBlocks;
+    if (!(angle - spread >= plate.limit)) open.push_back(i);
+  }
+  return open.empty() ? eAnswer::kClear : eAnswer::kUnsure;
+}
+
+}  // namespace ZARN::DU

@@ -1,0 +1,54 @@
+#pragma once
+
+#include <vector>
+
+#include "TVector3.h"
+#include "du/geometry/BallTest.hpp"
+#include "du/geometry/CellItems.hpp"
+#include "du/hardware/BellyPlates.hpp"
+
+namespace ZARN::DU {
+
+/// The plates with everything prepared that does not depend on the path: the
+/// test of one crossing point, with the same answer to the last bit.
+///
+/// The azimuthal test compares an angle with two limits of the plate; here its
+/// cosine is compared first. The cosines' errors are below 1e-14, and what lies
+/// within kBand of the limit is left to the arc cosine.
+class PreparedBellyPlates final : public BallTest {
+ public:
+  static constexpr double kBand = 1e-9;
+
+  PreparedBellyPlates() = default;
+  PreparedBellyPlates(const BellyPlateModel& model, double tolerance,
+                      double outerAVRadius);
+
+  /// Whether a plate blocks a path that crosses the vessel at @p point.
+  bool Block(const TVector3& point) const;
+  /// Whether one of some plates does.
+  bool Block(const TVector3& point, const CellItems& plates,
+             CellItems::Range range) const;
+
+  std::uint32_t CountItems() const override;
+  eAnswer Judge(const Ball& ball, const Items& items,
+                Items& open) const override;
+
+ private:
+  struct Plate {
+    TVector3 centre;
+    double left;         ///< angle from the centre to each edge, rad
+    double right;        ///< rad
+    double limit;        ///< the smaller of both, -1 where nothing is blocked
+    double limitCosine;  ///< of limit; 2 where nothing is
+  };
+
+  bool IsAsHigh(const TVector3& point) const {
+    return point.Z() < halfHeight_ && point.Z() > -halfHeight_;
+  }
+  static bool IsInside(const Plate& plate, const TVector3& point);
+
+  double halfHeight_ = 0.0;
+  std::vector<Plate> plates_;
+};
+
+}  // namespace ZARN::DU

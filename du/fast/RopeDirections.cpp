@@ -1,0 +1,110 @@
+#include "du/fast/RopeDirections.hpp"
+
+#include <algorithm>
+#include <cmath>
+
+#include "du/geometry/Constants.hpp"
+
+namespace ZARN::DU {
+namespace {
+
+using eCrossings = RopeDirections::eCrossings;
+
+/// Lengths for which the library's angle neither overflows nor underflows; the
+/// angle to a shorter vector is 0.
+bool HasOrdinaryLength(const TVector3& v) {
+  constexpr double kShortest = 1e-3;
+  constexpr double kLongest = 1e6;
+  const double length = v.Mag();
+  return length > kShortest && length < kLongest;
+}
+
+/// Azimuths at which a rope can block a crossing.
+AzimuthRange RangeOf(const TVector3& rope, double angleTolerance,
+                     eCrossings crossings) {
+  AzimuthRange range = {rope.Phi(), -1.0, true};
+  if (!(angleTolerance > 0.0)) {
+    // Angles are not negative: none is below.
+    range.halfWidth = -1.0;
+  } else if (angleTolerance >= kHalfPi) {
+    // More than half of all directions; not worth a better bound.
+    range.halfWidth = kTwoPi;
+    range.isSure = false;
+  } else if (crossings == eCrossings::kFlattened) {
+    // Spherical triangle with a right angle at the horizon below the rope.
+    const double ratio = std::cos(angleTolerance) * rope.Mag() / rope.Perp();
+    range.halfWidth = ratio < 1.0 ? std::acos(ratio) : 0.0;
+  } else {
+    // The cap around the rope, seen from the axis.
+    const double ratio = std::sin(angleTolerance) * rope.Mag() / rope.Perp();
+    range.halfWidth = ratio < 1.0 ? std::asin(ratio) : kTwoPi;
+    range.isSure = false;
+  }
+  return range;
+}
+
+}  // namespace
+
+RopeDirections::RopeDirections(const std::vector<TVector3>& ropes,
+                               double angleTolerance, eCrossings crossings,
+                               int cells) {
+  std::vector<AzimuthRange> ranges;
+  const bool isUsual =
+      std::all_of(ropes.begin(), ropes.end(), [](const TVector3& rope) {
+        return HasOrdinaryLength(rope) && rope.Perp() > 0.0;
+      });
+  if (!isUsual || std::isinf(angleTolerance)) {
+    // One range all around, of a rope that no product can judge.
+    directions_.emplace_back(0, 0, 0);
+    table_ = AzimuthTable({{0.0, kTwoPi, false}}, cells);
+    return;
+  }
+  for (const TVector3& rope : ropes) {
+    directions_.push_back(rope.Unit());
+    ranges.push_back(RangeOf(rope, angleTolerance, crossings));
+  }
+  FindLimits(angleTolerance, crossings);
+  FindHeights(angleTolerance);
+  table_ = AzimuthTable(ranges, cells);
+}
+
+void RopeDirections::FindLimits(double angleTolerance, eCrossings crossings) {
+  constexpr double kRounding = 1e-13;  // of a cosine
+  const double error = crossings == eCrossings::kFlattened ? 1e-9 : 1e-6;
+  const double near = angleTolerance - error;
+  const double far = angleTolerance + error;
+  // All directions are nearer than an angle beyond pi.
+  if (near > 0.0) surelyNear_ = near > kPi ? -2.0 : std::cos(near) + kRounding;
+  if (far < kPi) surelyFar_ = std::cos(far) - kRounding;
+}
+
+void RopeDirections::FindHeights(double angleTolerance) {
+  double lowest = kHalfPi;
+  double highest = -kHalfPi;
+  for (const TVector3& direction : directions_) {
+    const double height = kHalfPi - direction.Theta();
+    lowest = std::min(lowest, height);
+    highest = std::max(highest, height);
+  }
+  const double widened = std::abs(angleTolerance) + kHeightMargin;
+  if (lowest - widened > -kHalfPi) lowestSine_ = std::sin(lowest - widened);
+  if (highest + widened < kHalfPi) highestSine_ = std::sin(highest + widened);
+}
+
+eAnswer RopeDirections::Judge(double x, double y, double z) const {
+  const int cell = table_.CellOf(x, y);
+  eAnswer answer = table_.At(cell);
+  if (answer != eAnswer::kUnsure) return answer;
+  const double length = std::sqrt(x * x + y * y + z * z);
+  answer = eAnswer::kClear;
+  const std::uint32_t* const end = table_.EndCandidates(cell);
+  for (const std::uint32_t* i = table_.BeginCandidates(cell); i != end; ++i) {
+    const TVector3& rope = directions_[*i];
+    const double product = x * rope.X() + y * rope.Y() + z * rope.Z();
+    if (product > surelyNear_ * length) return eAnswer::kBlocks;
+    if (!(product < surelyFar_ * length)) answer = eAnswer::kUnsure;
+  }
+  return answer;
+}
+
+}  // namespace ZARN::DU

@@ -1,0 +1,216 @@
+#include "du/fast/ShadowingFilter.hpp"
+
+#include <algorithm>
+#include <optional>
+
+#include "du/hardware/AVHDRopeShadowing.hpp"
+#include "du/ShadowingCalculator.hpp"
+#include "du/fast/AVPipeBands.hpp"
+#include "du/fast/NeckBossCap.hpp"
+#include "du/geometry/CylinderSide.hpp"
+
+namespace ZARN::DU {
+namespace {
+
+using eCrossings = RopeDirections::eCrossings;
+using eComponent = eShadowingComponent;
+
+/// Azimuth cells: few hold an edge of a rope's shadow, and all tables fit into
+/// the second cache.
+constexpr int kAzimuthCells = 16384;
+
+/// Where more of the map's cells are unsure, mostly because hardware is as fine
+/// as they are, smaller ones are worth their memory; but not where all are.
+constexpr double kMostUnsure = 0.1;
+
+enum class eSide { kInside, kUnsure, kOutside };
+
+eSide SideOf(double distance2, double radius2) {
+  if (IsInside(distance2, radius2)) return eSide::kInside;
+  return IsOutside(distance2, radius2) ? eSide::kOutside : eSide::kUnsure;
+}
+
+/// What blocks either of two crossings.
+eAnswer Either(eAnswer a, eAnswer b) { return std::max(a, b); }
+
+/// The ends of a path in water, seen from above.
+class EndsFromAbove {
+ public:
+  EndsFromAbove(const TVector3& start, const TVector3& end)
+      : start2_(start.X() * start.X() + start.Y() * start.Y()),
+        end2_(end.X() * end.X() + end.Y() * end.Y()),
+        product_(start.X() * end.X() + start.Y() * end.Y()) {}
+
+  eSide Start(double radius2) const { return SideOf(start2_, radius2); }
+  eSide End(double radius2) const { return SideOf(end2_, radius2); }
+  eAnswer Pass(double radius2) const {
+    const double passing = Passing(start2_, end2_, product_, radius2);
+    return AnswerOf(passing > 1.0, passing < -1.0);
+  }
+
+ private:
+  double start2_;
+  double end2_;
+  double product_;
+};
+
+/// What ropes on a cylinder do to a path in water that starts or ends inside
+/// it, also where that is unsure; nothing for one that surely does neither.
+std::optional<eAnswer> JudgeFromInside(const VerticalRopeFilter& ropes,
+                                       const EndsFromAbove& ends,
+                                       const SegmentView& first,
+                                       const SegmentView& second) {
+  const eSide start = ends.Start(ropes.Radius2());
+  const eSide end = ends.End(ropes.Radius2());
+  if (start == eSide::kUnsure || end == eSide::kUnsure) return eAnswer::kUnsure;
+  if (start == eSide::kInside) {
+    return end == eSide::kInside ? eAnswer::kClear
+                                 : ropes.JudgeFlattened(first);
+  }
+  if (end == eSide::kInside) return ropes.JudgeFlattened(second);
+  return std::nullopt;
+}
+
+/// What ropes do to a path in water that starts and ends outside their
+/// cylinder, where it enters, and where it leaves by @p judgeLeaving().
+template <class JudgeLeaving>
+eAnswer JudgeThrough(const VerticalRopeFilter& ropes, const EndsFromAbove& ends,
+                     const SegmentView& first,
+                     const JudgeLeaving& judgeLeaving) {
+  const eAnswer passing = ends.Pass(ropes.Radius2());
+  if (passing != eAnswer::kBlocks) return passing;
+  const eAnswer entering = ropes.JudgeFlattened(first);
+  if (entering == eAnswer::kBlocks) return entering;
+  return Either(entering, judgeLeaving());
+}
+
+}  // namespace
+
+ShadowingFilter::ShadowingFilter(const ShadowingCalculator& calculator,
+                                 const ShadowingLayers& layers) {
+  const auto isOn = [&](eComponent component) {
+    return calculator.IsReady(component);
+  };
+  const int cells = layers.tables ? kAzimuthCells : 1;
+  const eGrid grid = layers.grids ? eGrid::kUniform : eGrid::kOneCell;
+  const auto filter = [&](RopeCylinderLimits limits,
+                          const std::vector<TVector3>& ropes, double tolerance,
+                          eCrossings crossings) {
+    if (!layers.algebra) limits.radius = 0.0;
+    return VerticalRopeFilter(
+        limits, RopeDirections(ropes, tolerance, crossings, cells));
+  };
+  ShadowMap::Tests tests = {};
+  const auto test = [&](eMappedTest mapped) -> const BallTest*& {
+    return tests[static_cast<std::size_t>(mapped)];
+  };
+
+  const AVHDRopeModel& holdDown = calculator.GetAVHDRopes();
+  hasHoldDown_ = isOn(eComponent::kAVHDRope);
+  if (hasHoldDown_) {
+    const double tolerance = calculator.GetAVHDRopeTolerance();
+    holdDownEndHeight_ = holdDown.AVHDRopeEndPoints.front().Z();
+    holdDown_ = filter(LimitsOfAVHDRopes(holdDown), AVHDRopeEnds(holdDown),
+                       AVHDRopeAngleTolerance(holdDown, tolerance),
+                       eCrossings::kFlattened);
+    surface_ = PointGrid(holdDown.AVHDRopeSurfacePoints,
+                         holdDown.AVHDRopeRadius + tolerance, grid);
+    test(eMappedTest::kHoldDownSurface) = &surface_;
+  }
+
+  const SupportRopeModel& support = calculator.GetSupportRopes();
+  hasSupport_ = isOn(eComponent::kSupportRope);
+  if (hasSupport_) {
+    const double tolerance = SupportRopeAngleTolerance(
+        support, calculator.GetSupportRopeTolerance());
+    supportFootHeight_ = support.SupportRopePositions.front().Z();
+    support_ =
+        filter(LimitsOfSupportRopes(support), support.SupportRopePositions,
+               tolerance, eCrossings::kFlattened);
+    hasEntered_ = HasAVHDRopes(holdDown);
+    if (hasEntered_) {
+      const RopeCylinderLimits limits = {LimitsOfAVHDRopes(holdDown).radius,
+                                         SupportRopeTopDistance(support)};
+      const auto ends = AVHDRopeEnds(holdDown);
+      entered_ = filter(limits, ends, tolerance, eCrossings::kFlattened);
+      left_ = filter(limits, ends, tolerance, eCrossings::kInSpace);
+    }
+  }
+
+  if (isOn(eComponent::kBellyPlate)) {
+    hasWarningPlates_ = WarnsOfZeroVectors(calculator.GetBellyPlates());
+    plates_ = PreparedBellyPlates(calculator.GetBellyPlates(),
+                                  calculator.GetBellyPlateTolerance(),
+                                  calculator.GetOuterAVRadius());
+    test(eMappedTest::kBellyPlate) = &plates_;
+  }
+  if (isOn(eComponent::kNCDAnchor)) {
+    const NCDAnchorModel& anchors = calculator.GetNCDAnchors();
+    anchors_ = PointGrid(
+        anchors.NCDAnchorPositions,
+        anchors.NCDAnchorHalfZ + calculator.GetNCDAnchorTolerance(), grid);
+    test(eMappedTest::kNCDAnchor) = &anchors_;
+  }
+  const AVPipeBands pipes;
+  hasPipes_ = isOn(eComponent::kAVPipe);
+  if (hasPipes_) test(eMappedTest::kAVPipe) = &pipes;
+  neckBoss_ = calculator.GetNeckBoss();
+  const NeckBossCap neckBoss(neckBoss_);
+  hasNeckBoss_ = isOn(eComponent::kNeckBoss);
+  if (hasNeckBoss_) test(eMappedTest::kNeckBoss) = &neckBoss;
+
+  if (!layers.map) return;
+  const double radius = calculator.GetOuterAVRadius();
+  map_ = ShadowMap(radius, tests);
+  if (map_.UnsureShare() > kMostUnsure && map_.UnsureShare() < 1.0) {
+    map_ = ShadowMap(radius, tests, 2 * ShadowMap::kCells);
+  }
+  surfaceOfCells_ =
+      surface_.ListOf(map_.Open(eMappedTest::kHoldDownSurface).Items());
+  anchorsOfCells_ = anchors_.ListOf(map_.Open(eMappedTest::kNCDAnchor).Items());
+}
+
+eComponent ShadowingFilter::FindAtCrossing(const TVector3& point,
+                                           std::size_t cell,
+                                           const KnownRopes& ropes) const {
+  const Crossing at = {&point, cell, map_.At(cell)};
+  if (ropes.isAboveEnds && IsOnSurfaceRope(at)) return eComponent::kAVHDRope;
+  if (ropes.isAtSupportRope) return eComponent::kSupportRope;
+  if (IsOnPlate(at)) return eComponent::kBellyPlate;
+  if (IsNearAnchor(at)) return eComponent::kNCDAnchor;
+  if (ropes.isFirst && IsAtPipes(at)) return eComponent::kAVPipe;
+  return IsUnderBoss(at) ? eComponent::kNeckBoss : eComponent::kNone;
+}
+
+eAnswer ShadowingFilter::JudgeHoldDownInWater(const SegmentView& first,
+                                              const SegmentView& second) const {
+  if (!(holdDown_.Radius2() > 0.0)) return eAnswer::kUnsure;
+  const EndsFromAbove ends(first.point, second.point);
+  const std::optional<eAnswer> fromInside =
+      JudgeFromInside(holdDown_, ends, first, second);
+  if (fromInside.has_value()) return *fromInside;
+  return JudgeThrough(holdDown_, ends, first,
+                      [&] { return holdDown_.JudgeFlattened(second); });
+}
+
+eAnswer ShadowingFilter::JudgeSupportInWater(const SegmentView& first,
+                                             const SegmentView& second) const {
+  if (!(support_.Radius2() > 0.0)) return eAnswer::kUnsure;
+  const EndsFromAbove ends(first.point, second.point);
+  const std::optional<eAnswer> fromInside =
+      JudgeFromInside(support_, ends, first, second);
+  if (fromInside.has_value()) return *fromInside;
+
+  // Outside the support ropes on both ends: the hold-down ropes count.
+  if (!hasEntered_) return eAnswer::kClear;
+  const double entered2 = entered_.Radius2();
+  if (!(entered2 > 0.0)) return eAnswer::kUnsure;
+  const eSide start = ends.Start(entered2);
+  const eSide end = ends.End(entered2);
+  if (start == eSide::kInside || end == eSide::kInside) return eAnswer::kClear;
+  if (start == eSide::kUnsure || end == eSide::kUnsure) return eAnswer::kUnsure;
+  return JudgeThrough(entered_, ends, first,
+                      [&] { return left_.JudgeInSpace(second); });
+}
+
+}  // namespace ZARN::DU

@@ -1,0 +1,35 @@
+#pragma once
+
+#include "du/fast/RopeDirections.hpp"
+#include "du/hardware/WaterSegments.hpp"
+#include "du/geometry/Answer.hpp"
+#include "du/hardware/RopeCylinderLimits.hpp"
+
+namespace ZARN::DU {
+
+/// Judges where paths meet ropes that stand on a cylinder, by algebra: the
+/// crossing (CylinderCrossing.hpp), its height, and the ropes' directions. What
+/// any of them leaves open is unsure.
+class VerticalRopeFilter {
+ public:
+  /// Judges nothing.
+  VerticalRopeFilter() = default;
+  /// Judges nothing unless the radius is from 1 mm to 100 m and the height
+  /// above 0 and up to 1 km.
+  VerticalRopeFilter(const RopeCylinderLimits& limits, RopeDirections ropes);
+
+  eAnswer JudgeFlattened(const SegmentView& segment) const;
+  /// The crossing keeps its height in the angle to the ropes.
+  eAnswer JudgeInSpace(const SegmentView& segment) const;
+
+  double Radius2() const { return radius2_; }  ///< mm^2; 0: judges nothing
+  double Height2() const { return height2_; }  ///< mm^2
+  const RopeDirections& Ropes() const { return ropes_; }
+
+ private:
+  double radius2_ = 0.0;
+  double height2_ = 0.0;
+  RopeDirections ropes_;
+};
+
+}  // namespace ZARN::DU

@@ -1,0 +1,139 @@
+#include "du/hardware/BellyPlates.hpp"
+
+#include <algorithm>
+#include <cmath>
+
+#include "db/ReadField.hpp"
+#include "du/hardware/GeometryTables.hpp"
+#include "du/geometry/Constants.hpp"
+#include "du/geometry/IeeeQuotient.hpp"
+#include "du/geometry/Primitives.hpp"
+
+namespace ZARN::DU {
+namespace {
+
+/// A plate's extent, as its centre and the half height give it.
+struct PlateFrame {
+  PlateFrame(const TVector3& centre, double halfHeight,
+             eDiagnostics diagnostics)
+      : radius(centre.Mag()),
+        bottom(WithMag(centre - halfHeight * kZHat, radius, diagnostics)),
+        width(WithMag(centre + halfHeight * kZHat, radius, diagnostics)
+                  .Angle(bottom)),
+        phiStart(centre.Phi() - 0.5 * width) {}
+
+  double radius;
+  TVector3 bottom;
+  double width;     ///< angular height, and width in azimuth, rad
+  double phiStart;  ///< azimuth of one edge, rad
+};
+
+/// Make room for the grids of some plates, unless they are so large that it may
+/// not be there.
+void ReserveGrids(double n, std::size_t plates, std::vector<TVector3>& points) {
+  constexpr double kMost = 1e7;
+  const double side = std::ceil(n);
+  const double count = side * side * static_cast<double>(plates);
+  if (n > 0.0 && count < kMost) points.reserve(static_cast<std::size_t>(count));
+}
+
+/// Lay n x n points over a plate, none where n is not above 0. Its far edges
+/// are not reached.
+void AppendGrid(const PlateFrame& frame, double n, double halfHeight,
+                std::vector<TVector3>& points) {
+  std::vector<TVector3> steps;
+  for (double b = 0; n > b; ++b) {
+    steps.push_back((2 * (b / n) * halfHeight) * kZHat);
+  }
+  for (double a = 0; n > a; ++a) {
+    const TVector3 v =
+        WithPhi(frame.bottom, a / n * frame.width + frame.phiStart);
+    for (const TVector3& step : steps) {
+      TVector3& point = points.emplace_back(v);
+      point += step;
+      point.SetMag(frame.radius);
+    }
+  }
+}
+
+bool IsWithinAPlate(TVector3 point, const BellyPlateModel& model,
+                    const BellyPlateBand& band, eDiagnostics diagnostics) {
+  if (!(point.Z() < band.halfHeight && point.Z() > -band.halfHeight)) {
+    return false;
+  }
+  const auto& plates = model.BellyPlatePositions;
+  // Lists are counted in single precision throughout this system.
+  for (float k = 0; static_cast<float>(plates.size()) > k; k += 1.0F) {
+    const TVector3& plate = plates[static_cast<std::size_t>(k)];
+    const BellyPlateEdges edges(plate, model, band, diagnostics);
+    // At the height of the plate's centre only the azimuth counts.
+    point.SetZ(plate.Z());
+    const double alpha = point.Angle(plate);
+    if (edges.left > alpha && edges.right > alpha) return true;
+  }
+  return false;
+}
+
+}  // namespace
+
+BellyPlateBand::BellyPlateBand(const BellyPlateModel& model, double tolerance,
+                               double outerAVRadius)
+    : halfHeight(model.BellyPlateHalfHeight + tolerance),
+      dphi(IeeeQuotient(tolerance, outerAVRadius)) {}
+
+BellyPlateEdges::BellyPlateEdges(const TVector3& plate,
+                                 const BellyPlateModel& model,
+                                 const BellyPlateBand& band,
+                                 eDiagnostics diagnostics) {
+  const PlateFrame frame(plate, model.BellyPlateHalfHeight, diagnostics);
+  left = WithPhi(plate, frame.phiStart - band.dphi).Angle(plate);
+  right =
+      WithPhi(plate, band.dphi + (frame.width + frame.phiStart)).Angle(plate);
+}
+
+void BellyPlateModel::Clear() {
+  BellyPlatePositions.clear();
+  BellyPlateGridPoints.clear();
+}
+
+void LoadBellyPlateInfo(BellyPlateModel& model, double tolerance) {
+  model.BellyPlateHalfHeight =
+      ReadNumber("SOLID", "belly_plate_vintar", "octahedron_half_height");
+  const std::string locations =
+      ReadText("GEO", "inner_av", "belly_plate_locations");
+  FillXYZPositions(model.BellyPlatePositions, "GEO_LOCATIONS", locations, "x",
+                   "y", "z");
+  const auto& plates = model.BellyPlatePositions;
+  ReserveGrids(tolerance, plates.size(), model.BellyPlateGridPoints);
+  for (float k = 0; static_cast<float>(plates.size()) > k; k += 1.0F) {
+    const PlateFrame frame(plates[static_cast<std::size_t>(k)],
+                           model.BellyPlateHalfHeight, eDiagnostics::kWritten);
+    AppendGrid(frame, tolerance, model.BellyPlateHalfHeight,
+               model.BellyPlateGridPoints);
+  }
+}
+
+bool CheckForBellyPlateShadowing(const BellyPlateModel& model, double tolerance,
+                                 double outerAVRadius,
+                                 const WaterSegments& path,
+                                 eDiagnostics diagnostics) {
+  if (path.kind == ePathKind::kWater ||
+      path.kind == ePathKind::kUninitialised ||
+      path.kind == ePathKind::kMisspeltUninitialised) {
+    return false;
+  }
+  const BellyPlateBand band(model, tolerance, outerAVRadius);
+  if (IsWithinAPlate(path.first.point, model, band, diagnostics)) return true;
+  return path.kind == ePathKind::kTwoCrossings &&
+         IsWithinAPlate(path.second.point, model, band, diagnostics);
+}
+
+bool WarnsOfZeroVectors(const BellyPlateModel& model) {
+  const auto& plates = model.BellyPlatePositions;
+  const TVector3 up = model.BellyPlateHalfHeight * kZHat;
+  return std::any_of(plates.begin(), plates.end(), [&](const TVector3& plate) {
+    return (plate - up).Mag() == 0.0 || (plate + up).Mag() == 0.0;
+  });
+}
+
+}  // namespace ZARN::DU

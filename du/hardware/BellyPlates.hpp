@@ -1,0 +1,70 @@
+#pragma once
+
+#include <vector>
+
+#include "TVector3.h"
+#include "du/hardware/WaterSegments.hpp"
+#include "du/geometry/Diagnostics.hpp"
+
+namespace ZARN::DU {
+
+/// The plates around the equator of the vessel. Each is a patch of the sphere
+/// through its centre, as wide in azimuth as it is high. Lengths in mm.
+struct BellyPlateModel {
+  std::vector<TVector3> BellyPlatePositions;  ///< plate centres
+  /// A grid of points over every plate. The test does not read it; it is kept
+  /// for callers that draw or fit.
+  std::vector<TVector3> BellyPlateGridPoints;
+  double BellyPlateHalfHeight = 0.0;
+
+  /// Empty both lists, keeping their storage; the half height stays.
+  void Clear();
+};
+
+/// Read the plates from SOLID/belly_plate_vintar and, through the name in
+/// GEO/inner_av belly_plate_locations, from GEO_LOCATIONS; append the grid.
+///
+/// @param tolerance  the number of grid divisions per plate side: the belly
+///                   plate tolerance as it stands while the run is set up,
+///                   which is the previous run's. None or fewer: no grid; a
+///                   fraction counts as one more.
+/// @throws ZARN::DBNotFoundError for a missing entry or field; what was read
+///         stays in the model
+void LoadBellyPlateInfo(BellyPlateModel& model, double tolerance);
+
+/// The limits of the test that are the same for every plate.
+struct BellyPlateBand {
+  BellyPlateBand(const BellyPlateModel& model, double tolerance,
+                 double outerAVRadius);
+
+  double halfHeight;  ///< of the band, mm: crossings above or below are clear
+  double dphi;        ///< the tolerance as an angle on the outer vessel, rad
+};
+
+/// The widened half-width of one plate, as the angles from its centre to its
+/// two edges, rad.
+struct BellyPlateEdges {
+  BellyPlateEdges(const TVector3& plate, const BellyPlateModel& model,
+                  const BellyPlateBand& band, eDiagnostics diagnostics);
+
+  double left;
+  double right;
+};
+
+/// Tell whether a path crosses the vessel through a plate, at either of its
+/// crossings: strictly within the height band and the azimuthal half-width,
+/// both widened by the tolerance. Paths wholly in water never do; a path of
+/// unknown type is judged at the origin.
+///
+/// @param tolerance      mm
+/// @param outerAVRadius  where the tolerance becomes an angle, mm
+bool CheckForBellyPlateShadowing(
+    const BellyPlateModel& model, double tolerance, double outerAVRadius,
+    const WaterSegments& path,
+    eDiagnostics diagnostics = eDiagnostics::kWritten);
+
+/// Whether the vector library warns when a path is tested against the plates:
+/// one of them, or an edge of it, is at the vessel's centre.
+bool WarnsOfZeroVectors(const BellyPlateModel& model);
+
+}  // namespace ZARN::DU

@@ -1,0 +1,48 @@
+#include "du/hardware/NCDAnchors.hpp"
+
+#include "db/ReadField.hpp"
+#include "du/hardware/GeometryTables.hpp"
+
+namespace ZARN::DU {
+namespace {
+
+bool IsNearAnAnchor(const TVector3& point, double reach,
+                    const std::vector<TVector3>& anchors) {
+  // Lists are counted in single precision throughout this system.
+  for (float k = 0; k < static_cast<float>(anchors.size()); k += 1.0F) {
+    if (reach > (point - anchors[static_cast<std::size_t>(k)]).Mag()) {
+      return true;
+    }
+  }
+  return false;
+}
+
+}  // namespace
+
+void NCDAnchorModel::Clear() { NCDAnchorPositions.clear(); }
+
+void LoadNCDAnchorInfo(NCDAnchorModel& model) {
+  std::string name = ReadText("GEO", "inner_av", "ncd_anchor_definition");
+  model.NCDAnchorHalfZ = ReadNumber("SOLID", name, "half_z");
+  name = ReadText("GEO", "inner_av", "ncd_anchor_definition");
+  model.NCDAnchorRadius = ReadNumber("SOLID", name, "r_max");
+  name = ReadText("GEO", "inner_av", "ncd_anchor_locations");
+  FillXYZPositions(model.NCDAnchorPositions, "GEO_LOCATIONS", name, "x", "y",
+                   "z");
+}
+
+bool CheckForNCDAnchorShadowing(const NCDAnchorModel& model, double tolerance,
+                                const WaterSegments& path) {
+  if (path.kind == ePathKind::kWater ||
+      path.kind == ePathKind::kUninitialised) {
+    return false;
+  }
+  const double reach = model.NCDAnchorHalfZ + tolerance;
+  if (IsNearAnAnchor(path.first.point, reach, model.NCDAnchorPositions)) {
+    return true;
+  }
+  return path.kind == ePathKind::kTwoCrossings &&
+         IsNearAnAnchor(path.second.point, reach, model.NCDAnchorPositions);
+}
+
+}  // namespace ZARN::DU

@@ -1,0 +1,30 @@
+#include "du/hardware/NeckBoss.hpp"
+
+#include "db/ReadField.hpp"
+#include "du/geometry/Primitives.hpp"
+
+namespace ZARN::DU {
+
+void LoadNeckBossInfo(NeckBossModel& model, double innerAVRadius) {
+  const double neckBossZ = ReadNumber("GEO", "av", "neck_boss_z");
+  const double halfHeight1 = ReadNumber("SOLID", "neck_boss", "half_height1");
+  const double halfHeight2 = ReadNumber("SOLID", "neck_boss", "half_height2");
+  const double s = halfHeight1 + halfHeight2;
+  const TVector3 base(0, 0, neckBossZ - (s + s) * 0.5);
+  const TVector3 edge =
+      VectorToSphereEdge(base, TVector3(1.0, 0, 0), innerAVRadius, false);
+  model.NeckBossAngle = edge.Theta();
+}
+
+bool CheckForNeckBossShadowing(const NeckBossModel& model,
+                               const WaterSegments& path) {
+  if (path.kind == ePathKind::kWater ||
+      path.kind == ePathKind::kUninitialised) {
+    return false;
+  }
+  if (IsUnderNeckBoss(model, path.first.point)) return true;
+  return path.kind == ePathKind::kTwoCrossings &&
+         IsUnderNeckBoss(model, path.second.point);
+}
+
+}  // namespace ZARN::DU

@@ -1,0 +1,345 @@
+#include "du/fast/ShadowingFilter.hpp"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+#include <iterator>
+#include <map>
+#include <optional>
+#include <vector>
+
+#include "du/hardware/AVHDRopeShadowing.hpp"
+#include "tests/du/Answers.hpp"
+#include "tests/du/Detector.hpp"
+#include "tests/du/Formulas.hpp"
+#include "tests/du/Paths.hpp"
+#include "tests/du/PathsAtHardware.hpp"
+#include "tests/property/Random.hpp"
+
+namespace ZARN::DU {
+namespace {
+
+using eComponent = eShadowingComponent;
+using Testing::AnswerTally;
+using Testing::Formulas;
+using Testing::InRun;
+using Testing::OneCrossing;
+using Testing::Only;
+using Testing::PathsAtHardware;
+using Testing::Random;
+using KnownRopes = ShadowingFilter::KnownRopes;
+
+const ShadowingCalculator& Detector() {
+  static const ShadowingCalculator detector = InRun(Testing::VariedTables());
+  return detector;
+}
+
+/// Expect the formulas' verdicts of a filter, and give how many paths it asked
+/// a formula for.
+int ExpectVerdictsOfTheFormulas(const ShadowingFilter& filter,
+                                const ShadowingCalculator& detector,
+                                const std::vector<LightPath>& paths) {
+  int open = 0;
+  for (const LightPath& path : paths) {
+    const Formulas formulas(detector, path);
+    const WaterSegmentViews views =
+        ViewsOf(path, ShapeOfType(path.LightPathType));
+    EXPECT_EQ(filter.Find(views, formulas), formulas.Find())
+        << path.LightPathType;
+    open += formulas.Asked() > 0 ? 1 : 0;
+  }
+  return open;
+}
+
+std::vector<LightPath> Paths(int count) {
+  return PathsAtHardware(Detector(), 40).Make(static_cast<std::size_t>(count));
+}
+
+TEST(ShadowingFilter, FindsWhatTheFormulasFindAndSeldomAsksThem) {
+  const ShadowingFilter filter(Detector(), {});
+  constexpr int kPaths = 4000;
+  const int open =
+      ExpectVerdictsOfTheFormulas(filter, Detector(), Paths(kPaths));
+  EXPECT_LT(open, kPaths / 5);
+  EXPECT_GT(open, 0);  // paths at a limit
+}
+
+TEST(ShadowingFilter, FindsTheSameWithAnyLayerOff) {
+  for (int off = 0; off < 16; ++off) {
+    SCOPED_TRACE(off);
+    const ShadowingLayers layers = {(off & 1) == 0, (off & 2) == 0,
+                                    (off & 4) == 0, (off & 8) == 0};
+    const ShadowingFilter filter(Detector(), layers);
+    const int open =
+        ExpectVerdictsOfTheFormulas(filter, Detector(), Paths(300));
+    // Without algebra every rope that can be met is left to its formula.
+    EXPECT_EQ(open > 150, !layers.algebra);
+  }
+}
+
+TEST(ShadowingFilter, FindsTheSameForEachComponentAlone) {
+  for (const eComponent component : kShadowingComponents) {
+    SCOPED_TRACE(NameOf(component));
+    const ShadowingCalculator detector = InRun(Only({component}));
+    const ShadowingFilter filter(detector, {});
+    ExpectVerdictsOfTheFormulas(filter, detector, Paths(700));
+    EXPECT_EQ(filter.HasHoldDownRopes(), component == eComponent::kAVHDRope);
+    EXPECT_EQ(filter.HasSupportRopes(), component == eComponent::kSupportRope);
+  }
+}
+
+TEST(ShadowingFilter, LeavesOutTheLayersThatAreOff) {
+  const ShadowingFilter all(Detector(), {});
+  EXPECT_NE(all.Map().At(Testing::kFreeSpot), ShadowMap::kNothingKnown);
+  EXPECT_GT(all.HoldDownRopes().Radius2(), 0.0);
+  EXPECT_GT(all.HoldDownRopes().Ropes().Table().Cells(), 1);
+
+  const ShadowingFilter none(Detector(), {false, false, false, false});
+  EXPECT_EQ(none.Map().At(Testing::kFreeSpot), ShadowMap::kNothingKnown);
+  for (const VerticalRopeFilter* const ropes :
+       {&none.HoldDownRopes(), &none.SupportRopes(),
+        &none.EnteredHoldDownRopes(), &none.LeftHoldDownRopes()}) {
+    EXPECT_EQ(ropes->Radius2(), 0.0);
+    EXPECT_EQ(ropes->Ropes().Table().Cells(), 1);
+  }
+}
+
+TEST(ShadowingFilter, OutlivesWhatItWasMadeFrom) {
+  std::optional<ShadowingCalculator> detector = Detector();
+  const ShadowingFilter filter(*detector, {});
+  detector->SetAllGeometryTolerances(-1000.0);
+  detector.reset();
+  ExpectVerdictsOfTheFormulas(filter, Detector(), Paths(700));
+}
+
+TEST(ShadowingFilter, JudgesPathsInWaterRightAndMostlySurely) {
+  const ShadowingFilter filter(Detector(), {});
+  AnswerTally holdDown;
+  AnswerTally support;
+  for (LightPath path : PathsAtHardware(Detector(), 41).Make(20000)) {
+    path.LightPathType = kWater;
+    const WaterSegmentViews views = ViewsOf(path, ShapeOfType(kWater));
+    const WaterSegments segments = views.Copy();
+    holdDown.Add(filter.JudgeHoldDownInWater(views.first, views.second),
+                 CheckForAVHDRopeShadowing(Detector().GetAVHDRopes(), 150.0,
+                                           segments, eDiagnostics::kSilent),
+                 path.StartPos);
+    support.Add(filter.JudgeSupportInWater(views.first, views.second),
+                CheckForSupportRopeShadowing(Detector().GetSupportRopes(),
+                                             Detector().GetAVHDRopes(), 150.0,
+                                             segments, eDiagnostics::kSilent),
+                path.StartPos);
+  }
+  holdDown.Expect(0.2);
+  support.Expect(0.2);
+}
+
+TEST(ShadowingFilter, KnowsTheHeightsAtWhichRopesEnd) {
+  const ShadowingFilter filter(Detector(), {});
+  EXPECT_EQ(filter.HoldDownEndHeight(),
+            Detector().GetAVHDRopes().AVHDRopeEndPoints.front().Z());
+  EXPECT_EQ(filter.SupportFootHeight(),
+            Detector().GetSupportRopes().SupportRopePositions.front().Z());
+  EXPECT_EQ(filter.SurfacePoints().CountItems(),
+            Detector().GetAVHDRopes().AVHDRopeSurfacePoints.size());
+  EXPECT_EQ(filter.Anchors().CountItems(), 2U);
+  EXPECT_EQ(filter.BellyPlates().CountItems(), 2U);
+}
+
+TEST(ShadowingFilter, DividesTheMapMoreFinelyWhereMuchOfItIsUnsure) {
+  EXPECT_EQ(ShadowingFilter(Detector(), {}).Map().Cells(), ShadowMap::kCells);
+  // Thousands of anchors, whose rims cover much of the vessel.
+  Testing::Random random(43);
+  std::vector<TVector3> anchors;
+  std::generate_n(std::back_inserter(anchors), 3000,
+                  [&] { return 5800.0 * random.Direction(); });
+  Testing::Tables tables = Only({eComponent::kNCDAnchor});
+  tables.SetPositions("GEO_LOCATIONS", "anchors", anchors);
+  const ShadowingCalculator detector = InRun(tables);
+  const ShadowingFilter filter(detector, {});
+  EXPECT_EQ(filter.Map().Cells(), 2 * ShadowMap::kCells);
+  EXPECT_EQ(ExpectVerdictsOfTheFormulas(filter, detector, Paths(500)), 0);
+}
+
+TEST(ShadowingFilter, AsksAllAnchorsWhereACellCannotNameThem) {
+  // So far away that its distances are a kilometre apart.
+  Testing::Tables tables = Only({eComponent::kNCDAnchor});
+  tables.SetPositions("GEO_LOCATIONS", "anchors", {{1e19, 0, 0}});
+  tables.Set("SOLID", "anchor", "half_z", 1e19);
+  const ShadowingCalculator detector = InRun(tables);
+  const ShadowingFilter filter(detector, {});
+  std::vector<LightPath> paths;
+  int blocked = 0;
+  for (int i = 0; i < 100; ++i) {
+    const double x = 1000 + i;
+    const TVector3 point(x, 0, std::sqrt(5860.0 * 5860.0 - x * x));
+    paths.push_back(OneCrossing(point, point.Unit()));
+    blocked += filter.Anchors().HasPointNear(point) ? 1 : 0;
+  }
+  EXPECT_GT(blocked, 0);
+  EXPECT_LT(blocked, 100);
+  ExpectVerdictsOfTheFormulas(filter, detector, paths);
+}
+
+TEST(ShadowingFilter, SeesHoldDownRopesOnlyInARunThatHasThem) {
+  EXPECT_TRUE(ShadowingFilter(Detector(), {}).HasRopesToEnter());
+  const ShadowingCalculator without = InRun(Only({eComponent::kSupportRope}));
+  EXPECT_FALSE(ShadowingFilter(without, {}).HasRopesToEnter());
+}
+
+TEST(ShadowingFilter, BlocksNothingBeforeTheFirstRun) {
+  const ShadowingCalculator empty;
+  const ShadowingFilter filter(empty, {});
+  EXPECT_EQ(ExpectVerdictsOfTheFormulas(filter, empty, Paths(70)), 0);
+}
+
+TEST(ShadowingFilter, KnowsWhetherThePlatesLetTheVectorLibraryWarn) {
+  EXPECT_FALSE(ShadowingFilter(Detector(), {}).HasWarningPlates());
+  Testing::Tables tables = Only({eComponent::kBellyPlate});
+  tables.SetPositions("GEO_LOCATIONS", "plates", {{0, 0, 600}});
+  EXPECT_TRUE(ShadowingFilter(InRun(tables), {}).HasWarningPlates());
+  Testing::SwitchOff(tables, eComponent::kBellyPlate);
+  EXPECT_FALSE(ShadowingFilter(InRun(tables), {}).HasWarningPlates());
+}
+
+/// The formulas' verdict on a segment of which it is known what the vertical
+/// ropes do.
+///
+/// @pre a point of a segment that is above the ends lies there
+eComponent FindByFormulasAt(const ShadowingCalculator& detector,
+                            const TVector3& point, const KnownRopes& ropes) {
+  const WaterSegments segments = Testing::SegmentsOf(OneCrossing(point));
+  const auto isOn = [&](eComponent component) {
+    return detector.IsReady(component);
+  };
+  if (ropes.isAboveEnds && isOn(eComponent::kAVHDRope) &&
+      CheckForAVHDRopeShadowing(detector.GetAVHDRopes(),
+                                detector.GetAVHDRopeTolerance(), segments,
+                                eDiagnostics::kSilent)) {
+    return eComponent::kAVHDRope;
+  }
+  if (ropes.isAtSupportRope) return eComponent::kSupportRope;
+  if (isOn(eComponent::kBellyPlate) &&
+      CheckForBellyPlateShadowing(
+          detector.GetBellyPlates(), detector.GetBellyPlateTolerance(),
+          detector.GetOuterAVRadius(), segments, eDiagnostics::kSilent)) {
+    return eComponent::kBellyPlate;
+  }
+  if (isOn(eComponent::kNCDAnchor) &&
+      CheckForNCDAnchorShadowing(detector.GetNCDAnchors(),
+                                 detector.GetNCDAnchorTolerance(), segments)) {
+    return eComponent::kNCDAnchor;
+  }
+  if (ropes.isFirst && isOn(eComponent::kAVPipe) &&
+      CheckForAVPipeShadowing(segments)) {
+    return eComponent::kAVPipe;
+  }
+  return isOn(eComponent::kNeckBoss) &&
+                 CheckForNeckBossShadowing(detector.GetNeckBoss(), segments)
+             ? eComponent::kNeckBoss
+             : eComponent::kNone;
+}
+
+/// The cells of the map that a point on it may be found in: in double precision
+/// and in single.
+std::array<std::size_t, 2> CellsOf(const ShadowMap& map,
+                                   const TVector3& point) {
+  const int inSingle =
+      map.CellOf(static_cast<float>(point.X()), static_cast<float>(point.Y()),
+                 static_cast<float>(point.Z()));
+  return {map.CellAt(point), static_cast<std::size_t>(inSingle)};
+}
+
+TEST(ShadowingFilter, FindsAtACrossingWhatTheFormulasFindThere) {
+  Random random(86);
+  std::vector<TVector3> points;
+  for (const LightPath& path : Paths(3000)) {
+    points.push_back(path.AVPoint1);
+    points.push_back(path.AVPoint2);
+  }
+  for (int i = 0; i < 100; ++i) {
+    points.push_back(
+        random.Pick(Detector().GetNCDAnchors().NCDAnchorPositions) +
+        random.Uniform(0, 250) * random.Direction());
+  }
+  const ShadowingFilter filter(Detector(), {});
+  std::map<eComponent, int> found;
+  for (TVector3& point : points) {
+    point.SetMag(Detector().GetOuterAVRadius() + random.Uniform(-0.99, 0.99));
+    const bool mayBeAboveEnds = !(filter.HoldDownEndHeight() > point.Z());
+    for (int i = 0; i < 8; ++i) {
+      const KnownRopes ropes = {(i & 1) != 0, (i & 2) != 0, (i & 4) != 0};
+      if (ropes.isAboveEnds && !mayBeAboveEnds) continue;
+      const eComponent expected = FindByFormulasAt(Detector(), point, ropes);
+      ++found[expected];
+      for (const std::size_t cell : CellsOf(filter.Map(), point)) {
+        ASSERT_NE(cell, filter.Map().OffMap());
+        EXPECT_EQ(filter.FindAtCrossing(point, cell, ropes), expected)
+            << ::testing::PrintToString(point) << " " << i;
+      }
+    }
+  }
+  for (const eComponent component : kShadowingComponents) {
+    EXPECT_GT(found[component], 50) << NameOf(component);
+  }
+  EXPECT_GT(found[eComponent::kNone], 50);
+}
+
+TEST(ShadowingFilter, FindsAtACrossingTheVerdictOnTheWholePath) {
+  // What is known of the ropes is here what they really do.
+  const ShadowingFilter filter(Detector(), {});
+  int atSupportRopes = 0;
+  for (const LightPath& path : Paths(8000)) {
+    const LightPath crossing = OneCrossing(path.AVPoint1, path.FinalDirection);
+    const Formulas formulas(Detector(), crossing);
+    const WaterSegmentViews views =
+        ViewsOf(crossing, ShapeOfType(crossing.LightPathType));
+    const double z = views.first.point.Z();
+    const bool isAboveEnds = !(filter.HoldDownEndHeight() > z);
+    if (!isAboveEnds && formulas(eComponent::kAVHDRope, views.first)) continue;
+    const bool isAtSupportRope =
+        z > filter.SupportFootHeight() &&
+        formulas(eComponent::kSupportRope, views.first);
+    atSupportRopes += isAtSupportRope ? 1 : 0;
+    for (const std::size_t cell : CellsOf(filter.Map(), crossing.AVPoint1)) {
+      EXPECT_EQ(filter.FindAtCrossing(crossing.AVPoint1, cell,
+                                      {isAboveEnds, isAtSupportRope, true}),
+                formulas.Find())
+          << ::testing::PrintToString(crossing.AVPoint1);
+    }
+  }
+  EXPECT_GT(atSupportRopes, 100);
+}
+
+TEST(ShadowingFilter, FindsTheFirstOfTheComponentsAtACrossing) {
+  const auto find = [](const std::vector<eComponent>& components,
+                       const KnownRopes& ropes) {
+    const ShadowingFilter filter(InRun(Only(components)), {});
+    const TVector3& point = Testing::kBlockedSpot;
+    return filter.FindAtCrossing(point, filter.Map().CellAt(point), ropes);
+  };
+  const std::vector<eComponent> all(kShadowingComponents.begin(),
+                                    kShadowingComponents.end());
+  EXPECT_EQ(find(all, {true, true, true}), eComponent::kAVHDRope);
+  EXPECT_EQ(find(all, {true, false, true}), eComponent::kAVHDRope);
+  EXPECT_EQ(find(all, {false, true, true}), eComponent::kSupportRope);
+  EXPECT_EQ(find(all, {false, false, true}), eComponent::kBellyPlate);
+  const std::vector<eComponent> last = {
+      eComponent::kNCDAnchor, eComponent::kAVPipe, eComponent::kNeckBoss};
+  EXPECT_EQ(find(last, {true, true, true}), eComponent::kSupportRope);
+  EXPECT_EQ(find(last, {true, false, true}), eComponent::kNCDAnchor);
+  // The pipes count at a path's first crossing alone.
+  const std::vector<eComponent> lower = {eComponent::kAVPipe,
+                                         eComponent::kNeckBoss};
+  EXPECT_EQ(find(lower, {true, false, true}), eComponent::kAVPipe);
+  EXPECT_EQ(find(lower, {true, false, false}), eComponent::kNeckBoss);
+  EXPECT_EQ(find({eComponent::kAVPipe}, {true, false, false}),
+            eComponent::kNone);
+  EXPECT_EQ(find({eComponent::kAVHDRope}, {false, false, true}),
+            eComponent::kNone);
+}
+
+}  // namespace
+}  // namespace ZARN::DU
