@@ -33,17 +33,6 @@ struct CheckOptions {
   bool debug = false;
 };
 
-DU::eShadowingComponent VerdictOf(const DU::ShadowingCalculator& calculator) {
-  using eComponent = DU::eShadowingComponent;
-  if (calculator.IsShadowedByAVHDRope()) return eComponent::kAVHDRope;
-  if (calculator.IsShadowedBySupportRope()) return eComponent::kSupportRope;
-  if (calculator.IsShadowedByBellyPlate()) return eComponent::kBellyPlate;
-  if (calculator.IsShadowedByNCDAnchor()) return eComponent::kNCDAnchor;
-  if (calculator.IsShadowedByAVPipe()) return eComponent::kAVPipe;
-  if (calculator.IsShadowedByNeckBoss()) return eComponent::kNeckBoss;
-  return eComponent::kNone;
-}
-
 /// What is counted, and what is written, in the order of the rows.
 class CheckResults {
  public:
@@ -93,7 +82,7 @@ class CheckResults {
     }
     lightPath_.SetLightPath(telling.path);
     calculator.CheckForShadowing(lightPath_);
-    return VerdictOf(calculator);
+    return calculator.LastVerdict();
   }
 
   void Add(DU::eShadowingComponent verdict) {

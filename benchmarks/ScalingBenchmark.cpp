@@ -92,6 +92,7 @@ struct Geometry {
   Geometry(double tolerance, std::size_t plainPaths) {
     calculator.BeginOfRun();
     calculator.SetAllGeometryTolerances(tolerance);
+    calculator.MakeLayers();
 
     many = FirstOnes(kManyPaths);
     some = FirstOnes(kPaths);

@@ -11,8 +11,8 @@
 
 #include "benchmarks/PathSet.hpp"
 #include "benchmarks/Ways.hpp"
-#include "du/fast/ShadowingBatch.hpp"
 #include "du/ShadowingCalculator.hpp"
+#include "du/fast/ShadowingBatch.hpp"
 #include "du/fast/ShadowingFilter.hpp"
 #include "du/fast/ShadowingLayers.hpp"
 
@@ -72,6 +72,7 @@ const ShadowingCalculator& CalculatorWith(const NamedLayers& named) {
   if (isNew) {
     entry->second.BeginOfRun();
     entry->second.UseLayers(named.layers);
+    entry->second.MakeLayers();
   }
   return entry->second;
 }
@@ -231,6 +232,17 @@ void TimeTolerances(benchmark::State& state) {
 
 BENCHMARK(TimeTolerances)->Name("setup/tolerances");
 
+void TimeLayers(benchmark::State& state) {
+  ShadowingCalculator calculator = Calculator();
+  for ([[maybe_unused]] auto _ : state) {
+    calculator.SetAllGeometryTolerances(kUsualTolerance);
+    calculator.MakeLayers();
+    benchmark::DoNotOptimize(&calculator);
+  }
+}
+
+BENCHMARK(TimeLayers)->Name("setup/layers");
+
 void AddSingleCalls(eLightPathType type) {
   const std::string end = std::string("/") + KeyOf(type);
   const auto near = [type]() -> const PathSet& { return NearSet(type); };
@@ -256,6 +268,7 @@ void AddTolerance(int tolerance) {
     if (found != sets.end()) return found->second;
     calculators[tolerance] = Calculator();
     calculators[tolerance].SetAllGeometryTolerances(tolerance);
+    calculators[tolerance].MakeLayers();
     return sets.emplace(tolerance, JudgedSet(kMixed, tolerance)).first->second;
   };
   const auto calculator = [=]() -> const ShadowingCalculator& {
@@ -300,7 +313,8 @@ class KernelBatch {
   }
 
  private:
-  DU::ShadowingFilter filter_{Calculator(), DU::ShadowingLayers()};
+  DU::ShadowingFilter filter_{Calculator().GetHardware(),
+                              DU::ShadowingLayers()};
   DU::ShadowingBatch batch_{filter_};
 };
 

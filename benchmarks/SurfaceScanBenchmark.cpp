@@ -17,8 +17,8 @@
 
 #include "benchmarks/PathSet.hpp"
 #include "benchmarks/Ways.hpp"
-#include "du/fast/ShadowMap.hpp"
 #include "du/ShadowingCalculator.hpp"
+#include "du/fast/ShadowMap.hpp"
 #include "du/geometry/PointGrid.hpp"
 
 /// The surface scan alone: whether a point lies within reach of any surface

@@ -1,8 +1,8 @@
 # Finds ROOT: one that the user has (CMAKE_PREFIX_PATH, ROOT_DIR, thisroot.sh),
 # else the wheel that script/setup puts into .venv.
-find_package(ROOT CONFIG QUIET COMPONENTS Core Imt Physics ROOTNTuple)
+find_package(ROOT CONFIG QUIET COMPONENTS Core Physics ROOTNTuple)
 if(NOT ROOT_FOUND)
   file(GLOB wheel "${PROJECT_SOURCE_DIR}/.venv/lib/python3*/site-packages/ROOT/cmake")
-  find_package(ROOT CONFIG REQUIRED COMPONENTS Core Imt Physics ROOTNTuple HINTS ${wheel})
+  find_package(ROOT CONFIG REQUIRED COMPONENTS Core Physics ROOTNTuple HINTS ${wheel})
 endif()
 message(STATUS "ROOT ${ROOT_VERSION}: ${ROOT_DIR}")

@@ -5,37 +5,20 @@
 #include <CLHEP/Units/PhysicalConstants.h>
 #include <CLHEP/Units/SystemOfUnits.h>
 
-#include <ROOT/TSeq.hxx>
-#include <ROOT/TThreadExecutor.hxx>
 #include <algorithm>
 #include <array>
-#include <atomic>
+#include <new>
 
 #include "db/DBErrors.hpp"
-#include "db/ReadField.hpp"
-#include "du/hardware/AVHDRopeShadowing.hpp"
-#include "du/fast/ShadowingBatch.hpp"
-#include "du/fast/ShadowingFilter.hpp"
+#include "du/ForEachOnThreads.hpp"
+#include "du/LoadMessages.hpp"
 #include "du/UnusualPathMessages.hpp"
+#include "du/fast/HardwareFormulas.hpp"
+#include "du/fast/LazyLayers.hpp"
 #include "log/Log.hpp"
 
 namespace ZARN::DU {
 namespace {
-
-/// Run one loader: a component whose tables are not complete is off for the
-/// run, so that the others can be used without it.
-template <class Loader>
-void LoadGuarded(bool& infoLoaded, const char* onSuccess, const char* onFailure,
-                 const Loader& load) {
-  try {
-    load();
-    infoLoaded = true;
-    warn << onSuccess;
-  } catch (const DBNotFoundError&) {
-    warn << onFailure;
-    infoLoaded = false;
-  }
-}
 
 /// Whether a path of this kind has water segments that the tests know.
 bool IsUsual(ePathKind kind) {
@@ -45,113 +28,72 @@ bool IsUsual(ePathKind kind) {
 
 }  // namespace
 
-/// What is made for one geometry and one set of tolerances.
-struct ShadowingCalculator::Prepared {
-  Prepared(const ShadowingCalculator& calculator, const ShadowingLayers& layers)
-      : filter(calculator, layers), batch(filter) {}
-
-  ShadowingFilter filter;
-  ShadowingBatch batch;
-};
-
 void ShadowingCalculator::BeginOfRun() {
-  Fast.reset();
-  ClearModels();
-
-  InnerAVRadius = ReadNumber("SOLID", "acrylic_vessel_inner", "r_sphere");
-  OuterAVRadius = ReadNumber("SOLID", "acrylic_vessel_outer", "r_sphere");
-  AVNeckRadius = ReadNumber("SOLID", "acrylic_vessel_outer", "r_neck");
-
-  LoadGuarded(
-      AVHDRopeInfoLoaded,
-      "ShadowingCalculator: Loaded AV hold-down rope shadowing information.\n",
-      "ShadowingCalculator: Cannot load AV hold-down rope parameters, these "
-      "will not be loaded.\n",
-      [&] { LoadAVHDRopeInfo(AVHDRopes, OuterAVRadius, AVNeckRadius); });
-  LoadGuarded(
-      SupportRopeInfoLoaded,
-      "ShadowingCalculator: Loaded AV support rope shadowing information.\n",
-      "ShadowingCalculator: Cannot load support rope parameters, these will "
-      "not be loaded.\n",
-      [&] { LoadSupportRopeInfo(SupportRopes, OuterAVRadius); });
-  LoadGuarded(
-      BellyPlateInfoLoaded,
-      "ShadowingCalculator: Loaded belly plate shadowing information.\n",
-      "ShadowingCalculator: Cannot load belly plate parameters, these will not "
-      "be loaded.\n",
-      [&] { LoadBellyPlateInfo(BellyPlates, BellyPlateTolerance); });
-  LoadGuarded(
-      NCDAnchorInfoLoaded,
-      "ShadowingCalculator: Loaded NCD anchor shadowing information.\n",
-      "ShadowingCalculator: Cannot load NCD anchor parameters, these will not "
-      "be loaded.\n",
-      [&] { LoadNCDAnchorInfo(NCDAnchors); });
-  LoadGuarded(
-      AVPipeInfoLoaded,
-      "ShadowingCalculator: Loaded AV pipe shadowing information.\n",
-      "ShadowingCalculator: Cannot load AV pipe parameters, these will not be "
-      "loaded.\n",
-      [&] { LoadAVPipeInfo(AVPipes); });
-  LoadGuarded(
-      NeckBossInfoLoaded,
-      "ShadowingCalculator: Loaded neck boss shadowing information.\n",
-      // A word is missing, and stays so: logs are searched for this text.
-      "ShadowingCalculator: Cannot neck boss parameters, these will not be "
-      "loaded.\n",
-      [&] { LoadNeckBossInfo(NeckBoss, InnerAVRadius); });
-
+  Layers.reset();
+  PlatesMayWarn = true;
+  Parts.ClearLists();
+  Parts.LoadRadii();
+  for (const eShadowingComponent component : kShadowingComponents) {
+    LoadGuarded(component);
+  }
+  PlatesMayWarn = Parts.IsReady(eShadowingComponent::kBellyPlate) &&
+                  WarnsOfZeroVectors(Parts.BellyPlates);
   ClearComponentFlags();  // Shadowed stays until the next test
-  SetAllGeometryTolerances(kDefaultTolerance);
+  SetAllGeometryTolerances(Hardware::kDefaultTolerance);
+}
+
+/// A component whose tables are not complete is off for the run, so that the
+/// others can be used without it.
+void ShadowingCalculator::LoadGuarded(eShadowingComponent component) {
+  const LoadMessages messages = LoadMessagesOf(component);
+  try {
+    Parts.Load(component);
+    Parts.SetInfoLoaded(component, true);
+    warn << messages.onSuccess;
+  } catch (const DBNotFoundError&) {
+    warn << messages.onFailure;
+    Parts.SetInfoLoaded(component, false);
+  }
 }
 
 void ShadowingCalculator::SetAllGeometryTolerances(double tolerance) {
-  AVHDRopeTolerance = tolerance;
-  SupportRopeTolerance = tolerance;
-  BellyPlateTolerance = tolerance;
-  NCDAnchorTolerance = tolerance;
-  AVPipeTolerance = tolerance;
-  NeckBossTolerance = tolerance;
-  Prepare();
+  Parts.SetAllTolerances(tolerance);
+  ForgetLayers();
 }
 
 void ShadowingCalculator::UseLayers(const ShadowingLayers& layers) {
-  Layers = layers;
-  Prepare();
+  WantedLayers = std::make_shared<const ShadowingLayers>(layers);
+  ForgetLayers();
 }
 
-void ShadowingCalculator::Prepare() {
-  Fast.reset();  // should there be no memory for what is new
-  Fast = std::make_shared<const Prepared>(*this, Layers);
+void ShadowingCalculator::ForgetLayers() {
+  Layers.reset();
+  try {
+    Layers = std::make_shared<LazyLayers>(
+        Parts, WantedLayers == nullptr ? ShadowingLayers() : *WantedLayers);
+  } catch (const std::bad_alloc&) {
+    // Then the formulas alone judge, with the same verdicts.
+  }
 }
 
-/// The formulas for what the filter leaves open on one path.
-struct ShadowingCalculator::Formulas {
-  bool operator()(eShadowingComponent component) const {
-    return calculator.IsBlockedBy(component, path.Copy(),
-                                  eDiagnostics::kSilent);
-  }
-  bool operator()(eShadowingComponent component,
-                  const SegmentView& segment) const {
-    return component == eShadowingComponent::kAVHDRope
-               ? IsAtVerticalAVHDRope(calculator.AVHDRopes,
-                                      calculator.AVHDRopeTolerance,
-                                      segment.Copy(), eDiagnostics::kSilent)
-               : IsAtSupportRope(calculator.SupportRopes,
-                                 calculator.SupportRopeTolerance,
-                                 segment.Copy(), eDiagnostics::kSilent);
-  }
-
-  const ShadowingCalculator& calculator;
-  const WaterSegmentViews& path;
-};
+void ShadowingCalculator::MakeLayers() const {
+  if (Layers != nullptr) Layers->Make(Parts);
+}
 
 [[gnu::always_inline]] inline eShadowingComponent
 ShadowingCalculator::FindSilently(const WaterSegmentViews& path) const {
-  if (Fast == nullptr || !IsUsual(path.kind)) {
-    return FirstBlocking(path.Copy(), eDiagnostics::kSilent,
-                         [](eShadowingComponent) {});
-  }
-  return Fast->filter.Find(path, Formulas{*this, path});
+  const PreparedLayers* const layers =
+      Layers == nullptr ? nullptr : Layers->Get();
+  if (layers == nullptr || !IsUsual(path.kind)) return FindByFormulas(path);
+  return layers->filter.Find(path, HardwareFormulas{Parts, path});
+}
+
+eShadowingComponent ShadowingCalculator::FindByFormulas(
+    const WaterSegmentViews& path) const {
+  const eShadowingComponent found =
+      Parts.FirstBlocking(path.Copy(), eDiagnostics::kSilent);
+  if (Layers != nullptr) Layers->CountByFormulas(Parts, path.kind);
+  return found;
 }
 
 bool ShadowingCalculator::CheckForShadowing(LightPathCalculator& lightPath) {
@@ -170,7 +112,7 @@ bool ShadowingCalculator::CheckForShadowing(LightPathCalculator& lightPath) {
   const PathShape& shape = ShapeOfTypeNamed(type, name);
   const LightPath& path = lightPath.GetLightPath();
   const eShadowingComponent blocking = WritesMessages(shape.kind)
-                                           ? FindPlainly(path, shape, name)
+                                           ? FindWithMessages(path, shape, name)
                                            : FindSilently(ViewsOf(path, shape));
 
   ShadowedByAVHDRope = blocking == eShadowingComponent::kAVHDRope;
@@ -184,13 +126,13 @@ bool ShadowingCalculator::CheckForShadowing(LightPathCalculator& lightPath) {
 }
 
 /// By the formulas, with all that they write.
-eShadowingComponent ShadowingCalculator::FindPlainly(
+eShadowingComponent ShadowingCalculator::FindWithMessages(
     const LightPath& path, const PathShape& shape,
     const std::string& name) const {
-  return FirstBlocking(SegmentsOf(path, shape), eDiagnostics::kWritten,
-                       [&](eShadowingComponent component) {
-                         WarnOfUnusualPath(component, shape.kind, name);
-                       });
+  return Parts.FirstBlocking(SegmentsOf(path, shape), eDiagnostics::kWritten,
+                             [&](eShadowingComponent component) {
+                               WarnOfUnusualPath(component, shape.kind, name);
+                             });
 }
 
 eShadowingComponent ShadowingCalculator::FindShadowing(
@@ -251,39 +193,31 @@ void ShadowingCalculator::FindShadowingOnThreads(const Paths& paths,
                                                  std::size_t count,
                                                  eShadowingComponent* verdicts,
                                                  std::size_t threads) const {
-  // A share is worth the millisecond's fraction that handing it out costs.
+  MakeLayers();
+  // A share takes longer than handing it out and starting a thread.
   constexpr std::size_t kShare = 64 * kBatchPaths;
   if (threads <= 1 || count <= kShare) {
     FindShadowingOfSome(paths, 0, count, verdicts);
     return;
   }
-  const std::size_t shares = (count + kShare - 1) / kShare;
-  // ROOT's pool hands over the paths and the verdicts out of the thread
-  // sanitizer's sight. This number does so again where it looks.
-  std::atomic<std::size_t> done;
-  done.store(0, std::memory_order_release);
-  ROOT::TThreadExecutor(static_cast<unsigned>(threads))
-      .Foreach(
-          [&](std::size_t share) {
-            done.load(std::memory_order_acquire);
-            FindShadowingOfSome(paths, share * kShare,
-                                std::min((share + 1) * kShare, count),
-                                verdicts);
-            done.fetch_add(1, std::memory_order_acq_rel);
-          },
-          ROOT::TSeq<std::size_t>(shares));
-  done.load(std::memory_order_acquire);
+  ForEachOnThreads(
+      (count + kShare - 1) / kShare, threads, [&](std::size_t share) {
+        FindShadowingOfSome(paths, share * kShare,
+                            std::min((share + 1) * kShare, count), verdicts);
+      });
 }
 
 template <class Paths>
 void ShadowingCalculator::FindShadowingOfSome(
     const Paths& paths, std::size_t first, std::size_t last,
     eShadowingComponent* verdicts) const {
+  const PreparedLayers* const layers =
+      Layers == nullptr ? nullptr : Layers->Get();
   std::array<std::uint8_t, kBatchPaths> found;
   for (std::size_t i = first; i < last; i += kBatchPaths) {
     const std::size_t count = std::min(kBatchPaths, last - i);
-    if (Fast != nullptr) {
-      paths.Judge(Fast->batch, Fast->filter, i, count, found.data());
+    if (layers != nullptr) {
+      paths.Judge(layers->batch, layers->filter, i, count, found.data());
     } else {
       found.fill(ShadowingBatch::kOpen);
     }
@@ -304,36 +238,7 @@ bool ShadowingCalculator::WritesMessages(eLightPathType type) const {
 
 bool ShadowingCalculator::WritesMessages(ePathKind kind) const {
   if (debug.IsOn() || !IsUsual(kind)) return true;
-  return kind != ePathKind::kWater &&
-         (Fast == nullptr || Fast->filter.HasWarningPlates());
-}
-
-bool ShadowingCalculator::IsInfoLoaded(eShadowingComponent component) const {
-  switch (component) {
-    case eShadowingComponent::kAVHDRope:
-      return AVHDRopeInfoLoaded;
-    case eShadowingComponent::kSupportRope:
-      return SupportRopeInfoLoaded;
-    case eShadowingComponent::kBellyPlate:
-      return BellyPlateInfoLoaded;
-    case eShadowingComponent::kNCDAnchor:
-      return NCDAnchorInfoLoaded;
-    case eShadowingComponent::kAVPipe:
-      return AVPipeInfoLoaded;
-    case eShadowingComponent::kNeckBoss:
-      return NeckBossInfoLoaded;
-    case eShadowingComponent::kNone:
-      break;
-  }
-  return false;
-}
-
-void ShadowingCalculator::ClearModels() {
-  AVPipes.Clear();
-  NCDAnchors.Clear();
-  BellyPlates.Clear();
-  AVHDRopes.Clear();
-  SupportRopes.Clear();
+  return kind != ePathKind::kWater && PlatesMayWarn;
 }
 
 void ShadowingCalculator::ClearComponentFlags() {
@@ -345,54 +250,13 @@ void ShadowingCalculator::ClearComponentFlags() {
   ShadowedByNeckBoss = false;
 }
 
-bool ShadowingCalculator::IsReady(eShadowingComponent component) const {
-  if (!IsInfoLoaded(component)) return false;
-  switch (component) {
-    case eShadowingComponent::kAVHDRope:
-      return HasAVHDRopes(AVHDRopes);
-    case eShadowingComponent::kSupportRope:
-      return HasSupportRopes(SupportRopes);
-    default:
-      return true;
-  }
-}
-
-bool ShadowingCalculator::IsBlockedBy(eShadowingComponent component,
-                                      const WaterSegments& path,
-                                      eDiagnostics diagnostics) const {
-  switch (component) {
-    case eShadowingComponent::kAVHDRope:
-      return CheckForAVHDRopeShadowing(AVHDRopes, AVHDRopeTolerance, path,
-                                       diagnostics);
-    case eShadowingComponent::kSupportRope:
-      return CheckForSupportRopeShadowing(
-          SupportRopes, AVHDRopes, SupportRopeTolerance, path, diagnostics);
-    case eShadowingComponent::kBellyPlate:
-      return CheckForBellyPlateShadowing(BellyPlates, BellyPlateTolerance,
-                                         OuterAVRadius, path, diagnostics);
-    case eShadowingComponent::kNCDAnchor:
-      return CheckForNCDAnchorShadowing(NCDAnchors, NCDAnchorTolerance, path);
-    case eShadowingComponent::kAVPipe:
-      return CheckForAVPipeShadowing(path);
-    case eShadowingComponent::kNeckBoss:
-      return CheckForNeckBossShadowing(NeckBoss, path);
-    case eShadowingComponent::kNone:
-      break;
-  }
-  return false;
-}
-
-/// Test the components in their order. @p onMiss is called for each one that
-/// was tested and does not block the path, before the next is tested.
-template <class OnMiss>
-eShadowingComponent ShadowingCalculator::FirstBlocking(
-    const WaterSegments& path, eDiagnostics diagnostics,
-    const OnMiss& onMiss) const {
-  for (const eShadowingComponent component : kShadowingComponents) {
-    if (!IsReady(component)) continue;
-    if (IsBlockedBy(component, path, diagnostics)) return component;
-    onMiss(component);
-  }
+eShadowingComponent ShadowingCalculator::LastVerdict() const {
+  if (ShadowedByAVHDRope) return eShadowingComponent::kAVHDRope;
+  if (ShadowedBySupportRope) return eShadowingComponent::kSupportRope;
+  if (ShadowedByBellyPlate) return eShadowingComponent::kBellyPlate;
+  if (ShadowedByNCDAnchor) return eShadowingComponent::kNCDAnchor;
+  if (ShadowedByAVPipe) return eShadowingComponent::kAVPipe;
+  if (ShadowedByNeckBoss) return eShadowingComponent::kNeckBoss;
   return eShadowingComponent::kNone;
 }
 

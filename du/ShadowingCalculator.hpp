@@ -4,20 +4,18 @@
 #include <memory>
 #include <string>
 
-#include "du/hardware/AVHDRopes.hpp"
-#include "du/hardware/AVPipes.hpp"
-#include "du/hardware/BellyPlates.hpp"
-#include "du/hardware/NCDAnchors.hpp"
-#include "du/hardware/NeckBoss.hpp"
-#include "du/hardware/ShadowingComponent.hpp"
 #include "du/fast/ShadowingLayers.hpp"
-#include "du/hardware/SupportRopes.hpp"
+#include "du/hardware/Hardware.hpp"
+#include "du/hardware/ShadowingComponent.hpp"
 #include "du/hardware/WaterSegments.hpp"
 #include "lightpath/LightPath.hpp"
 #include "lightpath/LightPathArrays.hpp"
 #include "lightpath/LightPathCalculator.hpp"
 
 namespace ZARN::DU {
+
+class LazyLayers;
+struct ShadowingLayers;
 
 /// Tells whether a light path is blocked by hardware around the acrylic vessel,
 /// and by what.
@@ -27,6 +25,11 @@ namespace ZARN::DU {
 ///     if (calculator.CheckForShadowing(path)) ... // for each computed path
 ///
 /// Lengths in mm, angles in rad. Copies are independent.
+///
+/// The written formulas (du/hardware) define every verdict. Layers before them
+/// (du/fast) give the same verdicts about a thousand times faster; they are
+/// made when that pays: once the formulas have cost what making them would, at
+/// the first batch, or by MakeLayers().
 class ShadowingCalculator {
  public:
   /// Read the geometry of the current run from ZARN::DB::Get() and build the
@@ -44,8 +47,7 @@ class ShadowingCalculator {
   ///         stay.
   void BeginOfRun();
 
-  /// Set the tolerance of every component. Takes milliseconds, with hundreds of
-  /// ropes tenths of a second: what is prepared for the paths depends on it.
+  /// Store the tolerance of every component.
   ///
   /// @param tolerance  mm, stored as it is, also where it is zero or negative.
   ///                   The pipes' and the neck boss's tests read none. It is
@@ -67,9 +69,8 @@ class ShadowingCalculator {
   bool CheckForShadowing(LightPathCalculator& lightPath);
 
   /// The same verdict for a path record whose type goes by its own name,
-  /// without flags and messages. Several threads may ask one calculator, also
-  /// while one of them is in its CheckForShadowing, which writes only its
-  /// flags.
+  /// without flags and messages. Thread-safe, also during a CheckForShadowing
+  /// of another thread, which writes only its flags.
   eShadowingComponent FindShadowing(const LightPath& path) const;
 
   /// FindShadowing for many paths.
@@ -84,6 +85,11 @@ class ShadowingCalculator {
   void FindShadowing(const LightPathArrays& paths, std::size_t count,
                      eShadowingComponent* verdicts,
                      std::size_t threads = 1) const;
+
+  /// Make the layers now, for callers that would rather pay before their first
+  /// path. Nothing where they are made, where another thread makes them, or
+  /// where there is no memory for them. Thread-safe, silent, never throws.
+  void MakeLayers() const;
 
   /// Leave layers out of the way to the verdicts, which stay the same: for
   /// benchmarks and tests. Holds for this object, also for further runs.
@@ -104,42 +110,47 @@ class ShadowingCalculator {
   bool IsShadowedByNeckBoss() const { return ShadowedByNeckBoss; }
   bool IsShadowed() const { return Shadowed; }
 
-  double GetAVHDRopeTolerance() const { return AVHDRopeTolerance; }
-  double GetSupportRopeTolerance() const { return SupportRopeTolerance; }
-  double GetBellyPlateTolerance() const { return BellyPlateTolerance; }
-  double GetNCDAnchorTolerance() const { return NCDAnchorTolerance; }
-  double GetAVPipeTolerance() const { return AVPipeTolerance; }
-  double GetNeckBossTolerance() const { return NeckBossTolerance; }
+  /// The component whose flag is set; kNone where none is, so after BeginOfRun.
+  eShadowingComponent LastVerdict() const;
 
-  double GetInnerAVRadius() const { return InnerAVRadius; }
-  double GetOuterAVRadius() const { return OuterAVRadius; }
-  double GetAVNeckRadius() const { return AVNeckRadius; }
+  /// The hardware of this run: models, tolerances and radii, for callers that
+  /// draw, fit or check. What a component that is off holds is not meaningful.
+  const Hardware& GetHardware() const { return Parts; }
+
+  double GetAVHDRopeTolerance() const { return Parts.AVHDRopeTolerance; }
+  double GetSupportRopeTolerance() const { return Parts.SupportRopeTolerance; }
+  double GetBellyPlateTolerance() const { return Parts.BellyPlateTolerance; }
+  double GetNCDAnchorTolerance() const { return Parts.NCDAnchorTolerance; }
+  double GetAVPipeTolerance() const { return Parts.AVPipeTolerance; }
+  double GetNeckBossTolerance() const { return Parts.NeckBossTolerance; }
+
+  double GetInnerAVRadius() const { return Parts.InnerAVRadius; }
+  double GetOuterAVRadius() const { return Parts.OuterAVRadius; }
+  double GetAVNeckRadius() const { return Parts.AVNeckRadius; }
 
   /// Whether a component was loaded for this run; false for kNone.
-  bool IsInfoLoaded(eShadowingComponent component) const;
+  bool IsInfoLoaded(eShadowingComponent component) const {
+    return Parts.IsInfoLoaded(component);
+  }
 
-  /// Whether a component's test runs: it is loaded, and has what its test reads
-  /// without looking. A test that does not run is silent.
-  bool IsReady(eShadowingComponent component) const;
+  /// Whether a component's test runs: it is loaded, and has the items that its
+  /// test indexes unchecked. A test that does not run is silent.
+  bool IsReady(eShadowingComponent component) const {
+    return Parts.IsReady(component);
+  }
 
-  // The models, for callers that draw, fit or check. What a component that is
-  // off holds is not meaningful.
-  const AVPipeModel& GetAVPipes() const { return AVPipes; }
-  const NCDAnchorModel& GetNCDAnchors() const { return NCDAnchors; }
-  const BellyPlateModel& GetBellyPlates() const { return BellyPlates; }
-  const AVHDRopeModel& GetAVHDRopes() const { return AVHDRopes; }
-  const SupportRopeModel& GetSupportRopes() const { return SupportRopes; }
-  const NeckBossModel& GetNeckBoss() const { return NeckBoss; }
+  const AVPipeModel& GetAVPipes() const { return Parts.AVPipes; }
+  const NCDAnchorModel& GetNCDAnchors() const { return Parts.NCDAnchors; }
+  const BellyPlateModel& GetBellyPlates() const { return Parts.BellyPlates; }
+  const AVHDRopeModel& GetAVHDRopes() const { return Parts.AVHDRopes; }
+  const SupportRopeModel& GetSupportRopes() const { return Parts.SupportRopes; }
+  const NeckBossModel& GetNeckBoss() const { return Parts.NeckBoss; }
 
  private:
-  static constexpr double kDefaultTolerance = 150.0;
-
-  void ClearModels();
+  void LoadGuarded(eShadowingComponent component);
   void ClearComponentFlags();
-  struct Formulas;
-  struct Prepared;
+  void ForgetLayers();
 
-  void Prepare();
   template <class Paths>
   void FindShadowingOnThreads(const Paths& paths, std::size_t count,
                               eShadowingComponent* verdicts,
@@ -148,16 +159,12 @@ class ShadowingCalculator {
   void FindShadowingOfSome(const Paths& paths, std::size_t first,
                            std::size_t last,
                            eShadowingComponent* verdicts) const;
-  bool IsBlockedBy(eShadowingComponent component, const WaterSegments& path,
-                   eDiagnostics diagnostics) const;
   bool WritesMessages(ePathKind kind) const;
-  eShadowingComponent FindPlainly(const LightPath& path, const PathShape& shape,
-                                  const std::string& name) const;
+  eShadowingComponent FindWithMessages(const LightPath& path,
+                                       const PathShape& shape,
+                                       const std::string& name) const;
   eShadowingComponent FindSilently(const WaterSegmentViews& path) const;
-  template <class OnMiss>
-  eShadowingComponent FirstBlocking(const WaterSegments& path,
-                                    eDiagnostics diagnostics,
-                                    const OnMiss& onMiss) const;
+  eShadowingComponent FindByFormulas(const WaterSegmentViews& path) const;
 
   bool ShadowedByAVHDRope = false;
   bool ShadowedByBellyPlate = false;
@@ -167,35 +174,16 @@ class ShadowingCalculator {
   bool ShadowedByNeckBoss = false;
   bool Shadowed = false;
 
-  double AVHDRopeTolerance = kDefaultTolerance;
-  double SupportRopeTolerance = kDefaultTolerance;
-  double BellyPlateTolerance = kDefaultTolerance;
-  double NCDAnchorTolerance = kDefaultTolerance;
-  double AVPipeTolerance = kDefaultTolerance;    // no test reads it
-  double NeckBossTolerance = kDefaultTolerance;  // no test reads it
+  Hardware Parts;
+  // Whether the vector library may warn of a belly plate: true while a run is
+  // set up, and after a set-up that failed.
+  bool PlatesMayWarn = false;
 
-  double InnerAVRadius = 0.0;
-  double OuterAVRadius = 0.0;
-  double AVNeckRadius = 0.0;
-
-  bool AVPipeInfoLoaded = false;
-  AVPipeModel AVPipes;
-  bool NCDAnchorInfoLoaded = false;
-  NCDAnchorModel NCDAnchors;
-  bool BellyPlateInfoLoaded = false;
-  BellyPlateModel BellyPlates;
-  bool AVHDRopeInfoLoaded = false;
-  AVHDRopeModel AVHDRopes;
-  bool SupportRopeInfoLoaded = false;
-  SupportRopeModel SupportRopes;
-  bool NeckBossInfoLoaded = false;
-  NeckBossModel NeckBoss;
-
-  // Made from all of the above by whatever changes it last; none while a run
-  // is set up, and after a set-up that failed: then the formulas alone judge.
-  // Never changed once it is made, so copies share it.
-  std::shared_ptr<const Prepared> Fast;
-  ShadowingLayers Layers;
+  // Of Parts as they stand; none while a run is set up, and after a set-up that
+  // failed: then the formulas alone judge. Copies of the calculator share them
+  // until one of the copies changes its Parts.
+  std::shared_ptr<LazyLayers> Layers;
+  std::shared_ptr<const ShadowingLayers> WantedLayers;  // null: all
 };
 
 }  // namespace ZARN::DU

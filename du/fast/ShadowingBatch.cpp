@@ -91,6 +91,17 @@ class Columns {
   std::size_t first_;
 };
 
+/// What blocks a path of two segments: the component that is tested first. Each
+/// component is tested for both segments before the next, so an open segment
+/// leaves the path open.
+std::uint8_t EarlierOf(std::uint8_t first, std::uint8_t second) {
+  constexpr std::uint8_t kOpen = ShadowingBatch::kOpen;
+  constexpr auto kNone = static_cast<std::uint8_t>(eComponent::kNone);
+  if (first == kOpen || second == kOpen) return kOpen;
+  if (first == kNone || second == kNone) return std::max(first, second);
+  return std::min(first, second);
+}
+
 /// The paths of a block by their type, each as its number.
 class PathsByType {
  public:
@@ -374,10 +385,7 @@ void ShadowingBatch::JudgeBlock(const ShadowingFilter& filter,
           verdictOn(true, at, kShapes[type].firstPoint, list[i]);
       const std::uint8_t second = verdictOn(false, at + (seconds - firsts),
                                             kShapes[type].secondPoint, list[i]);
-      // The components in their order, each for both segments: the smaller
-      // number counts, and kOpen is the largest.
-      verdicts[list[i]] =
-          std::max(first, second) == kOpen ? kOpen : std::min(first, second);
+      verdicts[list[i]] = EarlierOf(first, second);
     }
   });
 

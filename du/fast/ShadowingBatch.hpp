@@ -5,8 +5,8 @@
 #include <vector>
 
 #include "du/fast/BatchKernel.hpp"
-#include "du/hardware/ShadowingComponent.hpp"
 #include "du/fast/ShadowingFilter.hpp"
+#include "du/hardware/ShadowingComponent.hpp"
 #include "lightpath/LightPath.hpp"
 #include "lightpath/LightPathArrays.hpp"
 

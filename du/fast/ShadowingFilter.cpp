@@ -3,11 +3,10 @@
 #include <algorithm>
 #include <optional>
 
-#include "du/hardware/AVHDRopeShadowing.hpp"
-#include "du/ShadowingCalculator.hpp"
 #include "du/fast/AVPipeBands.hpp"
 #include "du/fast/NeckBossCap.hpp"
 #include "du/geometry/CylinderSide.hpp"
+#include "du/hardware/AVHDRopeShadowing.hpp"
 
 namespace ZARN::DU {
 namespace {
@@ -86,10 +85,10 @@ eAnswer JudgeThrough(const VerticalRopeFilter& ropes, const EndsFromAbove& ends,
 
 }  // namespace
 
-ShadowingFilter::ShadowingFilter(const ShadowingCalculator& calculator,
+ShadowingFilter::ShadowingFilter(const Hardware& hardware,
                                  const ShadowingLayers& layers) {
   const auto isOn = [&](eComponent component) {
-    return calculator.IsReady(component);
+    return hardware.IsReady(component);
   };
   const int cells = layers.tables ? kAzimuthCells : 1;
   const eGrid grid = layers.grids ? eGrid::kUniform : eGrid::kOneCell;
@@ -105,10 +104,10 @@ ShadowingFilter::ShadowingFilter(const ShadowingCalculator& calculator,
     return tests[static_cast<std::size_t>(mapped)];
   };
 
-  const AVHDRopeModel& holdDown = calculator.GetAVHDRopes();
+  const AVHDRopeModel& holdDown = hardware.AVHDRopes;
   hasHoldDown_ = isOn(eComponent::kAVHDRope);
   if (hasHoldDown_) {
-    const double tolerance = calculator.GetAVHDRopeTolerance();
+    const double tolerance = hardware.AVHDRopeTolerance;
     holdDownEndHeight_ = holdDown.AVHDRopeEndPoints.front().Z();
     holdDown_ = filter(LimitsOfAVHDRopes(holdDown), AVHDRopeEnds(holdDown),
                        AVHDRopeAngleTolerance(holdDown, tolerance),
@@ -118,11 +117,11 @@ ShadowingFilter::ShadowingFilter(const ShadowingCalculator& calculator,
     test(eMappedTest::kHoldDownSurface) = &surface_;
   }
 
-  const SupportRopeModel& support = calculator.GetSupportRopes();
+  const SupportRopeModel& support = hardware.SupportRopes;
   hasSupport_ = isOn(eComponent::kSupportRope);
   if (hasSupport_) {
-    const double tolerance = SupportRopeAngleTolerance(
-        support, calculator.GetSupportRopeTolerance());
+    const double tolerance =
+        SupportRopeAngleTolerance(support, hardware.SupportRopeTolerance);
     supportFootHeight_ = support.SupportRopePositions.front().Z();
     support_ =
         filter(LimitsOfSupportRopes(support), support.SupportRopePositions,
@@ -138,29 +137,28 @@ ShadowingFilter::ShadowingFilter(const ShadowingCalculator& calculator,
   }
 
   if (isOn(eComponent::kBellyPlate)) {
-    hasWarningPlates_ = WarnsOfZeroVectors(calculator.GetBellyPlates());
-    plates_ = PreparedBellyPlates(calculator.GetBellyPlates(),
-                                  calculator.GetBellyPlateTolerance(),
-                                  calculator.GetOuterAVRadius());
+    plates_ =
+        PreparedBellyPlates(hardware.BellyPlates, hardware.BellyPlateTolerance,
+                            hardware.OuterAVRadius);
     test(eMappedTest::kBellyPlate) = &plates_;
   }
   if (isOn(eComponent::kNCDAnchor)) {
-    const NCDAnchorModel& anchors = calculator.GetNCDAnchors();
-    anchors_ = PointGrid(
-        anchors.NCDAnchorPositions,
-        anchors.NCDAnchorHalfZ + calculator.GetNCDAnchorTolerance(), grid);
+    const NCDAnchorModel& anchors = hardware.NCDAnchors;
+    anchors_ =
+        PointGrid(anchors.NCDAnchorPositions,
+                  anchors.NCDAnchorHalfZ + hardware.NCDAnchorTolerance, grid);
     test(eMappedTest::kNCDAnchor) = &anchors_;
   }
   const AVPipeBands pipes;
   hasPipes_ = isOn(eComponent::kAVPipe);
   if (hasPipes_) test(eMappedTest::kAVPipe) = &pipes;
-  neckBoss_ = calculator.GetNeckBoss();
+  neckBoss_ = hardware.NeckBoss;
   const NeckBossCap neckBoss(neckBoss_);
   hasNeckBoss_ = isOn(eComponent::kNeckBoss);
   if (hasNeckBoss_) test(eMappedTest::kNeckBoss) = &neckBoss;
 
   if (!layers.map) return;
-  const double radius = calculator.GetOuterAVRadius();
+  const double radius = hardware.OuterAVRadius;
   map_ = ShadowMap(radius, tests);
   if (map_.UnsureShare() > kMostUnsure && map_.UnsureShare() < 1.0) {
     map_ = ShadowMap(radius, tests, 2 * ShadowMap::kCells);
@@ -174,12 +172,17 @@ eComponent ShadowingFilter::FindAtCrossing(const TVector3& point,
                                            std::size_t cell,
                                            const KnownRopes& ropes) const {
   const Crossing at = {&point, cell, map_.At(cell)};
-  if (ropes.isAboveEnds && IsOnSurfaceRope(at)) return eComponent::kAVHDRope;
-  if (ropes.isAtSupportRope) return eComponent::kSupportRope;
-  if (IsOnPlate(at)) return eComponent::kBellyPlate;
-  if (IsNearAnchor(at)) return eComponent::kNCDAnchor;
-  if (ropes.isFirst && IsAtPipes(at)) return eComponent::kAVPipe;
-  return IsUnderBoss(at) ? eComponent::kNeckBoss : eComponent::kNone;
+  return FirstComponentThat([&](auto component) {
+    if constexpr (component == eComponent::kAVHDRope) {
+      return ropes.isAboveEnds && IsOnSurfaceRope(at);
+    } else if constexpr (component == eComponent::kSupportRope) {
+      return ropes.isAtSupportRope;
+    } else if constexpr (component == eComponent::kAVPipe) {
+      return ropes.isFirst && IsBlockedAt(component, at);
+    } else {
+      return IsBlockedAt(component, at);
+    }
+  });
 }
 
 eAnswer ShadowingFilter::JudgeHoldDownInWater(const SegmentView& first,

@@ -1,24 +1,23 @@
 #pragma once
 
-#include "du/hardware/AVPipes.hpp"
 #include "du/fast/PreparedBellyPlates.hpp"
-#include "du/hardware/NeckBoss.hpp"
 #include "du/fast/ShadowMap.hpp"
-#include "du/hardware/ShadowingComponent.hpp"
 #include "du/fast/ShadowingLayers.hpp"
 #include "du/fast/VerticalRopeFilter.hpp"
-#include "du/hardware/WaterSegments.hpp"
 #include "du/geometry/PointGrid.hpp"
+#include "du/hardware/AVPipes.hpp"
+#include "du/hardware/Hardware.hpp"
+#include "du/hardware/NeckBoss.hpp"
+#include "du/hardware/ShadowingComponent.hpp"
+#include "du/hardware/WaterSegments.hpp"
 #include "lightpath/LightPath.hpp"
 
 namespace ZARN::DU {
 
-class ShadowingCalculator;
-
 /// All that is prepared for one geometry and one set of tolerances, and the
 /// verdict on a path from it.
 ///
-/// Per component, from the cheapest to the dearest:
+/// Per component, from the cheapest to the most expensive:
 ///
 /// - the shadow map answers for crossing points on the vessel sphere;
 /// - where the map is unsure, the few surface points, anchors or plates are
@@ -38,10 +37,9 @@ class ShadowingFilter {
     bool isFirst;          ///< of its path: the pipes count
   };
 
-  /// @param calculator  whose models, flags, tolerances and radii are taken as
-  ///                    they stand
-  ShadowingFilter(const ShadowingCalculator& calculator,
-                  const ShadowingLayers& layers);
+  /// @param hardware  whose models, flags, tolerances and radii are taken as
+  ///                  they stand
+  ShadowingFilter(const Hardware& hardware, const ShadowingLayers& layers);
 
   /// The first component that blocks a path.
   ///
@@ -84,8 +82,6 @@ class ShadowingFilter {
 
   bool HasHoldDownRopes() const { return hasHoldDown_; }
   bool HasSupportRopes() const { return hasSupport_; }
-  /// Whether the vector library warns of the belly plates' formula.
-  bool HasWarningPlates() const { return hasWarningPlates_; }
   /// Whether the support ropes' test has hold-down ropes to look at.
   bool HasRopesToEnter() const { return hasEntered_; }
   /// Crossings below it meet vertical hold-down ropes, others the surface, mm.
@@ -128,61 +124,60 @@ class ShadowingFilter {
       const std::size_t cell = map_.CellAt(segments[i]->point);
       crossings[i] = {&segments[i]->point, cell, map_.At(cell)};
     }
-    const auto any = [&](const auto& blocks) {
-      for (std::size_t i = 0; i < N; ++i) {
-        if (blocks(*segments[i], crossings[i])) return true;
+    return FirstComponentThat([&](auto component) {
+      // The pipes' test looks at a path's first crossing alone.
+      constexpr std::size_t kTested = component == eComponent::kAVPipe ? 1 : N;
+      for (std::size_t i = 0; i < kTested; ++i) {
+        if (IsBlocked(component, *segments[i], crossings[i], isBlockedBy)) {
+          return true;
+        }
       }
       return false;
-    };
-
-    if (hasHoldDown_ && any([&](const SegmentView& s, const Crossing& at) {
-          if (holdDownEndHeight_ > s.point.Z()) {
-            return Blocks(holdDown_.JudgeFlattened(s), [&] {
-              return isBlockedBy(eComponent::kAVHDRope, s);
-            });
-          }
-          return IsOnSurfaceRope(at);
-        })) {
-      return eComponent::kAVHDRope;
-    }
-    if (hasSupport_ && any([&](const SegmentView& s, const Crossing&) {
-          return s.point.Z() > supportFootHeight_ &&
-                 Blocks(support_.JudgeFlattened(s), [&] {
-                   return isBlockedBy(eComponent::kSupportRope, s);
-                 });
-        })) {
-      return eComponent::kSupportRope;
-    }
-    if (any([&](const SegmentView&, const Crossing& at) {
-          return IsOnPlate(at);
-        })) {
-      return eComponent::kBellyPlate;
-    }
-    if (any([&](const SegmentView&, const Crossing& at) {
-          return IsNearAnchor(at);
-        })) {
-      return eComponent::kNCDAnchor;
-    }
-    if (IsAtPipes(crossings[0])) return eComponent::kAVPipe;
-    if (any([&](const SegmentView&, const Crossing& at) {
-          return IsUnderBoss(at);
-        })) {
-      return eComponent::kNeckBoss;
-    }
-    return eComponent::kNone;
+    });
   }
 
-  // The tests of a crossing point: the map, where it is unsure the items of the
-  // cell, and off the map all.
   struct Crossing {
     const TVector3* point;
     std::size_t cell;  // of the map
     ShadowMap::Code code;
   };
+
+  // Whether a component blocks a segment. The ropes look at its direction, the
+  // others at its crossing point alone.
+  template <class Formula>
+  [[gnu::always_inline]] bool IsBlocked(
+      ComponentConstant<eComponent::kAVHDRope> /*component*/,
+      const SegmentView& segment, const Crossing& at,
+      const Formula& isBlockedBy) const {
+    if (!hasHoldDown_) return false;
+    if (!(holdDownEndHeight_ > segment.point.Z())) return IsOnSurfaceRope(at);
+    return Blocks(holdDown_.JudgeFlattened(segment),
+                  [&] { return isBlockedBy(eComponent::kAVHDRope, segment); });
+  }
+  template <class Formula>
+  [[gnu::always_inline]] bool IsBlocked(
+      ComponentConstant<eComponent::kSupportRope> /*component*/,
+      const SegmentView& segment, const Crossing& /*at*/,
+      const Formula& isBlockedBy) const {
+    return hasSupport_ && segment.point.Z() > supportFootHeight_ &&
+           Blocks(support_.JudgeFlattened(segment), [&] {
+             return isBlockedBy(eComponent::kSupportRope, segment);
+           });
+  }
+  template <class Component, class Formula>
+  [[gnu::always_inline]] bool IsBlocked(Component component,
+                                        const SegmentView& /*segment*/,
+                                        const Crossing& at,
+                                        const Formula& /*isBlockedBy*/) const {
+    return IsBlockedAt(component, at);
+  }
+
+  // The tests of a crossing point: the map, where it is unsure the items of the
+  // cell, and off the map all.
   template <class ByItems, class ByAll>
-  [[gnu::always_inline]] bool IsBlockedAt(const Crossing& at, eMappedTest test,
-                                          const ByItems& byItems,
-                                          const ByAll& byAll) const {
+  [[gnu::always_inline]] bool AskMap(const Crossing& at, eMappedTest test,
+                                     const ByItems& byItems,
+                                     const ByAll& byAll) const {
     return Blocks(ShadowMap::AnswerOf(at.code, test), [&] {
       if (at.cell == map_.OffMap()) return byAll();
       const CellItems::Range range = map_.Open(test).Of(at.cell);
@@ -190,35 +185,39 @@ class ShadowingFilter {
     });
   }
   bool IsOnSurfaceRope(const Crossing& at) const {
-    return IsBlockedAt(
+    return AskMap(
         at, eMappedTest::kHoldDownSurface,
         [&](CellItems::Range range) {
           return surfaceOfCells_.HasNear(*at.point, range.begin, range.end);
         },
         [&] { return surface_.HasPointNear(*at.point); });
   }
-  bool IsOnPlate(const Crossing& at) const {
+  bool IsBlockedAt(ComponentConstant<eComponent::kBellyPlate> /*component*/,
+                   const Crossing& at) const {
     constexpr auto kTest = eMappedTest::kBellyPlate;
-    return IsBlockedAt(
+    return AskMap(
         at, kTest,
         [&](CellItems::Range range) {
           return plates_.Block(*at.point, map_.Open(kTest), range);
         },
         [&] { return plates_.Block(*at.point); });
   }
-  bool IsNearAnchor(const Crossing& at) const {
-    return IsBlockedAt(
+  bool IsBlockedAt(ComponentConstant<eComponent::kNCDAnchor> /*component*/,
+                   const Crossing& at) const {
+    return AskMap(
         at, eMappedTest::kNCDAnchor,
         [&](CellItems::Range range) {
           return anchorsOfCells_.HasNear(*at.point, range.begin, range.end);
         },
         [&] { return anchors_.HasPointNear(*at.point); });
   }
-  bool IsAtPipes(const Crossing& at) const {
+  bool IsBlockedAt(ComponentConstant<eComponent::kAVPipe> /*component*/,
+                   const Crossing& at) const {
     return Blocks(ShadowMap::AnswerOf(at.code, eMappedTest::kAVPipe),
                   [&] { return hasPipes_ && IsWithinAVPipeBands(*at.point); });
   }
-  bool IsUnderBoss(const Crossing& at) const {
+  bool IsBlockedAt(ComponentConstant<eComponent::kNeckBoss> /*component*/,
+                   const Crossing& at) const {
     return Blocks(ShadowMap::AnswerOf(at.code, eMappedTest::kNeckBoss), [&] {
       return hasNeckBoss_ && IsUnderNeckBoss(neckBoss_, *at.point);
     });
@@ -227,7 +226,6 @@ class ShadowingFilter {
   bool hasHoldDown_ = false;
   bool hasSupport_ = false;
   bool hasEntered_ = false;
-  bool hasWarningPlates_ = false;
   bool hasPipes_ = false;
   bool hasNeckBoss_ = false;
   double holdDownEndHeight_ = 0.0;

@@ -1,9 +1,9 @@
 #pragma once
 
 #include "du/fast/RopeDirections.hpp"
-#include "du/hardware/WaterSegments.hpp"
 #include "du/geometry/Answer.hpp"
 #include "du/hardware/RopeCylinderLimits.hpp"
+#include "du/hardware/WaterSegments.hpp"
 
 namespace ZARN::DU {
 

@@ -4,9 +4,9 @@
 
 #include "db/DBErrors.hpp"
 #include "db/ReadField.hpp"
-#include "du/hardware/GeometryTables.hpp"
 #include "du/geometry/Constants.hpp"
 #include "du/geometry/Primitives.hpp"
+#include "du/hardware/GeometryTables.hpp"
 
 namespace ZARN::DU {
 namespace {

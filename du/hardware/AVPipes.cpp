@@ -4,8 +4,8 @@
 
 #include "db/DBErrors.hpp"
 #include "db/ReadField.hpp"
-#include "du/hardware/GeometryTables.hpp"
 #include "du/geometry/Constants.hpp"
+#include "du/hardware/GeometryTables.hpp"
 
 namespace ZARN::DU {
 namespace {

@@ -4,10 +4,10 @@
 #include <cmath>
 
 #include "db/ReadField.hpp"
-#include "du/hardware/GeometryTables.hpp"
 #include "du/geometry/Constants.hpp"
 #include "du/geometry/IeeeQuotient.hpp"
 #include "du/geometry/Primitives.hpp"
+#include "du/hardware/GeometryTables.hpp"
 
 namespace ZARN::DU {
 namespace {

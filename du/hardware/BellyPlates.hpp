@@ -3,8 +3,8 @@
 #include <vector>
 
 #include "TVector3.h"
-#include "du/hardware/WaterSegments.hpp"
 #include "du/geometry/Diagnostics.hpp"
+#include "du/hardware/WaterSegments.hpp"
 
 namespace ZARN::DU {
 

@@ -3,10 +3,10 @@
 #include <vector>
 
 #include "TVector3.h"
+#include "du/geometry/Diagnostics.hpp"
 #include "du/hardware/AVHDRopes.hpp"
 #include "du/hardware/RopeCylinderLimits.hpp"
 #include "du/hardware/WaterSegments.hpp"
-#include "du/geometry/Diagnostics.hpp"
 
 namespace ZARN::DU {
 

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "du/hardware/AVHDRopeShadowing.hpp"
 #include "du/ShadowingCalculator.hpp"
+#include "du/fast/HardwareFormulas.hpp"
 #include "tests/du/Paths.hpp"
 
 namespace ZARN::Testing {
@@ -11,68 +11,33 @@ namespace ZARN::Testing {
 class Formulas {
  public:
   Formulas(const DU::ShadowingCalculator& detector, const DU::LightPath& path)
-      : detector_(detector), segments_(SegmentsOf(path)) {}
+      : hardware_(detector.GetHardware()),
+        segments_(SegmentsOf(path)),
+        views_(DU::ViewsOf(segments_)) {}
+  Formulas(const Formulas&) = delete;
+  Formulas& operator=(const Formulas&) = delete;
 
   bool operator()(DU::eShadowingComponent component) const {
     ++asked_;
-    return IsBlockedBy(component);
+    return DU::HardwareFormulas{hardware_, views_}(component);
   }
   bool operator()(DU::eShadowingComponent component,
                   const DU::SegmentView& segment) const {
     ++asked_;
-    return component == DU::eShadowingComponent::kAVHDRope
-               ? DU::IsAtVerticalAVHDRope(
-                     detector_.GetAVHDRopes(), detector_.GetAVHDRopeTolerance(),
-                     segment.Copy(), DU::eDiagnostics::kSilent)
-               : DU::IsAtSupportRope(detector_.GetSupportRopes(),
-                                     detector_.GetSupportRopeTolerance(),
-                                     segment.Copy(), DU::eDiagnostics::kSilent);
+    return DU::HardwareFormulas{hardware_, views_}(component, segment);
   }
 
   /// The verdict without a filter.
   DU::eShadowingComponent Find() const {
-    for (const DU::eShadowingComponent component : DU::kShadowingComponents) {
-      if (detector_.IsReady(component) && IsBlockedBy(component)) {
-        return component;
-      }
-    }
-    return DU::eShadowingComponent::kNone;
+    return hardware_.FirstBlocking(segments_, DU::eDiagnostics::kSilent);
   }
 
   int Asked() const { return asked_; }
 
  private:
-  bool IsBlockedBy(DU::eShadowingComponent component) const {
-    const double tolerance = detector_.GetAVHDRopeTolerance();
-    switch (component) {
-      case DU::eShadowingComponent::kAVHDRope:
-        return DU::CheckForAVHDRopeShadowing(detector_.GetAVHDRopes(),
-                                             tolerance, segments_,
-                                             DU::eDiagnostics::kSilent);
-      case DU::eShadowingComponent::kSupportRope:
-        return DU::CheckForSupportRopeShadowing(
-            detector_.GetSupportRopes(), detector_.GetAVHDRopes(), tolerance,
-            segments_, DU::eDiagnostics::kSilent);
-      case DU::eShadowingComponent::kBellyPlate:
-        return DU::CheckForBellyPlateShadowing(
-            detector_.GetBellyPlates(), tolerance, detector_.GetOuterAVRadius(),
-            segments_, DU::eDiagnostics::kSilent);
-      case DU::eShadowingComponent::kNCDAnchor:
-        return DU::CheckForNCDAnchorShadowing(detector_.GetNCDAnchors(),
-                                              tolerance, segments_);
-      case DU::eShadowingComponent::kAVPipe:
-        return DU::CheckForAVPipeShadowing(segments_);
-      case DU::eShadowingComponent::kNeckBoss:
-        return DU::CheckForNeckBossShadowing(detector_.GetNeckBoss(),
-                                             segments_);
-      case DU::eShadowingComponent::kNone:
-        break;
-    }
-    return false;
-  }
-
-  const DU::ShadowingCalculator& detector_;
+  const DU::Hardware& hardware_;
   DU::WaterSegments segments_;
+  DU::WaterSegmentViews views_;
   mutable int asked_ = 0;
 };
 

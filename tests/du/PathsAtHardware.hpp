@@ -4,9 +4,9 @@
 #include <vector>
 
 #include "TVector3.h"
-#include "du/hardware/AVHDRopeShadowing.hpp"
 #include "du/ShadowingCalculator.hpp"
 #include "du/geometry/Constants.hpp"
+#include "du/hardware/AVHDRopeShadowing.hpp"
 #include "tests/du/Detector.hpp"
 #include "tests/property/Random.hpp"
 

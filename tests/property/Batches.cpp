@@ -105,7 +105,7 @@ std::string ColumnsDifference(const DU::ShadowingCalculator& calculator,
 std::string KernelDifference(const DU::ShadowingCalculator& calculator,
                              const JudgedPaths& judged, std::size_t& open) {
   const PathColumns columns(judged.paths, PathColumns::eUnused::kNull);
-  const DU::ShadowingFilter filter(calculator, {});
+  const DU::ShadowingFilter filter(calculator.GetHardware(), {});
   DU::ShadowingBatch batch(filter);
   std::vector<std::uint8_t> first;
   for (const DU::eKernel kernel : DU::AvailableKernels()) {

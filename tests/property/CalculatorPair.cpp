@@ -56,8 +56,25 @@ void CalculatorPair::SwitchDebug(bool on) {
   plainDebug_.Switch(on);
 }
 
-void CalculatorPair::SetAllGeometryTolerances(double tolerance) {
+void CalculatorPair::BeginState() {
   checked_.Clear();
+  pathsInState_ = 0;
+}
+
+/// The first paths of each state are the formulas' alone, all others the
+/// layers'.
+void CalculatorPair::MakeLayersSoon() {
+  constexpr int kPathsByFormulas = 2;
+  if (pathsInState_++ == kPathsByFormulas) real_.MakeLayers();
+}
+
+void CalculatorPair::UseLayers(const DU::ShadowingLayers& layers) {
+  pathsInState_ = 0;
+  real_.UseLayers(layers);
+}
+
+void CalculatorPair::SetAllGeometryTolerances(double tolerance) {
+  BeginState();
   real_.SetAllGeometryTolerances(tolerance);
   plain_.SetAllGeometryTolerances(tolerance);
 }
@@ -101,7 +118,7 @@ void CalculatorPair::ThrowAt(const std::string& text) {
 }
 
 bool CalculatorPair::BeginOfRun() {
-  checked_.Clear();
+  BeginState();
   EmptyTexts();
   root_.Empty();
   const std::string realThrew = TypeThrownBy([&] { real_.BeginOfRun(); });
@@ -129,6 +146,7 @@ bool CalculatorPair::Check(const TestPath& path) {
 
   EmptyTexts();
   root_.Empty();
+  MakeLayersSoon();
   const bool plainShadowed = plain_.CheckForShadowing(plainPath_);
   plainRoot_ = root_.Text();
   blocking_ = BlockingOf(plain_);

@@ -38,7 +38,7 @@ class CalculatorPair {
     kMovedAndBack  ///< and from there back into what was left of it
   };
   void Replace(eReplacement replacement);
-  void UseLayers(const DU::ShadowingLayers& layers) { real_.UseLayers(layers); }
+  void UseLayers(const DU::ShadowingLayers& layers);
 
   /// @return whether both did the same, which may be to throw; Difference()
   ///         tells if not
@@ -83,6 +83,8 @@ class CalculatorPair {
   const Reference::PlainShadowingCalculator& Plain() const { return plain_; }
 
  private:
+  void BeginState();
+  void MakeLayersSoon();
   bool HaveSameTexts();
   void EmptyTexts();
   bool Differ(const std::string& what);
@@ -102,6 +104,7 @@ class CalculatorPair {
   DU::ShadowingCalculator real_;
   Reference::PlainShadowingCalculator plain_;
   JudgedPaths checked_;
+  int pathsInState_ = 0;  // since the last run or change of tolerances
   DU::LightPathCalculator realPath_;
   DU::LightPathCalculator plainPath_;
   DU::eShadowingComponent blocking_ = DU::eShadowingComponent::kNone;

@@ -7,8 +7,8 @@
 
 #include "db/DB.hpp"
 #include "db/JsonTables.hpp"
-#include "du/fast/ShadowingBatch.hpp"
 #include "du/ShadowingCalculator.hpp"
+#include "du/fast/ShadowingBatch.hpp"
 #include "du/fast/ShadowingFilter.hpp"
 #include "log/Log.hpp"
 #include "tests/property/ExamplePaths.hpp"
@@ -55,7 +55,7 @@ class Layers : public testing::Test {
   }
 
   DU::ShadowingFilter Filter(const DU::ShadowingLayers& layers = {}) const {
-    return {calculator_, layers};
+    return {calculator_.GetHardware(), layers};
   }
 
   /// All segments that begin on the vessel.

@@ -195,6 +195,8 @@ class Worker {
                      ? SharpTolerance(calculators->Plain(), random)
                      : AnyTolerance(random);
     calculators->SetAllGeometryTolerances(tolerance_);
+    // In the other rounds they are made when they pay.
+    if (random.Chance(0.75)) calculators->Real().MakeLayers();
     calculators->CountDiagnostics(random.Chance(0.25));
     return *calculators;
   }
@@ -263,10 +265,11 @@ void Print(const Tally& tally) {
               Percent(tally.nearLimits, tally.paths),
               100.0 - Percent(tally.open, tally.paths));
   std::printf("| %-35s | %11s ", "Type", "Paths");
+  std::printf("| %11s ", "free");
   for (const Component c : DU::kShadowingComponents) {
     std::printf("| %11s ", DU::NameOf(c));
   }
-  std::printf("| %11s |\n|---|---", "free");
+  std::printf("|\n|---|---");
   for (std::size_t c = 0; c < kComponents; ++c) std::printf("|---");
   std::printf("|\n");
   for (std::size_t type = 0; type < kTypes; ++type) {

@@ -6,8 +6,8 @@
 #include <string>
 #include <vector>
 
-#include "du/hardware/GeometryTables.hpp"
 #include "du/geometry/Primitives.hpp"
+#include "du/hardware/GeometryTables.hpp"
 #include "log/Log.hpp"
 #include "tests/property/Random.hpp"
 #include "tests/property/SameBits.hpp"

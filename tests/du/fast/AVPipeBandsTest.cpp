@@ -4,8 +4,8 @@
 #include <cmath>
 
 #include "du/fast/AVPipeBands.hpp"
-#include "du/hardware/AVPipes.hpp"
 #include "du/geometry/Constants.hpp"
+#include "du/hardware/AVPipes.hpp"
 #include "tests/du/Answers.hpp"
 #include "tests/du/Balls.hpp"
 #include "tests/property/Random.hpp"

@@ -4,8 +4,8 @@
 #include <limits>
 
 #include "du/fast/NeckBossCap.hpp"
-#include "du/hardware/NeckBoss.hpp"
 #include "du/geometry/Constants.hpp"
+#include "du/hardware/NeckBoss.hpp"
 #include "tests/du/Answers.hpp"
 #include "tests/du/Balls.hpp"
 #include "tests/property/Random.hpp"

@@ -90,6 +90,8 @@ Verdicts ExpectVerdictsOfTheFormulas(const ShadowingCalculator& calculator,
     expected.push_back(Testing::FindByFormulas(calculator, path));
   }
   EXPECT_EQ(FindEach(calculator, paths), expected);
+  calculator.MakeLayers();
+  EXPECT_EQ(FindEach(calculator, paths), expected);
   EXPECT_EQ(FindAll(calculator, paths), expected);
   EXPECT_EQ(FindAllInColumns(calculator, paths), expected);
   return expected;
@@ -225,12 +227,13 @@ TEST(FindShadowing, IsSilentWithDiagnosticsOnAfterARunThatFailed) {
   EXPECT_EQ(diagnostics.Text(), "");
 }
 
-TEST(SetAllGeometryTolerances, IsSilentWithDiagnosticsOn) {
+TEST(MakeLayers, IsSilentWithDiagnosticsOn) {
   ShadowingCalculator calculator = InRun(WarningTables());
   const Captured diagnostics(debug);
   const Written written([&] {
     calculator.SetAllGeometryTolerances(100.0);
     calculator.UseLayers({});
+    calculator.MakeLayers();
   });
   EXPECT_TRUE(written.IsNothing());
   EXPECT_EQ(diagnostics.Text(), "");
@@ -360,9 +363,10 @@ void ExpectFormulasAlone(ShadowingCalculator& calculator,
   EXPECT_EQ(TypesWithMessages(calculator), kAllButWater);
   calculator.SetAllGeometryTolerances(100.0);
   ExpectVerdictsOfTheFormulas(calculator, paths);
-  EXPECT_EQ(TypesWithMessages(calculator), kUnusualTypes);
+  EXPECT_EQ(TypesWithMessages(calculator), kAllButWater);
   BeginOfRun(calculator, VariedTables());
   EXPECT_EQ(ExpectVerdictsOfTheFormulas(calculator, paths), before);
+  EXPECT_EQ(TypesWithMessages(calculator), kUnusualTypes);
 }
 
 TEST(BeginOfRun, LeavesTheFormulasAloneWhereARadiusIsMissing) {

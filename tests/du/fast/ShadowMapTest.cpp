@@ -9,7 +9,7 @@
 #include <memory>
 #include <vector>
 
-#include "du/hardware/NeckBoss.hpp"
+#include "du/fast/NeckBossCap.hpp"
 #include "du/geometry/OctahedralCells.hpp"
 #include "du/geometry/PointGrid.hpp"
 #include "du/geometry/PointList.hpp"

@@ -36,7 +36,7 @@ const ShadowingCalculator& Detector() {
 struct Judges {
   explicit Judges(const ShadowingCalculator& detector,
                   const ShadowingLayers& layers = {})
-      : filter(detector, layers), batch(filter) {}
+      : filter(detector.GetHardware(), layers), batch(filter) {}
 
   Verdicts OnRecords(const std::vector<LightPath>& paths) const {
     Verdicts verdicts(paths.size());
@@ -258,7 +258,7 @@ TEST(ShadowingBatch, BlocksNothingBeforeTheFirstRun) {
 TEST(ShadowingBatch, WorksWithACopyOfTheFilterThatItWasMadeFrom) {
   const auto paths = PathsAtHardware(Detector(), 61).Make(kBatchPaths);
   std::optional<ShadowingFilter> filter;
-  filter.emplace(Detector(), ShadowingLayers());
+  filter.emplace(Detector().GetHardware(), ShadowingLayers());
   const ShadowingBatch batch(*filter);
   const ShadowingFilter copy = *filter;
   filter.reset();
@@ -381,7 +381,7 @@ TEST(ShadowingBatch, LooksForNoSurfaceRopesBelowTheirEnds) {
     path = Testing::OneCrossing(point, direction.Unit());
   }
   EXPECT_LT(ExpectRightOrOpen(detector, paths), 0.9);
-  const ShadowingFilter filter(detector, {});
+  const ShadowingFilter filter(detector.GetHardware(), {});
   const auto isFreeBesideTheSurface = [&](const LightPath& path) {
     return filter.SurfacePoints().HasPointNear(path.AVPoint1) &&
            Testing::FindByFormulas(detector, path) == eComponent::kNone;

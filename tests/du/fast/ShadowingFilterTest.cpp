@@ -58,7 +58,7 @@ std::vector<LightPath> Paths(int count) {
 }
 
 TEST(ShadowingFilter, FindsWhatTheFormulasFindAndSeldomAsksThem) {
-  const ShadowingFilter filter(Detector(), {});
+  const ShadowingFilter filter(Detector().GetHardware(), {});
   constexpr int kPaths = 4000;
   const int open =
       ExpectVerdictsOfTheFormulas(filter, Detector(), Paths(kPaths));
@@ -71,7 +71,7 @@ TEST(ShadowingFilter, FindsTheSameWithAnyLayerOff) {
     SCOPED_TRACE(off);
     const ShadowingLayers layers = {(off & 1) == 0, (off & 2) == 0,
                                     (off & 4) == 0, (off & 8) == 0};
-    const ShadowingFilter filter(Detector(), layers);
+    const ShadowingFilter filter(Detector().GetHardware(), layers);
     const int open =
         ExpectVerdictsOfTheFormulas(filter, Detector(), Paths(300));
     // Without algebra every rope that can be met is left to its formula.
@@ -83,7 +83,7 @@ TEST(ShadowingFilter, FindsTheSameForEachComponentAlone) {
   for (const eComponent component : kShadowingComponents) {
     SCOPED_TRACE(NameOf(component));
     const ShadowingCalculator detector = InRun(Only({component}));
-    const ShadowingFilter filter(detector, {});
+    const ShadowingFilter filter(detector.GetHardware(), {});
     ExpectVerdictsOfTheFormulas(filter, detector, Paths(700));
     EXPECT_EQ(filter.HasHoldDownRopes(), component == eComponent::kAVHDRope);
     EXPECT_EQ(filter.HasSupportRopes(), component == eComponent::kSupportRope);
@@ -91,12 +91,13 @@ TEST(ShadowingFilter, FindsTheSameForEachComponentAlone) {
 }
 
 TEST(ShadowingFilter, LeavesOutTheLayersThatAreOff) {
-  const ShadowingFilter all(Detector(), {});
+  const ShadowingFilter all(Detector().GetHardware(), {});
   EXPECT_NE(all.Map().At(Testing::kFreeSpot), ShadowMap::kNothingKnown);
   EXPECT_GT(all.HoldDownRopes().Radius2(), 0.0);
   EXPECT_GT(all.HoldDownRopes().Ropes().Table().Cells(), 1);
 
-  const ShadowingFilter none(Detector(), {false, false, false, false});
+  const ShadowingFilter none(Detector().GetHardware(),
+                             {false, false, false, false});
   EXPECT_EQ(none.Map().At(Testing::kFreeSpot), ShadowMap::kNothingKnown);
   for (const VerticalRopeFilter* const ropes :
        {&none.HoldDownRopes(), &none.SupportRopes(),
@@ -108,14 +109,14 @@ TEST(ShadowingFilter, LeavesOutTheLayersThatAreOff) {
 
 TEST(ShadowingFilter, OutlivesWhatItWasMadeFrom) {
   std::optional<ShadowingCalculator> detector = Detector();
-  const ShadowingFilter filter(*detector, {});
+  const ShadowingFilter filter(detector->GetHardware(), {});
   detector->SetAllGeometryTolerances(-1000.0);
   detector.reset();
   ExpectVerdictsOfTheFormulas(filter, Detector(), Paths(700));
 }
 
 TEST(ShadowingFilter, JudgesPathsInWaterRightAndMostlySurely) {
-  const ShadowingFilter filter(Detector(), {});
+  const ShadowingFilter filter(Detector().GetHardware(), {});
   AnswerTally holdDown;
   AnswerTally support;
   for (LightPath path : PathsAtHardware(Detector(), 41).Make(20000)) {
@@ -137,7 +138,7 @@ TEST(ShadowingFilter, JudgesPathsInWaterRightAndMostlySurely) {
 }
 
 TEST(ShadowingFilter, KnowsTheHeightsAtWhichRopesEnd) {
-  const ShadowingFilter filter(Detector(), {});
+  const ShadowingFilter filter(Detector().GetHardware(), {});
   EXPECT_EQ(filter.HoldDownEndHeight(),
             Detector().GetAVHDRopes().AVHDRopeEndPoints.front().Z());
   EXPECT_EQ(filter.SupportFootHeight(),
@@ -149,7 +150,8 @@ TEST(ShadowingFilter, KnowsTheHeightsAtWhichRopesEnd) {
 }
 
 TEST(ShadowingFilter, DividesTheMapMoreFinelyWhereMuchOfItIsUnsure) {
-  EXPECT_EQ(ShadowingFilter(Detector(), {}).Map().Cells(), ShadowMap::kCells);
+  EXPECT_EQ(ShadowingFilter(Detector().GetHardware(), {}).Map().Cells(),
+            ShadowMap::kCells);
   // Thousands of anchors, whose rims cover much of the vessel.
   Testing::Random random(43);
   std::vector<TVector3> anchors;
@@ -158,7 +160,7 @@ TEST(ShadowingFilter, DividesTheMapMoreFinelyWhereMuchOfItIsUnsure) {
   Testing::Tables tables = Only({eComponent::kNCDAnchor});
   tables.SetPositions("GEO_LOCATIONS", "anchors", anchors);
   const ShadowingCalculator detector = InRun(tables);
-  const ShadowingFilter filter(detector, {});
+  const ShadowingFilter filter(detector.GetHardware(), {});
   EXPECT_EQ(filter.Map().Cells(), 2 * ShadowMap::kCells);
   EXPECT_EQ(ExpectVerdictsOfTheFormulas(filter, detector, Paths(500)), 0);
 }
@@ -169,7 +171,7 @@ TEST(ShadowingFilter, AsksAllAnchorsWhereACellCannotNameThem) {
   tables.SetPositions("GEO_LOCATIONS", "anchors", {{1e19, 0, 0}});
   tables.Set("SOLID", "anchor", "half_z", 1e19);
   const ShadowingCalculator detector = InRun(tables);
-  const ShadowingFilter filter(detector, {});
+  const ShadowingFilter filter(detector.GetHardware(), {});
   std::vector<LightPath> paths;
   int blocked = 0;
   for (int i = 0; i < 100; ++i) {
@@ -184,24 +186,15 @@ TEST(ShadowingFilter, AsksAllAnchorsWhereACellCannotNameThem) {
 }
 
 TEST(ShadowingFilter, SeesHoldDownRopesOnlyInARunThatHasThem) {
-  EXPECT_TRUE(ShadowingFilter(Detector(), {}).HasRopesToEnter());
+  EXPECT_TRUE(ShadowingFilter(Detector().GetHardware(), {}).HasRopesToEnter());
   const ShadowingCalculator without = InRun(Only({eComponent::kSupportRope}));
-  EXPECT_FALSE(ShadowingFilter(without, {}).HasRopesToEnter());
+  EXPECT_FALSE(ShadowingFilter(without.GetHardware(), {}).HasRopesToEnter());
 }
 
 TEST(ShadowingFilter, BlocksNothingBeforeTheFirstRun) {
   const ShadowingCalculator empty;
-  const ShadowingFilter filter(empty, {});
+  const ShadowingFilter filter(empty.GetHardware(), {});
   EXPECT_EQ(ExpectVerdictsOfTheFormulas(filter, empty, Paths(70)), 0);
-}
-
-TEST(ShadowingFilter, KnowsWhetherThePlatesLetTheVectorLibraryWarn) {
-  EXPECT_FALSE(ShadowingFilter(Detector(), {}).HasWarningPlates());
-  Testing::Tables tables = Only({eComponent::kBellyPlate});
-  tables.SetPositions("GEO_LOCATIONS", "plates", {{0, 0, 600}});
-  EXPECT_TRUE(ShadowingFilter(InRun(tables), {}).HasWarningPlates());
-  Testing::SwitchOff(tables, eComponent::kBellyPlate);
-  EXPECT_FALSE(ShadowingFilter(InRun(tables), {}).HasWarningPlates());
 }
 
 /// The formulas' verdict on a segment of which it is known what the vertical
@@ -264,7 +257,7 @@ TEST(ShadowingFilter, FindsAtACrossingWhatTheFormulasFindThere) {
         random.Pick(Detector().GetNCDAnchors().NCDAnchorPositions) +
         random.Uniform(0, 250) * random.Direction());
   }
-  const ShadowingFilter filter(Detector(), {});
+  const ShadowingFilter filter(Detector().GetHardware(), {});
   std::map<eComponent, int> found;
   for (TVector3& point : points) {
     point.SetMag(Detector().GetOuterAVRadius() + random.Uniform(-0.99, 0.99));
@@ -289,7 +282,7 @@ TEST(ShadowingFilter, FindsAtACrossingWhatTheFormulasFindThere) {
 
 TEST(ShadowingFilter, FindsAtACrossingTheVerdictOnTheWholePath) {
   // What is known of the ropes is here what they really do.
-  const ShadowingFilter filter(Detector(), {});
+  const ShadowingFilter filter(Detector().GetHardware(), {});
   int atSupportRopes = 0;
   for (const LightPath& path : Paths(8000)) {
     const LightPath crossing = OneCrossing(path.AVPoint1, path.FinalDirection);
@@ -316,7 +309,7 @@ TEST(ShadowingFilter, FindsAtACrossingTheVerdictOnTheWholePath) {
 TEST(ShadowingFilter, FindsTheFirstOfTheComponentsAtACrossing) {
   const auto find = [](const std::vector<eComponent>& components,
                        const KnownRopes& ropes) {
-    const ShadowingFilter filter(InRun(Only(components)), {});
+    const ShadowingFilter filter(InRun(Only(components)).GetHardware(), {});
     const TVector3& point = Testing::kBlockedSpot;
     return filter.FindAtCrossing(point, filter.Map().CellAt(point), ropes);
   };

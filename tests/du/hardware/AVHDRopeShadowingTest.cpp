@@ -7,9 +7,9 @@
 #include <optional>
 #include <vector>
 
-#include "du/hardware/AVHDRopes.hpp"
 #include "du/geometry/Constants.hpp"
 #include "du/geometry/Primitives.hpp"
+#include "du/hardware/AVHDRopes.hpp"
 #include "tests/du/Directions.hpp"
 #include "tests/du/Neighbours.hpp"
 #include "tests/du/Paths.hpp"

@@ -1,0 +1,53 @@
+#include "du/fast/LazyLayers.hpp"
+
+#include <exception>
+
+namespace ZARN::DU {
+namespace {
+
+// What the formulas and the making of the layers take, measured on the
+// reference detector and on copies of its parts, in units of what a formula
+// takes for one surface point (about 5 ns). They need only be right to a small
+// factor: they decide when the layers are made, never a verdict.
+constexpr std::uint64_t kCostOfRope = 8;    // two angles
+constexpr std::uint64_t kCostOfPlate = 80;  // frame and angles
+constexpr std::uint64_t kCostOfPath = 20;   // pipes, boss, copies
+constexpr std::uint64_t kCostOfMap = 1'000'000;
+constexpr std::uint64_t kCostOfMappedPoint = 30;
+
+}  // namespace
+
+LazyLayers::LazyLayers(const Hardware& hardware, const ShadowingLayers& wanted)
+    : wanted_(wanted) {
+  const std::uint64_t points = hardware.AVHDRopes.AVHDRopeSurfacePoints.size() +
+                               hardware.NCDAnchors.NCDAnchorPositions.size();
+  const std::uint64_t ropes = hardware.AVHDRopes.AVHDRopeRolls.size() +
+                              hardware.SupportRopes.SupportRopePositions.size();
+  const std::uint64_t plates = hardware.BellyPlates.BellyPlatePositions.size();
+  costOfMaking_ = kCostOfMap + kCostOfMappedPoint * (points + ropes + plates);
+  costInWater_ = kCostOfPath + kCostOfRope * ropes;
+  costOfCrossing_ = costInWater_ + points + kCostOfPlate * plates;
+}
+
+void LazyLayers::CountByFormulas(const Hardware& hardware, ePathKind kind) {
+  if (state_.load(std::memory_order_relaxed) != eState::kNotMade) return;
+  const std::uint64_t cost =
+      kind == ePathKind::kWater ? costInWater_ : costOfCrossing_;
+  const std::uint64_t spent =
+      spent_.fetch_add(cost, std::memory_order_relaxed) + cost;
+  if (spent >= costOfMaking_) Make(hardware);
+}
+
+void LazyLayers::Make(const Hardware& hardware) noexcept {
+  eState expected = eState::kNotMade;
+  if (!state_.compare_exchange_strong(expected, eState::kBeingMade)) return;
+  try {
+    layers_.emplace(hardware, wanted_);
+    state_.store(eState::kMade, std::memory_order_release);
+  } catch (const std::exception&) {
+    // No memory: the verdicts are the formulas' then as well.
+    state_.store(eState::kFailed, std::memory_order_relaxed);
+  }
+}
+
+}  // namespace ZARN::DU

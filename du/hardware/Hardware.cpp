@@ -1,0 +1,126 @@
+#include "du/hardware/Hardware.hpp"
+
+#include "db/ReadField.hpp"
+#include "du/hardware/AVHDRopeShadowing.hpp"
+
+namespace ZARN::DU {
+
+using eComponent = eShadowingComponent;
+
+namespace {
+
+bool Hardware::*LoadedFlagOf(eComponent component) {
+  switch (component) {
+    case eComponent::kAVHDRope:
+      return &Hardware::AVHDRopeInfoLoaded;
+    case eComponent::kSupportRope:
+      return &Hardware::SupportRopeInfoLoaded;
+    case eComponent::kBellyPlate:
+      return &Hardware::BellyPlateInfoLoaded;
+    case eComponent::kNCDAnchor:
+      return &Hardware::NCDAnchorInfoLoaded;
+    case eComponent::kAVPipe:
+      return &Hardware::AVPipeInfoLoaded;
+    case eComponent::kNeckBoss:
+      return &Hardware::NeckBossInfoLoaded;
+    case eComponent::kNone:
+      break;
+  }
+  return nullptr;
+}
+
+}  // namespace
+
+void Hardware::ClearLists() {
+  AVPipes.Clear();
+  NCDAnchors.Clear();
+  BellyPlates.Clear();
+  AVHDRopes.Clear();
+  SupportRopes.Clear();
+}
+
+void Hardware::LoadRadii() {
+  InnerAVRadius = ReadNumber("SOLID", "acrylic_vessel_inner", "r_sphere");
+  OuterAVRadius = ReadNumber("SOLID", "acrylic_vessel_outer", "r_sphere");
+  AVNeckRadius = ReadNumber("SOLID", "acrylic_vessel_outer", "r_neck");
+}
+
+void Hardware::Load(eComponent component) {
+  switch (component) {
+    case eComponent::kAVHDRope:
+      LoadAVHDRopeInfo(AVHDRopes, OuterAVRadius, AVNeckRadius);
+      break;
+    case eComponent::kSupportRope:
+      LoadSupportRopeInfo(SupportRopes, OuterAVRadius);
+      break;
+    case eComponent::kBellyPlate:
+      LoadBellyPlateInfo(BellyPlates, BellyPlateTolerance);
+      break;
+    case eComponent::kNCDAnchor:
+      LoadNCDAnchorInfo(NCDAnchors);
+      break;
+    case eComponent::kAVPipe:
+      LoadAVPipeInfo(AVPipes);
+      break;
+    case eComponent::kNeckBoss:
+      LoadNeckBossInfo(NeckBoss, InnerAVRadius);
+      break;
+    case eComponent::kNone:
+      break;
+  }
+}
+
+void Hardware::SetInfoLoaded(eComponent component, bool isLoaded) {
+  this->*LoadedFlagOf(component) = isLoaded;
+}
+
+void Hardware::SetAllTolerances(double tolerance) {
+  AVHDRopeTolerance = tolerance;
+  SupportRopeTolerance = tolerance;
+  BellyPlateTolerance = tolerance;
+  NCDAnchorTolerance = tolerance;
+  AVPipeTolerance = tolerance;
+  NeckBossTolerance = tolerance;
+}
+
+bool Hardware::IsInfoLoaded(eComponent component) const {
+  return component != eComponent::kNone && this->*LoadedFlagOf(component);
+}
+
+bool Hardware::IsReady(eComponent component) const {
+  if (!IsInfoLoaded(component)) return false;
+  switch (component) {
+    case eComponent::kAVHDRope:
+      return HasAVHDRopes(AVHDRopes);
+    case eComponent::kSupportRope:
+      return HasSupportRopes(SupportRopes);
+    default:
+      return true;
+  }
+}
+
+bool Hardware::IsBlockedBy(eComponent component, const WaterSegments& path,
+                           eDiagnostics diagnostics) const {
+  switch (component) {
+    case eComponent::kAVHDRope:
+      return CheckForAVHDRopeShadowing(AVHDRopes, AVHDRopeTolerance, path,
+                                       diagnostics);
+    case eComponent::kSupportRope:
+      return CheckForSupportRopeShadowing(
+          SupportRopes, AVHDRopes, SupportRopeTolerance, path, diagnostics);
+    case eComponent::kBellyPlate:
+      return CheckForBellyPlateShadowing(BellyPlates, BellyPlateTolerance,
+                                         OuterAVRadius, path, diagnostics);
+    case eComponent::kNCDAnchor:
+      return CheckForNCDAnchorShadowing(NCDAnchors, NCDAnchorTolerance, path);
+    case eComponent::kAVPipe:
+      return CheckForAVPipeShadowing(path);
+    case eComponent::kNeckBoss:
+      return CheckForNeckBossShadowing(NeckBoss, path);
+    case eComponent::kNone:
+      break;
+  }
+  return false;
+}
+
+}  // namespace ZARN::DU

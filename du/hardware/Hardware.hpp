@@ -1,0 +1,106 @@
+#pragma once
+
+#include "du/geometry/Diagnostics.hpp"
+#include "du/hardware/AVHDRopes.hpp"
+#include "du/hardware/AVPipes.hpp"
+#include "du/hardware/BellyPlates.hpp"
+#include "du/hardware/NCDAnchors.hpp"
+#include "du/hardware/NeckBoss.hpp"
+#include "du/hardware/ShadowingComponent.hpp"
+#include "du/hardware/SupportRopes.hpp"
+#include "du/hardware/WaterSegments.hpp"
+
+namespace ZARN::DU {
+
+/// The hardware around the vessel: the model of every component, whether it was
+/// loaded, its tolerance, and the vessel's radii; and the written formulas that
+/// tell what of it blocks a path. Lengths in mm.
+///
+/// A plain value: copies are independent.
+struct Hardware {
+  static constexpr double kDefaultTolerance = 150.0;  // mm
+
+  double AVHDRopeTolerance = kDefaultTolerance;
+  double SupportRopeTolerance = kDefaultTolerance;
+  double BellyPlateTolerance = kDefaultTolerance;
+  double NCDAnchorTolerance = kDefaultTolerance;
+  double AVPipeTolerance = kDefaultTolerance;    // no test reads it
+  double NeckBossTolerance = kDefaultTolerance;  // no test reads it
+
+  double InnerAVRadius = 0.0;
+  double OuterAVRadius = 0.0;
+  double AVNeckRadius = 0.0;
+
+  bool AVPipeInfoLoaded = false;
+  AVPipeModel AVPipes;
+  bool NCDAnchorInfoLoaded = false;
+  NCDAnchorModel NCDAnchors;
+  bool BellyPlateInfoLoaded = false;
+  BellyPlateModel BellyPlates;
+  bool AVHDRopeInfoLoaded = false;
+  AVHDRopeModel AVHDRopes;
+  bool SupportRopeInfoLoaded = false;
+  SupportRopeModel SupportRopes;
+  bool NeckBossInfoLoaded = false;
+  NeckBossModel NeckBoss;
+
+  /// Empty the lists of all models, keeping their storage.
+  void ClearLists();
+
+  /// Read the vessel's radii.
+  ///
+  /// @throws ZARN::DBNotFoundError if one is missing; those before it are read
+  void LoadRadii();
+
+  /// Read the tables of one component into its model. The flag stays.
+  ///
+  /// @pre the radii are loaded
+  /// @throws ZARN::DBNotFoundError for a missing table, entry or field, and
+  ///         whatever else a loader lets pass; what was read stays in the model
+  void Load(eShadowingComponent component);
+
+  /// Store whether a component is on for the run. @pre not kNone
+  void SetInfoLoaded(eShadowingComponent component, bool isLoaded);
+
+  /// Store one tolerance for all components, mm, any number.
+  void SetAllTolerances(double tolerance);
+
+  /// Whether a component was loaded for this run; false for kNone.
+  bool IsInfoLoaded(eShadowingComponent component) const;
+
+  /// Whether a component's test runs: it is loaded, and has the items that its
+  /// test indexes unchecked. A test that does not run is silent.
+  bool IsReady(eShadowingComponent component) const;
+
+  /// Whether a component blocks a path, by its written formula; false for
+  /// kNone.
+  ///
+  /// @pre IsReady(component)
+  /// @param diagnostics  whether the formula may log to ZARN::debug, and ROOT
+  ///                     warn of zero vectors
+  bool IsBlockedBy(eShadowingComponent component, const WaterSegments& path,
+                   eDiagnostics diagnostics) const;
+
+  /// The first ready component, in the order of testing, that blocks a path by
+  /// its written formula.
+  ///
+  /// @param onMiss  called with each component that was tested and does not
+  ///                block the path, before the next is tested
+  template <class OnMiss>
+  eShadowingComponent FirstBlocking(const WaterSegments& path,
+                                    eDiagnostics diagnostics,
+                                    const OnMiss& onMiss) const {
+    for (const eShadowingComponent component : kShadowingComponents) {
+      if (!IsReady(component)) continue;
+      if (IsBlockedBy(component, path, diagnostics)) return component;
+      onMiss(component);
+    }
+    return eShadowingComponent::kNone;
+  }
+  eShadowingComponent FirstBlocking(const WaterSegments& path,
+                                    eDiagnostics diagnostics) const {
+    return FirstBlocking(path, diagnostics, [](eShadowingComponent) {});
+  }
+};
+
+}  // namespace ZARN::DU
