@@ -290,6 +290,15 @@ TEST(WritesMessages, NamesCrossingPathsWhereTheVectorLibraryWarnsOfAPlate) {
   EXPECT_EQ(TypesWithMessages(calculator), kUnusualTypes);
 }
 
+TEST(WritesMessages, NamesTheSameTypesBeforeAndAfterLayersAreMade) {
+  for (const Tables& tables : {VariedTables(), WarningTables()}) {
+    const ShadowingCalculator calculator = InRun(tables);
+    const std::vector<int> before = TypesWithMessages(calculator);
+    calculator.MakeLayers();
+    EXPECT_EQ(TypesWithMessages(calculator), before);
+  }
+}
+
 TEST(WritesMessages, ForetellsWhatCheckForShadowingWrites) {
   for (const Tables& tables : {VariedTables(), WarningTables()}) {
     ShadowingCalculator calculator = InRun(tables);
