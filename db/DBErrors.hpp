@@ -21,6 +21,13 @@ class DBValueError : public std::runtime_error {
                            ": the field " + field + " " + reason) {}
 };
 
+/// A table file that cannot be used. The text names the file, the line and the
+/// JSON path of what is wrong with it.
+class TableFileError : public std::runtime_error {
+ public:
+  using std::runtime_error::runtime_error;
+};
+
 /// A link handle that holds nothing was dereferenced.
 class null_dereference : public std::runtime_error {
  public:

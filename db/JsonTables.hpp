@@ -1,21 +1,14 @@
 #pragma once
 
-#include <stdexcept>
 #include <string>
 #include <vector>
 
+#include "db/DBErrors.hpp"
 #include "db/TableEntry.hpp"
 
 namespace ZARN {
 
 class DB;
-
-/// A table file that cannot be used. The text names the file, the line and the
-/// JSON path of what is wrong with it.
-class TableFileError : public std::runtime_error {
- public:
-  using std::runtime_error::runtime_error;
-};
 
 /// Read table entries from JSON text:
 ///

@@ -5,7 +5,7 @@
 #include <iterator>
 #include <nlohmann/json.hpp>
 
-#include "db/JsonTables.hpp"
+#include "db/DBErrors.hpp"
 
 namespace ZARN::Json {
 namespace {
