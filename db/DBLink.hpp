@@ -9,7 +9,7 @@
 namespace ZARN {
 
 /// A view of one table entry, from which fields are read by name. It keeps its
-/// entry alive, whatever happens to the database meanwhile.
+/// entry alive, whatever happens to its set meanwhile.
 class DBLink {
  public:
   explicit DBLink(std::shared_ptr<const TableEntry> entry);

@@ -10,7 +10,6 @@
 #include <system_error>
 #include <utility>
 
-#include "db/DB.hpp"
 #include "db/JsonTree.hpp"
 
 namespace ZARN {
@@ -178,8 +177,8 @@ std::vector<TableEntry> ReadJsonTables(const std::string& path) {
   return entries;
 }
 
-void LoadJsonTables(DB& db, const std::string& path) {
-  db.Add(ReadJsonTables(path));
+void LoadJsonTables(TableSet& tables, const std::string& path) {
+  tables.Add(ReadJsonTables(path));
 }
 
 }  // namespace ZARN

@@ -5,10 +5,9 @@
 
 #include "db/DBErrors.hpp"
 #include "db/TableEntry.hpp"
+#include "db/TableSet.hpp"
 
 namespace ZARN {
-
-class DB;
 
 /// Read table entries from JSON text:
 ///
@@ -39,8 +38,8 @@ std::vector<std::string> TableFiles(const std::string& path);
 ///         cannot be read or is above 256 MiB
 std::vector<TableEntry> ReadJsonTables(const std::string& path);
 
-/// Add to @p db what ReadJsonTables reads. If that throws, the database is as
-/// it was, also where only the last file of a directory is bad.
-void LoadJsonTables(DB& db, const std::string& path);
+/// Add to @p tables what ReadJsonTables reads. If that throws, they are as they
+/// were, also where only the last file of a directory is bad.
+void LoadJsonTables(TableSet& tables, const std::string& path);
 
 }  // namespace ZARN

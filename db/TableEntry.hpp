@@ -19,7 +19,7 @@ struct RunRange {
 /// One value of an entry: a number, a list of numbers, or a text.
 using TableField = std::variant<double, std::vector<double>, std::string>;
 
-/// One entry of one table, the unit in which sources fill the database.
+/// One entry of one table, the unit in which sources fill a set of tables.
 struct TableEntry {
   std::string table;
   std::string index;

@@ -193,13 +193,8 @@ class JsonTablesOnDisk : public testing::Test {
     folder_ =
         fs::temp_directory_path() / ("zarn-tables-" + std::to_string(getpid()));
     fs::create_directory(folder_);
-    DB::Get().Clear();
-    DB::Get().SetRun(0);
   }
-  ~JsonTablesOnDisk() override {
-    fs::remove_all(folder_);
-    DB::Get().Clear();
-  }
+  ~JsonTablesOnDisk() override { fs::remove_all(folder_); }
 
   std::string Path(const std::string& name) const {
     return (folder_ / name).string();
@@ -209,33 +204,42 @@ class JsonTablesOnDisk : public testing::Test {
     std::ofstream(folder_ / name) << text;
   }
 
-  static double LoadedValue() {
-    return DB::Get().GetLink("GEO", "av", -1)->GetD("f");
+  double LoadedValue() const {
+    return tables_.GetLink("GEO", "av", -1)->GetD("f");
   }
 
   fs::path folder_;
+  TableSet tables_;
 };
 
 TEST_F(JsonTablesOnDisk, LoadsAFile) {
   Write("geo.json", WithField("1.5"));
-  LoadJsonTables(DB::Get(), Path("geo.json"));
+  LoadJsonTables(tables_, Path("geo.json"));
   EXPECT_EQ(LoadedValue(), 1.5);
+}
+
+TEST_F(JsonTablesOnDisk, LoadsAFileIntoTheDatabaseOfTheProcess) {
+  Write("geo.json", WithField("1.5"));
+  DB::Get().Clear();
+  LoadJsonTables(DB::Get(), Path("geo.json"));
+  EXPECT_EQ(DB::Get().GetLink("GEO", "av", -1)->GetD("f"), 1.5);
+  DB::Get().Clear();
 }
 
 TEST_F(JsonTablesOnDisk, LoadsADirectoryByNameSoThatTheLastNameWins) {
   Write("b.json", WithField("2"));
   Write("a.json", WithField("1"));
   Write("c.txt", "no table");
-  LoadJsonTables(DB::Get(), folder_.string());
+  LoadJsonTables(tables_, folder_.string());
   EXPECT_EQ(LoadedValue(), 2.0);
 }
 
-TEST_F(JsonTablesOnDisk, LeavesTheDatabaseAsItWasWhenAFileIsRefused) {
+TEST_F(JsonTablesOnDisk, LeavesTheTablesAsTheyWereWhenAFileIsRefused) {
   Write("a.json", WithField("1"));
-  LoadJsonTables(DB::Get(), folder_.string());
+  LoadJsonTables(tables_, folder_.string());
   Write("a.json", WithField("2"));
   Write("b.json", WithField("true"));
-  EXPECT_THROW(LoadJsonTables(DB::Get(), folder_.string()), TableFileError);
+  EXPECT_THROW(LoadJsonTables(tables_, folder_.string()), TableFileError);
   EXPECT_EQ(LoadedValue(), 1.0);
 }
 

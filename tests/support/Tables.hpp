@@ -48,8 +48,23 @@ class Tables {
     return *this;
   }
 
+  /// These tables as a set of their own.
+  TableSet AsSet() const {
+    TableSet set;
+    set.Add(Entries());
+    return set;
+  }
+
   /// Replace the database's content by these tables.
   void Load() const {
+    DB& db = DB::Get();
+    db.Clear();
+    db.SetRun(0);
+    db.Add(Entries());
+  }
+
+ private:
+  std::vector<TableEntry> Entries() const {
     std::vector<TableEntry> entries;
     for (const auto& [key, fields] : entries_) {
       TableEntry entry;
@@ -58,13 +73,9 @@ class Tables {
       entry.fields = fields;
       entries.push_back(std::move(entry));
     }
-    DB& db = DB::Get();
-    db.Clear();
-    db.SetRun(0);
-    db.Add(std::move(entries));
+    return entries;
   }
 
- private:
   std::map<std::pair<std::string, std::string>,
            std::map<std::string, TableField>>
       entries_;

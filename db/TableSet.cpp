@@ -1,0 +1,37 @@
+#include "db/TableSet.hpp"
+
+namespace ZARN {
+
+void TableSet::Add(std::vector<TableEntry> entries) {
+  auto grown = entries_;  // holds pointers, so the copy is cheap
+  for (TableEntry& entry : entries) {
+    auto& sameKey = grown[Key(entry.table, entry.index)];
+    sameKey.push_back(std::make_shared<const TableEntry>(std::move(entry)));
+  }
+  entries_.swap(grown);
+}
+
+void TableSet::Clear() { entries_.clear(); }
+
+simple_ptr_nocopy<DBLink> TableSet::GetLink(std::string table,
+                                            std::string index, int pass) const {
+  const Key key(std::move(table), std::move(index));
+  std::shared_ptr<const TableEntry> best;
+  if (const auto found = entries_.find(key); found != entries_.end()) {
+    for (const auto& entry : found->second) {
+      if (!entry->runs.Contains(run_)) continue;
+      if (pass != kHighestPass && entry->pass != pass) continue;
+      if (best == nullptr || entry->pass >= best->pass) best = entry;
+    }
+  }
+  if (best == nullptr) {
+    const std::string which =
+        pass == kHighestPass ? "" : " with pass " + std::to_string(pass);
+    throw DBNotFoundError("table " + key.first + ", index " + key.second +
+                          ": there is no entry" + which + " for run " +
+                          std::to_string(run_));
+  }
+  return simple_ptr_nocopy<DBLink>(new DBLink(std::move(best)));
+}
+
+}  // namespace ZARN
