@@ -3,6 +3,7 @@
 #include <cmath>
 #include <utility>
 
+#include "db/DB.hpp"
 #include "db/ReadField.hpp"
 #include "lightpath/LightPathType.hpp"
 
@@ -120,9 +121,9 @@ PathSet::PathSet(std::vector<LightPath> paths) : records_(std::move(paths)) {
 
 PathSource::PathSource() {
   calculator_.BeginOfRun();
-  const std::vector<double> x = ReadNumbers("PMT", "positions", "x");
-  const std::vector<double> y = ReadNumbers("PMT", "positions", "y");
-  const std::vector<double> z = ReadNumbers("PMT", "positions", "z");
+  const std::vector<double> x = ReadNumbers(DB::Get(), "PMT", "positions", "x");
+  const std::vector<double> y = ReadNumbers(DB::Get(), "PMT", "positions", "y");
+  const std::vector<double> z = ReadNumbers(DB::Get(), "PMT", "positions", "z");
   for (std::size_t i = 0; i < x.size(); ++i) {
     pmts_.emplace_back(x[i], y[i], z[i]);
   }

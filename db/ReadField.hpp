@@ -3,22 +3,25 @@
 #include <string>
 #include <vector>
 
+#include "db/TableSet.hpp"
+
 namespace ZARN {
 
 // Each read takes a link of its own with pass -1, the highest pass, and
 // releases it at once. All throw DBNotFoundError if the table, the entry or the
 // field is missing or the field has another type.
 
-double ReadNumber(const std::string& table, const std::string& index,
-                  const std::string& field);
-std::vector<double> ReadNumbers(const std::string& table,
+double ReadNumber(const TableSet& tables, const std::string& table,
+                  const std::string& index, const std::string& field);
+std::vector<double> ReadNumbers(const TableSet& tables,
+                                const std::string& table,
                                 const std::string& index,
                                 const std::string& field);
-std::string ReadText(const std::string& table, const std::string& index,
-                     const std::string& field);
+std::string ReadText(const TableSet& tables, const std::string& table,
+                     const std::string& index, const std::string& field);
 
 /// Whether a field is one number, and not a list or a text.
-bool IsNumber(const std::string& table, const std::string& index,
-              const std::string& field);
+bool IsNumber(const TableSet& tables, const std::string& table,
+              const std::string& index, const std::string& field);
 
 }  // namespace ZARN

@@ -9,6 +9,7 @@
 #include <array>
 #include <new>
 
+#include "db/DB.hpp"
 #include "db/DBErrors.hpp"
 #include "du/ForEachOnThreads.hpp"
 #include "du/LoadMessages.hpp"
@@ -28,13 +29,15 @@ bool IsUsual(ePathKind kind) {
 
 }  // namespace
 
-void ShadowingCalculator::BeginOfRun() {
+void ShadowingCalculator::BeginOfRun() { BeginOfRun(DB::Get()); }
+
+void ShadowingCalculator::BeginOfRun(const TableSet& tables) {
   Layers.reset();
   PlatesMayWarn = true;
   Parts.ClearLists();
-  Parts.LoadRadii();
+  Parts.LoadRadii(tables);
   for (const eShadowingComponent component : kShadowingComponents) {
-    LoadGuarded(component);
+    LoadGuarded(tables, component);
   }
   PlatesMayWarn = Parts.IsReady(eShadowingComponent::kBellyPlate) &&
                   WarnsOfZeroVectors(Parts.BellyPlates);
@@ -44,10 +47,11 @@ void ShadowingCalculator::BeginOfRun() {
 
 /// A component whose tables are not complete is off for the run, so that the
 /// others can be used without it.
-void ShadowingCalculator::LoadGuarded(eShadowingComponent component) {
+void ShadowingCalculator::LoadGuarded(const TableSet& tables,
+                                      eShadowingComponent component) {
   const LoadMessages messages = LoadMessagesOf(component);
   try {
-    Parts.Load(component);
+    Parts.Load(tables, component);
     Parts.SetInfoLoaded(component, true);
     warn << messages.onSuccess;
   } catch (const DBNotFoundError&) {

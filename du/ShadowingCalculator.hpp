@@ -4,6 +4,7 @@
 #include <memory>
 #include <string>
 
+#include "db/TableSet.hpp"
 #include "du/fast/ShadowingLayers.hpp"
 #include "du/hardware/Hardware.hpp"
 #include "du/hardware/ShadowingComponent.hpp"
@@ -32,7 +33,7 @@ struct ShadowingLayers;
 /// the first batch, or by MakeLayers().
 class ShadowingCalculator {
  public:
-  /// Read the geometry of the current run from ZARN::DB::Get() and build the
+  /// Read the geometry from @p tables, for the run of these, and build the
   /// model of every component.
   ///
   /// A component whose tables cannot be read is off for the run: it never
@@ -41,10 +42,13 @@ class ShadowingCalculator {
   /// are 150 mm; the belly plates' grid has by then been laid with the
   /// tolerance that stood before.
   ///
+  /// @param tables  read during the call only
   /// @throws ZARN::DBNotFoundError if a vessel radius is missing, before any
   ///         component is loaded; and whatever else a loader lets pass. Lists
   ///         that were not loaded again are then empty; flags and tolerances
   ///         stay.
+  void BeginOfRun(const TableSet& tables);
+  /// The same from ZARN::DB::Get().
   void BeginOfRun();
 
   /// Store the tolerance of every component.
@@ -147,7 +151,7 @@ class ShadowingCalculator {
   const NeckBossModel& GetNeckBoss() const { return Parts.NeckBoss; }
 
  private:
-  void LoadGuarded(eShadowingComponent component);
+  void LoadGuarded(const TableSet& tables, eShadowingComponent component);
   void ClearComponentFlags();
   void ForgetLayers();
 

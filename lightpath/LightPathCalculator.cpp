@@ -4,6 +4,7 @@
 #include <sstream>
 #include <stdexcept>
 
+#include "db/DB.hpp"
 #include "db/DBErrors.hpp"
 #include "db/ReadField.hpp"
 #include "lightpath/PathBetween.hpp"
@@ -19,8 +20,8 @@ constexpr double kSpeedOfLight = 299.792458;  // mm/ns, by definition
 constexpr std::array<const char*, 3> kMediumNames = {"inner_av", "acrylic",
                                                      "water"};
 
-double ReadRadius(const std::string& index) {
-  const double radius = ReadNumber("SOLID", index, "r_sphere");
+double ReadRadius(const TableSet& tables, const std::string& index) {
+  const double radius = ReadNumber(tables, "SOLID", index, "r_sphere");
   if (!(radius > 0.0) || !std::isfinite(radius)) {
     throw DBValueError("SOLID", index, "r_sphere",
                        "is not a finite number above 0");
@@ -40,16 +41,18 @@ LightPathCalculator::LightPathCalculator() {
   }
 }
 
-void LightPathCalculator::BeginOfRun() {
-  const double innerRadius = ReadRadius("acrylic_vessel_inner");
-  const double outerRadius = ReadRadius("acrylic_vessel_outer");
+void LightPathCalculator::BeginOfRun() { BeginOfRun(DB::Get()); }
+
+void LightPathCalculator::BeginOfRun(const TableSet& tables) {
+  const double innerRadius = ReadRadius(tables, "acrylic_vessel_inner");
+  const double outerRadius = ReadRadius(tables, "acrylic_vessel_outer");
   if (!(outerRadius > innerRadius)) {
     throw DBValueError("SOLID", "acrylic_vessel_outer", "r_sphere",
                        "is not above that of acrylic_vessel_inner");
   }
   std::array<OpticalMedium, 3> media;
   for (std::size_t i = 0; i < media.size(); ++i) {
-    media[i] = OpticalMedium::Read(kMediumNames[i]);
+    media[i] = OpticalMedium::Read(tables, kMediumNames[i]);
   }
   media_.InnerRadius = innerRadius;
   media_.OuterRadius = outerRadius;

@@ -5,6 +5,7 @@
 #include <string>
 
 #include "TVector3.h"
+#include "db/TableSet.hpp"
 #include "lightpath/ConcentricMedia.hpp"
 #include "lightpath/LightPath.hpp"
 #include "lightpath/LightPathType.hpp"
@@ -33,14 +34,17 @@ class LightPathCalculator {
   /// An uninitialised path, and the names of all types of this system.
   LightPathCalculator();
 
-  /// Read the vessel's radii and the media of the current run from
-  /// ZARN::DB::Get(): table OPTICS, indices inner_av, acrylic and water
+  /// Read the vessel's radii and the media from @p tables, for the run of
+  /// these: table OPTICS, indices inner_av, acrylic and water
   /// (OpticalMedium.hpp). Where a medium's table does not reach the wavelength,
-  /// ZARN::warn tells so once.
+  /// ZARN::warn says so once.
   ///
+  /// @param tables  read during the call only
   /// @throws ZARN::DBNotFoundError if a radius or a medium is missing,
   ///         ZARN::DBValueError if one is impossible; both name table, index
   ///         and field, and leave what was read before as it was
+  void BeginOfRun(const TableSet& tables);
+  /// The same from ZARN::DB::Get().
   void BeginOfRun();
 
   /// Set the wavelength of the light, nm, before or after BeginOfRun.

@@ -76,14 +76,15 @@ OpticalMedium::OpticalMedium(std::vector<double> wavelengths,
   }
 }
 
-OpticalMedium OpticalMedium::Read(const std::string& index) {
-  if (IsNumber(kTable, index, kIndexField)) {
-    const double value = ReadNumber(kTable, index, kIndexField);
+OpticalMedium OpticalMedium::Read(const TableSet& tables,
+                                  const std::string& index) {
+  if (IsNumber(tables, kTable, index, kIndexField)) {
+    const double value = ReadNumber(tables, kTable, index, kIndexField);
     CheckRefractiveIndices(index, {value});
     return OpticalMedium(value);
   }
-  const auto indices = ReadNumbers(kTable, index, kIndexField);
-  const auto wavelengths = ReadNumbers(kTable, index, kWavelengthField);
+  const auto indices = ReadNumbers(tables, kTable, index, kIndexField);
+  const auto wavelengths = ReadNumbers(tables, kTable, index, kWavelengthField);
   if (wavelengths.empty()) {
     throw DBValueError(kTable, index, kWavelengthField, "is empty");
   }

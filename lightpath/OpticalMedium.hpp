@@ -3,6 +3,8 @@
 #include <string>
 #include <vector>
 
+#include "db/TableSet.hpp"
+
 namespace ZARN::DU {
 
 /// The refractive index of a medium, by wavelength.
@@ -19,14 +21,14 @@ class OpticalMedium {
   OpticalMedium(std::vector<double> wavelengths,
                 std::vector<double> refractiveIndices);
 
-  /// Read a medium of the current run from ZARN::DB::Get(): an entry of table
-  /// OPTICS with one number in the field refractive_index, or with arrays in
-  /// the fields wavelength (nm) and refractive_index.
+  /// Read a medium from an entry of table OPTICS with one number in the field
+  /// refractive_index, or with arrays in the fields wavelength (nm) and
+  /// refractive_index.
   ///
   /// @throws ZARN::DBNotFoundError  if it is missing
   /// @throws ZARN::DBValueError     for an index below 1, wavelengths that do
   ///         not increase, or lengths that differ
-  static OpticalMedium Read(const std::string& index);
+  static OpticalMedium Read(const TableSet& tables, const std::string& index);
 
   double RefractiveIndexAt(double wavelength) const;
 

@@ -127,15 +127,17 @@ void AVHDRopeModel::Clear() {
   AVHDRopeLegPoints.clear();
 }
 
-void LoadAVHDRopeInfo(AVHDRopeModel& model, double outerAVRadius,
-                      double avNeckRadius) {
-  std::string solid = ReadText("GEO", "hold_down_ropes", "solid_definition");
-  model.AVHDRopeRadius = ReadNumber("SOLID", solid, "r_rope");
-  solid = ReadText("GEO", "hold_down_ropes", "solid_definition");
-  FillXYZPositions(model.AVHDRopePositions, "SOLID", solid, "rope_x", "rope_y",
-                   "rope_z");
-  const std::string locations = ReadText("GEO", "hold_down_ropes", "locations");
-  model.AVHDRopeRolls = ReadNumbers("GEO_LOCATIONS", locations, "roll");
+void LoadAVHDRopeInfo(const TableSet& tables, AVHDRopeModel& model,
+                      double outerAVRadius, double avNeckRadius) {
+  std::string solid =
+      ReadText(tables, "GEO", "hold_down_ropes", "solid_definition");
+  model.AVHDRopeRadius = ReadNumber(tables, "SOLID", solid, "r_rope");
+  solid = ReadText(tables, "GEO", "hold_down_ropes", "solid_definition");
+  FillXYZPositions(tables, model.AVHDRopePositions, "SOLID", solid, "rope_x",
+                   "rope_y", "rope_z");
+  const std::string locations =
+      ReadText(tables, "GEO", "hold_down_ropes", "locations");
+  model.AVHDRopeRolls = ReadNumbers(tables, "GEO_LOCATIONS", locations, "roll");
 
   const auto& positions = model.AVHDRopePositions;
   if (positions.size() < 6) {

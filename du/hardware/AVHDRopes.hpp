@@ -3,6 +3,7 @@
 #include <vector>
 
 #include "TVector3.h"
+#include "db/TableSet.hpp"
 
 namespace ZARN::DU {
 
@@ -40,7 +41,7 @@ struct AVHDRopeModel {
 /// @throws ZARN::DBNotFoundError for a missing entry or field, or, after all
 ///         reads, for a template of fewer than six points; what was read stays
 ///         in the model
-void LoadAVHDRopeInfo(AVHDRopeModel& model, double outerAVRadius,
-                      double avNeckRadius);
+void LoadAVHDRopeInfo(const TableSet& tables, AVHDRopeModel& model,
+                      double outerAVRadius, double avNeckRadius);
 
 }  // namespace ZARN::DU

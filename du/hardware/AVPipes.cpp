@@ -43,11 +43,12 @@ void AVPipeModel::Clear() {
   AVPipePoints.clear();
 }
 
-void LoadAVPipeInfo(AVPipeModel& model) {
-  model.AVPipeRadius = ReadNumber("SOLID", "av_pipe-1", "r_max");
-  model.AVPipeLABSRadius = ReadNumber("SOLID", "av_pipe-labs", "r_max");
+void LoadAVPipeInfo(const TableSet& tables, AVPipeModel& model) {
+  model.AVPipeRadius = ReadNumber(tables, "SOLID", "av_pipe-1", "r_max");
+  model.AVPipeLABSRadius = ReadNumber(tables, "SOLID", "av_pipe-labs", "r_max");
   for (const Pipe& pipe : kPipes) {
-    FillXYZPositions(model.*pipe.positions, "SOLID", pipe.index, "x", "y", "z");
+    FillXYZPositions(tables, model.*pipe.positions, "SOLID", pipe.index, "x",
+                     "y", "z");
   }
   for (const Pipe& pipe : kPipes) {
     if ((model.*pipe.positions).empty()) {

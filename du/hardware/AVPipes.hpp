@@ -3,6 +3,7 @@
 #include <vector>
 
 #include "TVector3.h"
+#include "db/TableSet.hpp"
 #include "du/hardware/WaterSegments.hpp"
 
 namespace ZARN::DU {
@@ -33,7 +34,7 @@ struct AVPipeModel {
 ///
 /// @throws ZARN::DBNotFoundError for a missing field, or, after all reads, for
 ///         a pipe without a point; what was read stays in the model
-void LoadAVPipeInfo(AVPipeModel& model);
+void LoadAVPipeInfo(const TableSet& tables, AVPipeModel& model);
 
 /// Tell whether a path is blocked by the pipes: its first crossing lies within
 /// a band of azimuth around 90 degrees, wider towards the top of the vessel.

@@ -96,13 +96,14 @@ void BellyPlateModel::Clear() {
   BellyPlateGridPoints.clear();
 }
 
-void LoadBellyPlateInfo(BellyPlateModel& model, double tolerance) {
-  model.BellyPlateHalfHeight =
-      ReadNumber("SOLID", "belly_plate_vintar", "octahedron_half_height");
+void LoadBellyPlateInfo(const TableSet& tables, BellyPlateModel& model,
+                        double tolerance) {
+  model.BellyPlateHalfHeight = ReadNumber(tables, "SOLID", "belly_plate_vintar",
+                                          "octahedron_half_height");
   const std::string locations =
-      ReadText("GEO", "inner_av", "belly_plate_locations");
-  FillXYZPositions(model.BellyPlatePositions, "GEO_LOCATIONS", locations, "x",
-                   "y", "z");
+      ReadText(tables, "GEO", "inner_av", "belly_plate_locations");
+  FillXYZPositions(tables, model.BellyPlatePositions, "GEO_LOCATIONS",
+                   locations, "x", "y", "z");
   const auto& plates = model.BellyPlatePositions;
   ReserveGrids(tolerance, plates.size(), model.BellyPlateGridPoints);
   for (float k = 0; static_cast<float>(plates.size()) > k; k += 1.0F) {

@@ -3,6 +3,7 @@
 #include <vector>
 
 #include "TVector3.h"
+#include "db/TableSet.hpp"
 #include "du/geometry/Diagnostics.hpp"
 #include "du/hardware/WaterSegments.hpp"
 
@@ -30,7 +31,8 @@ struct BellyPlateModel {
 ///                   fraction counts as one more.
 /// @throws ZARN::DBNotFoundError for a missing entry or field; what was read
 ///         stays in the model
-void LoadBellyPlateInfo(BellyPlateModel& model, double tolerance);
+void LoadBellyPlateInfo(const TableSet& tables, BellyPlateModel& model,
+                        double tolerance);
 
 /// The limits of the test that are the same for every plate.
 struct BellyPlateBand {

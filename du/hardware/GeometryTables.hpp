@@ -4,6 +4,7 @@
 #include <vector>
 
 #include "TVector3.h"
+#include "db/TableSet.hpp"
 
 namespace ZARN::DU {
 
@@ -13,7 +14,7 @@ namespace ZARN::DU {
 /// @param positions  replaced by the positions that were read. Left as it was
 ///                   when the arrays differ in length, which ZARN::warn tells
 ///                   in two messages, and when a read throws.
-void FillXYZPositions(std::vector<TVector3>& positions,
+void FillXYZPositions(const TableSet& tables, std::vector<TVector3>& positions,
                       const std::string& table, const std::string& index,
                       const std::string& xField, const std::string& yField,
                       const std::string& zField);

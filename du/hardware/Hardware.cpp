@@ -39,31 +39,33 @@ void Hardware::ClearLists() {
   SupportRopes.Clear();
 }
 
-void Hardware::LoadRadii() {
-  InnerAVRadius = ReadNumber("SOLID", "acrylic_vessel_inner", "r_sphere");
-  OuterAVRadius = ReadNumber("SOLID", "acrylic_vessel_outer", "r_sphere");
-  AVNeckRadius = ReadNumber("SOLID", "acrylic_vessel_outer", "r_neck");
+void Hardware::LoadRadii(const TableSet& tables) {
+  InnerAVRadius =
+      ReadNumber(tables, "SOLID", "acrylic_vessel_inner", "r_sphere");
+  OuterAVRadius =
+      ReadNumber(tables, "SOLID", "acrylic_vessel_outer", "r_sphere");
+  AVNeckRadius = ReadNumber(tables, "SOLID", "acrylic_vessel_outer", "r_neck");
 }
 
-void Hardware::Load(eComponent component) {
+void Hardware::Load(const TableSet& tables, eComponent component) {
   switch (component) {
     case eComponent::kAVHDRope:
-      LoadAVHDRopeInfo(AVHDRopes, OuterAVRadius, AVNeckRadius);
+      LoadAVHDRopeInfo(tables, AVHDRopes, OuterAVRadius, AVNeckRadius);
       break;
     case eComponent::kSupportRope:
-      LoadSupportRopeInfo(SupportRopes, OuterAVRadius);
+      LoadSupportRopeInfo(tables, SupportRopes, OuterAVRadius);
       break;
     case eComponent::kBellyPlate:
-      LoadBellyPlateInfo(BellyPlates, BellyPlateTolerance);
+      LoadBellyPlateInfo(tables, BellyPlates, BellyPlateTolerance);
       break;
     case eComponent::kNCDAnchor:
-      LoadNCDAnchorInfo(NCDAnchors);
+      LoadNCDAnchorInfo(tables, NCDAnchors);
       break;
     case eComponent::kAVPipe:
-      LoadAVPipeInfo(AVPipes);
+      LoadAVPipeInfo(tables, AVPipes);
       break;
     case eComponent::kNeckBoss:
-      LoadNeckBossInfo(NeckBoss, InnerAVRadius);
+      LoadNeckBossInfo(tables, NeckBoss, InnerAVRadius);
       break;
     case eComponent::kNone:
       break;

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "db/TableSet.hpp"
 #include "du/geometry/Diagnostics.hpp"
 #include "du/hardware/AVHDRopes.hpp"
 #include "du/hardware/AVPipes.hpp"
@@ -50,14 +51,14 @@ struct Hardware {
   /// Read the vessel's radii.
   ///
   /// @throws ZARN::DBNotFoundError if one is missing; those before it are read
-  void LoadRadii();
+  void LoadRadii(const TableSet& tables);
 
   /// Read the tables of one component into its model. The flag stays.
   ///
   /// @pre the radii are loaded
   /// @throws ZARN::DBNotFoundError for a missing table, entry or field, and
   ///         whatever else a loader lets pass; what was read stays in the model
-  void Load(eShadowingComponent component);
+  void Load(const TableSet& tables, eShadowingComponent component);
 
   /// Store whether a component is on for the run. @pre not kNone
   void SetInfoLoaded(eShadowingComponent component, bool isLoaded);

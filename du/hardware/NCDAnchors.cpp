@@ -21,14 +21,15 @@ bool IsNearAnAnchor(const TVector3& point, double reach,
 
 void NCDAnchorModel::Clear() { NCDAnchorPositions.clear(); }
 
-void LoadNCDAnchorInfo(NCDAnchorModel& model) {
-  std::string name = ReadText("GEO", "inner_av", "ncd_anchor_definition");
-  model.NCDAnchorHalfZ = ReadNumber("SOLID", name, "half_z");
-  name = ReadText("GEO", "inner_av", "ncd_anchor_definition");
-  model.NCDAnchorRadius = ReadNumber("SOLID", name, "r_max");
-  name = ReadText("GEO", "inner_av", "ncd_anchor_locations");
-  FillXYZPositions(model.NCDAnchorPositions, "GEO_LOCATIONS", name, "x", "y",
-                   "z");
+void LoadNCDAnchorInfo(const TableSet& tables, NCDAnchorModel& model) {
+  std::string name =
+      ReadText(tables, "GEO", "inner_av", "ncd_anchor_definition");
+  model.NCDAnchorHalfZ = ReadNumber(tables, "SOLID", name, "half_z");
+  name = ReadText(tables, "GEO", "inner_av", "ncd_anchor_definition");
+  model.NCDAnchorRadius = ReadNumber(tables, "SOLID", name, "r_max");
+  name = ReadText(tables, "GEO", "inner_av", "ncd_anchor_locations");
+  FillXYZPositions(tables, model.NCDAnchorPositions, "GEO_LOCATIONS", name, "x",
+                   "y", "z");
 }
 
 bool CheckForNCDAnchorShadowing(const NCDAnchorModel& model, double tolerance,

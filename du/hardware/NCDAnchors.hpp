@@ -3,6 +3,7 @@
 #include <vector>
 
 #include "TVector3.h"
+#include "db/TableSet.hpp"
 #include "du/hardware/WaterSegments.hpp"
 
 namespace ZARN::DU {
@@ -22,7 +23,7 @@ struct NCDAnchorModel {
 ///
 /// @throws ZARN::DBNotFoundError for a missing entry or field; what was read
 ///         stays in the model
-void LoadNCDAnchorInfo(NCDAnchorModel& model);
+void LoadNCDAnchorInfo(const TableSet& tables, NCDAnchorModel& model);
 
 /// Tell whether a path crosses the vessel, at either of its crossings, strictly
 /// nearer to an anchor than its half height plus @p tolerance (mm). Paths

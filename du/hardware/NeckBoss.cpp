@@ -5,10 +5,13 @@
 
 namespace ZARN::DU {
 
-void LoadNeckBossInfo(NeckBossModel& model, double innerAVRadius) {
-  const double neckBossZ = ReadNumber("GEO", "av", "neck_boss_z");
-  const double halfHeight1 = ReadNumber("SOLID", "neck_boss", "half_height1");
-  const double halfHeight2 = ReadNumber("SOLID", "neck_boss", "half_height2");
+void LoadNeckBossInfo(const TableSet& tables, NeckBossModel& model,
+                      double innerAVRadius) {
+  const double neckBossZ = ReadNumber(tables, "GEO", "av", "neck_boss_z");
+  const double halfHeight1 =
+      ReadNumber(tables, "SOLID", "neck_boss", "half_height1");
+  const double halfHeight2 =
+      ReadNumber(tables, "SOLID", "neck_boss", "half_height2");
   const double s = halfHeight1 + halfHeight2;
   const TVector3 base(0, 0, neckBossZ - (s + s) * 0.5);
   const TVector3 edge =

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "db/TableSet.hpp"
 #include "du/hardware/WaterSegments.hpp"
 
 namespace ZARN::DU {
@@ -15,7 +16,8 @@ struct NeckBossModel {
 ///
 /// @param innerAVRadius  radius of the inner vessel sphere, mm
 /// @throws ZARN::DBNotFoundError for a missing field; the model is unchanged
-void LoadNeckBossInfo(NeckBossModel& model, double innerAVRadius);
+void LoadNeckBossInfo(const TableSet& tables, NeckBossModel& model,
+                      double innerAVRadius);
 
 /// Tell whether a path crosses the vessel under the neck boss: strictly inside
 /// the cap, at either of its crossings. Paths wholly in water never do. A path

@@ -114,16 +114,19 @@ void SupportRopeModel::Clear() {
   SupportRopeLinePoints.clear();
 }
 
-void LoadSupportRopeInfo(SupportRopeModel& model, double outerAVRadius) {
-  std::string solid = ReadText("GEO", "hold_up_ropes", "solid_definition");
-  model.SupportRopeRadius = ReadNumber("SOLID", solid, "r_rope");
-  solid = ReadText("GEO", "hold_up_ropes", "solid_definition");
-  model.SupportRopeLength = ReadNumber("SOLID", solid, "z_rope");
-  const double plateHalfHeight =
-      ReadNumber("SOLID", "belly_plate_vintar", "octahedron_half_height");
-  const std::string locations = ReadText("GEO", "hold_up_ropes", "locations");
+void LoadSupportRopeInfo(const TableSet& tables, SupportRopeModel& model,
+                         double outerAVRadius) {
+  std::string solid =
+      ReadText(tables, "GEO", "hold_up_ropes", "solid_definition");
+  model.SupportRopeRadius = ReadNumber(tables, "SOLID", solid, "r_rope");
+  solid = ReadText(tables, "GEO", "hold_up_ropes", "solid_definition");
+  model.SupportRopeLength = ReadNumber(tables, "SOLID", solid, "z_rope");
+  const double plateHalfHeight = ReadNumber(
+      tables, "SOLID", "belly_plate_vintar", "octahedron_half_height");
+  const std::string locations =
+      ReadText(tables, "GEO", "hold_up_ropes", "locations");
   std::vector<TVector3> anchors;
-  FillXYZPositions(anchors, "GEO_LOCATIONS", locations, "x", "y", "z");
+  FillXYZPositions(tables, anchors, "GEO_LOCATIONS", locations, "x", "y", "z");
 
   const double spread =
       IeeeQuotient(0.6666666666666666 * plateHalfHeight, outerAVRadius);

@@ -3,6 +3,7 @@
 #include <vector>
 
 #include "TVector3.h"
+#include "db/TableSet.hpp"
 #include "du/geometry/Diagnostics.hpp"
 #include "du/hardware/AVHDRopes.hpp"
 #include "du/hardware/RopeCylinderLimits.hpp"
@@ -35,7 +36,8 @@ struct SupportRopeModel {
 /// @param outerAVRadius  radius of the outer vessel sphere, mm
 /// @throws ZARN::DBNotFoundError for a missing entry or field; what was read
 ///         stays in the model
-void LoadSupportRopeInfo(SupportRopeModel& model, double outerAVRadius);
+void LoadSupportRopeInfo(const TableSet& tables, SupportRopeModel& model,
+                         double outerAVRadius);
 
 /// Whether the model has what the test reads without looking: a rope.
 bool HasSupportRopes(const SupportRopeModel& model);

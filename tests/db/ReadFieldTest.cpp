@@ -5,8 +5,6 @@
 #include <string>
 #include <vector>
 
-#include "db/DB.hpp"
-
 namespace ZARN {
 namespace {
 
@@ -20,38 +18,40 @@ class ReadFieldsTest : public testing::Test {
     entry.index = "rope";
     entry.fields = {
         {"number", 12.5}, {"numbers", Numbers{1, 2}}, {"text", "a name"}};
-    DB::Get().Clear();
-    DB::Get().Add({entry});
+    tables_.Add({entry});
   }
+
+  TableSet tables_;
 };
 
 TEST_F(ReadFieldsTest, GivesFieldsOfEachType) {
-  EXPECT_EQ(ReadNumber("SOLID", "rope", "number"), 12.5);
-  EXPECT_EQ(ReadNumbers("SOLID", "rope", "numbers"), (Numbers{1, 2}));
-  EXPECT_EQ(ReadText("SOLID", "rope", "text"), "a name");
+  EXPECT_EQ(ReadNumber(tables_, "SOLID", "rope", "number"), 12.5);
+  EXPECT_EQ(ReadNumbers(tables_, "SOLID", "rope", "numbers"), (Numbers{1, 2}));
+  EXPECT_EQ(ReadText(tables_, "SOLID", "rope", "text"), "a name");
 }
 
 TEST_F(ReadFieldsTest, RefusesFieldsOfAnotherType) {
   for (const char* field : {"numbers", "text"}) {
-    EXPECT_THROW(ReadNumber("SOLID", "rope", field), DBNotFoundError);
+    EXPECT_THROW(ReadNumber(tables_, "SOLID", "rope", field), DBNotFoundError);
   }
   for (const char* field : {"number", "text"}) {
-    EXPECT_THROW(ReadNumbers("SOLID", "rope", field), DBNotFoundError);
+    EXPECT_THROW(ReadNumbers(tables_, "SOLID", "rope", field), DBNotFoundError);
   }
   for (const char* field : {"number", "numbers"}) {
-    EXPECT_THROW(ReadText("SOLID", "rope", field), DBNotFoundError);
+    EXPECT_THROW(ReadText(tables_, "SOLID", "rope", field), DBNotFoundError);
   }
 }
 
 TEST_F(ReadFieldsTest, RefusesWhatIsMissing) {
-  EXPECT_THROW(ReadNumber("SOLID", "rope", "length"), DBNotFoundError);
-  EXPECT_THROW(ReadNumber("SOLID", "ropes", "number"), DBNotFoundError);
-  EXPECT_THROW(ReadNumber("GEO", "rope", "number"), DBNotFoundError);
+  EXPECT_THROW(ReadNumber(tables_, "SOLID", "rope", "length"), DBNotFoundError);
+  EXPECT_THROW(ReadNumber(tables_, "SOLID", "ropes", "number"),
+               DBNotFoundError);
+  EXPECT_THROW(ReadNumber(tables_, "GEO", "rope", "number"), DBNotFoundError);
 }
 
 TEST_F(ReadFieldsTest, SaysWhichFieldAMissingEntryWouldHaveHad) {
   try {
-    ReadText("GEO", "rope", "solid");
+    ReadText(tables_, "GEO", "rope", "solid");
     FAIL() << "no error";
   } catch (const DBNotFoundError& error) {
     EXPECT_STREQ(error.what(),
@@ -66,18 +66,18 @@ TEST_F(ReadFieldsTest, TakesTheHighestPass) {
   entry.index = "rope";
   entry.pass = 3;
   entry.fields["number"] = 99.0;
-  DB::Get().Add({entry});
-  EXPECT_EQ(ReadNumber("SOLID", "rope", "number"), 99.0);
+  tables_.Add({entry});
+  EXPECT_EQ(ReadNumber(tables_, "SOLID", "rope", "number"), 99.0);
   // The entry of the highest pass stands for itself: no field is taken from a
   // lower one.
-  EXPECT_THROW(ReadText("SOLID", "rope", "text"), DBNotFoundError);
+  EXPECT_THROW(ReadText(tables_, "SOLID", "rope", "text"), DBNotFoundError);
 }
 
 TEST_F(ReadFieldsTest, TellsNumbersFromOtherFields) {
-  EXPECT_TRUE(IsNumber("SOLID", "rope", "number"));
-  EXPECT_FALSE(IsNumber("SOLID", "rope", "numbers"));
-  EXPECT_FALSE(IsNumber("SOLID", "rope", "text"));
-  EXPECT_THROW(IsNumber("SOLID", "rope", "length"), DBNotFoundError);
+  EXPECT_TRUE(IsNumber(tables_, "SOLID", "rope", "number"));
+  EXPECT_FALSE(IsNumber(tables_, "SOLID", "rope", "numbers"));
+  EXPECT_FALSE(IsNumber(tables_, "SOLID", "rope", "text"));
+  EXPECT_THROW(IsNumber(tables_, "SOLID", "rope", "length"), DBNotFoundError);
 }
 
 TEST(DBValueError, NamesTheField) {

@@ -269,7 +269,7 @@ TEST(ShadowingCalculator, ReadsTheRadiiOfTheVessel) {
 TEST(ShadowingCalculator, BuildsEveryModelWithTheRadiiOfTheVessel) {
   const ShadowingCalculator calculator = InRun(DetectorTables());
   AVHDRopeModel ropes;
-  LoadAVHDRopeInfo(ropes, 5860.0, 700.0);
+  LoadAVHDRopeInfo(DB::Get(), ropes, 5860.0, 700.0);
   EXPECT_EQ(calculator.GetAVHDRopes().AVHDRopeRadius, 12.0);
   EXPECT_EQ(calculator.GetAVHDRopes().AVHDRopeRolls, ropes.AVHDRopeRolls);
   ExpectSamePoints(calculator.GetAVHDRopes().AVHDRopeSurfacePoints,
@@ -277,15 +277,15 @@ TEST(ShadowingCalculator, BuildsEveryModelWithTheRadiiOfTheVessel) {
   ExpectSamePoints(calculator.GetAVHDRopes().AVHDRopeLegPoints,
                    ropes.AVHDRopeLegPoints);
   SupportRopeModel supports;
-  LoadSupportRopeInfo(supports, 5860.0);
+  LoadSupportRopeInfo(DB::Get(), supports, 5860.0);
   EXPECT_EQ(calculator.GetSupportRopes().SupportRopePositions,
             supports.SupportRopePositions);
   BellyPlateModel plates;
-  LoadBellyPlateInfo(plates, 150.0);
+  LoadBellyPlateInfo(DB::Get(), plates, 150.0);
   ExpectSamePoints(calculator.GetBellyPlates().BellyPlateGridPoints,
                    plates.BellyPlateGridPoints);
   NeckBossModel boss;
-  LoadNeckBossInfo(boss, 5800.0);
+  LoadNeckBossInfo(DB::Get(), boss, 5800.0);
   EXPECT_EQ(calculator.GetNeckBoss().NeckBossAngle, boss.NeckBossAngle);
   EXPECT_EQ(calculator.GetNCDAnchors().NCDAnchorHalfZ, 60.0);
   EXPECT_EQ(calculator.GetAVPipes().AVPipePoints.size(), 7U * 51U);

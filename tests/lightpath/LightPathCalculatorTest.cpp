@@ -132,6 +132,31 @@ TEST(LightPathCalculator, ReadsTheVesselAndItsMedia) {
   EXPECT_EQ(calculator.GetGroupIndices(), (PerMedium{1.5, 1.49, 1.33}));
 }
 
+TEST(LightPathCalculator, ReadsASetOfItsOwnInPlaceOfTheDatabase) {
+  VesselWithMedia().Load();
+  LightPathCalculator ofTheProcess;
+  ofTheProcess.BeginOfRun();
+  LightPathCalculator calculator;
+  calculator.BeginOfRun(
+      VesselWithMedia()
+          .Set("SOLID", "acrylic_vessel_outer", "r_sphere", 6000.0)
+          .Set("OPTICS", "water", "refractive_index", 1.4)
+          .AsSet());
+  EXPECT_EQ(calculator.GetMedia().OuterRadius, 6000);
+  EXPECT_EQ(calculator.GetGroupIndices(), (PerMedium{1.5, 1.49, 1.4}));
+  EXPECT_EQ(ofTheProcess.GetMedia().OuterRadius, 5860);
+  ofTheProcess.BeginOfRun();
+  EXPECT_EQ(ofTheProcess.GetMedia().OuterRadius, 5860);
+  EXPECT_EQ(ofTheProcess.GetGroupIndices(), (PerMedium{1.5, 1.49, 1.33}));
+}
+
+TEST(LightPathCalculator, TakesNothingThatItsSetLacksFromTheDatabase) {
+  VesselWithMedia().Load();
+  LightPathCalculator calculator;
+  const Tables withoutWater = VesselWithMedia().Remove("OPTICS", "water");
+  EXPECT_THROW(calculator.BeginOfRun(withoutWater.AsSet()), DBNotFoundError);
+}
+
 TEST(LightPathCalculator, TakesTheIndicesAtItsWavelengthSetBeforeOrAfter) {
   VesselWithDispersion().Load();
   LightPathCalculator calculator;

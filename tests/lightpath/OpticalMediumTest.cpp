@@ -73,20 +73,22 @@ TEST(OpticalMedium, TakesTablesOfOneAndTwoWavelengths) {
 }
 
 TEST(OpticalMedium, IsReadAsOneNumberOrAsArrays) {
-  Tables()
-      .Set("OPTICS", "water", "refractive_index", 1.33)
-      .Set("OPTICS", "acrylic", "wavelength", Numbers{400, 500})
-      .Set("OPTICS", "acrylic", "refractive_index", Numbers{1.5, 1.4})
-      .Load();
-  EXPECT_EQ(OpticalMedium::Read("water").RefractiveIndexAt(450), 1.33);
-  EXPECT_DOUBLE_EQ(OpticalMedium::Read("acrylic").RefractiveIndexAt(450), 1.45);
+  const TableSet tables =
+      Tables()
+          .Set("OPTICS", "water", "refractive_index", 1.33)
+          .Set("OPTICS", "acrylic", "wavelength", Numbers{400, 500})
+          .Set("OPTICS", "acrylic", "refractive_index", Numbers{1.5, 1.4})
+          .AsSet();
+  const OpticalMedium water = OpticalMedium::Read(tables, "water");
+  EXPECT_EQ(water.RefractiveIndexAt(450), 1.33);
+  const OpticalMedium acrylic = OpticalMedium::Read(tables, "acrylic");
+  EXPECT_DOUBLE_EQ(acrylic.RefractiveIndexAt(450), 1.45);
 }
 
 template <class Error>
 std::string ComplaintOf(const Tables& tables) {
-  tables.Load();
   try {
-    OpticalMedium::Read("water");
+    OpticalMedium::Read(tables.AsSet(), "water");
   } catch (const Error& error) {
     return error.what();
   }

@@ -127,7 +127,7 @@ TEST_F(Primitives, FillPositionsAsThePlainOnesDo) {
     // Old contents go where the arrays fit, and stay where they do not.
     std::vector<TVector3> real(random_.Below(5), TVector3(1, 2, 3));
     std::vector<TVector3> plain = real;
-    DU::FillXYZPositions(real, "T", "i", "x", "y", "z");
+    DU::FillXYZPositions(DB::Get(), real, "T", "i", "x", "y", "z");
     plain_.FillXYZPositions(plain, "T", "i", "x", "y", "z");
     ASSERT_EQ(real.size(), plain.size()) << "call " << i;
     for (std::size_t k = 0; k < real.size(); ++k) {

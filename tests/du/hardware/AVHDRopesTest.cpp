@@ -52,7 +52,7 @@ AVHDRopeModel Load(const Points& points, const std::vector<double>& rolls,
                    double avNeckRadius = kAVNeckRadius) {
   RopeTables(points, rolls).Load();
   AVHDRopeModel model;
-  LoadAVHDRopeInfo(model, kOuterAVRadius, avNeckRadius);
+  LoadAVHDRopeInfo(DB::Get(), model, kOuterAVRadius, avNeckRadius);
   return model;
 }
 
@@ -174,7 +174,7 @@ TEST(LoadAVHDRopeInfo, FollowsTheNamesInTheRopesEntry) {
       .Set("GEO_LOCATIONS", "other_rolls", "roll", std::vector<double>{18, 36})
       .Load();
   AVHDRopeModel model;
-  LoadAVHDRopeInfo(model, kOuterAVRadius, kAVNeckRadius);
+  LoadAVHDRopeInfo(DB::Get(), model, kOuterAVRadius, kAVNeckRadius);
   EXPECT_EQ(model.AVHDRopeRadius, 13.0);
   EXPECT_EQ(model.AVHDRopeRolls.size(), 2U);
 }
@@ -348,9 +348,9 @@ TEST(LoadAVHDRopeInfo, RoundsALegToSinglePrecisionBeforeItDividesIt) {
 TEST(LoadAVHDRopeInfo, AppendsToItsListsWhenCalledAgain) {
   RopeTables(Template(), {0, 36}).Load();
   AVHDRopeModel model;
-  LoadAVHDRopeInfo(model, kOuterAVRadius, kAVNeckRadius);
+  LoadAVHDRopeInfo(DB::Get(), model, kOuterAVRadius, kAVNeckRadius);
   const AVHDRopeModel once = model;
-  LoadAVHDRopeInfo(model, kOuterAVRadius, kAVNeckRadius);
+  LoadAVHDRopeInfo(DB::Get(), model, kOuterAVRadius, kAVNeckRadius);
   EXPECT_EQ(model.AVHDRopePositions, once.AVHDRopePositions);
   EXPECT_EQ(model.AVHDRopeRolls, once.AVHDRopeRolls);
   const auto expectTwice = [](const Points& twice, const Points& list) {
@@ -378,8 +378,9 @@ TEST(LoadAVHDRopeInfo, RefusesATemplateOfFewerThanSixPointsAfterAllReads) {
     p.resize(size);
     RopeTables(p, {90}).Load();
     AVHDRopeModel model;
-    EXPECT_THROW(LoadAVHDRopeInfo(model, kOuterAVRadius, kAVNeckRadius),
-                 DBNotFoundError);
+    EXPECT_THROW(
+        LoadAVHDRopeInfo(DB::Get(), model, kOuterAVRadius, kAVNeckRadius),
+        DBNotFoundError);
     EXPECT_EQ(model.AVHDRopePositions, p);
     EXPECT_EQ(model.AVHDRopeRolls.size(), 1U);
     EXPECT_EQ(model.AVHDRopeEndPoints, Points());
@@ -392,8 +393,9 @@ TEST(LoadAVHDRopeInfo, RefusesTemplateListsOfDifferentLengths) {
       .Load();
   const Testing::Captured captured(warn);
   AVHDRopeModel model;
-  EXPECT_THROW(LoadAVHDRopeInfo(model, kOuterAVRadius, kAVNeckRadius),
-               DBNotFoundError);
+  EXPECT_THROW(
+      LoadAVHDRopeInfo(DB::Get(), model, kOuterAVRadius, kAVNeckRadius),
+      DBNotFoundError);
   EXPECT_EQ(captured.Text(),
             "ShadowingCalculator::FillXYZPositions: Inequal number of elements "
             "across the (X,Y,Z) coordinate arrays!\n"
@@ -405,8 +407,9 @@ TEST(LoadAVHDRopeInfo, StopsAtWhatIsMissingAndKeepsWhatItHasRead) {
   const auto load = [](const Tables& tables) {
     tables.Load();
     AVHDRopeModel model;
-    EXPECT_THROW(LoadAVHDRopeInfo(model, kOuterAVRadius, kAVNeckRadius),
-                 DBNotFoundError);
+    EXPECT_THROW(
+        LoadAVHDRopeInfo(DB::Get(), model, kOuterAVRadius, kAVNeckRadius),
+        DBNotFoundError);
     return model;
   };
   const auto tables = [] { return RopeTables(Template(), {0}); };
@@ -438,7 +441,7 @@ TEST(LoadAVHDRopeInfo, LetsRootWarnOfAnEndAtTheCentreForBothOpposites) {
     RopeTables(p, {0}).Load();
     const RootWarnings warnings;
     AVHDRopeModel model;
-    LoadAVHDRopeInfo(model, kOuterAVRadius, kAVNeckRadius);
+    LoadAVHDRopeInfo(DB::Get(), model, kOuterAVRadius, kAVNeckRadius);
     EXPECT_EQ(RootWarnings::Messages(),
               (std::vector<std::string>(2, Testing::kZeroVectorWarning)));
     ExpectSamePoints(model.AVHDRopeSurfacePoints,
@@ -453,7 +456,7 @@ TEST(LoadAVHDRopeInfo, LetsRootWarnOfANeckPointAtTheCentre) {
   RopeTables(p, {0}).Load();
   const RootWarnings warnings;
   AVHDRopeModel model;
-  LoadAVHDRopeInfo(model, kOuterAVRadius, kAVNeckRadius);
+  LoadAVHDRopeInfo(DB::Get(), model, kOuterAVRadius, kAVNeckRadius);
   EXPECT_EQ(RootWarnings::Messages(),
             (std::vector<std::string>{Testing::kZeroVectorWarning}));
 }
@@ -465,7 +468,7 @@ TEST(LoadAVHDRopeInfo, AppendsAPointAsItIsWhereTheVerticalMissesTheVessel) {
   RopeTables(p, {0}).Load();
   const Testing::Captured captured(debug);
   AVHDRopeModel model;
-  LoadAVHDRopeInfo(model, kOuterAVRadius, kAVNeckRadius);
+  LoadAVHDRopeInfo(DB::Get(), model, kOuterAVRadius, kAVNeckRadius);
   EXPECT_NE(captured.Text(), "");
   ExpectSamePoints(model.AVHDRopeSurfacePoints,
                    SurfaceConstruction(p, 0.0, kAVNeckRadius).points);

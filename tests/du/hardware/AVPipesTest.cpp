@@ -207,7 +207,7 @@ std::vector<TVector3> ExpectedPoints() {
 TEST(LoadAVPipeInfo, ReadsEveryCentreLineAndTwoRadii) {
   PipeTables().Load();
   AVPipeModel model;
-  LoadAVPipeInfo(model);
+  LoadAVPipeInfo(DB::Get(), model);
   EXPECT_EQ(model.AVPipe1Positions, CentreLine(0));
   EXPECT_EQ(model.AVPipe2Positions, CentreLine(1));
   EXPECT_EQ(model.AVPipe3Positions, CentreLine(2));
@@ -222,7 +222,7 @@ TEST(LoadAVPipeInfo, ReadsEveryCentreLineAndTwoRadii) {
 TEST(LoadAVPipeInfo, SamplesEveryStretchAtFiftyOnePoints) {
   PipeTables().Load();
   AVPipeModel model;
-  LoadAVPipeInfo(model);
+  LoadAVPipeInfo(DB::Get(), model);
   EXPECT_EQ(model.AVPipePoints.size(), 7U * 51U * 2U);
   ExpectSamePoints(model.AVPipePoints, ExpectedPoints());
 }
@@ -235,15 +235,15 @@ TEST(LoadAVPipeInfo, SamplesNothingOfAPipeWithASinglePosition) {
   tables.SetPositions("SOLID", "av_pipe-6", CentreLine(0));
   tables.Load();
   AVPipeModel model;
-  LoadAVPipeInfo(model);
+  LoadAVPipeInfo(DB::Get(), model);
   EXPECT_EQ(model.AVPipePoints.size(), 51U * 2U);
 }
 
 TEST(LoadAVPipeInfo, AppendsAnotherCopyOfTheSamplesWhenCalledAgain) {
   PipeTables().Load();
   AVPipeModel model;
-  LoadAVPipeInfo(model);
-  LoadAVPipeInfo(model);
+  LoadAVPipeInfo(DB::Get(), model);
+  LoadAVPipeInfo(DB::Get(), model);
   std::vector<TVector3> expected = ExpectedPoints();
   const std::vector<TVector3> copy = expected;
   expected.insert(expected.end(), copy.begin(), copy.end());
@@ -256,7 +256,7 @@ TEST(LoadAVPipeInfo, RefusesAPipeWithoutAPointAfterReadingAll) {
     SCOPED_TRACE(index);
     PipeTables().SetPositions("SOLID", index, {}).Load();
     AVPipeModel model;
-    EXPECT_THROW(LoadAVPipeInfo(model), DBNotFoundError);
+    EXPECT_THROW(LoadAVPipeInfo(DB::Get(), model), DBNotFoundError);
     EXPECT_EQ(model.AVPipeLABSRadius, 33.0);
     EXPECT_EQ(model.AVPipeLABRPositions.empty(), index == "av_pipe-labr");
     EXPECT_EQ(model.AVPipePoints, std::vector<TVector3>());
@@ -266,13 +266,13 @@ TEST(LoadAVPipeInfo, RefusesAPipeWithoutAPointAfterReadingAll) {
 TEST(LoadAVPipeInfo, StopsAtAMissingFieldAndKeepsWhatItHasRead) {
   PipeTables().RemoveField("SOLID", "av_pipe-labs", "r_max").Load();
   AVPipeModel withoutSecondRadius;
-  EXPECT_THROW(LoadAVPipeInfo(withoutSecondRadius), DBNotFoundError);
+  EXPECT_THROW(LoadAVPipeInfo(DB::Get(), withoutSecondRadius), DBNotFoundError);
   EXPECT_EQ(withoutSecondRadius.AVPipeRadius, 25.0);
   EXPECT_EQ(withoutSecondRadius.AVPipe1Positions, std::vector<TVector3>());
 
   PipeTables().RemoveField("SOLID", "av_pipe-labs", "z").Load();
   AVPipeModel withoutFifthPipe;
-  EXPECT_THROW(LoadAVPipeInfo(withoutFifthPipe), DBNotFoundError);
+  EXPECT_THROW(LoadAVPipeInfo(DB::Get(), withoutFifthPipe), DBNotFoundError);
   EXPECT_EQ(withoutFifthPipe.AVPipe4Positions, CentreLine(3));
   EXPECT_EQ(withoutFifthPipe.AVPipeLABSPositions, std::vector<TVector3>());
   EXPECT_EQ(withoutFifthPipe.AVPipe6Positions, std::vector<TVector3>());
@@ -282,15 +282,15 @@ TEST(LoadAVPipeInfo, StopsAtAMissingFieldAndKeepsWhatItHasRead) {
 TEST(LoadAVPipeInfo, NeedsNoOtherPipesRadius) {
   PipeTables().RemoveField("SOLID", "av_pipe-1", "r_max").Load();
   AVPipeModel model;
-  EXPECT_THROW(LoadAVPipeInfo(model), DBNotFoundError);
+  EXPECT_THROW(LoadAVPipeInfo(DB::Get(), model), DBNotFoundError);
   PipeTables().Set("SOLID", "av_pipe-2", "r_max", "no number").Load();
-  EXPECT_NO_THROW(LoadAVPipeInfo(model));
+  EXPECT_NO_THROW(LoadAVPipeInfo(DB::Get(), model));
 }
 
 TEST(AVPipeModel, KeepsItsRadiiWhenCleared) {
   PipeTables().Load();
   AVPipeModel model;
-  LoadAVPipeInfo(model);
+  LoadAVPipeInfo(DB::Get(), model);
   const std::size_t capacity = model.AVPipePoints.capacity();
   model.Clear();
   for (const auto* list : {&model.AVPipe1Positions, &model.AVPipe2Positions,

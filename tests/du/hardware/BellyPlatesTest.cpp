@@ -302,7 +302,7 @@ std::vector<TVector3> ExpectedGrid(const std::vector<TVector3>& centres,
 TEST(LoadBellyPlateInfo, FollowsTheNameInTheVesselsEntry) {
   PlateTables().Load();
   BellyPlateModel model;
-  LoadBellyPlateInfo(model, 0.0);
+  LoadBellyPlateInfo(DB::Get(), model, 0.0);
   EXPECT_EQ(model.BellyPlateHalfHeight, 600.0);
   EXPECT_EQ(model.BellyPlatePositions, kLocations);
 
@@ -310,14 +310,14 @@ TEST(LoadBellyPlateInfo, FollowsTheNameInTheVesselsEntry) {
       .Set("GEO", "inner_av", "belly_plate_locations", "other_plates")
       .SetPositions("GEO_LOCATIONS", "other_plates", {{1, 2, 3}})
       .Load();
-  LoadBellyPlateInfo(model, 0.0);
+  LoadBellyPlateInfo(DB::Get(), model, 0.0);
   EXPECT_EQ(model.BellyPlatePositions, (std::vector<TVector3>{{1, 2, 3}}));
 }
 
 TEST(LoadBellyPlateInfo, LaysAGridFromTheLowerLeftCornerOfEveryPlate) {
   PlateTables().Load();
   BellyPlateModel model;
-  LoadBellyPlateInfo(model, 7.0);
+  LoadBellyPlateInfo(DB::Get(), model, 7.0);
   EXPECT_EQ(model.BellyPlateGridPoints.size(), 2U * 49U);
   ExpectSamePoints(model.BellyPlateGridPoints, ExpectedGrid(kLocations, 7.0));
 }
@@ -325,7 +325,7 @@ TEST(LoadBellyPlateInfo, LaysAGridFromTheLowerLeftCornerOfEveryPlate) {
 TEST(LoadBellyPlateInfo, LaysThe22500PointsOfTheDefaultTolerance) {
   PlateTables().Load();
   BellyPlateModel model;
-  LoadBellyPlateInfo(model, 150.0);
+  LoadBellyPlateInfo(DB::Get(), model, 150.0);
   EXPECT_EQ(model.BellyPlateGridPoints.size(), 2U * 22500U);
   ExpectSamePoints(model.BellyPlateGridPoints, ExpectedGrid(kLocations, 150.0));
 }
@@ -333,7 +333,7 @@ TEST(LoadBellyPlateInfo, LaysThe22500PointsOfTheDefaultTolerance) {
 TEST(LoadBellyPlateInfo, DoesNotReachTheFarEdges) {
   PlateTables().Load();
   BellyPlateModel model;
-  LoadBellyPlateInfo(model, 50.0);
+  LoadBellyPlateInfo(DB::Get(), model, 50.0);
   const Edges edges(PlatesAt({kLocations[0]}), 0.0);
   double highest = -1e9;
   double farthest = -1e9;
@@ -350,7 +350,7 @@ TEST(LoadBellyPlateInfo, DoesNotReachTheFarEdges) {
 TEST(LoadBellyPlateInfo, CountsAFractionalToleranceAsOneMore) {
   PlateTables().Load();
   BellyPlateModel model;
-  LoadBellyPlateInfo(model, 2.5);
+  LoadBellyPlateInfo(DB::Get(), model, 2.5);
   EXPECT_EQ(model.BellyPlateGridPoints.size(), 2U * 9U);
   ExpectSamePoints(model.BellyPlateGridPoints, ExpectedGrid(kLocations, 2.5));
 }
@@ -358,7 +358,7 @@ TEST(LoadBellyPlateInfo, CountsAFractionalToleranceAsOneMore) {
 TEST(LoadBellyPlateInfo, LaysASinglePointForASmallFraction) {
   PlateTables().Load();
   BellyPlateModel model;
-  LoadBellyPlateInfo(model, 5e-324);
+  LoadBellyPlateInfo(DB::Get(), model, 5e-324);
   EXPECT_EQ(model.BellyPlateGridPoints.size(), 2U);
 }
 
@@ -366,7 +366,7 @@ TEST(LoadBellyPlateInfo, LaysNoGridWithoutAPositiveTolerance) {
   PlateTables().Load();
   for (const double tolerance : {0.0, -1.0, -150.0, std::nan("")}) {
     BellyPlateModel model;
-    LoadBellyPlateInfo(model, tolerance);
+    LoadBellyPlateInfo(DB::Get(), model, tolerance);
     EXPECT_EQ(model.BellyPlateGridPoints, std::vector<TVector3>());
     EXPECT_EQ(model.BellyPlatePositions, kLocations);
   }
@@ -375,8 +375,8 @@ TEST(LoadBellyPlateInfo, LaysNoGridWithoutAPositiveTolerance) {
 TEST(LoadBellyPlateInfo, AppendsToTheGridThatIsThere) {
   PlateTables().Load();
   BellyPlateModel model;
-  LoadBellyPlateInfo(model, 3.0);
-  LoadBellyPlateInfo(model, 2.0);
+  LoadBellyPlateInfo(DB::Get(), model, 3.0);
+  LoadBellyPlateInfo(DB::Get(), model, 2.0);
   std::vector<TVector3> expected = ExpectedGrid(kLocations, 3.0);
   for (const TVector3& point : ExpectedGrid(kLocations, 2.0)) {
     expected.push_back(point);
@@ -392,7 +392,7 @@ TEST(LoadBellyPlateInfo, LetsRootWarnOfAPlateAtTheCentreWithoutHeight) {
       .Load();
   const RootWarnings warnings;
   BellyPlateModel model;
-  LoadBellyPlateInfo(model, 1.0);
+  LoadBellyPlateInfo(DB::Get(), model, 1.0);
   EXPECT_EQ(model.BellyPlateGridPoints, (std::vector<TVector3>{{0, 0, 0}}));
   // The top, the bottom and the one point of the grid.
   EXPECT_EQ(RootWarnings::Messages(),
@@ -402,17 +402,20 @@ TEST(LoadBellyPlateInfo, LetsRootWarnOfAPlateAtTheCentreWithoutHeight) {
 TEST(LoadBellyPlateInfo, StopsAtWhatIsMissingAndKeepsWhatItHasRead) {
   PlateTables().Remove("SOLID", "belly_plate_vintar").Load();
   BellyPlateModel withoutSize;
-  EXPECT_THROW(LoadBellyPlateInfo(withoutSize, 2.0), DBNotFoundError);
+  EXPECT_THROW(LoadBellyPlateInfo(DB::Get(), withoutSize, 2.0),
+               DBNotFoundError);
   EXPECT_EQ(withoutSize.BellyPlateHalfHeight, 0.0);
 
   PlateTables().RemoveField("GEO", "inner_av", "belly_plate_locations").Load();
   BellyPlateModel withoutName;
-  EXPECT_THROW(LoadBellyPlateInfo(withoutName, 2.0), DBNotFoundError);
+  EXPECT_THROW(LoadBellyPlateInfo(DB::Get(), withoutName, 2.0),
+               DBNotFoundError);
   EXPECT_EQ(withoutName.BellyPlateHalfHeight, 600.0);
 
   PlateTables().RemoveField("GEO_LOCATIONS", "belly_plates", "z").Load();
   BellyPlateModel withoutLocations;
-  EXPECT_THROW(LoadBellyPlateInfo(withoutLocations, 2.0), DBNotFoundError);
+  EXPECT_THROW(LoadBellyPlateInfo(DB::Get(), withoutLocations, 2.0),
+               DBNotFoundError);
   EXPECT_EQ(withoutLocations.BellyPlatePositions, std::vector<TVector3>());
   EXPECT_EQ(withoutLocations.BellyPlateGridPoints, std::vector<TVector3>());
 }
@@ -423,7 +426,7 @@ TEST(LoadBellyPlateInfo, ReadsNoPlateFromListsOfDifferentLengths) {
       .Load();
   const Testing::Captured captured(warn);
   BellyPlateModel model;
-  LoadBellyPlateInfo(model, 2.0);
+  LoadBellyPlateInfo(DB::Get(), model, 2.0);
   EXPECT_EQ(model.BellyPlatePositions, std::vector<TVector3>());
   EXPECT_EQ(model.BellyPlateGridPoints, std::vector<TVector3>());
   EXPECT_NE(captured.Text(), "");
@@ -432,7 +435,7 @@ TEST(LoadBellyPlateInfo, ReadsNoPlateFromListsOfDifferentLengths) {
 TEST(BellyPlateModel, KeepsItsHalfHeightWhenCleared) {
   PlateTables().Load();
   BellyPlateModel model;
-  LoadBellyPlateInfo(model, 3.0);
+  LoadBellyPlateInfo(DB::Get(), model, 3.0);
   const std::size_t capacity = model.BellyPlateGridPoints.capacity();
   model.Clear();
   EXPECT_EQ(model.BellyPlatePositions, std::vector<TVector3>());

@@ -30,7 +30,8 @@ void LoadCoordinates(const Numbers& x, const Numbers& y, const Numbers& z) {
 }
 
 void Fill(std::vector<TVector3>& positions) {
-  FillXYZPositions(positions, "GEO_LOCATIONS", "anchors", "x", "y", "z");
+  FillXYZPositions(DB::Get(), positions, "GEO_LOCATIONS", "anchors", "x", "y",
+                   "z");
 }
 
 TEST(FillXYZPositions, ReplacesTheListByThePositionsInTheirOrder) {
@@ -73,7 +74,7 @@ TEST(FillXYZPositions, NamesTableAndIndexInItsWarning) {
   tables.Load();
   const Captured captured(warn);
   std::vector<TVector3> positions;
-  FillXYZPositions(positions, "SOLID", "av_pipe-1", "x", "y", "z");
+  FillXYZPositions(DB::Get(), positions, "SOLID", "av_pipe-1", "x", "y", "z");
   EXPECT_EQ(captured.Text(),
             "ShadowingCalculator::FillXYZPositions: Inequal number of elements "
             "across the (X,Y,Z) coordinate arrays!\n"
@@ -124,7 +125,8 @@ TEST(FillXYZPositions, RefusesANumberInPlaceOfAList) {
 TEST(FillXYZPositions, TakesTheFieldsThatItIsGiven) {
   Tables().SetPositions("SOLID", "rope", {{1, 2, 3}}, "rope_").Load();
   std::vector<TVector3> positions;
-  FillXYZPositions(positions, "SOLID", "rope", "rope_x", "rope_z", "rope_y");
+  FillXYZPositions(DB::Get(), positions, "SOLID", "rope", "rope_x", "rope_z",
+                   "rope_y");
   EXPECT_EQ(positions, (std::vector<TVector3>{{1, 3, 2}}));
 }
 

@@ -140,7 +140,7 @@ Tables AnchorTables() {
 TEST(LoadNCDAnchorInfo, FollowsTheNamesInTheVesselsEntry) {
   AnchorTables().Load();
   NCDAnchorModel model;
-  LoadNCDAnchorInfo(model);
+  LoadNCDAnchorInfo(DB::Get(), model);
   EXPECT_EQ(model.NCDAnchorHalfZ, 60.0);
   EXPECT_EQ(model.NCDAnchorRadius, 40.0);
   EXPECT_EQ(model.NCDAnchorPositions, kLocations);
@@ -152,7 +152,7 @@ TEST(LoadNCDAnchorInfo, FollowsTheNamesInTheVesselsEntry) {
       .Set("GEO", "inner_av", "ncd_anchor_locations", "other_anchors")
       .SetPositions("GEO_LOCATIONS", "other_anchors", {{1, 2, 3}})
       .Load();
-  LoadNCDAnchorInfo(model);
+  LoadNCDAnchorInfo(DB::Get(), model);
   EXPECT_EQ(model.NCDAnchorHalfZ, 61.0);
   EXPECT_EQ(model.NCDAnchorRadius, 41.0);
   EXPECT_EQ(model.NCDAnchorPositions, (std::vector<TVector3>{{1, 2, 3}}));
@@ -161,18 +161,18 @@ TEST(LoadNCDAnchorInfo, FollowsTheNamesInTheVesselsEntry) {
 TEST(LoadNCDAnchorInfo, StopsAtWhatIsMissingAndKeepsWhatItHasRead) {
   AnchorTables().RemoveField("SOLID", "ncd_anchor", "half_z").Load();
   NCDAnchorModel withoutSize;
-  EXPECT_THROW(LoadNCDAnchorInfo(withoutSize), DBNotFoundError);
+  EXPECT_THROW(LoadNCDAnchorInfo(DB::Get(), withoutSize), DBNotFoundError);
   EXPECT_EQ(withoutSize.NCDAnchorRadius, 0.0);
 
   AnchorTables().RemoveField("SOLID", "ncd_anchor", "r_max").Load();
   NCDAnchorModel withoutRadius;
-  EXPECT_THROW(LoadNCDAnchorInfo(withoutRadius), DBNotFoundError);
+  EXPECT_THROW(LoadNCDAnchorInfo(DB::Get(), withoutRadius), DBNotFoundError);
   EXPECT_EQ(withoutRadius.NCDAnchorHalfZ, 60.0);
   EXPECT_EQ(withoutRadius.NCDAnchorPositions, std::vector<TVector3>());
 
   AnchorTables().Remove("GEO_LOCATIONS", "ncd_anchors").Load();
   NCDAnchorModel withoutLocations;
-  EXPECT_THROW(LoadNCDAnchorInfo(withoutLocations), DBNotFoundError);
+  EXPECT_THROW(LoadNCDAnchorInfo(DB::Get(), withoutLocations), DBNotFoundError);
   EXPECT_EQ(withoutLocations.NCDAnchorRadius, 40.0);
 }
 
@@ -181,11 +181,11 @@ TEST(LoadNCDAnchorInfo, RefusesNamesThatAreMissingOrPointNowhere) {
   for (const char* name : {"ncd_anchor_definition", "ncd_anchor_locations"}) {
     SCOPED_TRACE(name);
     AnchorTables().RemoveField("GEO", "inner_av", name).Load();
-    EXPECT_THROW(LoadNCDAnchorInfo(model), DBNotFoundError);
+    EXPECT_THROW(LoadNCDAnchorInfo(DB::Get(), model), DBNotFoundError);
     AnchorTables().Set("GEO", "inner_av", name, "nowhere").Load();
-    EXPECT_THROW(LoadNCDAnchorInfo(model), DBNotFoundError);
+    EXPECT_THROW(LoadNCDAnchorInfo(DB::Get(), model), DBNotFoundError);
     AnchorTables().Set("GEO", "inner_av", name, 1.0).Load();
-    EXPECT_THROW(LoadNCDAnchorInfo(model), DBNotFoundError);
+    EXPECT_THROW(LoadNCDAnchorInfo(DB::Get(), model), DBNotFoundError);
   }
 }
 

@@ -103,7 +103,7 @@ TEST(NeckBoss, NeverShadowsAnUninitialisedPath) {
 TEST(LoadNeckBossInfo, FindsTheAngleWhereTheBaseMeetsTheInnerSphere) {
   BossTables().Load();
   NeckBossModel model;
-  LoadNeckBossInfo(model, 5800.0);
+  LoadNeckBossInfo(DB::Get(), model, 5800.0);
   const TVector3 edge = VectorToSphereEdge(
       {0, 0, 5850.0 - (120.0 + 120.0) * 0.5}, {1.0, 0, 0}, 5800.0, false);
   EXPECT_EQ(model.NeckBossAngle, edge.Theta());
@@ -114,12 +114,12 @@ TEST(LoadNeckBossInfo, SubtractsBothHalfHeights) {
   NeckBossModel model;
   Tables tables = BossTables();
   tables.Load();
-  LoadNeckBossInfo(model, 5800.0);
+  LoadNeckBossInfo(DB::Get(), model, 5800.0);
   const double angle = model.NeckBossAngle;
   tables.Set("SOLID", "neck_boss", "half_height1", 120.0);
   tables.Set("SOLID", "neck_boss", "half_height2", 0.0);
   tables.Load();
-  LoadNeckBossInfo(model, 5800.0);
+  LoadNeckBossInfo(DB::Get(), model, 5800.0);
   EXPECT_EQ(model.NeckBossAngle, angle);
 }
 
@@ -130,7 +130,7 @@ TEST(LoadNeckBossInfo, PutsTheBaseAtNeckBossZWithoutHalfHeights) {
   tables.Set("SOLID", "neck_boss", "half_height2", 0.0);
   tables.Load();
   NeckBossModel model;
-  LoadNeckBossInfo(model, 5000.0);
+  LoadNeckBossInfo(DB::Get(), model, 5000.0);
   const TVector3 edge =
       VectorToSphereEdge({0, 0, 3000.0}, {1.0, 0, 0}, 5000.0, false);
   EXPECT_EQ(model.NeckBossAngle, edge.Theta());
@@ -142,7 +142,7 @@ TEST(LoadNeckBossInfo, TakesABaseOutsideTheSphereAsItIs) {
   tables.Load();
   const Testing::Captured captured(debug);
   NeckBossModel model = BossWithAngle(1.0);
-  LoadNeckBossInfo(model, 5800.0);
+  LoadNeckBossInfo(DB::Get(), model, 5800.0);
   EXPECT_EQ(model.NeckBossAngle, 0.0);
   EXPECT_NE(captured.Text(), "");
 }
@@ -151,7 +151,7 @@ TEST(LoadNeckBossInfo, LeavesTheAngleWhenAFieldIsMissing) {
   const auto expectFailure = [](const Tables& tables) {
     tables.Load();
     NeckBossModel model = BossWithAngle(0.25);
-    EXPECT_THROW(LoadNeckBossInfo(model, 5800.0), DBNotFoundError);
+    EXPECT_THROW(LoadNeckBossInfo(DB::Get(), model, 5800.0), DBNotFoundError);
     EXPECT_EQ(model.NeckBossAngle, 0.25);
   };
   expectFailure(BossTables().RemoveField("GEO", "av", "neck_boss_z"));

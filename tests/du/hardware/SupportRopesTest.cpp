@@ -542,7 +542,7 @@ struct ExpectedRopes {
 TEST(LoadSupportRopeInfo, MakesTwoRopesOfEveryAnchor) {
   RopeTables().Load();
   SupportRopeModel model;
-  LoadSupportRopeInfo(model, kOuterAVRadius);
+  LoadSupportRopeInfo(DB::Get(), model, kOuterAVRadius);
   const ExpectedRopes expected(kAnchors);
   EXPECT_EQ(model.SupportRopePositions, expected.feet);
   ExpectSamePoints(model.SupportRopeLinePoints, expected.linePoints);
@@ -553,7 +553,7 @@ TEST(LoadSupportRopeInfo, MakesTwoRopesOfEveryAnchor) {
 TEST(LoadSupportRopeInfo, MakesTwoRopesAnd198LinePointsOfOneAnchor) {
   RopeTables({{5920, 0, 5}}).Load();
   SupportRopeModel model;
-  LoadSupportRopeInfo(model, kOuterAVRadius);
+  LoadSupportRopeInfo(DB::Get(), model, kOuterAVRadius);
   EXPECT_EQ(model.SupportRopePositions.size(), 2U);
   EXPECT_EQ(model.SupportRopeLinePoints.size(), 198U);
   EXPECT_GT(model.SupportRopePositions[0].Phi(), 0.0);
@@ -563,8 +563,8 @@ TEST(LoadSupportRopeInfo, MakesTwoRopesAnd198LinePointsOfOneAnchor) {
 TEST(LoadSupportRopeInfo, AppendsToItsListsWhenCalledAgain) {
   RopeTables().Load();
   SupportRopeModel model;
-  LoadSupportRopeInfo(model, kOuterAVRadius);
-  LoadSupportRopeInfo(model, kOuterAVRadius);
+  LoadSupportRopeInfo(DB::Get(), model, kOuterAVRadius);
+  LoadSupportRopeInfo(DB::Get(), model, kOuterAVRadius);
   const ExpectedRopes expected(
       {kAnchors[0], kAnchors[1], kAnchors[0], kAnchors[1]});
   EXPECT_EQ(model.SupportRopePositions, expected.feet);
@@ -580,7 +580,7 @@ TEST(LoadSupportRopeInfo, FollowsTheNamesInTheRopesEntry) {
       .SetPositions("GEO_LOCATIONS", "other_anchors", {{0, 5920, 5}})
       .Load();
   SupportRopeModel model;
-  LoadSupportRopeInfo(model, kOuterAVRadius);
+  LoadSupportRopeInfo(DB::Get(), model, kOuterAVRadius);
   EXPECT_EQ(model.SupportRopeRadius, 16.0);
   EXPECT_EQ(model.SupportRopeLength, 6000.0);
   EXPECT_EQ(model.SupportRopePositions.size(), 2U);
@@ -589,7 +589,7 @@ TEST(LoadSupportRopeInfo, FollowsTheNamesInTheRopesEntry) {
 TEST(LoadSupportRopeInfo, MakesNoRopeWithoutAnchors) {
   RopeTables({}).Load();
   SupportRopeModel model;
-  LoadSupportRopeInfo(model, kOuterAVRadius);
+  LoadSupportRopeInfo(DB::Get(), model, kOuterAVRadius);
   EXPECT_EQ(model.SupportRopePositions, Points());
   EXPECT_EQ(model.SupportRopeLinePoints, Points());
   EXPECT_FALSE(HasSupportRopes(model));
@@ -601,7 +601,7 @@ TEST(LoadSupportRopeInfo, MakesNoRopeOfListsOfDifferentLengths) {
       .Load();
   const Testing::Captured captured(warn);
   SupportRopeModel model;
-  LoadSupportRopeInfo(model, kOuterAVRadius);
+  LoadSupportRopeInfo(DB::Get(), model, kOuterAVRadius);
   EXPECT_EQ(model.SupportRopePositions, Points());
   EXPECT_NE(captured.Text(), "");
 }
@@ -610,7 +610,8 @@ TEST(LoadSupportRopeInfo, StopsAtWhatIsMissingAndKeepsWhatItHasRead) {
   const auto load = [](const Tables& tables) {
     tables.Load();
     SupportRopeModel model;
-    EXPECT_THROW(LoadSupportRopeInfo(model, kOuterAVRadius), DBNotFoundError);
+    EXPECT_THROW(LoadSupportRopeInfo(DB::Get(), model, kOuterAVRadius),
+                 DBNotFoundError);
     EXPECT_EQ(model.SupportRopePositions, Points());
     return model;
   };
@@ -637,7 +638,7 @@ TEST(LoadSupportRopeInfo, StopsAtWhatIsMissingAndKeepsWhatItHasRead) {
 TEST(SupportRopeModel, KeepsItsSizesWhenCleared) {
   RopeTables().Load();
   SupportRopeModel model;
-  LoadSupportRopeInfo(model, kOuterAVRadius);
+  LoadSupportRopeInfo(DB::Get(), model, kOuterAVRadius);
   const std::size_t capacity = model.SupportRopeLinePoints.capacity();
   EXPECT_TRUE(HasSupportRopes(model));
   model.Clear();
