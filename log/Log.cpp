@@ -29,6 +29,12 @@ struct UnsentTexts {
 
 thread_local UnsentTexts unsent;
 
+std::ostream& StandardError() {
+  // A static constructor of another unit may write before std::cerr is made.
+  static const std::ios_base::Init standardStreams;
+  return std::cerr;
+}
+
 }  // namespace
 
 otext& otext::operator<<(const char* text) {
@@ -66,7 +72,7 @@ void otext::Flush() {
   const auto message = unsent.byStream.extract(this);
   if (message.empty()) return;
   const std::lock_guard<std::mutex> lock(outputLock);
-  std::ostream& output = output_ != nullptr ? *output_ : std::cerr;
+  std::ostream& output = output_ != nullptr ? *output_ : StandardError();
   output.write(message.mapped().data(),
                static_cast<std::streamsize>(message.mapped().size()));
   output.flush();

@@ -14,7 +14,8 @@
 /// sends it to the output in one piece. Text without a newline is sent by
 /// flush, by SetOutput, or when the thread ends.
 ///
-/// The global objects are constant-initialised, so other statics may use them.
+/// The global objects are constant-initialised, so the constructors of other
+/// statics may use them, also to write to standard error.
 class otext {
  public:
   enum class eState { kSilent, kOn };
