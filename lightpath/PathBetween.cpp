@@ -14,8 +14,6 @@ namespace {
 /// Rounding of a sum of products of coordinates, relative to its terms.
 constexpr double kRounding = 4 * std::numeric_limits<double>::epsilon();
 
-const LightPath kNoPath;
-
 /// Farther than this, mm, products of positions leave the range of numbers.
 constexpr double kFarthest = 1e70;
 
@@ -138,6 +136,13 @@ TVector3 DirectionOf(const TVector3& way) {
       .Unit();
 }
 
+/// Kept, since making eight vectors anew for each path costs time; made at the
+/// first path, which may be a static constructor's.
+const LightPath& NoPath() {
+  static const LightPath none;
+  return none;
+}
+
 void Begin(const TVector3& eventPos, const TVector3& pmtPos, LightPath& path) {
   path.StartPos = eventPos;
   path.EndPos = pmtPos;
@@ -164,7 +169,7 @@ void SetPathInLine(const ConcentricMedia& media, const Ends& ends,
 
 void FindDirectPath(const ConcentricMedia& media, const TVector3& eventPos,
                     const TVector3& pmtPos, LightPath& path) {
-  path = kNoPath;
+  path = NoPath();
   const Ends ends(media, eventPos, pmtPos);
   if (!ends.CanBeJoined()) return;
   const bool startsInWater = media.At(ends.EventRadius()) == eMedium::kWater;
@@ -191,7 +196,7 @@ void FindDirectPath(const ConcentricMedia& media, const TVector3& eventPos,
 
 void FindReflectedPath(const ConcentricMedia& media, const TVector3& eventPos,
                        const TVector3& pmtPos, LightPath& path) {
-  path = kNoPath;
+  path = NoPath();
   const Ends ends(media, eventPos, pmtPos);
   if (!ends.CanBeJoined() || media.At(ends.EventRadius()) != eMedium::kWater) {
     return;

@@ -5,8 +5,9 @@
 
 namespace ZARN::DU {
 
-/// The unit vector along +z, up the vessel's neck.
-inline const TVector3 kZHat(0, 0, 1.0);
+/// The unit vector along +z, up the vessel's neck. Not a variable: a static
+/// constructor of another unit may set up a calculator before it is made.
+inline TVector3 ZHat() { return {0, 0, 1.0}; }
 
 /// Find where a line crosses a sphere centred on the origin.
 ///

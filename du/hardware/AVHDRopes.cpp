@@ -73,7 +73,7 @@ class SurfaceRope {
   }
 
   TVector3 LiftedOntoVessel(const TVector3& point) const {
-    return VectorToSphereEdge(point, kZHat, outerAVRadius_, false);
+    return VectorToSphereEdge(point, ZHat(), outerAVRadius_, false);
   }
 
   double outerAVRadius_;

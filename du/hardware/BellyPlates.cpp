@@ -17,8 +17,8 @@ struct PlateFrame {
   PlateFrame(const TVector3& centre, double halfHeight,
              eDiagnostics diagnostics)
       : radius(centre.Mag()),
-        bottom(WithMag(centre - halfHeight * kZHat, radius, diagnostics)),
-        width(WithMag(centre + halfHeight * kZHat, radius, diagnostics)
+        bottom(WithMag(centre - halfHeight * ZHat(), radius, diagnostics)),
+        width(WithMag(centre + halfHeight * ZHat(), radius, diagnostics)
                   .Angle(bottom)),
         phiStart(centre.Phi() - 0.5 * width) {}
 
@@ -43,7 +43,7 @@ void AppendGrid(const PlateFrame& frame, double n, double halfHeight,
                 std::vector<TVector3>& points) {
   std::vector<TVector3> steps;
   for (double b = 0; n > b; ++b) {
-    steps.push_back((2 * (b / n) * halfHeight) * kZHat);
+    steps.push_back((2 * (b / n) * halfHeight) * ZHat());
   }
   for (double a = 0; n > a; ++a) {
     const TVector3 v =
@@ -131,7 +131,7 @@ bool CheckForBellyPlateShadowing(const BellyPlateModel& model, double tolerance,
 
 bool WarnsOfZeroVectors(const BellyPlateModel& model) {
   const auto& plates = model.BellyPlatePositions;
-  const TVector3 up = model.BellyPlateHalfHeight * kZHat;
+  const TVector3 up = model.BellyPlateHalfHeight * ZHat();
   return std::any_of(plates.begin(), plates.end(), [&](const TVector3& plate) {
     return (plate - up).Mag() == 0.0 || (plate + up).Mag() == 0.0;
   });

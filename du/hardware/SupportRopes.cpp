@@ -29,7 +29,7 @@ class RopeCylinder {
 
   /// The top of the first rope.
   TVector3 Top() const {
-    return VectorToSphereEdge(foot_, kZHat, kRopeEndSphereRadius, false,
+    return VectorToSphereEdge(foot_, ZHat(), kRopeEndSphereRadius, false,
                               diagnostics_);
   }
 
@@ -139,7 +139,7 @@ void LoadSupportRopeInfo(const TableSet& tables, SupportRopeModel& model,
     model.SupportRopePositions.push_back(forward);
     model.SupportRopePositions.push_back(back);
     for (int i = 1; i < 100; ++i) {
-      const TVector3 up = (i * step) * kZHat;
+      const TVector3 up = (i * step) * ZHat();
       model.SupportRopeLinePoints.push_back(forward + up);
       model.SupportRopeLinePoints.push_back(back + up);
     }

@@ -28,17 +28,16 @@ struct WaterSegment {
   TVector3 direction;
 };
 
-/// The point and direction of a segment that is not there.
-inline const TVector3 kZeroVector;
-
 /// A stretch of a path in water, without copies: a point and a direction of the
-/// path, taken as it stands (sense 1) or back (-1).
+/// path, taken as it stands (sense 1) or back (-1). With sense 0 the stretch is
+/// not there, whatever its point and direction are; its copy is zero vectors.
 struct SegmentView {
   const TVector3& point;
   const TVector3& direction;
   double sense;
 
   WaterSegment Copy() const {
+    if (sense == 0.0) return {};
     return {point, sense < 0 ? -direction : direction};
   }
 };
@@ -125,7 +124,7 @@ inline WaterSegmentViews ViewsOf(const LightPath& path,
     case ePathKind::kOneCrossing:
       return {shape.kind,
               {path.*shape.firstPoint, path.FinalDirection, 1.0},
-              {kZeroVector, kZeroVector, 1.0}};
+              {path.EndPos, path.FinalDirection, 0.0}};
     case ePathKind::kTwoCrossings:
       return {shape.kind,
               {path.*shape.firstPoint, path.InitialDirection, -1.0},
@@ -140,8 +139,8 @@ inline WaterSegmentViews ViewsOf(const LightPath& path,
       break;
   }
   return {shape.kind,
-          {kZeroVector, kZeroVector, 1.0},
-          {kZeroVector, kZeroVector, 1.0}};
+          {path.StartPos, path.InitialDirection, 0.0},
+          {path.EndPos, path.FinalDirection, 0.0}};
 }
 WaterSegments SegmentsOf(const LightPath& path, const PathShape& shape);
 

@@ -150,11 +150,11 @@ TYPED_TEST(CrossCylinderIn, IsRightWhereItIsSureNearEveryLimit) {
     TVector3 tangent = aside;
     tangent.RotateZ(std::asin(std::min(1.0, 4000.0 / line.start.Perp())) -
                     kHalfPi + small());
-    this->Check({line.start, (tangent + small() * kZHat).Unit(), 4000.0});
+    this->Check({line.start, (tangent + small() * ZHat()).Unit(), 4000.0});
     this->Check({line.start, tangent, 4000.0 * (1 + small())});
     // Nearly straight up and nearly level.
-    this->Check({line.start, (kZHat + small() * outward).Unit(), line.radius});
-    this->Check({line.start, (outward + small() * kZHat).Unit(), line.radius});
+    this->Check({line.start, (ZHat() + small() * outward).Unit(), line.radius});
+    this->Check({line.start, (outward + small() * ZHat()).Unit(), line.radius});
     // Nearly square to the place of the crossing.
     const TVector3 edge = VectorToCylinderEdge(
         line.start, line.direction, {}, line.radius, eDiagnostics::kSilent);

@@ -297,7 +297,7 @@ TEST(Constants, AreTheNumbersWrittenInTheFormulas) {
   EXPECT_EQ(kHalfPi, 1.5707963267948966);
   EXPECT_EQ(kDegreesPerRadian, 57.29577951308232);
   EXPECT_EQ(kRopeEndSphereRadius, 8500.0);
-  EXPECT_EQ(kZHat, TVector3(0, 0, 1.0));
+  EXPECT_EQ(ZHat(), TVector3(0, 0, 1.0));
 }
 
 }  // namespace

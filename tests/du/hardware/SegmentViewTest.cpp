@@ -22,6 +22,12 @@ TEST(SegmentView, CopiesTheDirectionInItsSense) {
   EXPECT_EQ(back.direction, -kDirection);
 }
 
+TEST(SegmentView, CopiesZeroVectorsForASegmentThatIsNotThere) {
+  const WaterSegment none = SegmentView{kPoint, kDirection, 0.0}.Copy();
+  EXPECT_EQ(none.point, TVector3());
+  EXPECT_EQ(none.direction, TVector3());
+}
+
 void ExpectSame(const WaterSegments& actual, const WaterSegments& expected) {
   EXPECT_EQ(actual.kind, expected.kind);
   EXPECT_EQ(actual.first.point, expected.first.point);
