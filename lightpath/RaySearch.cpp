@@ -4,6 +4,8 @@
 #include <cmath>
 #include <limits>
 
+#include "TMath.h"
+
 namespace ZARN::DU {
 namespace {
 
@@ -77,7 +79,7 @@ class FamilySearch {
     if (lowest > angle_.Highest()) return;
     startsAtCentre_ = lowest == 0.0;
     first_ = startsAtCentre_ ? angle_.Central() : At(angle_.TOf(lowest));
-    last_ = At(0.5 * kPi);
+    last_ = At(0.5 * TMath::Pi());
     isEmpty_ = false;
   }
 
@@ -280,8 +282,8 @@ int SearchFamily(const RayFamily& family, const PerSite<double>& reaches,
       StaysInWall(family) ? reaches[IndexOf(eSite::kInnerFromWall)] : 0.0;
   FamilySearch<OnFound> search(family, reaches, lowest, wanted, onFound);
   search.Find({angle, false});
-  search.Find({2 * kPi - angle, true});
-  search.Find({2 * kPi + angle, false});
+  search.Find({2 * TMath::Pi() - angle, true});
+  search.Find({2 * TMath::Pi() + angle, false});
   return search.Evaluations();
 }
 

@@ -2,6 +2,7 @@
 
 #include <cmath>
 
+#include "TMath.h"
 #include "lightpath/RaySearch.hpp"
 
 namespace ZARN::DU {
@@ -12,7 +13,8 @@ std::vector<RefractedPath> FindRefractedPaths(const ConcentricMedia& media,
   std::vector<RefractedPath> paths;
   const bool areInRange = eventRadius > 0 && std::isfinite(eventRadius) &&
                           pmtRadius >= media.OuterRadius &&
-                          std::isfinite(pmtRadius) && angle > 0 && angle < kPi;
+                          std::isfinite(pmtRadius) && angle > 0 &&
+                          angle < TMath::Pi();
   if (!areInRange) return paths;
   for (const JoiningRay& found :
        FindAllRays(media, {eventRadius, pmtRadius, angle})) {

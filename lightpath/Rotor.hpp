@@ -2,8 +2,6 @@
 
 namespace ZARN::DU {
 
-inline constexpr double kPi = 3.14159265358979323846;
-
 /// A turn in a plane as (cosine, sine): angles add as rotors multiply, which
 /// spares the arc functions. (The library's complex product checks for
 /// infinities.)

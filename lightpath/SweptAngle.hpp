@@ -4,6 +4,7 @@
 #include <cmath>
 #include <cstddef>
 
+#include "TMath.h"
 #include "lightpath/ConcentricMedia.hpp"
 #include "lightpath/Crossings.hpp"
 #include "lightpath/LightPathType.hpp"
@@ -170,12 +171,12 @@ constexpr RayFamily::RayFamily(eLightPathType type, eSense launch)
 }
 
 constexpr void RayFamily::Leave(eSite site, eSense sense) {
-  if (sense == eSense::kInward) Base += kPi;
+  if (sense == eSense::kInward) Base += TMath::Pi();
   Turns[IndexOf(site)] += sense == eSense::kInward ? -1 : 1;
 }
 
 constexpr void RayFamily::ComeTo(eSite site, eSense sense) {
-  if (sense == eSense::kInward) Base -= kPi;
+  if (sense == eSense::kInward) Base -= TMath::Pi();
   Turns[IndexOf(site)] += sense == eSense::kInward ? 1 : -1;
 }
 
