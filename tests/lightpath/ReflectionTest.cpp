@@ -12,6 +12,7 @@
 #include "lightpath/ConcentricMedia.hpp"
 #include "lightpath/LightPathCalculator.hpp"
 #include "lightpath/LightPathType.hpp"
+#include "tests/lightpath/LightPathFlaws.hpp"
 #include "tests/lightpath/Vessels.hpp"
 #include "tests/property/Random.hpp"
 
