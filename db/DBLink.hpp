@@ -16,12 +16,13 @@ class DBLink {
 
   /// @throws DBNotFoundError if the field is missing or not a number
   double GetD(const std::string& field) const;
-  /// @throws DBNotFoundError if the field is missing or not a list of numbers
+  /// @throws DBNotFoundError if the field is missing or not an array of
+  ///         numbers
   std::vector<double> GetDArray(const std::string& field) const;
-  /// @throws DBNotFoundError if the field is missing or not a text
+  /// @throws DBNotFoundError if the field is missing or not a string
   std::string GetS(const std::string& field) const;
 
-  /// Whether the field is one number, and not an array or a text.
+  /// Whether the field is one number, and not an array or a string.
   ///
   /// @throws DBNotFoundError if the field is missing
   bool IsNumber(const std::string& field) const;

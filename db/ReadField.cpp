@@ -30,8 +30,8 @@ std::vector<double> ReadNumbers(const TableSet& tables,
   return LinkTo(tables, table, index, field)->GetDArray(field);
 }
 
-std::string ReadText(const TableSet& tables, const std::string& table,
-                     const std::string& index, const std::string& field) {
+std::string ReadString(const TableSet& tables, const std::string& table,
+                       const std::string& index, const std::string& field) {
   return LinkTo(tables, table, index, field)->GetS(field);
 }
 

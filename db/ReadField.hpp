@@ -8,8 +8,9 @@
 namespace ZARN {
 
 // Each read takes a link of its own with pass -1, the highest pass, and
-// releases it at once. All throw DBNotFoundError if the table, the entry or the
-// field is missing or the field has another type.
+// releases it at once. Numbers are given as they are stored. All throw
+// DBNotFoundError if the table, the entry or the field is missing or the field
+// has another type.
 
 double ReadNumber(const TableSet& tables, const std::string& table,
                   const std::string& index, const std::string& field);
@@ -17,10 +18,10 @@ std::vector<double> ReadNumbers(const TableSet& tables,
                                 const std::string& table,
                                 const std::string& index,
                                 const std::string& field);
-std::string ReadText(const TableSet& tables, const std::string& table,
-                     const std::string& index, const std::string& field);
+std::string ReadString(const TableSet& tables, const std::string& table,
+                       const std::string& index, const std::string& field);
 
-/// Whether a field is one number, and not a list or a text.
+/// Whether a field is one number, and not an array or a string.
 bool IsNumber(const TableSet& tables, const std::string& table,
               const std::string& index, const std::string& field);
 

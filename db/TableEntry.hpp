@@ -16,7 +16,7 @@ struct RunRange {
   bool Contains(int run) const { return first <= run && run <= last; }
 };
 
-/// One value of an entry: a number, a list of numbers, or a text.
+/// One value of an entry: a number, an array of numbers, or a string.
 using TableField = std::variant<double, std::vector<double>, std::string>;
 
 /// One entry of one table, the unit in which sources fill a set of tables.

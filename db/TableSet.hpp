@@ -31,7 +31,7 @@ class TableSet {
   static constexpr int kHighestPass = -1;
 
   /// Add entries. Later ones win over earlier ones of the same table, index
-  /// and pass. Either all are added or, if an exception leaves, none.
+  /// and pass. If this throws, none is added.
   void Add(std::vector<TableEntry> entries);
 
   /// Remove all entries; the run stays.

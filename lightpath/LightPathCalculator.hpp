@@ -37,7 +37,7 @@ class LightPathCalculator {
   /// Read the vessel's radii and the media from @p tables, for the run of
   /// these: table OPTICS, indices inner_av, acrylic and water
   /// (OpticalMedium.hpp). Where a medium's table does not reach the wavelength,
-  /// ZARN::warn says so once.
+  /// this is logged to ZARN::warn, once.
   ///
   /// @param tables  read during the call only
   /// @throws ZARN::DBNotFoundError if a radius or a medium is missing,

@@ -130,13 +130,13 @@ void AVHDRopeModel::Clear() {
 void LoadAVHDRopeInfo(const TableSet& tables, AVHDRopeModel& model,
                       double outerAVRadius, double avNeckRadius) {
   std::string solid =
-      ReadText(tables, "GEO", "hold_down_ropes", "solid_definition");
+      ReadString(tables, "GEO", "hold_down_ropes", "solid_definition");
   model.AVHDRopeRadius = ReadNumber(tables, "SOLID", solid, "r_rope");
-  solid = ReadText(tables, "GEO", "hold_down_ropes", "solid_definition");
+  solid = ReadString(tables, "GEO", "hold_down_ropes", "solid_definition");
   FillXYZPositions(tables, model.AVHDRopePositions, "SOLID", solid, "rope_x",
                    "rope_y", "rope_z");
   const std::string locations =
-      ReadText(tables, "GEO", "hold_down_ropes", "locations");
+      ReadString(tables, "GEO", "hold_down_ropes", "locations");
   model.AVHDRopeRolls = ReadNumbers(tables, "GEO_LOCATIONS", locations, "roll");
 
   const auto& positions = model.AVHDRopePositions;

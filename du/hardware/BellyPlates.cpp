@@ -101,7 +101,7 @@ void LoadBellyPlateInfo(const TableSet& tables, BellyPlateModel& model,
   model.BellyPlateHalfHeight = ReadNumber(tables, "SOLID", "belly_plate_vintar",
                                           "octahedron_half_height");
   const std::string locations =
-      ReadText(tables, "GEO", "inner_av", "belly_plate_locations");
+      ReadString(tables, "GEO", "inner_av", "belly_plate_locations");
   FillXYZPositions(tables, model.BellyPlatePositions, "GEO_LOCATIONS",
                    locations, "x", "y", "z");
   const auto& plates = model.BellyPlatePositions;

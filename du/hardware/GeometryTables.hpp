@@ -12,8 +12,8 @@ namespace ZARN::DU {
 /// entry, read in the order x, y, z.
 ///
 /// @param positions  replaced by the positions that were read. Left as it was
-///                   when the arrays differ in length, which ZARN::warn tells
-///                   in two messages, and when a read throws.
+///                   when a read throws, and when the arrays differ in length,
+///                   which is logged to ZARN::warn in two messages.
 void FillXYZPositions(const TableSet& tables, std::vector<TVector3>& positions,
                       const std::string& table, const std::string& index,
                       const std::string& xField, const std::string& yField,

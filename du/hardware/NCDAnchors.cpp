@@ -23,11 +23,11 @@ void NCDAnchorModel::Clear() { NCDAnchorPositions.clear(); }
 
 void LoadNCDAnchorInfo(const TableSet& tables, NCDAnchorModel& model) {
   std::string name =
-      ReadText(tables, "GEO", "inner_av", "ncd_anchor_definition");
+      ReadString(tables, "GEO", "inner_av", "ncd_anchor_definition");
   model.NCDAnchorHalfZ = ReadNumber(tables, "SOLID", name, "half_z");
-  name = ReadText(tables, "GEO", "inner_av", "ncd_anchor_definition");
+  name = ReadString(tables, "GEO", "inner_av", "ncd_anchor_definition");
   model.NCDAnchorRadius = ReadNumber(tables, "SOLID", name, "r_max");
-  name = ReadText(tables, "GEO", "inner_av", "ncd_anchor_locations");
+  name = ReadString(tables, "GEO", "inner_av", "ncd_anchor_locations");
   FillXYZPositions(tables, model.NCDAnchorPositions, "GEO_LOCATIONS", name, "x",
                    "y", "z");
 }

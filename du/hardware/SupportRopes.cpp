@@ -117,14 +117,14 @@ void SupportRopeModel::Clear() {
 void LoadSupportRopeInfo(const TableSet& tables, SupportRopeModel& model,
                          double outerAVRadius) {
   std::string solid =
-      ReadText(tables, "GEO", "hold_up_ropes", "solid_definition");
+      ReadString(tables, "GEO", "hold_up_ropes", "solid_definition");
   model.SupportRopeRadius = ReadNumber(tables, "SOLID", solid, "r_rope");
-  solid = ReadText(tables, "GEO", "hold_up_ropes", "solid_definition");
+  solid = ReadString(tables, "GEO", "hold_up_ropes", "solid_definition");
   model.SupportRopeLength = ReadNumber(tables, "SOLID", solid, "z_rope");
   const double plateHalfHeight = ReadNumber(
       tables, "SOLID", "belly_plate_vintar", "octahedron_half_height");
   const std::string locations =
-      ReadText(tables, "GEO", "hold_up_ropes", "locations");
+      ReadString(tables, "GEO", "hold_up_ropes", "locations");
   std::vector<TVector3> anchors;
   FillXYZPositions(tables, anchors, "GEO_LOCATIONS", locations, "x", "y", "z");
 

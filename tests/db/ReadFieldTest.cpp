@@ -27,7 +27,7 @@ class ReadFieldsTest : public testing::Test {
 TEST_F(ReadFieldsTest, GivesFieldsOfEachType) {
   EXPECT_EQ(ReadNumber(tables_, "SOLID", "rope", "number"), 12.5);
   EXPECT_EQ(ReadNumbers(tables_, "SOLID", "rope", "numbers"), (Numbers{1, 2}));
-  EXPECT_EQ(ReadText(tables_, "SOLID", "rope", "text"), "a name");
+  EXPECT_EQ(ReadString(tables_, "SOLID", "rope", "text"), "a name");
 }
 
 TEST_F(ReadFieldsTest, RefusesFieldsOfAnotherType) {
@@ -38,7 +38,7 @@ TEST_F(ReadFieldsTest, RefusesFieldsOfAnotherType) {
     EXPECT_THROW(ReadNumbers(tables_, "SOLID", "rope", field), DBNotFoundError);
   }
   for (const char* field : {"number", "numbers"}) {
-    EXPECT_THROW(ReadText(tables_, "SOLID", "rope", field), DBNotFoundError);
+    EXPECT_THROW(ReadString(tables_, "SOLID", "rope", field), DBNotFoundError);
   }
 }
 
@@ -51,7 +51,7 @@ TEST_F(ReadFieldsTest, RefusesWhatIsMissing) {
 
 TEST_F(ReadFieldsTest, SaysWhichFieldAMissingEntryWouldHaveHad) {
   try {
-    ReadText(tables_, "GEO", "rope", "solid");
+    ReadString(tables_, "GEO", "rope", "solid");
     FAIL() << "no error";
   } catch (const DBNotFoundError& error) {
     EXPECT_STREQ(error.what(),
@@ -70,7 +70,7 @@ TEST_F(ReadFieldsTest, TakesTheHighestPass) {
   EXPECT_EQ(ReadNumber(tables_, "SOLID", "rope", "number"), 99.0);
   // The entry of the highest pass stands for itself: no field is taken from a
   // lower one.
-  EXPECT_THROW(ReadText(tables_, "SOLID", "rope", "text"), DBNotFoundError);
+  EXPECT_THROW(ReadString(tables_, "SOLID", "rope", "text"), DBNotFoundError);
 }
 
 TEST_F(ReadFieldsTest, TellsNumbersFromOtherFields) {
