@@ -335,6 +335,16 @@ TEST_P(LightPathProperty, PathsTurnWithTheirEnds) {
   ExpectOneOf(10, compared, pairs);
 }
 
+std::string DescribeRays(const std::vector<TracedRay>& rays) {
+  std::string text;
+  for (const TracedRay& ray : rays) {
+    text += "\n  " + std::string(DU::kLightPathTypeNames[ray.Type]) +
+            ", launch angle " + Exact(ray.LaunchAngle) + ", optical length " +
+            Exact(ray.OpticalLength);
+  }
+  return text;
+}
+
 TEST_P(LightPathProperty, IsTheShortestOfAllOrNoneIfThereIsNone) {
   constexpr int kLaunches = 20000;
   constexpr int kAnglesPerScan = 40;
@@ -363,14 +373,8 @@ TEST_P(LightPathProperty, IsTheShortestOfAllOrNoneIfThereIsNone) {
         return a.OpticalLength < b.OpticalLength;
       });
       const auto replay = [&] {
-        std::string text =
-            Replay(media_, pair.Event, pair.Pmt) + "\n" + Describe(calculator_);
-        for (const TracedRay& ray : rays) {
-          text += "\n  " + std::string(DU::kLightPathTypeNames[ray.Type]) +
-                  ", launch angle " + Exact(ray.LaunchAngle) +
-                  ", optical length " + Exact(ray.OpticalLength);
-        }
-        return text;
+        return Replay(media_, pair.Event, pair.Pmt) + "\n" +
+               Describe(calculator_) + DescribeRays(rays);
       };
       ASSERT_EQ(calculator_.HasPath(), !rays.empty()) << replay();
       if (rays.empty()) {

@@ -204,25 +204,31 @@ std::string RefractedPaths::FlawOfSolution(const RefractedPath& path,
   return "";
 }
 
+/// What the scan and what the solver found, a line each.
+std::string Solutions(const std::vector<TracedRay>& rays,
+                      const std::vector<RefractedPath>& paths) {
+  std::string text;
+  for (const TracedRay& ray : rays) {
+    text += "\n  scan:   " + std::string(DU::kLightPathTypeNames[ray.Type]) +
+            ", launch " + Exact(ray.LaunchAngle) + ", swept " +
+            Exact(ray.SweptAngle) + ", optical " + Exact(ray.OpticalLength);
+  }
+  for (const RefractedPath& path : paths) {
+    text += "\n  solver: " + std::string(DU::kLightPathTypeNames[path.Type]) +
+            ", launch " + Exact(path.LaunchAngle) + ", swept " +
+            Exact(path.SweptAngle) + ", optical " + Exact(path.OpticalLength);
+  }
+  return text;
+}
+
 void RefractedPaths::CheckPair(const LaunchScan& scan, double angle) {
   const std::vector<TracedRay> rays = scan.PathsTo(angle);
   const std::vector<RefractedPath> paths =
       DU::FindRefractedPaths(media_, eventRadius_, pmtRadius_, angle);
   const auto replay = [&] {
-    std::string text = Exact(media_) + "; event radius " + Exact(eventRadius_) +
-                       ", PMT radius " + Exact(pmtRadius_) + ", angle " +
-                       Exact(angle);
-    for (const TracedRay& ray : rays) {
-      text += "\n  scan:   " + std::string(DU::kLightPathTypeNames[ray.Type]) +
-              ", launch " + Exact(ray.LaunchAngle) + ", swept " +
-              Exact(ray.SweptAngle) + ", optical " + Exact(ray.OpticalLength);
-    }
-    for (const RefractedPath& path : paths) {
-      text += "\n  solver: " + std::string(DU::kLightPathTypeNames[path.Type]) +
-              ", launch " + Exact(path.LaunchAngle) + ", swept " +
-              Exact(path.SweptAngle) + ", optical " + Exact(path.OpticalLength);
-    }
-    return text;
+    return Exact(media_) + "; event radius " + Exact(eventRadius_) +
+           ", PMT radius " + Exact(pmtRadius_) + ", angle " + Exact(angle) +
+           Solutions(rays, paths);
   };
 
   const bool isNearAnEnd = scan.IsNearAnEnd(angle, 1e-6);
