@@ -19,7 +19,19 @@ bool HasOrdinaryLength(const TVector3& v) {
   return length > kShortest && length < kLongest;
 }
 
-/// Azimuths at which a rope can block a crossing.
+/// Whether a rope can be judged by products and by its azimuth.
+bool IsOrdinary(const TVector3& rope) {
+  return HasOrdinaryLength(rope) &&
+         rope.Perp() > RopeDirections::kLeastSine * rope.Mag();
+}
+
+/// By how much an angle may differ between the formula and products, with the
+/// error of the crossing, rad.
+double AngleError(eCrossings crossings) {
+  return crossings == eCrossings::kFlattened ? 1e-9 : 1e-6;
+}
+
+/// Azimuths at which a rope can block a crossing, right to kRangeError.
 AzimuthRange RangeOf(const TVector3& rope, double angleTolerance,
                      eCrossings crossings) {
   AzimuthRange range = {rope.Phi(), -1.0, true};
@@ -35,8 +47,11 @@ AzimuthRange RangeOf(const TVector3& rope, double angleTolerance,
     const double ratio = std::cos(angleTolerance) * rope.Mag() / rope.Perp();
     range.halfWidth = ratio < 1.0 ? std::acos(ratio) : 0.0;
   } else {
-    // The cap around the rope, seen from the axis.
-    const double ratio = std::sin(angleTolerance) * rope.Mag() / rope.Perp();
+    // The cap around the rope, seen from the axis. It is widened by the error
+    // of the angle, which from the axis looks larger the steeper the rope is.
+    const double widened =
+        std::min(angleTolerance + AngleError(crossings), kHalfPi);
+    const double ratio = std::sin(widened) * rope.Mag() / rope.Perp();
     range.halfWidth = ratio < 1.0 ? std::asin(ratio) : kTwoPi;
     range.isSure = false;
   }
@@ -49,11 +64,8 @@ RopeDirections::RopeDirections(const std::vector<TVector3>& ropes,
                                double angleTolerance, eCrossings crossings,
                                int cells) {
   std::vector<AzimuthRange> ranges;
-  const bool isUsual =
-      std::all_of(ropes.begin(), ropes.end(), [](const TVector3& rope) {
-        return HasOrdinaryLength(rope) && rope.Perp() > 0.0;
-      });
-  if (!isUsual || std::isinf(angleTolerance)) {
+  const bool areOrdinary = std::all_of(ropes.begin(), ropes.end(), IsOrdinary);
+  if (!areOrdinary || std::isinf(angleTolerance)) {
     // One range all around, of a rope that no product can judge.
     directions_.emplace_back(0, 0, 0);
     table_ = AzimuthTable({{0.0, kTwoPi, false}}, cells);
@@ -70,7 +82,7 @@ RopeDirections::RopeDirections(const std::vector<TVector3>& ropes,
 
 void RopeDirections::FindLimits(double angleTolerance, eCrossings crossings) {
   constexpr double kRounding = 1e-13;  // of a cosine
-  const double error = crossings == eCrossings::kFlattened ? 1e-9 : 1e-6;
+  const double error = AngleError(crossings);
   const double near = angleTolerance - error;
   const double far = angleTolerance + error;
   // All directions are nearer than an angle beyond pi.

@@ -29,8 +29,28 @@ class RopeDirections {
     kInSpace     ///< anywhere
   };
 
+  /// How right a rope's azimuths in the table are, rad.
+  ///
+  /// Flattened, a rope whose angle to the axis has the sine q blocks azimuths
+  /// up to acos(cos(tolerance) / q). With u = 2^-53:
+  ///
+  /// - the formula's angle, near pi / 2 or less, is right to its last bit, 2 u,
+  ///   and its cosine otherwise to 8 u q: over q, 2 u / q + 8 u;
+  /// - the quotient here is right to 12 u;
+  /// - an error e of a cosine moves its arc cosine by less than 1.1 sqrt(2 e),
+  ///   the most where the arc cosine is 0.
+  ///
+  /// With q >= kLeastSine, e is 2.3e-10 and the azimuth right to 2.4e-5. In
+  /// space the range is that of a tolerance widened by more than the angle's
+  /// error, and holds for any q; it is itself right to 5e-8.
+  static constexpr double kRangeError = 1e-4;
+  /// Of the angle between a rope and the axis. Steeper ropes are left to the
+  /// formula.
+  static constexpr double kLeastSine = 1e-6;
+
   RopeDirections() = default;
-  /// @param ropes  any; one of zero length or not finite makes all unsure
+  /// @param ropes  any; one of zero length, not finite, or steeper than
+  ///               kLeastSine makes all unsure
   /// @param angleTolerance  rad, any
   /// @param cells  of the azimuth table: a multiple of 4, or 1
   RopeDirections(const std::vector<TVector3>& ropes, double angleTolerance,

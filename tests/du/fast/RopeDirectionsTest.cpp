@@ -257,6 +257,67 @@ TVector3 TurnedFrom(const TVector3& rope, double angle, Random& random) {
   return turned;
 }
 
+/// A rope whose distance from the axis is a share of its length.
+Ropes SteepRope(double share) { return {{5000.0 * share, 0, 5000.0}}; }
+
+/// 0 to 1, mostly near 0.
+double Fraction(Random& random) { return std::pow(10, random.Uniform(-8, 0)); }
+
+TEST(RopeDirections, AreNeverWrongOfARopeThatIsNearlyTheAxis) {
+  // Such a rope is almost as far from all places on the horizon: the last bit
+  // of an angle becomes a large part of its shadow's width.
+  Random random(86);
+  for (const double share :
+       {2e-13, 1e-11, 1e-9, 1e-8, 1e-7, 0.9e-6, 1.1e-6, 1e-4, 1e-2}) {
+    SCOPED_TRACE(share);
+    const Ropes ropes = SteepRope(share);
+    AnswerTally tally;
+    for (int i = 0; i < 60; ++i) {
+      // The shadow is half a turn wide or less, often much less.
+      const double tolerance = kHalfPi - (1 - Fraction(random)) * share;
+      const RopeDirections directions(ropes, tolerance, eCrossings::kFlattened,
+                                      4096);
+      for (int k = 0; k < 500; ++k) {
+        const double phi = (random.Chance(0.5) ? kPi : -kPi) * Fraction(random);
+        const TVector3 crossing = Rotated({6000, 0, 0}, phi);
+        const bool isNear = IsNear(ropes, tolerance, crossing);
+        tally.Add(Judge(directions, crossing), isNear, crossing);
+        // As wrong as the algebra in single precision.
+        const TVector3 wrong =
+            Rotated(crossing, random.Uniform(-1, 1) * 1.6e-4);
+        const AzimuthTable& table = directions.Table();
+        tally.Add(table.At(table.CellOf(static_cast<float>(wrong.X()),
+                                        static_cast<float>(wrong.Y()))),
+                  isNear, crossing);
+      }
+    }
+    tally.ExpectNoneWrong();
+    EXPECT_EQ(tally.Count(eAnswer::kUnsure) == tally.Count(), share < 1e-6);
+  }
+}
+
+TEST(RopeDirections, AreNeverWrongInSpaceOfARopeNearTheAxis) {
+  // An arc cosine's angle may be 5e-8 too small; the azimuth, by which the
+  // table looks for ropes, is then as wrong as that is seen from the axis.
+  Random random(87);
+  for (const double share : {1.1e-6, 1e-5, 1e-4, 1e-3}) {
+    SCOPED_TRACE(share);
+    const Ropes ropes = SteepRope(share);
+    AnswerTally tally;
+    for (const double tolerance : {1e-12, 1e-9, 1e-8, 5e-8}) {
+      const RopeDirections directions(ropes, tolerance, eCrossings::kInSpace,
+                                      4096);
+      for (int i = 0; i < 10000; ++i) {
+        const TVector3 crossing =
+            TurnedFrom(ropes.front(), random.Uniform(0, 6e-8), random);
+        tally.Add(Judge(directions, crossing),
+                  IsNear(ropes, tolerance, crossing), crossing);
+      }
+    }
+    tally.ExpectNoneWrong();
+  }
+}
+
 TEST(RopeDirections, AreSureInSpaceBesideALimitOfAThousandth) {
   Random random(83);
   constexpr double kTolerance = 1e-3;
