@@ -86,14 +86,14 @@ void PassHoldDownRopes(const BatchGeometry& geometry, WaterBlock& block,
     const float vz = block.directionZ.at[i];
     const float start2 = startX * startX + startY * startY;
     const float end2 = endX * endX + endY * endY;
-    const float passing =
-        Passing(start2, end2, startX * endX + startY * endY, g.ropesRadius2);
+    const auto passage =
+        PassageOf(start2, end2, startX * endX + startY * endY, g.ropesRadius2);
     const bool isStartIn = IsInside(start2, g.ropesRadius2);
     const bool isStartOut = IsOutside(start2, g.ropesRadius2);
     const bool isEndIn = IsInside(end2, g.ropesRadius2);
     const bool isEndOut = IsOutside(end2, g.ropesRadius2);
-    const bool areBothMet = isStartOut & isEndOut & (passing > 1.0F);
-    const bool areBothMissed = isStartOut & isEndOut & (passing < -1.0F);
+    const bool areBothMet = isStartOut & isEndOut & IsMeeting(passage);
+    const bool areBothMissed = isStartOut & isEndOut & IsPassingBeside(passage);
     const bool isEntered = areBothMet | (isStartIn & isEndOut);
     const bool isLeft = areBothMet | (isEndIn & isStartOut);
     const bool isClear = areBothMissed | (isStartIn & isEndIn);
@@ -118,8 +118,8 @@ void PassHoldDownRopes(const BatchGeometry& geometry, WaterBlock& block,
     const float height = leaving.Height();
     const float distance = SquareRoot(leaving.x * leaving.x +
                                       leaving.y * leaving.y + height * height);
-    // The margin of these sines is made for tangents up to 100.
-    const bool isBeside = (leaving.along2 > 1e-4F * leaving.scale) &
+    constexpr float kLeastCosine2 = CrossingBands<float>::kLeastCosine2InSpace;
+    const bool isBeside = (leaving.along2 > kLeastCosine2 * leaving.scale) &
                           ((height < g.lowestSine * distance) |
                            (height > g.highestSine * distance));
     const int beside = seenLeft == g.open ? g.open : g.noRope;

@@ -4,11 +4,23 @@
 #include <cmath>
 
 #include "du/geometry/Constants.hpp"
+#include "du/geometry/CylinderCrossing.hpp"
 
 namespace ZARN::DU {
 namespace {
 
 using eCrossings = RopeDirections::eCrossings;
+
+// What the bands and margins have to cover.
+using Bands = CrossingBands<double>;
+using BandsInSingle = CrossingBands<float>;
+static_assert(RopeDirections::kAngleBand > 2 * Bands::kAzimuthError);
+static_assert(RopeDirections::kAngleBandInSpace > 2 * Bands::kSpaceError);
+static_assert(RopeDirections::kHeightMargin >
+              1.2 * double{BandsInSingle::kSpaceError});
+static_assert(AzimuthTable::kMargin > double{BandsInSingle::kAzimuthError} +
+                                          kAzimuthCellError +
+                                          RopeDirections::kRangeError);
 
 /// Lengths for which the library's angle neither overflows nor underflows; the
 /// angle to a shorter vector is 0.
@@ -25,10 +37,10 @@ bool IsOrdinary(const TVector3& rope) {
          rope.Perp() > RopeDirections::kLeastSine * rope.Mag();
 }
 
-/// By how much an angle may differ between the formula and products, with the
-/// error of the crossing, rad.
-double AngleError(eCrossings crossings) {
-  return crossings == eCrossings::kFlattened ? 1e-9 : 1e-6;
+double AngleBand(eCrossings crossings) {
+  return crossings == eCrossings::kFlattened
+             ? RopeDirections::kAngleBand
+             : RopeDirections::kAngleBandInSpace;
 }
 
 /// Azimuths at which a rope can block a crossing, right to kRangeError.
@@ -50,7 +62,7 @@ AzimuthRange RangeOf(const TVector3& rope, double angleTolerance,
     // The cap around the rope, seen from the axis. It is widened by the error
     // of the angle, which from the axis looks larger the steeper the rope is.
     const double widened =
-        std::min(angleTolerance + AngleError(crossings), kHalfPi);
+        std::min(angleTolerance + AngleBand(crossings), kHalfPi);
     const double ratio = std::sin(widened) * rope.Mag() / rope.Perp();
     range.halfWidth = ratio < 1.0 ? std::asin(ratio) : kTwoPi;
     range.isSure = false;
@@ -75,22 +87,23 @@ RopeDirections::RopeDirections(const std::vector<TVector3>& ropes,
     directions_.push_back(rope.Unit());
     ranges.push_back(RangeOf(rope, angleTolerance, crossings));
   }
-  FindLimits(angleTolerance, crossings);
-  FindHeights(angleTolerance);
+  SetCosineLimits(angleTolerance, crossings);
+  SetHeightLimits(angleTolerance);
   table_ = AzimuthTable(ranges, cells);
 }
 
-void RopeDirections::FindLimits(double angleTolerance, eCrossings crossings) {
-  constexpr double kRounding = 1e-13;  // of a cosine
-  const double error = AngleError(crossings);
-  const double near = angleTolerance - error;
-  const double far = angleTolerance + error;
+void RopeDirections::SetCosineLimits(double angleTolerance,
+                                     eCrossings crossings) {
+  const double band = AngleBand(crossings);
+  const double near = angleTolerance - band;
+  const double far = angleTolerance + band;
   // All directions are nearer than an angle beyond pi.
-  if (near > 0.0) surelyNear_ = near > kPi ? -2.0 : std::cos(near) + kRounding;
-  if (far < kPi) surelyFar_ = std::cos(far) - kRounding;
+  if (near > 0.0)
+    surelyNear_ = near > kPi ? -2.0 : std::cos(near) + kCosineBand;
+  if (far < kPi) surelyFar_ = std::cos(far) - kCosineBand;
 }
 
-void RopeDirections::FindHeights(double angleTolerance) {
+void RopeDirections::SetHeightLimits(double angleTolerance) {
   double lowest = kHalfPi;
   double highest = -kHalfPi;
   for (const TVector3& direction : directions_) {

@@ -14,12 +14,8 @@ namespace ZARN::DU {
 ///     angleTolerance > crossing.Angle(rope)      for any rope
 ///
 /// Without an arc cosine: the cosine of the angle is compared with that of the
-/// tolerance. A crossing found by algebra (CylinderCrossing.hpp) is right to
-/// 1.5e-10 of its distance, its height to 1.5e-7: what lies within 6 times that
-/// angle of the limit is unsure. The arc cosine need not fall from one double
-/// to the next, but its error, that of the cosine of the tolerance, and the few
-/// roundings of either product are all below 1e-14 in the cosine; 10 times that
-/// is added. Before that, an AzimuthTable finds the few ropes that can be near,
+/// tolerance, and what lies within kAngleBand and kCosineBand of the limit is
+/// unsure. Before that, an AzimuthTable finds the few ropes that can be near,
 /// and for crossings in the horizontal plane mostly the answer.
 class RopeDirections {
  public:
@@ -28,6 +24,18 @@ class RopeDirections {
     kFlattened,  ///< with z = 0
     kInSpace     ///< anywhere
   };
+
+  /// How near to the tolerance an angle is left open, rad: at least twice the
+  /// error of a crossing found by algebra (CrossingBands), flattened or with
+  /// its height.
+  static constexpr double kAngleBand = 1e-9;
+  static constexpr double kAngleBandInSpace = 1e-6;
+  /// How near to the tolerance's cosine a cosine is left open. The formula's
+  /// angle is right to 14 u in its cosine, u = 2^-53: scalar product and
+  /// lengths 10, arc cosine 4 (it need not even fall from one double to the
+  /// next). The products here have 10 roundings and the cosine of the tolerance
+  /// one. This is 36 times their sum.
+  static constexpr double kCosineBand = 1e-13;
 
   /// How right a rope's azimuths in the table are, rad.
   ///
@@ -56,10 +64,9 @@ class RopeDirections {
   RopeDirections(const std::vector<TVector3>& ropes, double angleTolerance,
                  eCrossings crossings, int cells);
 
-  /// Twice the largest error of a crossing's height in single precision, as the
-  /// angle above the horizon, where the tangent to the crossing is below 100:
-  /// 100 times that of its way, 1.1e-4 of its distance, and for the cosine 1.6
-  /// % of the height itself; rad.
+  /// By how much the ropes' heights are widened, as angles above the horizon,
+  /// rad: more than the error of a crossing in single precision, kSpaceError of
+  /// CrossingBands.
   static constexpr double kHeightMargin = 0.025;
 
   /// What the ropes do to a crossing.
@@ -76,8 +83,8 @@ class RopeDirections {
   double HighestSine() const { return highestSine_; }
 
  private:
-  void FindLimits(double angleTolerance, eCrossings crossings);
-  void FindHeights(double angleTolerance);
+  void SetCosineLimits(double angleTolerance, eCrossings crossings);
+  void SetHeightLimits(double angleTolerance);
 
   std::vector<TVector3> directions_;  // unit vectors
   double surelyNear_ = 2.0;           // cosines above it, of any rope

@@ -43,8 +43,8 @@ class EndsFromAbove {
   eSide Start(double radius2) const { return SideOf(start2_, radius2); }
   eSide End(double radius2) const { return SideOf(end2_, radius2); }
   eAnswer Pass(double radius2) const {
-    const double passing = Passing(start2_, end2_, product_, radius2);
-    return AnswerOf(passing > 1.0, passing < -1.0);
+    const auto passage = PassageOf(start2_, end2_, product_, radius2);
+    return AnswerOf(IsMeeting(passage), IsPassingBeside(passage));
   }
 
  private:

@@ -45,10 +45,8 @@ eAnswer VerticalRopeFilter::JudgeInSpace(const SegmentView& segment) const {
   const eAnswer answer = AnswerOf(IsWithinHeight(crossing, height2_),
                                   IsAboveHeight(crossing, height2_));
   if (answer != eAnswer::kBlocks) return answer;
-  // The formula has the angle at which a path rises from its cosine, so a small
-  // one is right to 3e-8 only, and the height to that times the way. Seen from
-  // the centre that is below 1.5e-7 as long as the way is no longer than this.
-  constexpr double kLongestWay = 5.0;  // distances of the crossing
+  // After a longer way the height is not right to kSpaceError.
+  constexpr double kLongestWay = CrossingBands<double>::kLongestWay;
   const double distance2 = crossing.x * crossing.x + crossing.y * crossing.y;
   if (!(crossing.way2 < kLongestWay * kLongestWay * distance2)) {
     return eAnswer::kUnsure;

@@ -2,6 +2,12 @@
 
 namespace ZARN::DU {
 
+/// How far beside a cell an azimuth may lie that AzimuthCell finds in it, in
+/// single precision, rad: the ascent below is right to 2 roundings, its place
+/// around the circle, below 4, and that in cells to 8 more, and one unit of it
+/// is up to 2 rad.
+inline constexpr double kAzimuthCellError = 20 * 0x1p-24;
+
 /// The cell of an azimuth among @p n around the z axis, n / 4 = @p perUnit.
 ///
 /// In place of the angle itself, which costs an arc tangent, the cells divide

@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "du/geometry/Constants.hpp"
+#include "du/geometry/CylinderCrossing.hpp"
 #include "du/geometry/Primitives.hpp"
 #include "tests/du/Answers.hpp"
 #include "tests/property/Random.hpp"
@@ -284,7 +285,8 @@ TEST(RopeDirections, AreNeverWrongOfARopeThatIsNearlyTheAxis) {
         tally.Add(Judge(directions, crossing), isNear, crossing);
         // As wrong as the algebra in single precision.
         const TVector3 wrong =
-            Rotated(crossing, random.Uniform(-1, 1) * 1.6e-4);
+            Rotated(crossing, random.Uniform(-1, 1) *
+                                  double{CrossingBands<float>::kAzimuthError});
         const AzimuthTable& table = directions.Table();
         tally.Add(table.At(table.CellOf(static_cast<float>(wrong.X()),
                                         static_cast<float>(wrong.Y()))),
@@ -353,10 +355,11 @@ TEST(RopeDirections, AreNeverWrongInSpaceOfACrossingThatIsAsWrongAsAlgebra) {
       const RopeDirections directions(ropes, tolerance, eCrossings::kInSpace,
                                       4096);
       const auto add = [&](const TVector3& crossing, AnswerTally& tally) {
-        // The place is right to 1e-10 of its distance, the height to 1e-7.
-        TVector3 found = crossing + 1e-10 * crossing.Mag() * random.Direction();
-        found.SetZ(crossing.Z() +
-                   random.Uniform(-1, 1) * 1e-7 * crossing.Mag());
+        using Bands = CrossingBands<double>;
+        TVector3 found = crossing;
+        found.SetTheta(crossing.Theta() +
+                       random.Uniform(-1, 1) * Bands::kSpaceError);
+        found.RotateZ(random.Uniform(-1, 1) * Bands::kAzimuthError);
         tally.Add(Judge(directions, found), IsNear(ropes, tolerance, crossing),
                   crossing);
       };

@@ -6,6 +6,7 @@
 #include <set>
 
 #include "du/geometry/Constants.hpp"
+#include "tests/property/Random.hpp"
 
 namespace ZARN::DU {
 namespace {
@@ -52,6 +53,29 @@ TYPED_TEST(AzimuthCellOf, StaysAmongTheCellsWhereRoundingReachesTheFullTurn) {
   EXPECT_EQ(this->Cell(-1e-30, -1, 64), 63);
   EXPECT_EQ(this->Cell(1e-30, -1, 64), 0);
   EXPECT_EQ(this->Cell(-0.0, -1, 64), 0);
+}
+
+TEST(AzimuthCell, IsRightToItsErrorInSinglePrecision) {
+  Testing::Random random(27);
+  constexpr int kCells = 16384;
+  int beside = 0;
+  for (int i = 0; i < 200000; ++i) {
+    const auto phi = random.Uniform(-kPi, kPi);
+    const auto x = static_cast<float>(6000 * std::cos(phi));
+    const auto y = static_cast<float>(6000 * std::sin(phi));
+    const int cell = AzimuthCell(x, y, kCells / 4.0F, kCells);
+    const auto cellOf = [&](double turned) {
+      const double angle = std::atan2(double{y}, double{x}) + turned;
+      return AzimuthCell(std::cos(angle), std::sin(angle), kCells / 4.0,
+                         kCells);
+    };
+    if (cell == cellOf(0)) continue;
+    ++beside;
+    EXPECT_TRUE(cell == cellOf(kAzimuthCellError) ||
+                cell == cellOf(-kAzimuthCellError))
+        << phi;
+  }
+  EXPECT_GT(beside, 0);
 }
 
 TYPED_TEST(AzimuthCellOf, DoesNotDependOnTheLength) {

@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <cmath>
 #include <limits>
+#include <type_traits>
 
 #include "du/geometry/Constants.hpp"
 #include "du/geometry/Primitives.hpp"
@@ -24,26 +25,14 @@ struct Line {
   double radius;
 };
 
-/// How far the stated errors reach, by the precision.
+/// How many random lines may be left open.
 template <class Real>
-struct Stated;
-template <>
-struct Stated<double> {
-  static constexpr double kWay = 1e-12;        // of s, see CrossingBands
-  static constexpr double kAzimuth = 1.5e-10;  // rad
-  static constexpr double kMostUnsure = 0.01;
-};
-template <>
-struct Stated<float> {
-  static constexpr double kWay = 1.4e-5;
-  static constexpr double kAzimuth = 1.6e-4;
-  static constexpr double kMostUnsure = 0.15;
-};
+constexpr double kMostUnsure = std::is_same_v<Real, double> ? 0.01 : 0.15;
 
 template <class Real>
 class CrossCylinderIn : public ::testing::Test {
  protected:
-  using S = Stated<Real>;
+  using Bands = CrossingBands<Real>;
 
   static CylinderCrossing<Real> Cross(const Line& line) {
     const auto real = [](double value) { return static_cast<Real>(value); };
@@ -86,11 +75,27 @@ class CrossCylinderIn : public ::testing::Test {
     wayError_ = std::max(wayError_, off / s / std::max(length, 1.0));
     const TVector3 found(double{crossing.x}, double{crossing.y}, 0);
     azimuthError_ = std::max(azimuthError_, std::abs(found.DeltaPhi(expected)));
+    CheckInSpace(crossing, expected);
+  }
+
+  /// The same of its direction from the centre, where that can be relied on.
+  void CheckInSpace(const CylinderCrossing<Real>& crossing,
+                    const TVector3& expected) {
+    if (!(crossing.along2 > Bands::kLeastCosine2InSpace * crossing.scale))
+      return;
+    const TVector3 found(double{crossing.x}, double{crossing.y},
+                         double{crossing.Height()});
+    constexpr double kLongestWay = CrossingBands<double>::kLongestWay;
+    if (!(std::sqrt(double{crossing.way2}) < kLongestWay * found.Perp()))
+      return;
+    spaceError_ =
+        std::max(spaceError_, std::abs(found.Theta() - expected.Theta()));
   }
 
   void ExpectTheStatedErrors() const {
-    EXPECT_LE(wayError_, S::kWay);
-    EXPECT_LE(azimuthError_, S::kAzimuth);
+    EXPECT_LE(wayError_, Bands::kWayError);
+    EXPECT_LE(azimuthError_, Bands::kAzimuthError);
+    EXPECT_LE(spaceError_, Bands::kSpaceError);
     heights_.ExpectNoneWrong();
   }
 
@@ -98,6 +103,7 @@ class CrossCylinderIn : public ::testing::Test {
   int sure_ = 0;
   double wayError_ = 0.0;
   double azimuthError_ = 0.0;
+  double spaceError_ = 0.0;
   AnswerTally heights_;
 };
 
@@ -114,7 +120,7 @@ TYPED_TEST(CrossCylinderIn, IsRightAndMostlySureFromTheVessel) {
   Random random(10);
   for (int i = 0; i < 30000; ++i) this->Check(RandomLine(random));
   this->ExpectTheStatedErrors();
-  EXPECT_GT(this->sure_, (1 - TestFixture::S::kMostUnsure) * this->count_);
+  EXPECT_GT(this->sure_, (1 - kMostUnsure<TypeParam>)*this->count_);
   // Only a height at the limit itself or beside it is left open.
   this->heights_.Expect(0.6);
 }
@@ -166,6 +172,25 @@ TYPED_TEST(CrossCylinderIn, IsRightWhereItIsSureNearEveryLimit) {
   }
   this->ExpectTheStatedErrors();
   EXPECT_GT(this->sure_, 0);
+}
+
+TYPED_TEST(CrossCylinderIn, IsRightForEveryRadiusAndDistance) {
+  // Where the errors are largest: to crossings near the axis, along the
+  // cylinder's edge, and steeply up.
+  Random random(15);
+  for (int i = 0; i < 100000; ++i) {
+    const double radius = std::pow(10, random.Uniform(0, 5));
+    const TVector3 start = Rotated(
+        {std::min(9.9e4, radius * std::pow(10, random.Uniform(-2, 2))), 0, 0},
+        random.Uniform(-kPi, kPi));
+    const double aside = std::asin(
+        std::min(1.0, radius * random.Uniform(0, 1.2) / start.Perp()));
+    TVector3 direction = Rotated(-start.Unit(), aside);
+    direction.SetZ(std::pow(10, random.Uniform(-9, 2)));
+    this->Check({start, random.Uniform(0.72, 1.4) * direction.Unit(), radius});
+  }
+  this->ExpectTheStatedErrors();
+  EXPECT_GT(this->sure_, 0.3 * this->count_);
 }
 
 TYPED_TEST(CrossCylinderIn, IsRightAlsoForDirectionsOfAnotherLength) {

@@ -37,15 +37,12 @@ class CylinderSideIn : public ::testing::Test {
                     IsOutside(distance2, kRadius2));
   }
 
-  static Real PassingOf(const TVector3& first, const TVector3& second) {
+  static eAnswer JudgePassing(const TVector3& first, const TVector3& second) {
     const Place a(first);
     const Place b(second);
-    return Passing(a.Distance2(), b.Distance2(), a.x * b.x + a.y * b.y,
-                   kRadius2);
-  }
-  static eAnswer JudgePassing(const TVector3& first, const TVector3& second) {
-    const Real passing = PassingOf(first, second);
-    return AnswerOf(passing > 1, passing < -1);
+    const auto passage = PassageOf(a.Distance2(), b.Distance2(),
+                                   a.x * b.x + a.y * b.y, kRadius2);
+    return AnswerOf(IsMeeting(passage), IsPassingBeside(passage));
   }
 
   static constexpr Real kRadius2 = static_cast<Real>(kRadius * kRadius);
