@@ -302,10 +302,11 @@ class KernelBatch {
     std::array<std::uint8_t, DU::kBatchPaths> found;
     for (std::size_t first = 0; first < paths.Size(); first += found.size()) {
       const std::size_t count = std::min(found.size(), paths.Size() - first);
-      batch_.Judge(filter_, paths.Columns(), first, count, found.data());
+      batch_.Judge(filter_, DU::PathsInColumns(paths.Columns(), first), count,
+                   found.data());
       for (std::size_t i = 0; i < count; ++i) {
         verdicts[first + i] =
-            found[i] == DU::ShadowingBatch::kOpen
+            found[i] == DU::kOpenVerdict
                 ? calculator.FindShadowing(paths.Columns().At(first + i))
                 : static_cast<eShadowingComponent>(found[i]);
       }

@@ -16,6 +16,7 @@
 #include "du/UnusualPathMessages.hpp"
 #include "du/fast/HardwareFormulas.hpp"
 #include "du/fast/LazyLayers.hpp"
+#include "du/fast/PathLists.hpp"
 #include "log/Log.hpp"
 
 namespace ZARN::DU {
@@ -144,52 +145,18 @@ eShadowingComponent ShadowingCalculator::FindShadowing(
   return FindSilently(ViewsOf(path, ShapeOfType(path.LightPathType)));
 }
 
-namespace {
-
-/// Paths in records or columns, by their number.
-struct Records {
-  /// Call @p work with a path's segments, and give what it gives.
-  template <class Work>
-  auto On(std::size_t i, const Work& work) const {
-    return work(ViewsOf(paths[i], ShapeOfType(paths[i].LightPathType)));
-  }
-  void Judge(const ShadowingBatch& batch, const ShadowingFilter& filter,
-             std::size_t first, std::size_t count,
-             std::uint8_t* verdicts) const {
-    batch.Judge(filter, paths + first, count, verdicts);
-  }
-
-  const LightPath* paths;
-};
-struct Columns {
-  template <class Work>
-  auto On(std::size_t i, const Work& work) const {
-    const WaterSegments segments = SegmentsOf(paths, i);
-    return work(ViewsOf(segments));
-  }
-  void Judge(const ShadowingBatch& batch, const ShadowingFilter& filter,
-             std::size_t first, std::size_t count,
-             std::uint8_t* verdicts) const {
-    batch.Judge(filter, paths, first, count, verdicts);
-  }
-
-  const LightPathArrays& paths;
-};
-
-}  // namespace
-
 void ShadowingCalculator::FindShadowing(const LightPath* paths,
                                         std::size_t count,
                                         eShadowingComponent* verdicts,
                                         std::size_t threads) const {
-  FindShadowingOnThreads(Records{paths}, count, verdicts, threads);
+  FindShadowingOnThreads(PathsInRecords(paths), count, verdicts, threads);
 }
 
 void ShadowingCalculator::FindShadowing(const LightPathArrays& paths,
                                         std::size_t count,
                                         eShadowingComponent* verdicts,
                                         std::size_t threads) const {
-  FindShadowingOnThreads(Columns{paths}, count, verdicts, threads);
+  FindShadowingOnThreads(PathsInColumns(paths), count, verdicts, threads);
 }
 
 template <class Paths>
@@ -217,20 +184,20 @@ void ShadowingCalculator::FindShadowingOfSome(
     eShadowingComponent* verdicts) const {
   const PreparedLayers* const layers =
       Layers == nullptr ? nullptr : Layers->Get();
-  std::array<std::uint8_t, kBatchPaths> found;
+  std::array<BatchVerdict, kBatchPaths> found;
   for (std::size_t i = first; i < last; i += kBatchPaths) {
     const std::size_t count = std::min(kBatchPaths, last - i);
     if (layers != nullptr) {
-      paths.Judge(layers->batch, layers->filter, i, count, found.data());
+      layers->batch.Judge(layers->filter, paths.From(i), count, found.data());
     } else {
-      found.fill(ShadowingBatch::kOpen);
+      found.fill(kOpenVerdict);
     }
     for (std::size_t k = 0; k < count; ++k) {
-      verdicts[i + k] = found[k] == ShadowingBatch::kOpen
-                            ? paths.On(i + k,
-                                       [this](const auto& path) {
-                                         return FindSilently(path);
-                                       })
+      verdicts[i + k] = found[k] == kOpenVerdict
+                            ? paths.OnSegments(i + k,
+                                               [this](const auto& path) {
+                                                 return FindSilently(path);
+                                               })
                             : static_cast<eShadowingComponent>(found[k]);
     }
   }

@@ -29,9 +29,6 @@ eSide SideOf(double distance2, double radius2) {
   return IsOutside(distance2, radius2) ? eSide::kOutside : eSide::kUnsure;
 }
 
-/// What blocks either of two crossings.
-eAnswer Either(eAnswer a, eAnswer b) { return std::max(a, b); }
-
 /// The ends of a path in water, seen from above.
 class EndsFromAbove {
  public:

@@ -15,6 +15,10 @@ inline eAnswer AnswerOf(bool surelyBlocks, bool surelyClear) {
   return surelyClear ? eAnswer::kClear : eAnswer::kUnsure;
 }
 
+/// What is done by two things together: one that blocks suffices, and only two
+/// that are clear are.
+constexpr eAnswer Either(eAnswer a, eAnswer b) { return a < b ? b : a; }
+
 /// Whether something blocks, as the answer says, or as @p decide() does where
 /// the answer is unsure.
 template <class Decide>

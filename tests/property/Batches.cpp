@@ -116,14 +116,16 @@ std::string KernelDifference(const DU::ShadowingCalculator& calculator,
     std::vector<std::uint8_t> inColumns(judged.Size());
     for (std::size_t i = 0; i < judged.Size(); i += DU::kBatchPaths) {
       const std::size_t count = std::min(DU::kBatchPaths, judged.Size() - i);
-      batch.Judge(filter, judged.paths.data() + i, count, records.data() + i);
-      batch.Judge(filter, columns.Arrays(), i, count, inColumns.data() + i);
+      batch.Judge(filter, DU::PathsInRecords(judged.paths.data() + i), count,
+                  records.data() + i);
+      batch.Judge(filter, DU::PathsInColumns(columns.Arrays(), i), count,
+                  inColumns.data() + i);
     }
     if (first.empty()) first = records;
     for (std::size_t i = 0; i < judged.Size(); ++i) {
       if (records[i] != first[i]) return name + " differs from the first";
       if (inColumns[i] != records[i]) return name + " differs for columns";
-      if (records[i] == DU::ShadowingBatch::kOpen) continue;
+      if (records[i] == DU::kOpenVerdict) continue;
       const auto found = static_cast<Component>(records[i]);
       if (found != judged.verdicts[i]) {
         return name + ", " +
@@ -132,7 +134,7 @@ std::string KernelDifference(const DU::ShadowingCalculator& calculator,
     }
   }
   open += static_cast<std::size_t>(
-      std::count(first.begin(), first.end(), DU::ShadowingBatch::kOpen));
+      std::count(first.begin(), first.end(), DU::kOpenVerdict));
   return {};
 }
 

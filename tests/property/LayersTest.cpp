@@ -166,10 +166,11 @@ TEST_F(Layers, EveryKernelKnowsNearlyAllPaths) {
     for (std::size_t i = 0; i < paths_.size(); i += DU::kBatchPaths) {
       std::array<std::uint8_t, DU::kBatchPaths> found;
       const std::size_t count = std::min(DU::kBatchPaths, paths_.size() - i);
-      batch.Judge(filter, paths_.data() + i, count, found.data());
+      batch.Judge(filter, DU::PathsInRecords(paths_.data() + i), count,
+                  found.data());
       for (std::size_t k = 0; k < count; ++k) {
         shares[static_cast<std::size_t>(paths_[i + k].LightPathType)].Count(
-            found[k] == DU::ShadowingBatch::kOpen);
+            found[k] == DU::kOpenVerdict);
       }
     }
     for (std::size_t type = 1; type < shares.size(); ++type) {

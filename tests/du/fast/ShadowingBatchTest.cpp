@@ -23,9 +23,7 @@ using Testing::InRun;
 using Testing::Only;
 using Testing::PathColumns;
 using Testing::PathsAtHardware;
-using Verdicts = std::vector<std::uint8_t>;
-
-constexpr std::uint8_t kOpen = ShadowingBatch::kOpen;
+using Verdicts = std::vector<BatchVerdict>;
 
 const ShadowingCalculator& Detector() {
   static const ShadowingCalculator detector = InRun(Testing::VariedTables());
@@ -41,7 +39,7 @@ struct Judges {
   Verdicts OnRecords(const std::vector<LightPath>& paths) const {
     Verdicts verdicts(paths.size());
     for (std::size_t i = 0; i < paths.size(); i += kBatchPaths) {
-      batch.Judge(filter, paths.data() + i,
+      batch.Judge(filter, PathsInRecords(paths.data() + i),
                   std::min(kBatchPaths, paths.size() - i), verdicts.data() + i);
     }
     return verdicts;
@@ -50,7 +48,7 @@ struct Judges {
     const PathColumns columns(paths);
     Verdicts verdicts(paths.size());
     for (std::size_t i = 0; i < paths.size(); i += kBatchPaths) {
-      batch.Judge(filter, columns.Arrays(), i,
+      batch.Judge(filter, PathsInColumns(columns.Arrays(), i),
                   std::min(kBatchPaths, paths.size() - i), verdicts.data() + i);
     }
     return verdicts;
@@ -75,7 +73,7 @@ double ExpectRightOrOpen(const ShadowingCalculator& detector,
   }
   int open = 0;
   for (std::size_t i = 0; i < paths.size(); ++i) {
-    if (verdicts[i] == kOpen) {
+    if (verdicts[i] == kOpenVerdict) {
       ++open;
     } else {
       EXPECT_EQ(static_cast<eComponent>(verdicts[i]),
@@ -176,22 +174,23 @@ TEST(ShadowingBatch, JudgesAnyNumberOfPathsAndNoMore) {
   const auto paths = PathsAtHardware(Detector(), 56).Make(kBatchPaths);
   const Verdicts all = judges.OnRecords(paths);
   const PathColumns columns(paths);
-  constexpr std::uint8_t kUntouched = 200;
+  constexpr BatchVerdict kUntouched = 200;
   for (const std::size_t count : {0U, 1U, 2U, 7U, 8U, 15U, 16U, 17U, 255U}) {
     SCOPED_TRACE(count);
     Verdicts expected(kBatchPaths, kUntouched);
     std::copy_n(all.begin(), count, expected.begin());
     Verdicts verdicts(kBatchPaths, kUntouched);
-    judges.batch.Judge(judges.filter, paths.data(), count, verdicts.data());
+    judges.batch.Judge(judges.filter, PathsInRecords(paths.data()), count,
+                       verdicts.data());
     EXPECT_EQ(verdicts, expected);
     verdicts.assign(kBatchPaths, kUntouched);
-    judges.batch.Judge(judges.filter, columns.Arrays(), 0, count,
+    judges.batch.Judge(judges.filter, PathsInColumns(columns.Arrays()), count,
                        verdicts.data());
     EXPECT_EQ(verdicts, expected);
     // From some place on in the columns.
     const std::size_t first = kBatchPaths - count;
-    judges.batch.Judge(judges.filter, columns.Arrays(), first, count,
-                       verdicts.data());
+    judges.batch.Judge(judges.filter, PathsInColumns(columns.Arrays(), first),
+                       count, verdicts.data());
     EXPECT_TRUE(std::equal(all.begin() + static_cast<std::ptrdiff_t>(first),
                            all.end(), verdicts.begin()));
   }
@@ -212,7 +211,7 @@ TEST(ShadowingBatch, LeavesUnusualTypesOpenAmongOthers) {
        {judges.OnRecords(paths), judges.OnColumns(paths)}) {
     for (std::size_t i = 0; i < paths.size(); ++i) {
       const bool isUnusual = i % 7 == 0 && i < next;
-      EXPECT_EQ(verdicts[i], isUnusual ? kOpen : before[i]) << i;
+      EXPECT_EQ(verdicts[i], isUnusual ? kOpenVerdict : before[i]) << i;
     }
   }
 }
@@ -228,7 +227,7 @@ TEST(ShadowingBatch, ReadsOnlyTheColumnsThatItsTypesUse) {
         LightPathArrays arrays = columns.Arrays();
         for (const auto member : unused) arrays.*member = {};
         Verdicts verdicts(paths.size());
-        judges.batch.Judge(judges.filter, arrays, 0, paths.size(),
+        judges.batch.Judge(judges.filter, PathsInColumns(arrays), paths.size(),
                            verdicts.data());
         EXPECT_EQ(verdicts, judges.OnRecords(paths));
       };
@@ -263,7 +262,8 @@ TEST(ShadowingBatch, WorksWithACopyOfTheFilterThatItWasMadeFrom) {
   const ShadowingFilter copy = *filter;
   filter.reset();
   Verdicts verdicts(paths.size());
-  batch.Judge(copy, paths.data(), paths.size(), verdicts.data());
+  batch.Judge(copy, PathsInRecords(paths.data()), paths.size(),
+              verdicts.data());
   EXPECT_EQ(verdicts, Judges(Detector()).OnRecords(paths));
 }
 
@@ -293,7 +293,7 @@ std::vector<double> HeightsAround(double height) {
                                  Testing::Below(height)};
   const auto single = static_cast<float>(height);
   constexpr float kInfinity = std::numeric_limits<float>::infinity();
-  const double margin = 1e-6 * std::max(1.0, std::abs(height));
+  const double margin = kSinglePrecisionBand * std::max(1.0, std::abs(height));
   for (const float towards : {-kInfinity, kInfinity}) {
     float next = single;
     for (int i = 0; i < 3; ++i) {

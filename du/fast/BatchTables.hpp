@@ -1,0 +1,131 @@
+#pragma once
+
+#include <array>
+#include <cstddef>
+#include <cstdint>
+#include <vector>
+
+#include "du/fast/BatchKernel.hpp"
+#include "du/fast/ShadowMap.hpp"
+#include "du/fast/ShadowingFilter.hpp"
+#include "du/geometry/Answer.hpp"
+#include "du/geometry/AzimuthTable.hpp"
+#include "du/hardware/ShadowingComponent.hpp"
+
+namespace ZARN::DU {
+
+/// A batch's verdict on a segment or path: a number of eShadowingComponent, or
+/// kOpenVerdict where the filter has to be asked.
+using BatchVerdict = std::uint8_t;
+inline constexpr BatchVerdict kOpenVerdict = 255;
+
+constexpr BatchVerdict BatchVerdictOf(eShadowingComponent component) {
+  return static_cast<BatchVerdict>(component);
+}
+
+/// The verdict on a path by those on its two segments: the component that is
+/// tested first. Each component is tested for both segments before the next, so
+/// an open segment leaves the path open.
+constexpr BatchVerdict EarlierOf(BatchVerdict first, BatchVerdict second) {
+  constexpr BatchVerdict kNone = BatchVerdictOf(eShadowingComponent::kNone);
+  if (first == kOpenVerdict || second == kOpenVerdict) return kOpenVerdict;
+  if (first == kNone) return second;
+  if (second == kNone) return first;
+  return first < second ? first : second;
+}
+
+/// What is known of the vertical ropes that a segment can meet. Where it starts
+/// below the hold-down ropes' ends these are the hold-down ropes, else the
+/// support ropes.
+class RopeAnswer {
+ public:
+  /// How many different ones there are.
+  static constexpr std::size_t kCount = 8;
+
+  /// Of ropes that are not known.
+  constexpr RopeAnswer() : code_(kNotKnown) {}
+  constexpr RopeAnswer(eAnswer answer, bool isBelowEnds)
+      : code_(static_cast<std::uint8_t>(static_cast<unsigned>(answer) |
+                                        (isBelowEnds ? kBelowEnds : 0U))) {}
+  /// @param code  below kCount
+  static constexpr RopeAnswer OfCode(std::size_t code) {
+    RopeAnswer answer;
+    answer.code_ = static_cast<std::uint8_t>(code);
+    return answer;
+  }
+
+  std::size_t Code() const { return code_; }
+  bool IsBelowEnds() const { return (code_ & kBelowEnds) != 0; }
+  /// Whether it is known which ropes count.
+  bool IsKnown() const { return (code_ & kAnswer) != kNotKnown; }
+  eAnswer Answer() const {
+    return IsKnown() ? static_cast<eAnswer>(code_ & kAnswer) : eAnswer::kUnsure;
+  }
+
+ private:
+  static constexpr unsigned kAnswer = 3;  // the bits that hold an eAnswer
+  static constexpr unsigned kNotKnown = 3;
+  static constexpr unsigned kBelowEnds = 4;
+
+  std::uint8_t code_;
+};
+
+/// By how much a number of a geometry is moved, relative to it and at least by
+/// this, mm or mm^2, so that a comparison in single precision holds. The
+/// squared distance of a crossing has 5 roundings there, two of them of the
+/// path, and the limit one: 3.6e-7.
+inline constexpr double kSinglePrecisionBand = 1e-6;
+
+/// What a batch takes from a filter: numbers for its kernels, and small tables
+/// that turn what they find into verdicts.
+class BatchTables {
+ public:
+  explicit BatchTables(const ShadowingFilter& filter);
+
+  const BatchGeometry& Geometry() const { return geometry_; }
+
+  /// What is known at a place that a kernel found.
+  RopeAnswer RopesAt(int place) const {
+    return ropes_[static_cast<std::size_t>(place)];
+  }
+
+  /// The verdict on a segment that crosses the vessel.
+  ///
+  /// @param isFirst  of its path: the pipes count
+  BatchVerdict OnCrossing(RopeAnswer ropes, ShadowMap::Code code,
+                          bool isFirst) const {
+    return (isFirst ? firstVerdicts_ : secondVerdicts_)[ropes.Code()][code];
+  }
+
+  /// The verdict on path @p i of a block in water.
+  BatchVerdict InWater(const WaterBlock& block, std::size_t i) const {
+    const auto answer = [&](const WaterBlock::Values<int>& places) {
+      return static_cast<std::size_t>(RopesAt(places.at[i]).Answer());
+    };
+    return waterVerdicts_[answer(block.entered) | answer(block.left) << 2U |
+                          answer(block.seenEntered) << 4U |
+                          answer(block.seenLeft) << 6U];
+  }
+
+ private:
+  // By RopeAnswer and ShadowMap::Code.
+  using CrossingVerdicts =
+      std::array<std::array<BatchVerdict, 256>, RopeAnswer::kCount>;
+
+  void SetHeights(const ShadowingFilter& filter);
+  void SetRopeLimits(const ShadowingFilter& filter);
+  void AppendRopeTables(const ShadowingFilter& filter);
+  int Append(RopeAnswer answer);
+  int Append(const VerticalRopeFilter& ropes, bool isBelowEnds);
+  void MakeCrossingVerdicts();
+  void MakeWaterVerdicts(const ShadowingFilter& filter);
+
+  BatchGeometry geometry_ = {};
+  std::vector<RopeAnswer> ropes_;         // the azimuth tables, end to end
+  CrossingVerdicts firstVerdicts_ = {};   // of a path's first segment
+  CrossingVerdicts secondVerdicts_ = {};  // the pipes do not count
+  // By the four answers of a WaterBlock, two bits each.
+  std::array<BatchVerdict, 256> waterVerdicts_ = {};
+};
+
+}  // namespace ZARN::DU
