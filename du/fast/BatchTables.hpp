@@ -11,6 +11,7 @@
 #include "du/geometry/Answer.hpp"
 #include "du/geometry/AzimuthTable.hpp"
 #include "du/hardware/ShadowingComponent.hpp"
+#include "log/Assert.hpp"
 
 namespace ZARN::DU {
 
@@ -49,6 +50,7 @@ class RopeAnswer {
                                         (isBelowEnds ? kBelowEnds : 0U))) {}
   /// @param code  below kCount
   static constexpr RopeAnswer OfCode(std::size_t code) {
+    ZARN_ASSERT(code < kCount, code);
     RopeAnswer answer;
     answer.code_ = static_cast<std::uint8_t>(code);
     return answer;
@@ -86,7 +88,9 @@ class BatchTables {
 
   /// What is known at a place that a kernel found.
   RopeAnswer RopesAt(int place) const {
-    return ropes_[static_cast<std::size_t>(place)];
+    const auto i = static_cast<std::size_t>(place);
+    ZARN_ASSERT(i < ropes_.size(), place, ropes_.size());
+    return ropes_[i];
   }
 
   /// The verdict on a segment that crosses the vessel.

@@ -5,6 +5,7 @@
 
 #include "du/geometry/Constants.hpp"
 #include "du/geometry/CylinderCrossing.hpp"
+#include "log/Assert.hpp"
 
 namespace ZARN::DU {
 namespace {
@@ -117,6 +118,7 @@ void RopeDirections::SetHeightLimits(double angleTolerance) {
 }
 
 eAnswer RopeDirections::Judge(double x, double y, double z) const {
+  ZARN_ASSERT(std::isfinite(x + y + z) && (x != 0.0 || y != 0.0), x, y, z);
   const int cell = table_.CellOf(x, y);
   eAnswer answer = table_.At(cell);
   if (answer != eAnswer::kUnsure) return answer;

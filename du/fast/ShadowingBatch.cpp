@@ -2,6 +2,8 @@
 
 #include <array>
 
+#include "log/Assert.hpp"
+
 namespace ZARN::DU {
 namespace {
 
@@ -27,6 +29,7 @@ class PathsByType {
  public:
   template <class Paths>
   PathsByType(const Paths& paths, std::size_t count) {
+    ZARN_ASSERT(count <= kBatchPaths, count);
     for (std::size_t i = 0; i < count; ++i) {
       const int type = paths.Type(i);
       const bool isUsual =
@@ -191,6 +194,7 @@ class ShadowingBatch::Block {
     const RopeAnswer ropes = tables_.RopesAt(block.rope.at[segment.place]);
     const int cell = block.cell.at[segment.place];
     const auto inMap = static_cast<std::size_t>(cell);
+    ZARN_ASSERT(inMap <= filter_.Map().OffMap(), cell, filter_.Map().OffMap());
     const BatchVerdict verdict =
         tables_.OnCrossing(ropes, filter_.Map().At(inMap), segment.isFirst);
     if (verdict != kOpenVerdict || ropes.Answer() == eAnswer::kUnsure ||

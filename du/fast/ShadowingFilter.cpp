@@ -1,12 +1,12 @@
 #include "du/fast/ShadowingFilter.hpp"
 
-#include <algorithm>
 #include <optional>
 
 #include "du/fast/AVPipeBands.hpp"
 #include "du/fast/NeckBossCap.hpp"
 #include "du/geometry/CylinderSide.hpp"
 #include "du/hardware/AVHDRopeShadowing.hpp"
+#include "log/Assert.hpp"
 
 namespace ZARN::DU {
 namespace {
@@ -168,6 +168,7 @@ ShadowingFilter::ShadowingFilter(const Hardware& hardware,
 eComponent ShadowingFilter::FindAtCrossing(const TVector3& point,
                                            std::size_t cell,
                                            const KnownRopes& ropes) const {
+  ZARN_ASSERT(cell < map_.OffMap(), cell, map_.OffMap());
   const Crossing at = {&point, cell, map_.At(cell)};
   return FirstComponentThat([&](auto component) {
     if constexpr (component == eComponent::kAVHDRope) {

@@ -5,6 +5,7 @@
 #include "du/geometry/Constants.hpp"
 #include "du/geometry/IeeeQuotient.hpp"
 #include "du/geometry/Primitives.hpp"
+#include "log/Assert.hpp"
 
 namespace ZARN::DU {
 namespace {
@@ -101,6 +102,8 @@ bool HasAVHDRopes(const AVHDRopeModel& model) {
 
 bool IsAtAVHDRope(const AVHDRopeModel& model, const TVector3& point,
                   double angleTolerance) {
+  ZARN_ASSERT(HasAVHDRopes(model), model.AVHDRopeEndPoints.size(),
+              model.AVHDRopePositions.size());
   const auto& rolls = model.AVHDRopeRolls;
   for (float i = 0; static_cast<float>(rolls.size()) > i; i += 1.0F) {
     const double roll = rolls[static_cast<std::size_t>(i)];
@@ -115,6 +118,8 @@ bool IsAtAVHDRope(const AVHDRopeModel& model, const TVector3& point,
 bool IsAtVerticalAVHDRope(const AVHDRopeModel& model, double tolerance,
                           const WaterSegment& segment,
                           eDiagnostics diagnostics) {
+  ZARN_ASSERT(HasAVHDRopes(model), model.AVHDRopeEndPoints.size(),
+              model.AVHDRopePositions.size());
   const VerticalRopes ropes(model, tolerance, diagnostics);
   const TVector3 crossing = ropes.CrossingOf(segment);
   return ropes.Block(crossing, ropes.Foot());
@@ -131,11 +136,15 @@ std::vector<TVector3> AVHDRopeEnds(const AVHDRopeModel& model) {
 }
 
 RopeCylinderLimits LimitsOfAVHDRopes(const AVHDRopeModel& model) {
+  ZARN_ASSERT(HasAVHDRopes(model), model.AVHDRopeEndPoints.size(),
+              model.AVHDRopePositions.size());
   const VerticalRopes ropes(model, 0.0, eDiagnostics::kSilent);
   return {ropes.CylinderRadius(), -ropes.Foot().Z()};
 }
 
 double AVHDRopeAngleTolerance(const AVHDRopeModel& model, double tolerance) {
+  ZARN_ASSERT(HasAVHDRopes(model), model.AVHDRopeEndPoints.size(),
+              model.AVHDRopePositions.size());
   return IeeeQuotient(tolerance + model.AVHDRopeRadius,
                       model.AVHDRopeEndPoints.front().Mag());
 }
@@ -143,6 +152,8 @@ double AVHDRopeAngleTolerance(const AVHDRopeModel& model, double tolerance) {
 bool CheckForAVHDRopeShadowing(const AVHDRopeModel& model, double tolerance,
                                const WaterSegments& path,
                                eDiagnostics diagnostics) {
+  ZARN_ASSERT(HasAVHDRopes(model), model.AVHDRopeEndPoints.size(),
+              model.AVHDRopePositions.size());
   switch (path.kind) {
     case ePathKind::kUninitialised:
     case ePathKind::kMisspeltUninitialised:

@@ -8,6 +8,7 @@
 #include "du/geometry/Primitives.hpp"
 #include "du/hardware/AVHDRopeShadowing.hpp"
 #include "du/hardware/GeometryTables.hpp"
+#include "log/Assert.hpp"
 
 namespace ZARN::DU {
 namespace {
@@ -152,20 +153,24 @@ bool HasSupportRopes(const SupportRopeModel& model) {
 
 bool IsAtSupportRope(const SupportRopeModel& model, double tolerance,
                      const WaterSegment& segment, eDiagnostics diagnostics) {
+  ZARN_ASSERT(HasSupportRopes(model), model.SupportRopePositions.size());
   return RopeCylinder(model, tolerance, diagnostics).IsSegmentBlocked(segment);
 }
 
 RopeCylinderLimits LimitsOfSupportRopes(const SupportRopeModel& model) {
+  ZARN_ASSERT(HasSupportRopes(model), model.SupportRopePositions.size());
   const RopeCylinder cylinder(model, 0.0, eDiagnostics::kSilent);
   return {cylinder.Radius(), cylinder.Top().Z()};
 }
 
 double SupportRopeTopDistance(const SupportRopeModel& model) {
+  ZARN_ASSERT(HasSupportRopes(model), model.SupportRopePositions.size());
   return RopeCylinder(model, 0.0, eDiagnostics::kSilent).Top().Mag();
 }
 
 double SupportRopeAngleTolerance(const SupportRopeModel& model,
                                  double tolerance) {
+  ZARN_ASSERT(HasSupportRopes(model), model.SupportRopePositions.size());
   return IeeeQuotient(tolerance + model.SupportRopeRadius,
                       model.SupportRopePositions.front().Mag());
 }
@@ -174,6 +179,7 @@ bool CheckForSupportRopeShadowing(const SupportRopeModel& model,
                                   const AVHDRopeModel& holdDownRopes,
                                   double tolerance, const WaterSegments& path,
                                   eDiagnostics diagnostics) {
+  ZARN_ASSERT(HasSupportRopes(model), model.SupportRopePositions.size());
   const RopeCylinder cylinder(model, tolerance, diagnostics);
   switch (path.kind) {
     case ePathKind::kUninitialised:

@@ -1,0 +1,17 @@
+// Off in this file, whatever the build has.
+#undef ZARN_ASSERTIONS
+#include "log/Assert.hpp"
+
+#include <gtest/gtest.h>
+
+namespace ZARN {
+namespace {
+
+TEST(AssertOff, DoesNotAskForTheCondition) {
+  int asked = 0;
+  ZARN_ASSERT(++asked == 0, ++asked);
+  EXPECT_EQ(asked, 0);
+}
+
+}  // namespace
+}  // namespace ZARN
