@@ -58,10 +58,12 @@ class RopeAnswer {
 
   std::size_t Code() const { return code_; }
   bool IsBelowEnds() const { return (code_ & kBelowEnds) != 0; }
+  /// The answer's number, or one more where the ropes are not known.
+  std::size_t AnswerNumber() const { return code_ & kAnswer; }
   /// Whether it is known which ropes count.
-  bool IsKnown() const { return (code_ & kAnswer) != kNotKnown; }
+  bool IsKnown() const { return AnswerNumber() != kNotKnown; }
   eAnswer Answer() const {
-    return IsKnown() ? static_cast<eAnswer>(code_ & kAnswer) : eAnswer::kUnsure;
+    return IsKnown() ? static_cast<eAnswer>(AnswerNumber()) : eAnswer::kUnsure;
   }
 
  private:
@@ -104,7 +106,7 @@ class BatchTables {
   /// The verdict on path @p i of a block in water.
   BatchVerdict InWater(const WaterBlock& block, std::size_t i) const {
     const auto answer = [&](const WaterBlock::Values<int>& places) {
-      return static_cast<std::size_t>(RopesAt(places.at[i]).Answer());
+      return RopesAt(places.at[i]).AnswerNumber();
     };
     return waterVerdicts_[answer(block.entered) | answer(block.left) << 2U |
                           answer(block.seenEntered) << 4U |
@@ -128,7 +130,7 @@ class BatchTables {
   std::vector<RopeAnswer> ropes_;         // the azimuth tables, end to end
   CrossingVerdicts firstVerdicts_ = {};   // of a path's first segment
   CrossingVerdicts secondVerdicts_ = {};  // the pipes do not count
-  // By the four answers of a WaterBlock, two bits each.
+  // By the four answers of a WaterBlock, two bits of AnswerNumber each.
   std::array<BatchVerdict, 256> waterVerdicts_ = {};
 };
 
