@@ -120,12 +120,7 @@ bool ShadowingCalculator::CheckForShadowing(LightPathCalculator& lightPath) {
                                            ? FindWithMessages(path, shape, name)
                                            : FindSilently(ViewsOf(path, shape));
 
-  ShadowedByAVHDRope = blocking == eShadowingComponent::kAVHDRope;
-  ShadowedByBellyPlate = blocking == eShadowingComponent::kBellyPlate;
-  ShadowedByNCDAnchor = blocking == eShadowingComponent::kNCDAnchor;
-  ShadowedBySupportRope = blocking == eShadowingComponent::kSupportRope;
-  ShadowedByAVPipe = blocking == eShadowingComponent::kAVPipe;
-  ShadowedByNeckBoss = blocking == eShadowingComponent::kNeckBoss;
+  if (blocking != eShadowingComponent::kNone) this->*FlagOf(blocking) = true;
   Shadowed = blocking != eShadowingComponent::kNone;
   return Shadowed;
 }
@@ -212,22 +207,38 @@ bool ShadowingCalculator::WritesMessages(ePathKind kind) const {
   return kind != ePathKind::kWater && PlatesMayWarn;
 }
 
+/// Where the result flag of a component, not of kNone, stands.
+bool ShadowingCalculator::*ShadowingCalculator::FlagOf(
+    eShadowingComponent component) {
+  switch (component) {
+    case eShadowingComponent::kAVHDRope:
+      return &ShadowingCalculator::ShadowedByAVHDRope;
+    case eShadowingComponent::kSupportRope:
+      return &ShadowingCalculator::ShadowedBySupportRope;
+    case eShadowingComponent::kBellyPlate:
+      return &ShadowingCalculator::ShadowedByBellyPlate;
+    case eShadowingComponent::kNCDAnchor:
+      return &ShadowingCalculator::ShadowedByNCDAnchor;
+    case eShadowingComponent::kAVPipe:
+      return &ShadowingCalculator::ShadowedByAVPipe;
+    case eShadowingComponent::kNeckBoss:
+      return &ShadowingCalculator::ShadowedByNeckBoss;
+    case eShadowingComponent::kNone:
+      break;
+  }
+  return nullptr;
+}
+
 void ShadowingCalculator::ClearComponentFlags() {
-  ShadowedByAVHDRope = false;
-  ShadowedByBellyPlate = false;
-  ShadowedByNCDAnchor = false;
-  ShadowedBySupportRope = false;
-  ShadowedByAVPipe = false;
-  ShadowedByNeckBoss = false;
+  for (const eShadowingComponent component : kShadowingComponents) {
+    this->*FlagOf(component) = false;
+  }
 }
 
 eShadowingComponent ShadowingCalculator::LastVerdict() const {
-  if (ShadowedByAVHDRope) return eShadowingComponent::kAVHDRope;
-  if (ShadowedBySupportRope) return eShadowingComponent::kSupportRope;
-  if (ShadowedByBellyPlate) return eShadowingComponent::kBellyPlate;
-  if (ShadowedByNCDAnchor) return eShadowingComponent::kNCDAnchor;
-  if (ShadowedByAVPipe) return eShadowingComponent::kAVPipe;
-  if (ShadowedByNeckBoss) return eShadowingComponent::kNeckBoss;
+  for (const eShadowingComponent component : kShadowingComponents) {
+    if (this->*FlagOf(component)) return component;
+  }
   return eShadowingComponent::kNone;
 }
 

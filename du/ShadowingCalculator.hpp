@@ -152,6 +152,7 @@ class ShadowingCalculator {
 
  private:
   void LoadGuarded(const TableSet& tables, eShadowingComponent component);
+  static bool ShadowingCalculator::*FlagOf(eShadowingComponent component);
   void ClearComponentFlags();
   void ForgetLayers();
 
