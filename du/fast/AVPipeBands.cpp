@@ -19,7 +19,9 @@ double BandHalfWidth(double theta) {
 
 eAnswer AVPipeBands::Judge(const Ball& ball, const Items& items,
                            Items& open) const {
-  constexpr double kRounding = 1e-6;  // mm and degrees
+  // In mm, for coordinates up to 1e5, which are rounded by 1e-11, and for the
+  // quotients below. In degrees, for two arc tangents and an arc sine: 1e-13.
+  constexpr double kRounding = 1e-6;
   const double radius = ball.radius + kRounding;
   const TVector3 centre = AsTVector3(ball.centre);
   const double distance = centre.Mag();

@@ -8,7 +8,9 @@ namespace ZARN::DU {
 
 eAnswer NeckBossCap::Judge(const Ball& ball, const Items& items,
                            Items& open) const {
-  constexpr double kRounding = 1e-9;  // rad
+  // For two arc tangents, right to 1e-15, and an arc sine whose argument is
+  // rounded, which near 1 moves it by up to 3e-9; rad.
+  constexpr double kRounding = 1e-8;
   const TVector3 centre = AsTVector3(ball.centre);
   const double distance = centre.Mag();
   if (distance > ball.radius) {

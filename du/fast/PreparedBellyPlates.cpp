@@ -64,7 +64,9 @@ std::uint32_t PreparedBellyPlates::CountItems() const {
 
 eAnswer PreparedBellyPlates::Judge(const Ball& ball, const Items& items,
                                    Items& open) const {
-  constexpr double kRounding = 1e-6;  // mm and rad
+  // In mm, for coordinates up to 1e5, which are rounded by 1e-11, and for the
+  // quotient below. In rad, for two angles by arc cosine, right to 5e-8 each.
+  constexpr double kRounding = 1e-6;
   const double radius = ball.radius + kRounding;
   const double z = std::abs(ball.centre.z);
   if (!(z < halfHeight_ + radius)) return eAnswer::kClear;  // also NaN

@@ -25,8 +25,8 @@ struct AzimuthRange {
 /// computed with an error below it gets no wrong answer.
 class AzimuthTable {
  public:
-  /// Twice the largest error of a crossing's azimuth in single precision
-  /// (CylinderCrossing.hpp), rad.
+  /// Covers the errors of a crossing's azimuth in single precision, of its cell
+  /// and of the ranges, rad (asserted in RopeDirections.cpp).
   static constexpr double kMargin = 3e-4;
 
   AzimuthTable() : AzimuthTable({}, 1) {}

@@ -11,10 +11,15 @@ TEST(Answer, IsSureOnlyWhereOneOfTheTwoQuestionsIs) {
   EXPECT_EQ(AnswerOf(false, false), eAnswer::kUnsure);
 }
 
-TEST(Answer, GrowsFromClearOverUnsureToBlocking) {
-  // What blocks at either of two places is the larger answer.
-  EXPECT_LT(eAnswer::kClear, eAnswer::kUnsure);
-  EXPECT_LT(eAnswer::kUnsure, eAnswer::kBlocks);
+TEST(Answer, OfTwoThingsBlocksWhereOneDoesAndIsClearWhereBothAre) {
+  for (const eAnswer answer :
+       {eAnswer::kClear, eAnswer::kUnsure, eAnswer::kBlocks}) {
+    EXPECT_EQ(Either(answer, eAnswer::kBlocks), eAnswer::kBlocks);
+    EXPECT_EQ(Either(eAnswer::kBlocks, answer), eAnswer::kBlocks);
+    EXPECT_EQ(Either(answer, eAnswer::kClear), answer);
+    EXPECT_EQ(Either(eAnswer::kClear, answer), answer);
+    EXPECT_EQ(Either(answer, answer), answer);
+  }
 }
 
 TEST(Answer, LeavesOnlyWhatIsUnsureToTheFormula) {
