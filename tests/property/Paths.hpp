@@ -1,5 +1,6 @@
 #pragma once
 
+#include <array>
 #include <string>
 #include <vector>
 
@@ -22,6 +23,13 @@ struct TestPath {
   std::string name;        ///< of a renamed type
   bool isAtLimit = false;  ///< built to lie within 1e-12 of some limit
 };
+
+/// The vectors of a light path, in the order in which Describe writes them.
+inline constexpr std::array kVectors = {
+    &DU::LightPath::FinalDirection, &DU::LightPath::InitialDirection,
+    &DU::LightPath::StartPos,       &DU::LightPath::EndPos,
+    &DU::LightPath::AVPoint1,       &DU::LightPath::AVPoint2,
+    &DU::LightPath::AVPoint3,       &DU::LightPath::AVPoint4};
 
 /// Makes paths for one geometry: anywhere, aimed at one of its components, or
 /// built to lie on a limit, a few last bits beside it, or at any distance from
@@ -66,6 +74,11 @@ class PathMaker {
     TVector3 flat;
     double height;
   };
+
+  /// A radius to aim at where the tables give none that makes sense.
+  static double Sensible(double radius, double otherwise) {
+    return radius > 1.0 && radius < 1e6 ? radius : otherwise;
+  }
 
   static Ropes MakeRopes(const std::vector<TVector3>& directions,
                          const TVector3& first, double reach);
