@@ -7,19 +7,20 @@
 #include <optional>
 #include <string>
 
-#include "app/CsvText.hpp"
-#include "app/InputFile.hpp"
-#include "app/LightPathReader.hpp"
+#include "app/CountsTable.hpp"
+#include "app/Grouped.hpp"
 #include "app/MessagesPast.hpp"
-#include "app/Numbers.hpp"
-#include "app/OutputFile.hpp"
 #include "app/PathCheck.hpp"
 #include "app/ProgressBar.hpp"
-#include "app/Quoted.hpp"
 #include "app/RunOptions.hpp"
 #include "app/Signals.hpp"
-#include "app/VerdictTally.hpp"
 #include "du/ShadowingCalculator.hpp"
+#include "io/CsvText.hpp"
+#include "io/InputFile.hpp"
+#include "io/LightPathReader.hpp"
+#include "io/OutputFile.hpp"
+#include "io/Quoted.hpp"
+#include "io/VerdictText.hpp"
 #include "log/Log.hpp"
 
 namespace ZARN::App {
@@ -63,11 +64,11 @@ class CheckResults {
   }
 
   void Print(const DU::ShadowingCalculator& calculator, double seconds) const {
-    tally_.Print(std::cerr, calculator, seconds);
+    PrintCounts(std::cerr, counts_, calculator, seconds);
     if (unknownTypes_ == 0) return;
     std::cerr << "paths whose type has an unknown name: "
               << Grouped(unknownTypes_) << ", the first "
-              << Quoted(firstUnknownType_) << "\n";
+              << IO::Quoted(firstUnknownType_) << "\n";
   }
 
  private:
@@ -75,7 +76,7 @@ class CheckResults {
                                 DU::ShadowingCalculator& calculator) {
     ThrowIfInterrupted();
     const DU::eLightPathType type = telling.path.LightPathType;
-    if (type == LightPathReader::kUnknownType) {
+    if (type == IO::LightPathReader::kUnknownType) {
       lightPath_.LightPathTypeNames()[type] = telling.typeName;
       if (unknownTypes_ == 0) firstUnknownType_ = telling.typeName;
       ++unknownTypes_;
@@ -86,19 +87,19 @@ class CheckResults {
   }
 
   void Add(DU::eShadowingComponent verdict) {
-    tally_.Add(verdict);
+    counts_.Add(verdict);
     line_.clear();
-    AppendNumber(line_, rows_++);
-    line_ += verdict == DU::eShadowingComponent::kNone ? ",0," : ",1,";
-    line_ += DU::NameOf(verdict);
+    IO::AppendNumber(line_, rows_++);
+    line_ += ',';
+    IO::AppendVerdict(line_, verdict);
     line_ += '\n';
     output_.Write(line_);
   }
 
-  OutputFile output_;
+  IO::OutputFile output_;
   std::string line_;
   std::uint64_t rows_ = 0;
-  VerdictTally tally_;
+  Scan::VerdictCounts counts_;
   DU::LightPathCalculator lightPath_;
   std::uint64_t unknownTypes_ = 0;
   std::string firstUnknownType_;
@@ -106,12 +107,12 @@ class CheckResults {
 
 void Check(const CheckOptions& options) {
   if (options.debug) debug.Switch(otext::eState::kOn);
-  InputFile input(options.paths);
+  IO::InputFile input(options.paths);
   DU::ShadowingCalculator calculator;
   LoadTables(options.run);
   BeginRun(options.run, calculator);
-  LightPathReader reader(input);
-  CsvTable& table = reader.Table();
+  IO::LightPathReader reader(input);
+  IO::CsvTable& table = reader.Table();
 
   const KeptSignals keptSignals;
   CheckResults results(options);

@@ -24,7 +24,7 @@ bool EventSource::Next(std::size_t pmts) {
       std::max<std::size_t>(1, kPairs / std::max<std::size_t>(1, pmts));
   bytesBefore_ = reader_->BytesTaken();
   events_.clear();
-  NamedPosition event;
+  IO::NamedPosition event;
   while (events_.size() < wanted && !isAtEnd_) {
     isAtEnd_ = !reader_->Next(event);
     if (!isAtEnd_) events_.push_back(event);

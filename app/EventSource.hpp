@@ -6,8 +6,8 @@
 #include <vector>
 
 #include "TVector3.h"
-#include "app/InputFile.hpp"
-#include "app/PositionReader.hpp"
+#include "io/InputFile.hpp"
+#include "io/PositionReader.hpp"
 
 namespace ZARN::App {
 
@@ -15,8 +15,8 @@ namespace ZARN::App {
 /// being worked on are in memory.
 class EventSource {
  public:
-  /// @param path  CSV file of events, as for InputFile
-  /// @throws BadInput if it cannot be read or a column is missing
+  /// @param path  CSV file of events, as for IO::InputFile
+  /// @throws IO::BadInput if it cannot be read or a column is missing
   explicit EventSource(const std::string& path);
 
   /// One event, whose name is 0.
@@ -29,19 +29,19 @@ class EventSource {
   ///
   /// @param pmts  how many PMTs each will be judged with: with few, more events
   ///              are taken at once
-  /// @throws as PositionReader::Next
+  /// @throws as IO::PositionReader::Next
   bool Next(std::size_t pmts);
 
-  const std::vector<NamedPosition>& Events() const { return events_; }
+  const std::vector<IO::NamedPosition>& Events() const { return events_; }
 
   /// The part of all events that is done when @p share of the current ones is;
   /// nothing where their number is not known.
   std::optional<double> Done(double share) const;
 
  private:
-  std::optional<InputFile> input_;
-  std::optional<PositionReader> reader_;
-  std::vector<NamedPosition> events_;
+  std::optional<IO::InputFile> input_;
+  std::optional<IO::PositionReader> reader_;
+  std::vector<IO::NamedPosition> events_;
   bool isAtEnd_ = false;
   std::uint64_t bytesBefore_ = 0;  // up to the current events
 };

@@ -2,8 +2,8 @@
 
 #include <utility>
 
-#include "app/Failure.hpp"
 #include "app/Signals.hpp"
+#include "io/Errors.hpp"
 
 namespace ZARN::App {
 namespace {
@@ -14,7 +14,7 @@ constexpr std::size_t kBatchSize = 64;
 }  // namespace
 
 PathCheck::PathCheck(const DU::ShadowingCalculator& calculator,
-                     LightPathReader& reader, std::size_t threads)
+                     IO::LightPathReader& reader, std::size_t threads)
     : calculator_(calculator),
       reader_(reader),
       // While a thread waits for the oldest, the others go on to the next.
@@ -43,10 +43,10 @@ bool PathCheck::MayReadOn() const {
          (work_.Size() < maxBlocks_ && !reader_.Table().WouldWait());
 }
 
-bool PathCheck::Read(CsvBlock& block) {
+bool PathCheck::Read(IO::CsvBlock& block) {
   try {
     isAtEnd_ = !reader_.Table().NextBlock(block);
-  } catch (const BadInput&) {
+  } catch (const IO::BadInput&) {
     failure_ = std::current_exception();
     isAtEnd_ = true;
   }
@@ -67,7 +67,7 @@ void PathCheck::Judge(Judged& judged, std::vector<DU::LightPath>& batch) const {
     filled = 0;
   };
 
-  CsvRows rows = reader_.Table().RowsOf(judged.block);
+  IO::CsvRows rows = reader_.Table().RowsOf(judged.block);
   try {
     while (reader_.Next(rows, batch[filled])) {
       const DU::LightPath& path = batch[filled];
@@ -81,7 +81,7 @@ void PathCheck::Judge(Judged& judged, std::vector<DU::LightPath>& batch) const {
         judgeBatch();
       }
     }
-  } catch (const CsvError& error) {
+  } catch (const IO::CsvError& error) {
     judged.error = error;
   }
   judgeBatch();

@@ -6,9 +6,9 @@
 #include <string_view>
 #include <vector>
 
-#include "app/LightPathReader.hpp"
-#include "app/OrderedWork.hpp"
 #include "du/ShadowingCalculator.hpp"
+#include "io/LightPathReader.hpp"
+#include "scan/OrderedWork.hpp"
 
 namespace ZARN::App {
 
@@ -25,18 +25,18 @@ class PathCheck {
 
   /// What was found for a block of rows.
   struct Judged {
-    CsvBlock block;
+    IO::CsvBlock block;
     /// Of its paths in their order, up to an error; kNone for telling ones.
     std::vector<DU::eShadowingComponent> verdicts;
     std::vector<TellingPath> telling;
-    CsvExtent extent;
-    std::optional<CsvError> error;
+    IO::CsvExtent extent;
+    std::optional<IO::CsvError> error;
   };
 
   /// @param calculator  must outlive this; its run has begun
   /// @param reader      must outlive this
-  PathCheck(const DU::ShadowingCalculator& calculator, LightPathReader& reader,
-            std::size_t threads);
+  PathCheck(const DU::ShadowingCalculator& calculator,
+            IO::LightPathReader& reader, std::size_t threads);
 
   /// What was found for the next block; null after the last. Valid until the
   /// next call.
@@ -44,23 +44,24 @@ class PathCheck {
   /// Where more of the file would have to be waited for, what has come is
   /// judged first.
   ///
-  /// @throws BadInput if the file cannot be read, behind all blocks that could;
+  /// @throws IO::BadInput if the file cannot be read, behind all blocks that
+  /// could;
   ///         Interrupted if a signal came
   const Judged* Next();
 
  private:
   bool MayReadOn() const;
-  bool Read(CsvBlock& block);
+  bool Read(IO::CsvBlock& block);
   void Judge(Judged& judged, std::vector<DU::LightPath>& batch) const;
 
   const DU::ShadowingCalculator& calculator_;
-  LightPathReader& reader_;
+  IO::LightPathReader& reader_;
   bool isAtEnd_ = false;
   std::exception_ptr failure_;  // why the file ended there
   std::size_t maxBlocks_;       // that are worked on at once
   Judged current_;
   std::vector<std::vector<DU::LightPath>> batches_;  // one for each thread
-  OrderedWork<Judged> work_;
+  Scan::OrderedWork<Judged> work_;
 };
 
 }  // namespace ZARN::App

@@ -8,7 +8,7 @@
 #include <streambuf>
 #include <string>
 
-#include "app/Numbers.hpp"
+#include "app/Grouped.hpp"
 
 namespace ZARN::App {
 

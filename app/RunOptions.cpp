@@ -6,12 +6,12 @@
 #include <cmath>
 #include <thread>
 
-#include "app/Failure.hpp"
-#include "app/Numbers.hpp"
-#include "app/Quoted.hpp"
 #include "db/DB.hpp"
 #include "db/JsonTables.hpp"
 #include "du/ShadowingCalculator.hpp"
+#include "io/Errors.hpp"
+#include "io/Numbers.hpp"
+#include "io/Quoted.hpp"
 #include "lightpath/LightPathCalculator.hpp"
 
 namespace ZARN::App {
@@ -22,9 +22,9 @@ void Begin(const RunOptions& options, Calculator& calculator) {
   try {
     calculator.BeginOfRun();
   } catch (const DBNotFoundError& error) {
-    throw BadInput(options.geometry + ": " + error.what());
+    throw IO::BadInput(options.geometry + ": " + error.what());
   } catch (const DBValueError& error) {
-    throw BadInput(options.geometry + ": " + error.what());
+    throw IO::BadInput(options.geometry + ": " + error.what());
   }
 }
 
@@ -65,7 +65,7 @@ void AddThreadsOption(CLI::App& command, std::size_t& threads) {
             const int number = WholeNumberOf("--threads", text);
             if (number < 1 || number > kMost) {
               throw CLI::ValidationError(
-                  "--threads", Quoted(text) + " is not from 1 to 1024");
+                  "--threads", IO::Quoted(text) + " is not from 1 to 1024");
             }
             threads = static_cast<std::size_t>(number);
           },
@@ -99,18 +99,19 @@ int WholeNumberOf(const std::string& option, const std::string& text) {
   const char* const end = text.data() + text.size();
   const auto [stop, error] = std::from_chars(text.data(), end, number);
   if (error != std::errc() || stop != end) {
-    throw CLI::ValidationError(option, Quoted(text) + " is not a whole number");
+    throw CLI::ValidationError(option,
+                               IO::Quoted(text) + " is not a whole number");
   }
   return number;
 }
 
 double NumberOf(const std::string& option, const std::string& text) {
-  const NumberOrReason number = ReadNumber(text);
+  const IO::NumberOrReason number = IO::ReadNumber(text);
   if (number.reason != nullptr) {
-    throw CLI::ValidationError(option, Quoted(text) + " " + number.reason);
+    throw CLI::ValidationError(option, IO::Quoted(text) + " " + number.reason);
   }
   if (!std::isfinite(number.value)) {
-    throw CLI::ValidationError(option, Quoted(text) + " is not finite");
+    throw CLI::ValidationError(option, IO::Quoted(text) + " is not finite");
   }
   return number.value;
 }

@@ -42,7 +42,7 @@ void LoadTables(const RunOptions& options);
 
 /// Begin the run. LoadTables comes first.
 ///
-/// @throws BadInput naming the tables and what is missing or wrong in them
+/// @throws IO::BadInput naming the tables and what is missing or wrong in them
 void BeginRun(const RunOptions& options, DU::ShadowingCalculator& calculator);
 void BeginRun(const RunOptions& options, DU::LightPathCalculator& calculator);
 

@@ -7,7 +7,7 @@
 #include <csignal>
 
 #include "TSystem.h"
-#include "app/Failure.hpp"
+#include "io/InterruptCheck.hpp"
 
 namespace ZARN::App {
 namespace {
@@ -48,20 +48,11 @@ void HandleSignals() {
   for (const int signal : {SIGPIPE, SIGXFSZ}) {
     sigaction(signal, &ignore, nullptr);
   }
+  IO::SetInterruptCheck(ThrowIfInterrupted);
 }
 
 KeptSignals::KeptSignals() { areSignalsKept = 1; }
 KeptSignals::~KeptSignals() { areSignalsKept = 0; }
-
-BlockedSignals::BlockedSignals() {
-  sigset_t blocked;
-  sigemptyset(&blocked);
-  for (const int signal : kStopSignals) sigaddset(&blocked, signal);
-  pthread_sigmask(SIG_BLOCK, &blocked, &before_);
-}
-BlockedSignals::~BlockedSignals() {
-  pthread_sigmask(SIG_SETMASK, &before_, nullptr);
-}
 
 void ThrowIfInterrupted() {
   if (keptSignal != 0) throw Interrupted(keptSignal);

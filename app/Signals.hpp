@@ -1,8 +1,23 @@
 #pragma once
 
-#include <csignal>
+#include <stdexcept>
 
 namespace ZARN::App {
+
+/// The exit status of a command that a signal ended, as shells have it: 130 for
+/// an interrupt from the keyboard.
+constexpr int StatusOfSignal(int signal) { return 128 + signal; }
+
+/// A signal asked the command to stop: exit status StatusOfSignal.
+class Interrupted : public std::runtime_error {
+ public:
+  explicit Interrupted(int signal)
+      : std::runtime_error("interrupted"), signal_(signal) {}
+  int Signal() const { return signal_; }
+
+ private:
+  int signal_;
+};
 
 /// Take over the signals that matter to a command that writes files.
 ///
@@ -22,22 +37,8 @@ class KeptSignals {
   ~KeptSignals();
 };
 
-/// While it lives, the calling thread and those that it starts are spared the
-/// signals: they go to another one. A thread that works must not be the one to
-/// hear of an interrupt while another waits for input.
-class BlockedSignals {
- public:
-  BlockedSignals();
-  BlockedSignals(const BlockedSignals&) = delete;
-  BlockedSignals& operator=(const BlockedSignals&) = delete;
-  ~BlockedSignals();
-
- private:
-  sigset_t before_ = {};
-};
-
-/// @throws Interrupted if a signal was kept. Long loops call it often; calls
-///         that wait call it when they were interrupted.
+/// @throws Interrupted if a signal was kept. Long loops call it often, and so
+///         does all reading and writing of io/.
 void ThrowIfInterrupted();
 
 }  // namespace ZARN::App

@@ -6,10 +6,10 @@
 #include <iostream>
 
 #include "app/CheckCommand.hpp"
-#include "app/Failure.hpp"
 #include "app/ScanCommand.hpp"
 #include "app/Signals.hpp"
 #include "db/JsonTables.hpp"
+#include "io/Errors.hpp"
 
 namespace {
 
@@ -44,7 +44,7 @@ int Run(int argc, char** argv) {
     // The library has a status of its own for each kind of bad usage.
     if (app.exit(error) != 0) return kBadUsageOrInput;
     if (!std::cout.flush()) {
-      throw ZARN::App::OutputFailure("standard output cannot be written");
+      throw ZARN::IO::OutputFailure("standard output cannot be written");
     }
   }
   return 0;
@@ -66,7 +66,7 @@ int main(int argc, char** argv) {
   ZARN::App::HandleSignals();
   try {
     return Run(argc, argv);
-  } catch (const ZARN::App::BadInput& error) {
+  } catch (const ZARN::IO::BadInput& error) {
     return Complain(error, kBadUsageOrInput);
   } catch (const ZARN::TableFileError& error) {
     return Complain(error, kBadUsageOrInput);

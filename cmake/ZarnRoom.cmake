@@ -3,11 +3,12 @@
 #   HEADERS <file>...          public: installed, and each compiled alone
 #   PRIVATE_HEADERS <file>...
 #   PUBLIC <target>...         what callers see, too
+#   LINK_ONLY <target>...      libraries that only the sources include
 #   PRIVATE <target>...        header-only libraries and the like
 #   NOT_INSTALLED)
 function(zarn_add_room name)
   cmake_parse_arguments(PARSE_ARGV 1 room "NOT_INSTALLED" ""
-    "SOURCES;HEADERS;PRIVATE_HEADERS;PUBLIC;PRIVATE")
+    "SOURCES;HEADERS;PRIVATE_HEADERS;PUBLIC;LINK_ONLY;PRIVATE")
   set(target zarn_${name})
   add_library(${target} ${room_SOURCES} ${room_PRIVATE_HEADERS})
   add_library(zarn::${name} ALIAS ${target})
@@ -22,7 +23,7 @@ function(zarn_add_room name)
     $<BUILD_INTERFACE:${PROJECT_SOURCE_DIR}>)
   target_link_libraries(${target}
     PUBLIC ${room_PUBLIC} zarn::fp
-    PRIVATE $<BUILD_INTERFACE:zarn_warnings>)
+    PRIVATE ${room_LINK_ONLY} $<BUILD_INTERFACE:zarn_warnings>)
   foreach(library IN LISTS room_PRIVATE)
     target_link_libraries(${target} PRIVATE $<BUILD_INTERFACE:${library}>)
   endforeach()

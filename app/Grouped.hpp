@@ -1,0 +1,10 @@
+#pragma once
+
+#include <string>
+
+namespace ZARN::App {
+
+/// @p value with its thousands set apart: 1234567 is "1,234,567".
+std::string Grouped(unsigned long long value);
+
+}  // namespace ZARN::App

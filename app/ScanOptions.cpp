@@ -1,0 +1,150 @@
+#include "app/ScanOptions.hpp"
+
+#include <CLI/CLI.hpp>
+#include <array>
+#include <string_view>
+#include <vector>
+
+#include "io/DistinctFiles.hpp"
+#include "io/Quoted.hpp"
+
+namespace ZARN::App {
+namespace {
+
+constexpr const char* kFooter =
+    "EVENTS and PMTS have a header row and these columns, in any order:\n"
+    "  event / pmt          any name; carried through\n"
+    "  x, y, z              position, mm\n"
+    "Other columns are ignored. The light is refracted at the vessel's\n"
+    "surfaces; its media are the entries inner_av, acrylic and water of the\n"
+    "table OPTICS.\n\n"
+    "The verdicts go to standard output unless -o names a file, in the "
+    "order\nof the events and for each of the PMTs:\n"
+    "  event, pmt           the names\n"
+    "  type                 the path's type, e.g. AV->Water\n"
+    "  shadowed             0 or 1; -1 in an RNTuple where there is no path\n"
+    "  by                   AVHDRope, SupportRope, BellyPlate, NCDAnchor,\n"
+    "                       AVPipe, NeckBoss, or empty; no path (type and\n"
+    "                       shadowed are then empty) where total reflection\n"
+    "                       leaves none, to a PMT that is not in the water,\n"
+    "                       from an event at the PMT or a place not finite\n"
+    "The counts are CSV: pmt or event, paths, shadowed, fraction, and by, "
+    "the\n"
+    "component that blocks most. - is standard output for any one file.\n"
+    "check on PATHS gives the same verdicts with the same tables, run and\n"
+    "tolerance.\n\n"
+    "Exit status: 0; 1 output cannot be written; 2 bad usage or input;\n"
+    "130 interrupted.\n\n"
+    "Example:\n"
+    "  zarn-shadow scan --events data/source-scan.csv --pmts data/pmts.csv "
+    "\\\n"
+    "      --geometry data/reference-detector -o verdicts.csv";
+
+TVector3 PositionOf(const std::string& option, const std::string& text) {
+  std::array<double, 3> values = {};
+  std::size_t begin = 0;
+  for (std::size_t i = 0; i < values.size(); ++i) {
+    const std::size_t comma = text.find(',', begin);
+    const bool isLast = i + 1 == values.size();
+    if ((comma == std::string::npos) != isLast) {
+      throw CLI::ValidationError(
+          option,
+          IO::Quoted(text) + " is not three numbers with commas between");
+    }
+    values[i] = NumberOf(option, text.substr(begin, comma - begin));
+    begin = comma + 1;
+  }
+  return {values[0], values[1], values[2]};
+}
+
+void AddInputs(CLI::App& command, ScanOptions& options) {
+  CLI::Option* const events =
+      command
+          .add_option("--events", options.events,
+                      "CSV file of events; - reads standard input")
+          ->type_name("EVENTS.csv");
+  command
+      .add_option_function<std::string>(
+          "--at",
+          [&options](const std::string& text) {
+            options.at = PositionOf("--at", text);
+          },
+          "Instead of a file one event, named 0, at this position in mm")
+      ->type_name("X,Y,Z")
+      ->excludes(events);
+  command
+      .add_option("--pmts", options.pmts,
+                  "CSV file of PMTs; - reads standard input")
+      ->required()
+      ->type_name("PMTS.csv");
+}
+
+void AddWavelength(CLI::App& command, ScanOptions& options) {
+  command
+      .add_option_function<std::string>(
+          "--wavelength",
+          [&options](const std::string& text) {
+            options.wavelength = NumberOf("--wavelength", text);
+            if (options.wavelength > 0) return;
+            throw CLI::ValidationError("--wavelength",
+                                       IO::Quoted(text) + " is not above 0");
+          },
+          "Wavelength of the light in nm (default: 400)")
+      ->type_name("NM");
+}
+
+void AddOutputs(CLI::App& command, ScanOptions& options) {
+  command
+      .add_option("-o,--output", options.output,
+                  "Write the verdicts to this file: CSV or, named .root, an "
+                  "RNTuple")
+      ->type_name("OUT");
+  command
+      .add_option("--paths", options.paths,
+                  "Write every light path to this file, as check reads it")
+      ->type_name("PATHS.csv");
+  command
+      .add_option("--per-pmt", options.perPMT,
+                  "Write counts for each PMT to this file")
+      ->type_name("OUT.csv");
+  command
+      .add_option("--per-event", options.perEvent,
+                  "Write counts for each event to this file")
+      ->type_name("OUT.csv");
+}
+
+}  // namespace
+
+bool ScanOptions::WritesNTuple() const {
+  constexpr std::string_view kEnding = ".root";
+  return output.has_value() && output->size() >= kEnding.size() &&
+         output->compare(output->size() - kEnding.size(), kEnding.size(),
+                         kEnding) == 0;
+}
+
+void AddScanOptions(CLI::App& command, ScanOptions& options) {
+  AddInputs(command, options);
+  AddRunOptions(command, options.run);
+  AddWavelength(command, options);
+  command.add_flag("--reflections", options.withReflections,
+                   "Also judge the light reflected at the vessel");
+  AddOutputs(command, options);
+  AddThreadsOption(command, options.threads);
+  command.footer(kFooter);
+}
+
+void RequireConsistent(const CLI::App& command, const ScanOptions& options) {
+  if (command.count("--events") + command.count("--at") == 0) {
+    throw CLI::RequiredError("--events or --at");
+  }
+  std::vector<std::string> inputs = FilesOf(options.run);
+  inputs.push_back(options.pmts);
+  if (!options.at.has_value()) inputs.push_back(options.events);
+  std::vector<std::string> outputs = {options.output.value_or("-")};
+  for (const auto& output : {options.paths, options.perPMT, options.perEvent}) {
+    if (output.has_value()) outputs.push_back(*output);
+  }
+  IO::RequireDistinctFiles(inputs, outputs);
+}
+
+}  // namespace ZARN::App

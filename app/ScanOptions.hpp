@@ -1,0 +1,44 @@
+#pragma once
+
+#include <cstddef>
+#include <optional>
+#include <string>
+
+#include "TVector3.h"
+#include "app/RunOptions.hpp"
+#include "lightpath/LightPathCalculator.hpp"
+
+namespace CLI {
+class App;
+}
+
+namespace ZARN::App {
+
+/// What a scan reads, writes and computes.
+struct ScanOptions {
+  RunOptions run;
+  std::string events;
+  std::optional<TVector3> at;  // instead of events
+  std::string pmts;
+  std::optional<std::string> output;
+  std::optional<std::string> paths;
+  std::optional<std::string> perPMT;
+  std::optional<std::string> perEvent;
+  double wavelength = DU::LightPathCalculator::kDefaultWavelength;  // nm
+  std::size_t threads = 1;
+  bool withReflections = false;
+
+  /// Whether the verdicts are written as an RNTuple, not as CSV.
+  bool WritesNTuple() const;
+};
+
+/// Add the options and the help of scan; @p options must outlive the parsing.
+void AddScanOptions(CLI::App& command, ScanOptions& options);
+
+/// Check what each option alone cannot tell: that there are events, and that no
+/// two files are the same.
+///
+/// @throws CLI::ParseError, IO::BadInput
+void RequireConsistent(const CLI::App& command, const ScanOptions& options);
+
+}  // namespace ZARN::App

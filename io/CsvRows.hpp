@@ -1,0 +1,121 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <optional>
+#include <stdexcept>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "io/CsvBlocks.hpp"
+
+namespace ZARN::IO {
+
+/// How much of a table: of it all, or of a block.
+struct CsvExtent {
+  std::uint64_t bytes = 0;
+  std::uint64_t lines = 0;
+  std::uint64_t rows = 0;
+
+  CsvExtent& operator+=(const CsvExtent& more) {
+    bytes += more.bytes;
+    lines += more.lines;
+    rows += more.rows;
+    return *this;
+  }
+};
+
+/// What is wrong in a block, and where: lines, rows and columns count from 0,
+/// the first two from the beginning of the block.
+class CsvError : public std::runtime_error {
+ public:
+  struct Place {
+    std::uint64_t line;  ///< where the row begins
+    std::uint64_t row;
+    std::size_t column;
+  };
+
+  CsvError(const Place& place, const std::string& reason)
+      : std::runtime_error(reason), place_(place) {}
+  const Place& Where() const { return place_; }
+
+ private:
+  Place place_;
+};
+
+/// Reads the rows of a block of CSV (RFC 4180), one after the other.
+///
+/// Cells are taken as they stand, never trimmed. Lines end with LF or CRLF;
+/// blank ones are skipped and not counted as rows.
+class CsvRows {
+ public:
+  /// Without a limit, one missing closing quote would take the whole file into
+  /// memory.
+  static constexpr std::size_t kMaxRowSize = 1024UL * 1024;
+
+  /// @param block    must outlive this, and is written to: a doubled quote
+  ///                 becomes a single one in its place
+  /// @param columns  how many cells each row must have; any number without
+  explicit CsvRows(CsvBlock& block,
+                   std::optional<std::size_t> columns = std::nullopt);
+
+  /// Go to the next row; false after the last.
+  ///
+  /// @throws CsvError for bad quoting or a wrong number of cells
+  bool Next();
+
+  /// A cell of the current row; valid for as long as the block.
+  std::string_view Cell(std::size_t column) const {
+    const Span& cell = cells_[column];
+    return {cell.begin, static_cast<std::size_t>(cell.end - cell.begin)};
+  }
+  std::size_t Cells() const { return count_; }
+
+  /// What was read so far: up to the end of the current row, with what quotes
+  /// carry on to further lines.
+  CsvExtent Read() const;
+
+  /// The line in which the current row begins, from 0.
+  std::uint64_t RowLine() const { return rowLine_; }
+
+  /// That a cell of the current row is wrong.
+  CsvError Error(std::size_t column, const std::string& reason) const {
+    return {{rowLine_, rows_ - 1, column}, reason};
+  }
+
+ private:
+  enum class eEnd { kOfCell, kOfRow };
+  struct Span {
+    const char* begin;
+    const char* end;
+  };
+
+  void FindLineEnd();
+  void PassLineEnd();
+  bool IsPlain() const;
+  void ReadPlainRow();
+  eEnd ReadCell();
+  void ReadQuoted();
+  void ReadUnquoted();
+  void Add(const char* begin, const char* end);
+  void CheckSize(std::size_t cellSize) const;
+  void CheckCellCount() const;
+
+  const char* begin_;
+  char* at_;
+  char* end_;
+  // Of the line that at_ stands in:
+  char* lineEnd_ = nullptr;  // its LF, or the end of the block
+  char* textEnd_ = nullptr;  // before that, and before a CR there
+
+  std::optional<std::size_t> columns_;
+  std::vector<Span> cells_;
+  std::size_t count_ = 0;     // of the current row's cells
+  std::size_t textSize_ = 0;  // of them all
+  std::uint64_t lines_ = 0;
+  std::uint64_t rowLine_ = 0;
+  std::uint64_t rows_ = 0;
+};
+
+}  // namespace ZARN::IO

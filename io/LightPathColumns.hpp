@@ -1,0 +1,39 @@
+#pragma once
+
+#include <array>
+#include <string>
+#include <vector>
+
+#include "TVector3.h"
+#include "lightpath/LightPath.hpp"
+
+namespace ZARN::IO {
+
+/// A vector of light paths in CSV: the columns <name>_x, <name>_y and <name>_z.
+struct LightPathVector {
+  const char* name;
+  TVector3 DU::LightPath::*member;
+};
+
+inline constexpr std::array<LightPathVector, 8> kLightPathVectors = {
+    {{"start", &DU::LightPath::StartPos},
+     {"end", &DU::LightPath::EndPos},
+     {"initial", &DU::LightPath::InitialDirection},
+     {"final", &DU::LightPath::FinalDirection},
+     {"av1", &DU::LightPath::AVPoint1},
+     {"av2", &DU::LightPath::AVPoint2},
+     {"av3", &DU::LightPath::AVPoint3},
+     {"av4", &DU::LightPath::AVPoint4}}};
+
+/// The names of all columns: "type", and those of the vectors in their order.
+inline std::vector<std::string> LightPathColumns() {
+  std::vector<std::string> names = {"type"};
+  for (const LightPathVector& vector : kLightPathVectors) {
+    for (const char* axis : {"_x", "_y", "_z"}) {
+      names.push_back(vector.name + std::string(axis));
+    }
+  }
+  return names;
+}
+
+}  // namespace ZARN::IO

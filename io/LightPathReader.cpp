@@ -1,0 +1,49 @@
+#include "io/LightPathReader.hpp"
+
+#include <string>
+
+#include "io/LightPathColumns.hpp"
+#include "io/Numbers.hpp"
+#include "io/Quoted.hpp"
+
+namespace ZARN::IO {
+namespace {
+
+DU::eLightPathType TypeOfName(std::string_view name) {
+  for (std::size_t type = 0; type < DU::kLightPathTypeNames.size(); ++type) {
+    if (name == DU::kLightPathTypeNames[type]) {
+      return static_cast<DU::eLightPathType>(type);
+    }
+  }
+  return LightPathReader::kUnknownType;
+}
+
+double Coordinate(const CsvRows& rows, std::size_t column) {
+  const std::string_view cell = rows.Cell(column);
+  if (cell.empty()) return 0.0;
+  const NumberOrReason number = ReadNumber(cell);
+  if (number.reason != nullptr) {
+    throw rows.Error(column, Quoted(cell) + " " + number.reason);
+  }
+  return number.value;
+}
+
+}  // namespace
+
+LightPathReader::LightPathReader(InputFile& input)
+    : table_(input), columns_(table_.RequireColumns(LightPathColumns())) {}
+
+bool LightPathReader::Next(CsvRows& rows, DU::LightPath& path) const {
+  if (!rows.Next()) return false;
+  auto column = columns_.begin();
+  path.LightPathType = TypeOfName(rows.Cell(*column++));
+  for (const LightPathVector& vector : kLightPathVectors) {
+    const double x = Coordinate(rows, *column++);
+    const double y = Coordinate(rows, *column++);
+    const double z = Coordinate(rows, *column++);
+    (path.*vector.member).SetXYZ(x, y, z);
+  }
+  return true;
+}
+
+}  // namespace ZARN::IO

@@ -1,0 +1,35 @@
+#include "io/LightPathText.hpp"
+
+#include "io/CsvText.hpp"
+#include "io/LightPathColumns.hpp"
+#include "lightpath/Crossings.hpp"
+
+namespace ZARN::IO {
+
+std::string LightPathHeader() {
+  std::string header;
+  for (const std::string& column : LightPathColumns()) {
+    header += (header.empty() ? "" : ",") + column;
+  }
+  return header;
+}
+
+void AppendLightPath(std::string& text, const DU::LightPath& path) {
+  const std::size_t points = DU::kCrossings[path.LightPathType].size();
+  const std::size_t used =
+      kLightPathVectors.size() - DU::kAVPoints.size() + points;
+  text += DU::kLightPathTypeNames[path.LightPathType];
+  for (std::size_t i = 0; i < kLightPathVectors.size(); ++i) {
+    if (i >= used) {
+      text += ",,,";
+      continue;
+    }
+    const TVector3& vector = path.*kLightPathVectors[i].member;
+    for (const double value : {vector.X(), vector.Y(), vector.Z()}) {
+      text += ',';
+      AppendNumber(text, value);
+    }
+  }
+}
+
+}  // namespace ZARN::IO

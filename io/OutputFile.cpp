@@ -1,0 +1,87 @@
+#include "io/OutputFile.hpp"
+
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <system_error>
+
+#include "io/Errors.hpp"
+#include "io/InterruptCheck.hpp"
+
+namespace ZARN::IO {
+namespace {
+
+constexpr std::size_t kBufferSize = 64UL * 1024;
+
+}  // namespace
+
+OutputFile::OutputFile(const std::optional<std::string>& path)
+    : name_(path.value_or("standard output")) {
+  buffer_.reserve(kBufferSize);
+  if (!path.has_value() || *path == "-") {
+    descriptor_ = STDOUT_FILENO;
+    return;
+  }
+  if (path->empty()) throw BadInput("the output file has no name");
+  if (PendingFile::CanReplace(*path)) {
+    descriptor_ = pending_.emplace(*path).Descriptor();
+  } else {
+    OpenDirectly(*path);
+  }
+}
+
+OutputFile::~OutputFile() {
+  const bool isOwn = !pending_.has_value() && descriptor_ != STDOUT_FILENO;
+  if (isOwn && descriptor_ >= 0) close(descriptor_);
+}
+
+void OutputFile::OpenDirectly(const std::string& path) {
+  while (descriptor_ < 0) {
+    descriptor_ = open(path.c_str(), O_WRONLY | O_CLOEXEC | O_NOCTTY);
+    if (descriptor_ < 0 && errno != EINTR) FailWithErrno();
+    ThrowIfInterrupted();
+  }
+}
+
+void OutputFile::Write(std::string_view text) {
+  if (buffer_.size() + text.size() > kBufferSize) Flush();
+  buffer_ += text;
+}
+
+void OutputFile::Flush() {
+  std::size_t written = 0;
+  while (written < buffer_.size()) {
+    ThrowIfInterrupted();
+    const ssize_t count =
+        write(descriptor_, buffer_.data() + written, buffer_.size() - written);
+    if (count >= 0) {
+      written += static_cast<std::size_t>(count);
+    } else if (errno != EINTR) {
+      FailWithErrno();
+    }
+  }
+  buffer_.clear();
+}
+
+void OutputFile::Finish() {
+  Flush();
+  const int descriptor = descriptor_;
+  descriptor_ = -1;
+  if (pending_.has_value()) {
+    pending_->Finish();
+  } else if (close(descriptor) != 0 && errno != EINTR) {
+    FailWithErrno();
+  }
+}
+
+void OutputFile::Commit() {
+  if (pending_.has_value()) pending_->Commit();
+}
+
+void OutputFile::FailWithErrno() const {
+  throw OutputFailure(
+      name_ + ": cannot be written: " + std::generic_category().message(errno));
+}
+
+}  // namespace ZARN::IO

@@ -1,0 +1,51 @@
+#pragma once
+
+#include <optional>
+#include <string>
+#include <string_view>
+
+#include "io/PendingFile.hpp"
+
+namespace ZARN::IO {
+
+/// A file that appears whole or not at all.
+///
+/// Text goes to a PendingFile, which replaces the target when Commit is called.
+/// A target that is no regular file (a pipe, a terminal, a device) is written
+/// directly.
+class OutputFile {
+ public:
+  /// @param path  nullopt and "-" are standard output
+  /// @throws BadInput for an empty name, OutputFailure if it cannot be opened,
+  ///         Interrupted if a signal came while a pipe waited for its other end
+  explicit OutputFile(const std::optional<std::string>& path);
+  OutputFile(const OutputFile&) = delete;
+  OutputFile& operator=(const OutputFile&) = delete;
+  ~OutputFile();
+
+  /// @throws OutputFailure if writing fails, Interrupted if a signal came
+  void Write(std::string_view text);
+
+  /// Write what is left. Where a command writes several files, all are finished
+  /// before the first is committed.
+  ///
+  /// @throws as Write
+  void Finish();
+
+  /// Put the finished file in its place.
+  ///
+  /// @throws OutputFailure
+  void Commit();
+
+ private:
+  void OpenDirectly(const std::string& path);
+  void Flush();
+  [[noreturn]] void FailWithErrno() const;
+
+  std::string name_;                    // in messages
+  std::optional<PendingFile> pending_;  // none when written directly
+  int descriptor_ = -1;
+  std::string buffer_;
+};
+
+}  // namespace ZARN::IO

@@ -1,0 +1,33 @@
+#include "io/PositionReader.hpp"
+
+#include "io/CsvText.hpp"
+#include "io/Numbers.hpp"
+#include "io/Quoted.hpp"
+
+namespace ZARN::IO {
+
+PositionReader::PositionReader(InputFile& input, const std::string& nameColumn)
+    : table_(input) {
+  const auto columns = table_.RequireColumns({nameColumn, "x", "y", "z"});
+  nameColumn_ = columns[0];
+  columns_ = {columns[1], columns[2], columns[3]};
+}
+
+bool PositionReader::Next(NamedPosition& item) {
+  if (!table_.NextRow()) return false;
+  item.name = table_.Cell(nameColumn_);
+  item.cell = CsvCell(item.name);
+  std::array<double, 3> values = {};
+  for (std::size_t i = 0; i < values.size(); ++i) {
+    const std::string_view cell = table_.Cell(columns_[i]);
+    const NumberOrReason number = ReadNumber(cell);
+    if (number.reason != nullptr) {
+      table_.Fail(columns_[i], Quoted(cell) + " " + number.reason);
+    }
+    values[i] = number.value;
+  }
+  item.position.SetXYZ(values[0], values[1], values[2]);
+  return true;
+}
+
+}  // namespace ZARN::IO

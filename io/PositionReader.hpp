@@ -1,0 +1,45 @@
+#pragma once
+
+#include <array>
+#include <cstddef>
+#include <cstdint>
+#include <string>
+
+#include "TVector3.h"
+#include "io/CsvTable.hpp"
+#include "io/InputFile.hpp"
+
+namespace ZARN::IO {
+
+/// An event or a PMT.
+struct NamedPosition {
+  std::string name;   ///< as it was given
+  std::string cell;   ///< the same as a cell of CSV
+  TVector3 position;  ///< mm
+};
+
+/// Reads positions from CSV: a column of names and the columns x, y and z, mm,
+/// in any order; others are ignored.
+class PositionReader {
+ public:
+  /// @param input       must outlive the reader
+  /// @param nameColumn  what the column of names is called
+  /// @throws BadInput if a column is missing
+  PositionReader(InputFile& input, const std::string& nameColumn);
+
+  /// Read the next position into @p item; false after the last.
+  ///
+  /// @throws BadInput naming file, line, row and column; also for an empty
+  ///         coordinate, which must not pass for the centre
+  bool Next(NamedPosition& item);
+
+  /// Bytes of the file up to the end of the current row.
+  std::uint64_t BytesTaken() const { return table_.BytesTaken(); }
+
+ private:
+  CsvTable table_;
+  std::size_t nameColumn_ = 0;
+  std::array<std::size_t, 3> columns_ = {};
+};
+
+}  // namespace ZARN::IO

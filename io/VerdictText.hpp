@@ -1,0 +1,23 @@
+#pragma once
+
+#include <string>
+
+#include "du/hardware/ShadowingComponent.hpp"
+#include "lightpath/LightPathType.hpp"
+
+namespace ZARN::IO {
+
+/// What stands in the column by where an event has no light path to a PMT.
+inline constexpr const char* kNoPath = "no path";
+
+/// Append the cells shadowed (0 or 1) and by, without the end of the line.
+void AppendVerdict(std::string& text, DU::eShadowingComponent by);
+
+/// Append the cells type, shadowed and by, without the end of the line.
+///
+/// @param type  kUninitialised where there is no path: type and shadowed are
+///              then empty, and by is kNoPath
+void AppendPathVerdict(std::string& text, DU::eLightPathType type,
+                       DU::eShadowingComponent by);
+
+}  // namespace ZARN::IO

@@ -1,0 +1,33 @@
+#pragma once
+
+#include <array>
+#include <cstdint>
+
+#include "du/hardware/ShadowingComponent.hpp"
+
+namespace ZARN::Scan {
+
+/// Counts the verdicts on light paths.
+class VerdictCounts {
+ public:
+  void Add(DU::eShadowingComponent verdict) {
+    ++counts_[static_cast<std::size_t>(verdict)];
+  }
+
+  /// How many paths had this verdict.
+  std::uint64_t Of(DU::eShadowingComponent verdict) const {
+    return counts_[static_cast<std::size_t>(verdict)];
+  }
+
+  std::uint64_t Paths() const;
+  std::uint64_t Shadowed() const;
+
+  /// The component that shadows most, of several the one that is tested first;
+  /// kNone where nothing does.
+  DU::eShadowingComponent MostFrequent() const;
+
+ private:
+  std::array<std::uint64_t, DU::kShadowingComponents.size() + 1> counts_ = {};
+};
+
+}  // namespace ZARN::Scan
