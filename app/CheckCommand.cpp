@@ -9,10 +9,10 @@
 
 #include "app/CountsTable.hpp"
 #include "app/Grouped.hpp"
-#include "app/MessagesPast.hpp"
 #include "app/PathCheck.hpp"
 #include "app/ProgressBar.hpp"
 #include "app/RunOptions.hpp"
+#include "app/ScopedLogOutput.hpp"
 #include "app/Signals.hpp"
 #include "du/ShadowingCalculator.hpp"
 #include "io/CsvText.hpp"
@@ -43,14 +43,15 @@ class CheckResults {
 
   /// Take the verdicts on the next paths. @p calculator judges those that were
   /// not because of their messages.
-  void Take(const PathCheck::Judged& judged,
+  void Take(const PathCheck::CheckedBlock& block,
             DU::ShadowingCalculator& calculator) {
-    auto telling = judged.telling.begin();
-    for (std::size_t i = 0; i < judged.verdicts.size(); ++i) {
-      if (telling != judged.telling.end() && telling->index == i) {
-        Add(Judge(*telling++, calculator));
+    auto withMessages = block.withMessages.begin();
+    for (std::size_t i = 0; i < block.verdicts.size(); ++i) {
+      if (withMessages != block.withMessages.end() &&
+          withMessages->index == i) {
+        Add(FindVerdict(*withMessages++, calculator));
       } else {
-        Add(judged.verdicts[i]);
+        Add(block.verdicts[i]);
       }
     }
   }
@@ -72,16 +73,16 @@ class CheckResults {
   }
 
  private:
-  DU::eShadowingComponent Judge(const PathCheck::TellingPath& telling,
-                                DU::ShadowingCalculator& calculator) {
+  DU::eShadowingComponent FindVerdict(const PathCheck::PathWithMessages& item,
+                                      DU::ShadowingCalculator& calculator) {
     ThrowIfInterrupted();
-    const DU::eLightPathType type = telling.path.LightPathType;
+    const DU::eLightPathType type = item.path.LightPathType;
     if (type == IO::LightPathReader::kUnknownType) {
-      lightPath_.LightPathTypeNames()[type] = telling.typeName;
-      if (unknownTypes_ == 0) firstUnknownType_ = telling.typeName;
+      lightPath_.LightPathTypeNames()[type] = item.typeName;
+      if (unknownTypes_ == 0) firstUnknownType_ = item.typeName;
       ++unknownTypes_;
     }
-    lightPath_.SetLightPath(telling.path);
+    lightPath_.SetLightPath(item.path);
     calculator.CheckForShadowing(lightPath_);
     return calculator.LastVerdict();
   }
@@ -114,18 +115,18 @@ void Check(const CheckOptions& options) {
   IO::LightPathReader reader(input);
   IO::CsvTable& table = reader.Table();
 
-  const KeptSignals keptSignals;
+  const DeferredSignals deferredSignals;
   CheckResults results(options);
 
   const auto begin = std::chrono::steady_clock::now();
   {
     ProgressBar progress;
-    const MessagesPast messagesPast(progress);
+    const ScopedLogOutput logOutput(progress.Messages());
     PathCheck check(calculator, reader, options.threads);
-    while (const PathCheck::Judged* const judged = check.Next()) {
-      results.Take(*judged, calculator);
-      if (judged->error.has_value()) table.Fail(*judged->error);
-      table.Count(judged->extent);
+    while (const PathCheck::CheckedBlock* const block = check.Next()) {
+      results.Take(*block, calculator);
+      if (block->error.has_value()) table.Fail(*block->error);
+      table.Count(block->extent);
       progress.Update(results.Rows(), Share(table.BytesTaken(), input.Size()));
     }
     results.Commit();

@@ -20,14 +20,14 @@ PathCheck::PathCheck(const DU::ShadowingCalculator& calculator,
       // While a thread waits for the oldest, the others go on to the next.
       maxBlocks_(threads == 1 ? 1 : 2 * threads),
       batches_(threads),
-      work_(threads, [this](Judged& judged, std::size_t worker) {
-        Judge(judged, batches_[worker]);
+      work_(threads, [this](CheckedBlock& checked, std::size_t worker) {
+        FindVerdicts(checked, batches_[worker]);
       }) {}
 
-const PathCheck::Judged* PathCheck::Next() {
+const PathCheck::CheckedBlock* PathCheck::Next() {
   while (MayReadOn()) {
-    Judged next = std::move(current_);  // its memory serves again
-    if (Read(next.block)) work_.Push(std::move(next));
+    CheckedBlock next = std::move(current_);  // its memory serves again
+    if (Read(next.text)) work_.Push(std::move(next));
   }
   if (work_.Size() > 0) {
     current_ = work_.Pop();
@@ -53,39 +53,40 @@ bool PathCheck::Read(IO::CsvBlock& block) {
   return !isAtEnd_;
 }
 
-void PathCheck::Judge(Judged& judged, std::vector<DU::LightPath>& batch) const {
-  judged.verdicts.clear();
-  judged.telling.clear();
+void PathCheck::FindVerdicts(CheckedBlock& checked,
+                             std::vector<DU::LightPath>& batch) const {
+  checked.verdicts.clear();
+  checked.withMessages.clear();
   batch.resize(kBatchSize);
   std::size_t filled = 0;
-  const auto judgeBatch = [&] {
+  const auto findBatch = [&] {
     ThrowIfInterrupted();
-    const std::size_t before = judged.verdicts.size();
-    judged.verdicts.resize(before + filled);
+    const std::size_t before = checked.verdicts.size();
+    checked.verdicts.resize(before + filled);
     calculator_.FindShadowing(batch.data(), filled,
-                              judged.verdicts.data() + before);
+                              checked.verdicts.data() + before);
     filled = 0;
   };
 
-  IO::CsvRows rows = reader_.Table().RowsOf(judged.block);
+  IO::CsvRows rows = reader_.Table().RowsOf(checked.text);
   try {
     while (reader_.Next(rows, batch[filled])) {
       const DU::LightPath& path = batch[filled];
       if (calculator_.WritesMessages(path.LightPathType)) {
-        const DU::LightPath telling = path;
-        judgeBatch();
-        judged.telling.push_back(
-            {judged.verdicts.size(), reader_.TypeName(rows), telling});
-        judged.verdicts.push_back(DU::eShadowingComponent::kNone);
+        const DU::LightPath withMessages = path;
+        findBatch();
+        checked.withMessages.push_back(
+            {checked.verdicts.size(), reader_.TypeName(rows), withMessages});
+        checked.verdicts.push_back(DU::eShadowingComponent::kNone);
       } else if (++filled == batch.size()) {
-        judgeBatch();
+        findBatch();
       }
     }
   } catch (const IO::CsvError& error) {
-    judged.error = error;
+    checked.error = error;
   }
-  judgeBatch();
-  judged.extent = rows.Read();
+  findBatch();
+  checked.extent = rows.Read();
 }
 
 }  // namespace ZARN::App

@@ -17,18 +17,19 @@ class PathCheck {
  public:
   /// A path that was not judged because messages may come with its verdict:
   /// they belong in the order of the rows.
-  struct TellingPath {
+  struct PathWithMessages {
     std::size_t index;  ///< among the paths of its block
     std::string_view typeName;
     DU::LightPath path;
   };
 
   /// What was found for a block of rows.
-  struct Judged {
-    IO::CsvBlock block;
-    /// Of its paths in their order, up to an error; kNone for telling ones.
+  struct CheckedBlock {
+    IO::CsvBlock text;
+    /// Of its paths in their order, up to an error; kNone for those with
+    /// messages.
     std::vector<DU::eShadowingComponent> verdicts;
-    std::vector<TellingPath> telling;
+    std::vector<PathWithMessages> withMessages;
     IO::CsvExtent extent;
     std::optional<IO::CsvError> error;
   };
@@ -47,21 +48,22 @@ class PathCheck {
   /// @throws IO::BadInput if the file cannot be read, behind all blocks that
   /// could;
   ///         Interrupted if a signal came
-  const Judged* Next();
+  const CheckedBlock* Next();
 
  private:
   bool MayReadOn() const;
   bool Read(IO::CsvBlock& block);
-  void Judge(Judged& judged, std::vector<DU::LightPath>& batch) const;
+  void FindVerdicts(CheckedBlock& checked,
+                    std::vector<DU::LightPath>& batch) const;
 
   const DU::ShadowingCalculator& calculator_;
   IO::LightPathReader& reader_;
   bool isAtEnd_ = false;
   std::exception_ptr failure_;  // why the file ended there
   std::size_t maxBlocks_;       // that are worked on at once
-  Judged current_;
+  CheckedBlock current_;
   std::vector<std::vector<DU::LightPath>> batches_;  // one for each thread
-  Scan::OrderedWork<Judged> work_;
+  Scan::OrderedWork<CheckedBlock> work_;
 };
 
 }  // namespace ZARN::App

@@ -10,11 +10,11 @@
 
 #include "app/CountsTable.hpp"
 #include "app/EventSource.hpp"
-#include "app/MessagesPast.hpp"
 #include "app/ProgressBar.hpp"
 #include "app/RunOptions.hpp"
 #include "app/ScanOptions.hpp"
 #include "app/ScanOutputs.hpp"
+#include "app/ScopedLogOutput.hpp"
 #include "app/Signals.hpp"
 #include "io/InputFile.hpp"
 #include "io/PositionReader.hpp"
@@ -63,7 +63,8 @@ void ScanEvents(Scan::PairScan& scan, const Scan::Pairs& pairs,
        begin += ScanOutputs::kSliceSize) {
     const std::size_t end =
         std::min(begin + ScanOutputs::kSliceSize, pairs.Count());
-    const std::vector<Scan::PairChunk>& slice = scan.Judge(pairs, begin, end);
+    const std::vector<Scan::PairChunk>& slice =
+        scan.FindVerdicts(pairs, begin, end);
     outputs.Write(slice);
     for (const Scan::PairChunk& chunk : slice) {
       for (const Scan::PairVerdict& verdict : chunk.verdicts) {
@@ -97,7 +98,7 @@ void RunScan(const ScanOptions& options) {
   EventSource source = options.at.has_value() ? EventSource(*options.at)
                                               : EventSource(options.events);
 
-  const KeptSignals keptSignals;
+  const DeferredSignals deferredSignals;
   ScanOutputs outputs(options, shadowing, pmts);
   Scan::PairScan scan(
       shadowing, lightPath,
@@ -112,7 +113,7 @@ void RunScan(const ScanOptions& options) {
   const auto begin = std::chrono::steady_clock::now();
   {
     ProgressBar progress;
-    const MessagesPast messagesPast(progress);
+    const ScopedLogOutput logOutput(progress.Messages());
     while (source.Next(pmts.size())) {
       outputs.SetEvents(source.Events());
       const std::vector<TVector3> positions = PositionsOf(source.Events());

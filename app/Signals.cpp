@@ -17,12 +17,12 @@ constexpr std::array kStopSignals = {SIGINT, SIGTERM, SIGHUP};
 // Without a lock, so that a handler may touch them; and the signal may come to
 // one thread while others look.
 static_assert(std::atomic<int>::is_always_lock_free);
-std::atomic<int> areSignalsKept = 0;
-std::atomic<int> keptSignal = 0;
+std::atomic<int> areSignalsDeferred = 0;
+std::atomic<int> deferredSignal = 0;
 
 extern "C" void TakeSignal(int signal) {
-  if (areSignalsKept == 0) _exit(StatusOfSignal(signal));
-  keptSignal = signal;
+  if (areSignalsDeferred == 0) _exit(StatusOfSignal(signal));
+  deferredSignal = signal;
 }
 
 }  // namespace
@@ -51,11 +51,11 @@ void HandleSignals() {
   IO::SetInterruptCheck(ThrowIfInterrupted);
 }
 
-KeptSignals::KeptSignals() { areSignalsKept = 1; }
-KeptSignals::~KeptSignals() { areSignalsKept = 0; }
+DeferredSignals::DeferredSignals() { areSignalsDeferred = 1; }
+DeferredSignals::~DeferredSignals() { areSignalsDeferred = 0; }
 
 void ThrowIfInterrupted() {
-  if (keptSignal != 0) throw Interrupted(keptSignal);
+  if (deferredSignal != 0) throw Interrupted(deferredSignal);
 }
 
 }  // namespace ZARN::App

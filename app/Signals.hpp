@@ -22,22 +22,22 @@ class Interrupted : public std::runtime_error {
 /// Take over the signals that matter to a command that writes files.
 ///
 /// An interrupt, a termination or a hang-up (unless the caller ignores it) ends
-/// the command at once with status 128 + signal, or is kept while a KeptSignals
-/// lives. A closed pipe and a file over the size limit become errors of the
-/// write that met them.
+/// the command at once with status 128 + signal, or waits while a
+/// DeferredSignals lives. A closed pipe and a file over the size limit become
+/// errors of the write that met them.
 void HandleSignals();
 
-/// While it lives, a signal does not end the command but is kept for
+/// While it lives, a signal does not end the command but waits for
 /// ThrowIfInterrupted: temporary files are then removed on the way out.
-class KeptSignals {
+class DeferredSignals {
  public:
-  KeptSignals();
-  KeptSignals(const KeptSignals&) = delete;
-  KeptSignals& operator=(const KeptSignals&) = delete;
-  ~KeptSignals();
+  DeferredSignals();
+  DeferredSignals(const DeferredSignals&) = delete;
+  DeferredSignals& operator=(const DeferredSignals&) = delete;
+  ~DeferredSignals();
 };
 
-/// @throws Interrupted if a signal was kept. Long loops call it often, and so
+/// @throws Interrupted if a signal waits. Long loops call it often, and so
 ///         does all reading and writing of io/.
 void ThrowIfInterrupted();
 

@@ -1,6 +1,7 @@
 #include "scan/PairScan.hpp"
 
 #include <algorithm>
+#include <exception>
 #include <utility>
 
 namespace ZARN::Scan {
@@ -11,23 +12,37 @@ PairScan::PairScan(const DU::ShadowingCalculator& shadowing,
       settings_(std::move(settings)),
       lightPaths_(settings_.threads, lightPath),
       work_(settings_.threads, [this](const Part& part, std::size_t worker) {
-        JudgePart(part, lightPaths_[worker]);
+        FindVerdictsOfPart(part, lightPaths_[worker]);
       }) {}
 
-const std::vector<PairChunk>& PairScan::Judge(const Pairs& pairs,
-                                              std::size_t begin,
-                                              std::size_t end) {
+const std::vector<PairChunk>& PairScan::FindVerdicts(const Pairs& pairs,
+                                                     std::size_t begin,
+                                                     std::size_t end) {
   chunks_.resize((end - begin + kChunkSize - 1) / kChunkSize);
   for (std::size_t number = 0; number < chunks_.size(); ++number) {
     const std::size_t next = std::min(begin + kChunkSize, end);
     work_.Push({&pairs, begin, next, number});
     begin = next;
   }
-  while (work_.Size() > 0) work_.Pop();
+  // The pairs belong to the caller: no thread may be at work on them when an
+  // exception leaves.
+  std::exception_ptr failure;
+  while (work_.Size() > 0) {
+    try {
+      work_.Pop();
+    } catch (...) {
+      if (failure == nullptr) failure = std::current_exception();
+      isStopping_ = true;
+    }
+  }
+  isStopping_ = false;
+  if (failure != nullptr) std::rethrow_exception(failure);
   return chunks_;
 }
 
-void PairScan::JudgePart(const Part& part, DU::LightPathCalculator& lightPath) {
+void PairScan::FindVerdictsOfPart(const Part& part,
+                                  DU::LightPathCalculator& lightPath) {
+  if (isStopping_) return;
   PairChunk& chunk = chunks_[part.number];
   chunk.verdicts.clear();
   chunk.paths.clear();

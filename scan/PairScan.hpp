@@ -1,5 +1,6 @@
 #pragma once
 
+#include <atomic>
 #include <cstddef>
 #include <functional>
 #include <vector>
@@ -46,7 +47,7 @@ struct PairChunk {
 ///
 ///     ZARN::Scan::PairScan scan(shadowing, lightPath, {threads});
 ///     const ZARN::Scan::Pairs pairs = {events, pmts};
-///     for (const auto& chunk : scan.Judge(pairs, 0, pairs.Count())) ...
+///     for (const auto& chunk : scan.FindVerdicts(pairs, 0, pairs.Count())) ...
 ///
 /// A scan serves one thread. What it finds does not depend on the number of
 /// threads.
@@ -60,9 +61,9 @@ class PairScan {
     std::size_t threads = 1;       ///< at least one
     bool withReflections = false;  ///< judge reflected light, too
     bool withPaths = false;        ///< keep the light paths
-    /// Called with each chunk and its number among those of a call of Judge, on
-    /// the thread that judged it and so for several chunks at once. What it
-    /// throws ends the call of Judge; the scan is then of no further use.
+    /// Called with each chunk and its number among those of a call of
+    /// FindVerdicts, on the thread that judged it and so for several chunks at
+    /// once. What it throws leaves from that call.
     std::function<void(std::size_t number, const PairChunk& chunk)> onChunk =
         nullptr;
   };
@@ -76,8 +77,9 @@ class PairScan {
   /// number: of very many, judge some after the other.
   ///
   /// @return chunks in the order of the pairs; valid until the next call
-  const std::vector<PairChunk>& Judge(const Pairs& pairs, std::size_t begin,
-                                      std::size_t end);
+  const std::vector<PairChunk>& FindVerdicts(const Pairs& pairs,
+                                             std::size_t begin,
+                                             std::size_t end);
 
  private:
   /// What one thread does at a time.
@@ -88,7 +90,7 @@ class PairScan {
     std::size_t number;  // of its chunk
   };
 
-  void JudgePart(const Part& part, DU::LightPathCalculator& lightPath);
+  void FindVerdictsOfPart(const Part& part, DU::LightPathCalculator& lightPath);
   void Take(std::size_t pair, const DU::LightPathCalculator& lightPath,
             PairChunk& chunk) const;
 
@@ -96,6 +98,7 @@ class PairScan {
   Settings settings_;
   std::vector<DU::LightPathCalculator> lightPaths_;  // one for each thread
   std::vector<PairChunk> chunks_;
+  std::atomic<bool> isStopping_ = false;  // what has not begun is left out
   OrderedWork<Part> work_;
 };
 

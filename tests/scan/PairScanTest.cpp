@@ -3,8 +3,11 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <atomic>
+#include <chrono>
 #include <mutex>
 #include <stdexcept>
+#include <thread>
 #include <vector>
 
 #include "tests/du/Detector.hpp"
@@ -98,7 +101,7 @@ TEST_F(PairScanTest, JudgesEveryPairInOrderWhateverTheNumberOfThreads) {
     const PairChunk wanted = JudgedOneByOne(withReflections);
     for (const std::size_t threads : {1U, 2U, 7U}) {
       PairScan scan(shadowing_, lightPath_, {threads, withReflections, true});
-      ExpectSame(Joined(scan.Judge(pairs, 0, pairs.Count())), wanted);
+      ExpectSame(Joined(scan.FindVerdicts(pairs, 0, pairs.Count())), wanted);
     }
   }
 }
@@ -110,17 +113,17 @@ TEST_F(PairScanTest, JudgesAnyPartOfThePairsAgainAndAgain) {
   PairChunk all;
   for (std::size_t begin = 0; begin < pairs.Count(); begin += 100) {
     const std::size_t end = std::min(begin + 100, pairs.Count());
-    const PairChunk some = Joined(scan.Judge(pairs, begin, end));
+    const PairChunk some = Joined(scan.FindVerdicts(pairs, begin, end));
     all = Joined({all, some});
   }
   ExpectSame(all, wanted);
-  EXPECT_TRUE(scan.Judge(pairs, 5, 5).empty());
+  EXPECT_TRUE(scan.FindVerdicts(pairs, 5, 5).empty());
 }
 
 TEST_F(PairScanTest, KeepsLightPathsOnlyWhereTheyAreAskedFor) {
   const Pairs pairs = {events_, pmts_};
   PairScan scan(shadowing_, lightPath_, {});
-  for (const PairChunk& chunk : scan.Judge(pairs, 0, pairs.Count())) {
+  for (const PairChunk& chunk : scan.FindVerdicts(pairs, 0, pairs.Count())) {
     EXPECT_TRUE(chunk.paths.empty());
   }
 }
@@ -134,21 +137,35 @@ TEST_F(PairScanTest, CallsBackWithEachChunkOnce) {
                    const std::lock_guard<std::mutex> lock(guard);
                    sizes.at(number) += chunk.verdicts.size();
                  }});
-  const auto& chunks = scan.Judge(pairs, 0, pairs.Count());
+  const auto& chunks = scan.FindVerdicts(pairs, 0, pairs.Count());
   ASSERT_EQ(chunks.size(), sizes.size());
   for (std::size_t i = 0; i < sizes.size(); ++i) {
     EXPECT_EQ(sizes[i], chunks[i].verdicts.size());
   }
 }
 
-TEST_F(PairScanTest, GivesTheCallerWhatTheCallbackThrows) {
+TEST_F(PairScanTest, GivesTheCallerWhatTheCallbackThrowsWhenAllThreadsAreDone) {
+  const Pairs pairs = {events_, pmts_};
+  const PairChunk wanted = JudgedOneByOne(false);
   for (const std::size_t threads : {1U, 3U}) {
+    std::atomic<bool> mayThrow = true;
+    std::atomic<int> atWork = 0;
     PairScan scan(shadowing_, lightPath_,
-                  {threads, false, false, [](std::size_t number, const auto&) {
-                     if (number == 1) throw std::runtime_error("stop");
+                  {threads, false, true, [&](std::size_t number, const auto&) {
+                     if (!mayThrow) return;
+                     ++atWork;
+                     if (number == 0) {
+                       --atWork;
+                       throw std::runtime_error("stop");
+                     }
+                     std::this_thread::sleep_for(std::chrono::milliseconds(50));
+                     --atWork;
                    }});
-    const Pairs pairs = {events_, pmts_};
-    EXPECT_THROW(scan.Judge(pairs, 0, pairs.Count()), std::runtime_error);
+    EXPECT_THROW(scan.FindVerdicts(pairs, 0, pairs.Count()),
+                 std::runtime_error);
+    EXPECT_EQ(atWork, 0) << "a thread is still at work";
+    mayThrow = false;
+    ExpectSame(Joined(scan.FindVerdicts(pairs, 0, pairs.Count())), wanted);
   }
 }
 
