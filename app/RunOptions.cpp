@@ -106,7 +106,7 @@ int WholeNumberOf(const std::string& option, const std::string& text) {
 }
 
 double NumberOf(const std::string& option, const std::string& text) {
-  const IO::NumberOrReason number = IO::ReadNumber(text);
+  const IO::NumberOrReason number = IO::ParseNumber(text);
   if (number.reason != nullptr) {
     throw CLI::ValidationError(option, IO::Quoted(text) + " " + number.reason);
   }

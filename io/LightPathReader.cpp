@@ -21,7 +21,7 @@ DU::eLightPathType TypeOfName(std::string_view name) {
 double Coordinate(const CsvRows& rows, std::size_t column) {
   const std::string_view cell = rows.Cell(column);
   if (cell.empty()) return 0.0;
-  const NumberOrReason number = ReadNumber(cell);
+  const NumberOrReason number = ParseNumber(cell);
   if (number.reason != nullptr) {
     throw rows.Error(column, Quoted(cell) + " " + number.reason);
   }

@@ -18,7 +18,7 @@ double RoundedToDouble(std::string_view cell) {
 
 }  // namespace
 
-NumberOrReason ReadNumber(std::string_view cell) {
+NumberOrReason ParseNumber(std::string_view cell) {
   constexpr const char* kNoNumber = "is not a number";
   std::string_view digits = cell;
   if (!digits.empty() && digits.front() == '+') {

@@ -10,11 +10,11 @@ struct NumberOrReason {
   const char* reason = nullptr;  ///< null when there is a value
 };
 
-/// Read a whole cell as a number, whatever the locale.
+/// The number that a whole cell holds, whatever the locale.
 ///
 /// Decimal and exponent notation, a leading + or -, inf and nan. What is too
 /// small for a double becomes the nearest one; what is too large is refused,
 /// and so are blanks and anything else.
-NumberOrReason ReadNumber(std::string_view cell);
+NumberOrReason ParseNumber(std::string_view cell);
 
 }  // namespace ZARN::IO

@@ -20,7 +20,7 @@ bool PositionReader::Next(NamedPosition& item) {
   std::array<double, 3> values = {};
   for (std::size_t i = 0; i < values.size(); ++i) {
     const std::string_view cell = table_.Cell(columns_[i]);
-    const NumberOrReason number = ReadNumber(cell);
+    const NumberOrReason number = ParseNumber(cell);
     if (number.reason != nullptr) {
       table_.Fail(columns_[i], Quoted(cell) + " " + number.reason);
     }

@@ -32,7 +32,7 @@ TEST(AppendNumber, ReadsBackAsTheSameDouble) {
                              -std::numeric_limits<double>::max()}) {
     std::string text = "x";
     AppendNumber(text, value);
-    const NumberOrReason back = ReadNumber(text.substr(1));
+    const NumberOrReason back = ParseNumber(text.substr(1));
     ASSERT_EQ(back.reason, nullptr) << text;
     EXPECT_EQ(back.value, value) << text;
     EXPECT_EQ(std::signbit(back.value), std::signbit(value)) << text;

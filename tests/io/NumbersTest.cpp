@@ -23,20 +23,20 @@ std::uint64_t Bits(double value) {
 
 /// Expects a number with exactly these bits: -0 is not 0.
 void ExpectNumber(const std::string& cell, double wanted) {
-  const NumberOrReason number = ReadNumber(cell);
+  const NumberOrReason number = ParseNumber(cell);
   ASSERT_EQ(number.reason, nullptr) << cell << " " << number.reason;
   EXPECT_EQ(Bits(number.value), Bits(wanted)) << cell << ": " << number.value;
 }
 
 void ExpectReason(const std::string& cell, const std::string& wanted) {
-  const NumberOrReason number = ReadNumber(cell);
+  const NumberOrReason number = ParseNumber(cell);
   ASSERT_NE(number.reason, nullptr) << cell << " was read as " << number.value;
   EXPECT_EQ(number.reason, wanted) << cell;
 }
 
 constexpr double kLowest = 4.9406564584124654e-324;  // the smallest above 0
 
-TEST(ReadNumber, ReadsDecimalsAndExponents) {
+TEST(ParseNumber, ReadsDecimalsAndExponents) {
   ExpectNumber("0", 0.0);
   ExpectNumber("1", 1.0);
   ExpectNumber("-5800.125", -5800.125);
@@ -49,13 +49,13 @@ TEST(ReadNumber, ReadsDecimalsAndExponents) {
   ExpectNumber("1e0000000003", 1000.0);
 }
 
-TEST(ReadNumber, KeepsTheSignOfZero) {
+TEST(ParseNumber, KeepsTheSignOfZero) {
   ExpectNumber("-0", -0.0);
   ExpectNumber("-0.0e5", -0.0);
   ExpectNumber("+0", 0.0);
 }
 
-TEST(ReadNumber, AcceptsOneLeadingPlus) {
+TEST(ParseNumber, AcceptsOneLeadingPlus) {
   ExpectNumber("+1", 1.0);
   ExpectNumber("+.5", 0.5);
   ExpectNumber("+1e-3", 1e-3);
@@ -64,7 +64,7 @@ TEST(ReadNumber, AcceptsOneLeadingPlus) {
   }
 }
 
-TEST(ReadNumber, AcceptsInfinityAndNaN) {
+TEST(ParseNumber, AcceptsInfinityAndNaN) {
   constexpr double kInfinity = std::numeric_limits<double>::infinity();
   for (const char* cell :
        {"inf", "INF", "Inf", "infinity", "Infinity", "+inf"}) {
@@ -72,13 +72,13 @@ TEST(ReadNumber, AcceptsInfinityAndNaN) {
   }
   ExpectNumber("-inf", -kInfinity);
   for (const char* cell : {"nan", "NaN", "NAN", "-nan", "+nan", "nan(x)"}) {
-    const NumberOrReason number = ReadNumber(cell);
+    const NumberOrReason number = ParseNumber(cell);
     EXPECT_EQ(number.reason, nullptr) << cell;
     EXPECT_TRUE(std::isnan(number.value)) << cell;
   }
 }
 
-TEST(ReadNumber, RefusesWhatIsNotWhollyANumber) {
+TEST(ParseNumber, RefusesWhatIsNotWhollyANumber) {
   for (const char* cell : {"",
                            ".",
                            "-",
@@ -122,7 +122,7 @@ TEST(ReadNumber, RefusesWhatIsNotWhollyANumber) {
   }
 }
 
-TEST(ReadNumber, DoesNotStopAtANulByte) {
+TEST(ParseNumber, DoesNotStopAtANulByte) {
   ExpectReason(std::string("1\0", 2), "is not a number");
   ExpectReason(std::string("1\0"
                            "2",
@@ -136,16 +136,16 @@ TEST(ReadNumber, DoesNotStopAtANulByte) {
   ExpectReason(std::string("1e-400\0x", 8), "is not a number");
 }
 
-TEST(ReadNumber, LooksAtTheCellAlone) {
+TEST(ParseNumber, LooksAtTheCellAlone) {
   const std::string row = "1.5e3,7";
   const std::string_view cells = row;
-  EXPECT_EQ(ReadNumber(cells.substr(0, 3)).value, 1.5);
-  EXPECT_EQ(ReadNumber(cells.substr(0, 5)).value, 1500.0);
-  EXPECT_NE(ReadNumber(cells.substr(0, 4)).reason, nullptr);
-  EXPECT_NE(ReadNumber(cells.substr(0, 0)).reason, nullptr);
+  EXPECT_EQ(ParseNumber(cells.substr(0, 3)).value, 1.5);
+  EXPECT_EQ(ParseNumber(cells.substr(0, 5)).value, 1500.0);
+  EXPECT_NE(ParseNumber(cells.substr(0, 4)).reason, nullptr);
+  EXPECT_NE(ParseNumber(cells.substr(0, 0)).reason, nullptr);
 }
 
-TEST(ReadNumber, TakesTheNearestDoubleOfWhatIsTooSmall) {
+TEST(ParseNumber, TakesTheNearestDoubleOfWhatIsTooSmall) {
   ExpectNumber("4.9e-324", kLowest);
   ExpectNumber("3e-324", kLowest);
   ExpectNumber("2.5e-324", kLowest);
@@ -160,7 +160,7 @@ TEST(ReadNumber, TakesTheNearestDoubleOfWhatIsTooSmall) {
   ExpectNumber("2.2250738585072011e-308", 2.2250738585072011e-308);
 }
 
-TEST(ReadNumber, RoundsHalfTheLowestDoubleToEven) {
+TEST(ParseNumber, RoundsHalfTheLowestDoubleToEven) {
   // All digits of 2^-1075, half way between 0 and the lowest double.
   const std::string half =
       "0." + std::string(323, '0') +
@@ -181,7 +181,7 @@ TEST(ReadNumber, RoundsHalfTheLowestDoubleToEven) {
   ExpectNumber(half + "0000000001", kLowest);
 }
 
-TEST(ReadNumber, RefusesWhatIsTooLarge) {
+TEST(ParseNumber, RefusesWhatIsTooLarge) {
   ExpectNumber("1.7976931348623157e308", std::numeric_limits<double>::max());
   ExpectNumber("1.7976931348623158e308", std::numeric_limits<double>::max());
   for (const char* cell : {"1.7976931348623159e308", "1e309", "+1e400",
@@ -191,13 +191,13 @@ TEST(ReadNumber, RefusesWhatIsTooLarge) {
   ExpectReason(std::string(400, '9'), "is too large for a double");
 }
 
-TEST(ReadNumber, ReadsManyDigits) {
+TEST(ParseNumber, ReadsManyDigits) {
   ExpectNumber(std::string(100000, '0') + "1", 1.0);
   ExpectNumber("1." + std::string(100000, '0') + "1", 1.0);
   ExpectNumber("1" + std::string(400, '0') + "e-400", 1.0);
 }
 
-TEST(ReadNumber, ReadsBackExactlyWhatWasWritten) {
+TEST(ParseNumber, ReadsBackExactlyWhatWasWritten) {
   std::mt19937_64 random(20240917);
   for (int i = 0; i < 200000; ++i) {
     std::uint64_t bits = random();
@@ -214,7 +214,7 @@ TEST(ReadNumber, ReadsBackExactlyWhatWasWritten) {
   }
 }
 
-TEST(ReadNumber, ReadsAlikeInEveryLocale) {
+TEST(ParseNumber, ReadsAlikeInEveryLocale) {
   const std::string before = std::setlocale(LC_ALL, nullptr);
   for (const char* name : {"de_DE", "de_DE.UTF-8", "fr_FR.UTF-8", "C.UTF-8"}) {
     (void)std::setlocale(LC_ALL, name);  // stays as it is where there is none
