@@ -156,7 +156,7 @@ class Result:
         """The table at the end, by label."""
         found = {}
         for text in self.err.splitlines():
-            match = re.fullmatch(r" *(\w+(?:[/ ]\w+)?) +(not loaded|[\d,.]+)(?: +([\d.]+) %)?",
+            match = re.fullmatch(r" *(\w+(?:[/ ]\w+)?) +(not loaded|nothing to test|[\d,.]+)(?: +([\d.]+) %)?",
                                  text)
             if match:
                 found[match[1]] = (match[2], match[3])
