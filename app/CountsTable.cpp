@@ -47,6 +47,10 @@ void PrintCounts(std::ostream& out, const Scan::VerdictCounts& counts,
       out << Row(label, "not loaded") << "\n";
       continue;
     }
+    if (calculator.GetHardware().HasNothingToTest(component)) {
+      out << Row(label, "nothing to test") << "\n";
+      continue;
+    }
     const std::uint64_t count = counts.Of(component);
     out << Row(label, Grouped(count)) << Percent(count, paths) << "\n";
   }

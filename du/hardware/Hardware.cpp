@@ -101,6 +101,22 @@ bool Hardware::IsReady(eComponent component) const {
   }
 }
 
+bool Hardware::HasNothingToTest(eComponent component) const {
+  if (!IsInfoLoaded(component)) return false;
+  switch (component) {
+    case eComponent::kAVHDRope:
+      return AVHDRopes.AVHDRopeRolls.empty();
+    case eComponent::kSupportRope:
+      return SupportRopes.SupportRopePositions.empty();
+    case eComponent::kBellyPlate:
+      return BellyPlates.BellyPlatePositions.empty();
+    case eComponent::kNCDAnchor:
+      return NCDAnchors.NCDAnchorPositions.empty();
+    default:
+      return false;  // loaded only with all that they test
+  }
+}
+
 bool Hardware::IsBlockedBy(eComponent component, const WaterSegments& path,
                            eDiagnostics diagnostics) const {
   switch (component) {

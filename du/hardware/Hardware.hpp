@@ -73,6 +73,10 @@ struct Hardware {
   /// test indexes unchecked. A test that does not run is silent.
   bool IsReady(eShadowingComponent component) const;
 
+  /// Whether a component was loaded, but without anything that could block a
+  /// path: no rope, no plate, no anchor.
+  bool HasNothingToTest(eShadowingComponent component) const;
+
   /// Whether a component blocks a path, by its written formula; false for
   /// kNone.
   ///

@@ -22,6 +22,22 @@ class Messages(BothTest):
         self.assertEqual(counts[self.COUNTED][0], "12,345")
         self.assertEqual(counts["NCDAnchor"], ("12,345", "100.000"))
 
+    def test_a_component_that_is_loaded_without_parts_has_nothing_to_test(self):
+        # Arrays of unequal lengths give no points; an empty list of rolls no ropes.
+        unequal = {"x": [0.0, 0.0], "y": [0.0, 0.0], "z": [-5800.0]}
+        for component, entries in (
+                ("NCDAnchor", [*ANCHOR[:2], entry("GEO_LOCATIONS", "ncd_anchors", unequal)]),
+                ("BellyPlate", [*PLATE[:2], entry("GEO_LOCATIONS", "belly_plates", unequal)]),
+                ("SupportRope", [*SUPPORT_ROPES[:3],
+                                 entry("GEO_LOCATIONS", "hold_up_anchors", unequal)]),
+                ("AVHDRope", [*HOLD_DOWN_ROPES[:2],
+                              entry("GEO_LOCATIONS", "hold_down_rolls", {"roll": []})])):
+            with self.subTest(component=component):
+                counts = self.run_on(self.input(),
+                                     geometry=self.tables(*OPTICS, *entries)).counts()
+                self.assertEqual(counts[component], ("nothing to test", None))
+                self.assertEqual(counts["AVPipe"], ("not loaded", None))
+
     def test_a_component_that_is_loaded_and_meets_nothing_counts_zero(self):
         geometry = self.tables(*OPTICS, *PLATE)
         counts = self.run_on(self.input(), geometry=geometry).counts()
