@@ -1,10 +1,13 @@
 #include "io/DistinctFiles.hpp"
 
+#include <unistd.h>
+
+#include <algorithm>
 #include <filesystem>
 #include <system_error>
 
 #include "io/Errors.hpp"
-#include "io/PendingFile.hpp"
+#include "io/FileNames.hpp"
 
 namespace ZARN::IO {
 namespace {
@@ -14,13 +17,23 @@ namespace fs = std::filesystem;
 bool AreSame(const std::string& a, const std::string& b) {
   if (a == "-" || b == "-") return a == b;
   // A terminal or /dev/null takes more than one.
-  if (!PendingFile::CanReplace(a)) return false;
+  if (!CanReplace(a)) return false;
   std::error_code error;
   if (fs::equivalent(a, b, error)) return true;
   const auto place = [&error](const std::string& path) {
-    return fs::weakly_canonical(PendingFile::TargetOf(path), error);
+    return fs::weakly_canonical(TargetOf(path), error);
   };
   return place(a) == place(b);
+}
+
+/// The names with "-" for each that stands for a standard stream.
+std::vector<std::string> WithDashFor(int stream,
+                                     std::vector<std::string> names) {
+  std::replace_if(
+      names.begin(), names.end(),
+      [&](const std::string& name) { return DescriptorNamed(name) == stream; },
+      "-");
+  return names;
 }
 
 /// Both names, where one file has two.
@@ -31,8 +44,10 @@ std::string NamesOf(const std::string& a, const std::string& b) {
 
 }  // namespace
 
-void RequireDistinctFiles(const std::vector<std::string>& inputs,
-                          const std::vector<std::string>& outputs) {
+void RequireDistinctFiles(const std::vector<std::string>& inputFiles,
+                          const std::vector<std::string>& outputFiles) {
+  const auto inputs = WithDashFor(STDIN_FILENO, inputFiles);
+  const auto outputs = WithDashFor(STDOUT_FILENO, outputFiles);
   for (std::size_t i = 0; i < inputs.size(); ++i) {
     for (std::size_t k = 0; k < i; ++k) {
       if (inputs[i] == "-" && inputs[k] == "-") {

@@ -1,6 +1,5 @@
 #pragma once
 
-#include <optional>
 #include <string>
 #include <vector>
 
@@ -9,10 +8,10 @@ namespace ZARN::IO {
 /// Refuse file arguments that get in each other's way: two outputs to one
 /// place, an output that would replace an input, two inputs from one pipe.
 ///
-/// @param inputs   as for InputFile
-/// @param outputs  as for OutputFile, and only those that were given
+/// @param inputFiles   as for InputFile
+/// @param outputFiles  as for OutputFile, and only those that were given
 /// @throws BadInput naming the file
-void RequireDistinctFiles(const std::vector<std::string>& inputs,
-                          const std::vector<std::string>& outputs);
+void RequireDistinctFiles(const std::vector<std::string>& inputFiles,
+                          const std::vector<std::string>& outputFiles);
 
 }  // namespace ZARN::IO

@@ -17,4 +17,11 @@ class OutputFailure : public std::runtime_error {
   using std::runtime_error::runtime_error;
 };
 
+/// Nobody reads standard output any more, which is no fault: what reads it (a
+/// pager, head) has seen enough.
+class ClosedPipe : public OutputFailure {
+ public:
+  using OutputFailure::OutputFailure;
+};
+
 }  // namespace ZARN::IO

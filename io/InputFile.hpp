@@ -10,8 +10,8 @@ namespace ZARN::IO {
 class InputFile {
  public:
   /// @param path  "-" is standard input
-  /// @throws BadInput if it cannot be opened, Interrupted if a signal came
-  ///         while a pipe waited for its other end
+  /// @throws BadInput if it cannot be opened, and what the interrupt check
+  ///         throws while a pipe waits for its other end
   explicit InputFile(const std::string& path);
   InputFile(const InputFile&) = delete;
   InputFile& operator=(const InputFile&) = delete;
@@ -23,7 +23,7 @@ class InputFile {
   /// Read up to @p size bytes; 0 at the end of the file and ever
   /// after (a terminal would wait for more).
   ///
-  /// @throws BadInput if reading fails, Interrupted if a signal came
+  /// @throws BadInput if reading fails; what the interrupt check throws
   std::size_t Read(char* buffer, std::size_t size);
 
   /// Whether Read would have to wait for something to come.

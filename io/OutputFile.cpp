@@ -7,6 +7,7 @@
 #include <system_error>
 
 #include "io/Errors.hpp"
+#include "io/FileNames.hpp"
 #include "io/InterruptCheck.hpp"
 
 namespace ZARN::IO {
@@ -17,23 +18,31 @@ constexpr std::size_t kBufferSize = 64UL * 1024;
 }  // namespace
 
 OutputFile::OutputFile(const std::optional<std::string>& path)
-    : name_(path.value_or("standard output")) {
+    : name_(path.value_or("-")) {
   buffer_.reserve(kBufferSize);
-  if (!path.has_value() || *path == "-") {
+  if (name_.empty()) throw BadInput("the output file has no name");
+  const std::optional<int> open =
+      name_ == "-" ? STDOUT_FILENO : DescriptorNamed(name_);
+  if (open == STDOUT_FILENO) {
+    name_ = "standard output";
     descriptor_ = STDOUT_FILENO;
-    return;
-  }
-  if (path->empty()) throw BadInput("the output file has no name");
-  if (PendingFile::CanReplace(*path)) {
-    descriptor_ = pending_.emplace(*path).Descriptor();
+  } else if (open.has_value()) {
+    Duplicate(*open);
+  } else if (CanReplace(name_)) {
+    descriptor_ = pending_.emplace(name_).Descriptor();
   } else {
-    OpenDirectly(*path);
+    OpenDirectly(name_);
   }
 }
 
 OutputFile::~OutputFile() {
   const bool isOwn = !pending_.has_value() && descriptor_ != STDOUT_FILENO;
   if (isOwn && descriptor_ >= 0) close(descriptor_);
+}
+
+void OutputFile::Duplicate(int descriptor) {
+  descriptor_ = fcntl(descriptor, F_DUPFD_CLOEXEC, 0);
+  if (descriptor_ < 0) FailWithErrno();
 }
 
 void OutputFile::OpenDirectly(const std::string& path) {
@@ -80,6 +89,9 @@ void OutputFile::Commit() {
 }
 
 void OutputFile::FailWithErrno() const {
+  if (errno == EPIPE && descriptor_ == STDOUT_FILENO) {
+    throw ClosedPipe(name_ + " is read no more");
+  }
   throw OutputFailure(
       name_ + ": cannot be written: " + std::generic_category().message(errno));
 }

@@ -11,19 +11,21 @@ namespace ZARN::IO {
 /// A file that appears whole or not at all.
 ///
 /// Text goes to a PendingFile, which replaces the target when Commit is called.
-/// A target that is no regular file (a pipe, a terminal, a device) is written
-/// directly.
+/// A target that is no regular file (a pipe, a terminal, a device), or that is
+/// already open (standard output, /dev/fd/3), is written directly.
 class OutputFile {
  public:
   /// @param path  nullopt and "-" are standard output
   /// @throws BadInput for an empty name, OutputFailure if it cannot be opened,
-  ///         Interrupted if a signal came while a pipe waited for its other end
+  ///         and what the interrupt check throws while a pipe waits for its
+  ///         other end
   explicit OutputFile(const std::optional<std::string>& path);
   OutputFile(const OutputFile&) = delete;
   OutputFile& operator=(const OutputFile&) = delete;
   ~OutputFile();
 
-  /// @throws OutputFailure if writing fails, Interrupted if a signal came
+  /// @throws OutputFailure if writing fails, of it ClosedPipe if nobody reads
+  ///         standard output any more; what the interrupt check throws
   void Write(std::string_view text);
 
   /// Write what is left. Where a command writes several files, all are finished
@@ -39,6 +41,7 @@ class OutputFile {
 
  private:
   void OpenDirectly(const std::string& path);
+  void Duplicate(int descriptor);
   void Flush();
   [[noreturn]] void FailWithErrno() const;
 

@@ -9,17 +9,11 @@ namespace ZARN::IO {
 /// disk before the first takes its place.
 ///
 /// Without Commit (an error, an interrupt) it is removed, and an existing
-/// target is as it was. What a killed process left behind is removed by the
-/// next one that writes the same target.
+/// target is as it was. A killed process leaves it behind, named
+/// .<target>.zarn-tmp-<six characters>.
 class PendingFile {
  public:
-  /// Whether a file of this kind can be replaced: a regular one, or none.
-  static bool CanReplace(const std::string& path);
-
-  /// Where a file of this name will stand: a link stays, what it points to is
-  /// replaced.
-  static std::string TargetOf(const std::string& path);
-
+  /// @param path  CanReplace(path)
   /// @throws OutputFailure if it cannot be made, or the target is protected
   explicit PendingFile(const std::string& path);
   PendingFile(const PendingFile&) = delete;
@@ -40,7 +34,6 @@ class PendingFile {
   void Commit();
 
  private:
-  void Open();
   [[noreturn]] void FailWithErrno() const;
 
   std::string name_;       // in messages

@@ -8,6 +8,7 @@
 #include <nlohmann/json.hpp>
 
 #include "io/Errors.hpp"
+#include "io/FileNames.hpp"
 #include "io/VerdictText.hpp"
 
 namespace ZARN::IO {
@@ -27,7 +28,7 @@ void Writing(const std::string& name, const Work& work) {
 }
 
 const std::string& Replaceable(const std::string& path) {
-  if (PendingFile::CanReplace(path)) return path;
+  if (CanReplace(path)) return path;
   throw OutputFailure(path +
                       ": cannot be written: a ROOT file wants a regular file");
 }

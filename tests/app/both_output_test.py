@@ -72,6 +72,29 @@ class Output(BothTest):
         self.assertEqual(read, [self.wanted()])
         self.assertTrue(stat.S_ISFIFO(pipe.stat().st_mode))
 
+    def test_what_is_open_already_is_written_where_it_stands(self):
+        (self.folder / "link").symlink_to("/dev/stdout")
+        for name in ("-", "/dev/stdout", "/dev/fd/1", "/proc/self/fd/1", "link",
+                     "/dev/../dev/stdout"):
+            with self.subTest(name=name), open(self.folder / "all.txt", "wb") as out:
+                out.write(b"before\n")
+                out.flush()
+                self.run_on(self.input(), "-o", name, stdout=out)
+                out.write(b"behind\n")
+                out.close()
+                self.assertEqual(self.read("all.txt"), b"before\n" + self.wanted() + b"behind\n")
+        for name in ("/dev/fd/{}", "/proc/self/fd/{}"):
+            with self.subTest(name=name), open(self.folder / "all.txt", "wb") as out:
+                out.write(b"before\n")
+                out.flush()
+                self.run_on(self.input(), "-o", name.format(out.fileno()),
+                            pass_fds=[out.fileno()])
+                out.write(b"behind\n")
+                out.close()
+                self.assertEqual(self.read("all.txt"), b"before\n" + self.wanted() + b"behind\n")
+        result = self.run_on(self.input(), "-o", "/dev/fd/99", status=1)
+        self.assertIn("/dev/fd/99: cannot be written", result.err)
+
     def test_a_place_that_cannot_be_written_gives_status_1(self):
         file = self.write("file", "x")
         (self.folder / "loop").symlink_to("loop")
@@ -192,7 +215,11 @@ class CheckOutput(Output, CheckDriver):
 
 
 class ScanOutput(Output, ScanDriver):
-    pass
+    def test_standard_output_has_room_for_one_by_whatever_name(self):
+        for name in ("-", "/dev/stdout", "/dev/fd/1"):
+            for options in (["--paths", name], ["-o", "/dev/stdout", "--paths", name]):
+                result = self.run_on(self.input(), *options, status=2)
+                self.assertIn("standard output: is named for two outputs", result.err)
 
 
 if __name__ == "__main__":

@@ -3,7 +3,6 @@
 #include <gtest/gtest.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
-#include <sys/wait.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -14,7 +13,6 @@
 #include <vector>
 
 #include "io/Errors.hpp"
-#include "io/PendingFile.hpp"
 #include "tests/support/InFolder.hpp"
 
 namespace ZARN::IO {
@@ -42,19 +40,6 @@ class OutputFileTest : public Testing::InFolder {
       }
     }
     return others;
-  }
-
-  /// Leave behind what a killed process leaves.
-  static void KillWhileWriting(const std::string& path) {
-    const pid_t child = fork();
-    if (child == 0) {
-      OutputFile file(path);
-      file.Write("half");
-      kill(getpid(), SIGKILL);
-    }
-    int status = 0;
-    waitpid(child, &status, 0);
-    ASSERT_TRUE(WIFSIGNALED(status));
   }
 };
 
@@ -208,23 +193,6 @@ TEST_F(OutputFileTest, LeavesEverythingAsItWasOnAFullDisk) {
   EXPECT_TRUE(Others({"old", "fits"}).empty());
 }
 
-TEST_F(OutputFileTest, SweepsWhatAKilledProcessLeftBehind) {
-  for (const std::string& path : {fs::absolute("out").string(),
-                                  std::string("out"), std::string("./out")}) {
-    for (const bool exists : {false, true}) {
-      SCOPED_TRACE(path + (exists ? " exists" : " is new"));
-      fs::remove("out");
-      if (exists) Put("out", "old");
-      KillWhileWriting(path);
-      EXPECT_EQ(Others({"out"}).size(), 1U);
-      EXPECT_EQ(Text("out"), exists ? "old" : "");
-      WriteWhole(path, "new");
-      EXPECT_TRUE(Others({"out"}).empty());
-      for (const std::string& left : Others({"out"})) fs::remove(left);
-    }
-  }
-}
-
 TEST_F(OutputFileTest, SparesTheFilesOfARunThatGoesOn) {
   OutputFile first("out");
   first.Write("first");
@@ -235,31 +203,6 @@ TEST_F(OutputFileTest, SparesTheFilesOfARunThatGoesOn) {
   first.Commit();
   EXPECT_EQ(Text("out"), "first");
   EXPECT_TRUE(Others({"out"}).empty());
-}
-
-/// A finished file is locked until it is in its place, though nothing can be
-/// written to it any more.
-TEST_F(OutputFileTest, SparesAFinishedFileOfARunThatGoesOn) {
-  PendingFile finished("out");
-  finished.Finish();
-  { const PendingFile another("out"); }
-  EXPECT_NO_THROW(finished.Commit());
-  EXPECT_TRUE(fs::exists("out"));
-}
-
-TEST_F(OutputFileTest, SparesWhatWasLeftOfOtherTargets) {
-  KillWhileWriting("other");
-  WriteWhole("out", "x");
-  WriteWhole("ther", "x");
-  EXPECT_EQ(Others({"out", "ther"}).size(), 1U);
-}
-
-TEST_F(OutputFileTest, SparesFilesThatOnlyLookLikeItsOwn) {
-  Put(".out.zarn-tmp-notes-of-mine", "x");
-  Put("out.zarn-tmp-abcdef", "x");
-  WriteWhole("out", "x");
-  EXPECT_TRUE(fs::exists(".out.zarn-tmp-notes-of-mine"));
-  EXPECT_TRUE(fs::exists("out.zarn-tmp-abcdef"));
 }
 
 }  // namespace
