@@ -6,10 +6,12 @@
 #include <cmath>
 #include <thread>
 
+#include "app/Usage.hpp"
 #include "db/DB.hpp"
 #include "db/JsonTables.hpp"
 #include "du/ShadowingCalculator.hpp"
 #include "io/Errors.hpp"
+#include "io/FileNames.hpp"
 #include "io/Numbers.hpp"
 #include "io/Quoted.hpp"
 #include "lightpath/LightPathCalculator.hpp"
@@ -64,8 +66,8 @@ void AddThreadsOption(CLI::App& command, std::size_t& threads) {
             constexpr int kMost = 1024;
             const int number = WholeNumberOf("--threads", text);
             if (number < 1 || number > kMost) {
-              throw CLI::ValidationError(
-                  "--threads", IO::Quoted(text) + " is not from 1 to 1024");
+              throw BadUsage("--threads: " + IO::Quoted(text) +
+                             " is not from 1 to 1024");
             }
             threads = static_cast<std::size_t>(number);
           },
@@ -94,13 +96,19 @@ void BeginRun(const RunOptions& options, DU::LightPathCalculator& calculator) {
   Begin(options, calculator);
 }
 
+void RequireCsvName(const std::string& option,
+                    const std::optional<std::string>& file) {
+  if (!file.has_value() || !IO::IsRootFileName(*file)) return;
+  throw BadUsage(option + ": " + IO::Quoted(*file) +
+                 " is named as a ROOT file, but CSV is written there");
+}
+
 int WholeNumberOf(const std::string& option, const std::string& text) {
   int number = 0;
   const char* const end = text.data() + text.size();
   const auto [stop, error] = std::from_chars(text.data(), end, number);
   if (error != std::errc() || stop != end) {
-    throw CLI::ValidationError(option,
-                               IO::Quoted(text) + " is not a whole number");
+    throw BadUsage(option + ": " + IO::Quoted(text) + " is not a whole number");
   }
   return number;
 }
@@ -108,10 +116,10 @@ int WholeNumberOf(const std::string& option, const std::string& text) {
 double NumberOf(const std::string& option, const std::string& text) {
   const IO::NumberOrReason number = IO::ParseNumber(text);
   if (number.reason != nullptr) {
-    throw CLI::ValidationError(option, IO::Quoted(text) + " " + number.reason);
+    throw BadUsage(option + ": " + IO::Quoted(text) + " " + number.reason);
   }
   if (!std::isfinite(number.value)) {
-    throw CLI::ValidationError(option, IO::Quoted(text) + " is not finite");
+    throw BadUsage(option + ": " + IO::Quoted(text) + " is not finite");
   }
   return number.value;
 }

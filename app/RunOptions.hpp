@@ -46,7 +46,13 @@ void LoadTables(const RunOptions& options);
 void BeginRun(const RunOptions& options, DU::ShadowingCalculator& calculator);
 void BeginRun(const RunOptions& options, DU::LightPathCalculator& calculator);
 
-/// Read an option's value, or throw CLI::ValidationError naming the option. The
+/// Refuse a name that asks for a ROOT file where only CSV is written.
+///
+/// @throws BadUsage
+void RequireCsvName(const std::string& option,
+                    const std::optional<std::string>& file);
+
+/// Read an option's value, or throw BadUsage naming the option. The
 /// argument library's own conversions take octal, hexadecimal and blanks, and
 /// round numbers twice.
 int WholeNumberOf(const std::string& option, const std::string& text);

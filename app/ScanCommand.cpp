@@ -96,7 +96,7 @@ void RunScan(const ScanOptions& options) {
   const std::vector<IO::NamedPosition> pmts = ReadPMTs(options.pmts);
   const std::vector<TVector3> pmtPositions = PositionsOf(pmts);
   EventSource source = options.at.has_value() ? EventSource(*options.at)
-                                              : EventSource(options.events);
+                                              : EventSource(*options.events);
 
   const DeferredSignals deferredSignals;
   ScanOutputs outputs(options, shadowing, pmts);
@@ -139,8 +139,8 @@ void AddScanCommand(CLI::App& app) {
       "scan", "Tell for every event and every PMT what blocks the light");
   const auto options = std::make_shared<ScanOptions>();
   AddScanOptions(*command, *options);
-  command->callback([command, options] {
-    RequireConsistent(*command, *options);
+  command->callback([options] {
+    RequireConsistent(*options);
     RunScan(*options);
   });
 }

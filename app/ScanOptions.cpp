@@ -2,10 +2,11 @@
 
 #include <CLI/CLI.hpp>
 #include <array>
-#include <string_view>
 #include <vector>
 
+#include "app/Usage.hpp"
 #include "io/DistinctFiles.hpp"
+#include "io/FileNames.hpp"
 #include "io/Quoted.hpp"
 
 namespace ZARN::App {
@@ -40,6 +41,13 @@ constexpr const char* kFooter =
     "\\\n"
     "      --geometry data/reference-detector -o verdicts.csv";
 
+/// A text without the blanks at its ends.
+std::string WithoutBlanks(const std::string& text) {
+  const std::size_t begin = text.find_first_not_of(' ');
+  if (begin == std::string::npos) return "";
+  return text.substr(begin, text.find_last_not_of(' ') + 1 - begin);
+}
+
 TVector3 PositionOf(const std::string& option, const std::string& text) {
   std::array<double, 3> values = {};
   std::size_t begin = 0;
@@ -47,22 +55,21 @@ TVector3 PositionOf(const std::string& option, const std::string& text) {
     const std::size_t comma = text.find(',', begin);
     const bool isLast = i + 1 == values.size();
     if ((comma == std::string::npos) != isLast) {
-      throw CLI::ValidationError(
-          option,
-          IO::Quoted(text) + " is not three numbers with commas between");
+      throw BadUsage(option + ": " + IO::Quoted(text) +
+                     " is not three numbers with commas between");
     }
-    values[i] = NumberOf(option, text.substr(begin, comma - begin));
+    values[i] =
+        NumberOf(option, WithoutBlanks(text.substr(begin, comma - begin)));
     begin = comma + 1;
   }
   return {values[0], values[1], values[2]};
 }
 
 void AddInputs(CLI::App& command, ScanOptions& options) {
-  CLI::Option* const events =
-      command
-          .add_option("--events", options.events,
-                      "CSV file of events; - reads standard input")
-          ->type_name("EVENTS.csv");
+  command
+      .add_option("--events", options.events,
+                  "CSV file of events; - reads standard input")
+      ->type_name("EVENTS.csv");
   command
       .add_option_function<std::string>(
           "--at",
@@ -70,8 +77,7 @@ void AddInputs(CLI::App& command, ScanOptions& options) {
             options.at = PositionOf("--at", text);
           },
           "Instead of a file one event, named 0, at this position in mm")
-      ->type_name("X,Y,Z")
-      ->excludes(events);
+      ->type_name("X,Y,Z");
   command
       .add_option("--pmts", options.pmts,
                   "CSV file of PMTs; - reads standard input")
@@ -86,8 +92,8 @@ void AddWavelength(CLI::App& command, ScanOptions& options) {
           [&options](const std::string& text) {
             options.wavelength = NumberOf("--wavelength", text);
             if (options.wavelength > 0) return;
-            throw CLI::ValidationError("--wavelength",
-                                       IO::Quoted(text) + " is not above 0");
+            throw BadUsage("--wavelength: " + IO::Quoted(text) +
+                           " is not above 0");
           },
           "Wavelength of the light in nm (default: 400)")
       ->type_name("NM");
@@ -116,10 +122,7 @@ void AddOutputs(CLI::App& command, ScanOptions& options) {
 }  // namespace
 
 bool ScanOptions::WritesNTuple() const {
-  constexpr std::string_view kEnding = ".root";
-  return output.has_value() && output->size() >= kEnding.size() &&
-         output->compare(output->size() - kEnding.size(), kEnding.size(),
-                         kEnding) == 0;
+  return output.has_value() && IO::IsRootFileName(*output);
 }
 
 void AddScanOptions(CLI::App& command, ScanOptions& options) {
@@ -133,13 +136,16 @@ void AddScanOptions(CLI::App& command, ScanOptions& options) {
   command.footer(kFooter);
 }
 
-void RequireConsistent(const CLI::App& command, const ScanOptions& options) {
-  if (command.count("--events") + command.count("--at") == 0) {
-    throw CLI::RequiredError("--events or --at");
+void RequireConsistent(const ScanOptions& options) {
+  if (options.events.has_value() == options.at.has_value()) {
+    throw BadUsage("scan needs either --events or --at");
   }
+  RequireCsvName("--paths", options.paths);
+  RequireCsvName("--per-pmt", options.perPMT);
+  RequireCsvName("--per-event", options.perEvent);
   std::vector<std::string> inputs = FilesOf(options.run);
   inputs.push_back(options.pmts);
-  if (!options.at.has_value()) inputs.push_back(options.events);
+  if (options.events.has_value()) inputs.push_back(*options.events);
   std::vector<std::string> outputs = {options.output.value_or("-")};
   for (const auto& output : {options.paths, options.perPMT, options.perEvent}) {
     if (output.has_value()) outputs.push_back(*output);

@@ -17,7 +17,7 @@ namespace ZARN::App {
 /// What a scan reads, writes and computes.
 struct ScanOptions {
   RunOptions run;
-  std::string events;
+  std::optional<std::string> events;
   std::optional<TVector3> at;  // instead of events
   std::string pmts;
   std::optional<std::string> output;
@@ -35,10 +35,10 @@ struct ScanOptions {
 /// Add the options and the help of scan; @p options must outlive the parsing.
 void AddScanOptions(CLI::App& command, ScanOptions& options);
 
-/// Check what each option alone cannot tell: that there are events, and that no
-/// two files are the same.
+/// Check what no option alone can tell: that there are events, and that files
+/// do not get in each other's way.
 ///
-/// @throws CLI::ParseError, IO::BadInput
-void RequireConsistent(const CLI::App& command, const ScanOptions& options);
+/// @throws BadUsage, IO::BadInput
+void RequireConsistent(const ScanOptions& options);
 
 }  // namespace ZARN::App

@@ -2,33 +2,38 @@
 #include <unistd.h>
 
 #include <CLI/CLI.hpp>
+#include <csignal>
 #include <exception>
 #include <iostream>
+#include <optional>
+#include <sstream>
+#include <string>
 
 #include "app/CheckCommand.hpp"
 #include "app/ScanCommand.hpp"
 #include "app/Signals.hpp"
+#include "app/Usage.hpp"
 #include "db/JsonTables.hpp"
 #include "io/Errors.hpp"
+#include "io/OutputFile.hpp"
 
 namespace {
 
 constexpr int kOutputFailed = 1;
 constexpr int kBadUsageOrInput = 2;
 
-int Complain(const std::exception& error, int status) {
-  std::cerr << "zarn-shadow: " << error.what() << "\n";
+int Complain(const std::string& text, int status) {
+  std::cerr << "zarn-shadow: " << text << "\n";
   return status;
 }
 
-int Run(int argc, char** argv) {
-  CLI::App app(
-      "Tells which light paths from events to PMTs are blocked by hardware\n"
-      "around the acrylic vessel, and by what.",
-      "zarn-shadow");
+int ComplainOfUsage(const CLI::App& app, const std::string& text) {
+  return Complain(text + "\n" + ZARN::App::HintAtHelp(app), kBadUsageOrInput);
+}
+
+void AddHelp(CLI::App& app) {
   app.set_version_flag("--version", "zarn-shadow " ZARN_VERSION);
   app.set_help_all_flag("--help-all", "Print the help of all subcommands");
-  app.require_subcommand(1);
   app.footer(
       "Examples:\n"
       "  zarn-shadow scan --events data/source-scan.csv --pmts data/pmts.csv "
@@ -36,16 +41,30 @@ int Run(int argc, char** argv) {
       "      --geometry data/reference-detector -o verdicts.csv\n"
       "  zarn-shadow check data/example-paths.csv \\\n"
       "      --geometry data/reference-detector -o verdicts.csv");
+}
+
+int Run(int argc, char** argv) {
+  CLI::App app(
+      "Tells which light paths from events to PMTs are blocked by hardware\n"
+      "around the acrylic vessel, and by what.",
+      "zarn-shadow");
+  app.require_subcommand(1);
+  AddHelp(app);
   ZARN::App::AddCheckCommand(app);
   ZARN::App::AddScanCommand(app);
   try {
     app.parse(argc, argv);
+  } catch (const CLI::Success& asked) {  // for the help or the version
+    std::ostringstream text;
+    app.exit(asked, text);
+    ZARN::IO::OutputFile output(std::nullopt);
+    output.Write(text.str());
+    output.Finish();
   } catch (const CLI::ParseError& error) {
-    // The library has a status of its own for each kind of bad usage.
-    if (app.exit(error) != 0) return kBadUsageOrInput;
-    if (!std::cout.flush()) {
-      throw ZARN::IO::OutputFailure("standard output cannot be written");
-    }
+    return ComplainOfUsage(
+        app, ZARN::App::DescribeBadUsage(app, error, {argv + 1, argv + argc}));
+  } catch (const ZARN::App::BadUsage& error) {
+    return ComplainOfUsage(app, error.what());
   }
   return 0;
 }
@@ -67,12 +86,14 @@ int main(int argc, char** argv) {
   try {
     return Run(argc, argv);
   } catch (const ZARN::IO::BadInput& error) {
-    return Complain(error, kBadUsageOrInput);
+    return Complain(error.what(), kBadUsageOrInput);
   } catch (const ZARN::TableFileError& error) {
-    return Complain(error, kBadUsageOrInput);
+    return Complain(error.what(), kBadUsageOrInput);
   } catch (const ZARN::App::Interrupted& error) {
-    return Complain(error, ZARN::App::StatusOfSignal(error.Signal()));
+    return Complain(error.what(), ZARN::App::StatusOfSignal(error.Signal()));
+  } catch (const ZARN::IO::ClosedPipe&) {
+    return ZARN::App::StatusOfSignal(SIGPIPE);  // silent, as other tools are
   } catch (const std::exception& error) {
-    return Complain(error, kOutputFailed);
+    return Complain(error.what(), kOutputFailed);
   }
 }

@@ -162,6 +162,17 @@ class Output(BothTest):
             self.run_on(self.input(self.MANY), status=1, stdout=out,
                         preexec_fn=self.limited(100_000))
 
+    def test_a_reader_that_has_seen_enough_ends_the_run_without_a_complaint(self):
+        rows = self.input(self.MANY)
+        for threads in (1, 7):
+            for option in ([], ["-o", "/dev/stdout"]):
+                process = self.start(self.arguments(rows, "--threads", threads, *option))
+                self.assertEqual(process.stdout.readline(), self.OUTPUT_HEAD)
+                process.stdout.close()
+                err = self.assert_ends(process, 128 + signal.SIGPIPE)
+                self.assertNotIn("zarn-shadow:", err)
+                self.assertNotIn("paths/second", err)
+
     def test_a_closed_pipe_other_than_standard_output_gives_status_1(self):
         pipe = self.folder / "pipe"
         os.mkfifo(pipe)
@@ -211,10 +222,21 @@ class Output(BothTest):
 
 
 class CheckOutput(Output, CheckDriver):
-    pass
+    def test_a_name_that_asks_for_root_is_refused(self):
+        result = self.run_on(self.input(), "-o", "x.root", status=2)
+        self.assertRegex(result.err, r'--output: "x\.root".*ROOT')
+        self.assertFalse((self.folder / "x.root").exists())
 
 
 class ScanOutput(Output, ScanDriver):
+    def test_a_name_that_asks_for_root_is_refused_but_for_the_verdicts(self):
+        for option in ("--paths", "--per-pmt", "--per-event"):
+            result = self.run_on(self.input(), option, "x.root", status=2)
+            self.assertRegex(result.err, rf'{option}: "x\.root".*ROOT')
+            self.assertFalse((self.folder / "x.root").exists())
+        self.run_on(self.input(), "-o", "x.root")
+        self.assertTrue(self.read("x.root").startswith(b"root"))
+
     def test_standard_output_has_room_for_one_by_whatever_name(self):
         for name in ("-", "/dev/stdout", "/dev/fd/1"):
             for options in (["--paths", name], ["-o", "/dev/stdout", "--paths", name]):

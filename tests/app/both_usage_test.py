@@ -19,8 +19,15 @@ class Usage(BothTest):
         """What is told of a wrong use, which writes nothing."""
         result = self.run_command([PROGRAM, *arguments], status=2)
         self.assertEqual(result.out, b"")
-        self.assertIn("--help", result.err)
-        return result.err
+        self.assertTrue(result.err.startswith("zarn-shadow: "), result.err)
+        # The parser tells of its own workings.
+        self.assertNotRegex(result.err, r"(?i)required|expected|received|convert|RuntimeError")
+        text, _, hint = result.err.rstrip("\n").rpartition("\n")
+        self.assertRegex(hint, r"^See zarn-shadow (check |scan )?--help\.$")
+        return text[len("zarn-shadow: "):]
+
+    def refuse_options(self, *options):
+        return self.refuse(*self.arguments(self.input(), *options)[1:])
 
     def test_the_help_fits_a_terminal(self):
         for arguments in (["--help"], [self.COMMAND, "--help"]):
@@ -61,6 +68,14 @@ class Usage(BothTest):
             with self.subTest(arguments=arguments), open("/dev/full", "wb") as full:
                 self.run_command([PROGRAM, *arguments], status=1, stdout=full)
 
+    def test_help_that_nobody_reads_ends_without_a_complaint(self):
+        reader, writer = os.pipe()
+        os.close(reader)
+        self.addCleanup(os.close, writer)
+        result = self.run_command([PROGRAM, self.COMMAND, "--help"],
+                                  status=128 + signal.SIGPIPE, stdout=writer)
+        self.assertEqual(result.err, "")
+
     def test_bad_usage_gives_status_2_and_points_to_the_help(self):
         good = [str(a) for a in self.arguments(self.input())[1:]]
         self.run_command([PROGRAM, *good])
@@ -71,6 +86,52 @@ class Usage(BothTest):
                           [*good, "--geometry", good[at + 1]], [*good, "-o", "a", "-o", "b"]):
             with self.subTest(arguments=arguments):
                 self.assertNotEqual(self.refuse(*arguments), "")
+
+    def test_an_unknown_subcommand_is_named_with_the_nearest(self):
+        swapped = self.COMMAND[:-2] + self.COMMAND[:-3:-1]
+        for name in (self.COMMAND[:-1], self.COMMAND + "s", swapped):
+            self.assertEqual(self.refuse(name, "x.csv"),
+                             f'there is no subcommand "{name}"; did you mean {self.COMMAND}?')
+        self.assertEqual(self.refuse("frobnicate"),
+                         'there is no subcommand "frobnicate"; there are check and scan')
+        self.assertEqual(self.refuse(), "a subcommand is missing: check or scan")
+
+    def test_an_unknown_option_is_named_with_the_nearest(self):
+        for option, nearest in (("--geometri", "--geometry"), ("--tolerence=3", "--tolerance"),
+                                ("--outptu", "--output"), ("--thread", "--threads"),
+                                (self.FLAG + "s", self.FLAG)):
+            self.assertEqual(self.refuse_options(option),
+                             f'{self.COMMAND} has no option "{option.partition("=")[0]}"; '
+                             f"did you mean {nearest}?")
+        self.assertEqual(self.refuse_options("--frobnicate"),
+                         f'{self.COMMAND} has no option "--frobnicate"')
+        self.assertEqual(self.refuse("--versoin"),
+                         'zarn-shadow has no option "--versoin"; did you mean --version?')
+        self.assertEqual(self.refuse_options("--\x1b[2J"),
+                         f'{self.COMMAND} has no option "--\\x1b[2J"')
+
+    def test_a_misspelt_option_is_told_and_not_what_is_missing_for_it(self):
+        good = [str(a) for a in self.arguments(self.input())[1:]]
+        good[good.index("--geometry")] = "--geometri"
+        self.assertEqual(self.refuse(*good), f'{self.COMMAND} has no option "--geometri"; '
+                                             "did you mean --geometry?")
+
+    def test_what_is_missing_is_named(self):
+        good = [str(a) for a in self.arguments(self.input())[1:]]
+        at = good.index("--geometry")
+        self.assertEqual(self.refuse(*good[:at], *good[at + 2:]),
+                         f"{self.COMMAND} needs --geometry")
+        self.assertRegex(self.refuse(self.COMMAND), rf"^{self.COMMAND} needs .* and .*$")
+
+    def test_a_value_too_many_or_too_few_is_told(self):
+        self.assertEqual(self.refuse_options("--run", 1, "--run", 2),
+                         "--run is given more than once")
+        self.assertEqual(self.refuse_options("--run"), "--run needs a value")
+        self.assertEqual(self.refuse_options("-o"), "-o needs a value")
+        self.assertEqual(self.refuse_options(self.FLAG + "=maybe"),
+                         f'{self.FLAG} takes no value, and not "maybe"')
+        self.assertEqual(self.refuse_options("more.csv"),
+                         f'"more.csv" is one argument too many for {self.COMMAND}')
 
     def test_options_out_of_their_range_are_bad_usage(self):
         not_finite = ("", " ", "abc", "nan", "inf", "-inf", "1e400", "0x10", "1_0", "1_000", "1,5",

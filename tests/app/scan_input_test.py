@@ -260,7 +260,9 @@ class At(ScanTest):
                                  *option, "--pmts", pmts, *options], **more)
 
     def test_one_position_stands_for_a_file_with_the_event_0(self):
-        for text, point in (("0,0,0", CENTRE), ("-100,+2e2,-.5", (-100.0, 200.0, -0.5)),
+        for text, point in (("0,0,0", CENTRE), ("0, 0, 3000", (0.0, 0.0, 3000.0)),
+                            ("-100,+2e2,-.5", (-100.0, 200.0, -0.5)),
+                            ("  1 ,2 , -3 ", (1.0, 2.0, -3.0)),
                             ("--at=-1,-2,7000", (-1.0, -2.0, 7000.0)),
                             ("1e400,0,0", None), ("0,0,8300", TOP)):
             with self.subTest(text=text):

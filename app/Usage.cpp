@@ -1,0 +1,176 @@
+#include "app/Usage.hpp"
+
+#include <CLI/CLI.hpp>
+#include <algorithm>
+#include <cstddef>
+
+#include "io/Quoted.hpp"
+
+namespace ZARN::App {
+namespace {
+
+/// The subcommand that was asked for; the command itself where none was.
+const CLI::App& Asked(const CLI::App& app) {
+  const auto subcommands = app.get_subcommands();
+  return subcommands.empty() ? app : *subcommands.front();
+}
+
+bool IsOption(const std::string& argument) {
+  return argument.size() > 1 && argument.front() == '-';
+}
+
+/// "-o" and "--output" of every option.
+std::vector<std::string> OptionNames(const CLI::App& command) {
+  std::vector<std::string> names;
+  for (const CLI::Option* const option : command.get_options()) {
+    for (const std::string& name : option->get_lnames()) {
+      names.push_back("--" + name);
+    }
+    for (const std::string& name : option->get_snames()) {
+      names.push_back("-" + name);
+    }
+  }
+  return names;
+}
+
+std::vector<std::string> SubcommandNames(const CLI::App& app) {
+  std::vector<std::string> names;
+  for (const CLI::App* const subcommand : app.get_subcommands(nullptr)) {
+    names.push_back(subcommand->get_name());
+  }
+  return names;
+}
+
+std::string Joined(const std::vector<std::string>& names,
+                   const std::string& last) {
+  std::string text;
+  for (std::size_t i = 0; i < names.size(); ++i) {
+    if (i > 0) text += i + 1 == names.size() ? " " + last + " " : ", ";
+    text += names[i];
+  }
+  return text;
+}
+
+std::string Suggest(const std::string& nearest) {
+  return nearest.empty() ? "" : "; did you mean " + nearest + "?";
+}
+
+/// Of an argument that has no meaning where it stands.
+std::string DescribeUnknown(const CLI::App& app, const CLI::App& command,
+                            const std::string& argument) {
+  if (IsOption(argument)) {
+    const std::string name = argument.substr(0, argument.find('='));
+    return command.get_name() + " has no option " + IO::Quoted(name) +
+           Suggest(NearestName(name, OptionNames(command)));
+  }
+  if (&command != &app) {
+    return IO::Quoted(argument) + " is one argument too many for " +
+           command.get_name();
+  }
+  const std::vector<std::string> names = SubcommandNames(app);
+  const std::string nearest = NearestName(argument, names);
+  return "there is no subcommand " + IO::Quoted(argument) +
+         (nearest.empty() ? "; there are " + Joined(names, "and")
+                          : Suggest(nearest));
+}
+
+std::string DescribeMissing(const CLI::App& app, const CLI::App& command) {
+  if (&command == &app) {
+    return "a subcommand is missing: " + Joined(SubcommandNames(app), "or");
+  }
+  std::vector<std::string> missing;
+  for (const CLI::Option* const option : command.get_options()) {
+    if (option->get_required() && option->count() == 0) {
+      missing.push_back(option->get_name());
+    }
+  }
+  return command.get_name() + " needs " + Joined(missing, "and");
+}
+
+/// Of an option whose values are too many or too few.
+std::string DescribeValues(const CLI::App& command,
+                           const std::vector<std::string>& arguments) {
+  for (const CLI::Option* const option : command.get_options()) {
+    if (option->count() > 1 && option->get_items_expected_max() == 1) {
+      return option->get_name() + " is given more than once";
+    }
+  }
+  // The parser came to the end where it looked for the value.
+  return arguments.back() + " needs a value";
+}
+
+/// Of a flag with a value that is none.
+std::string DescribeFlag(const std::vector<std::string>& arguments,
+                         const CLI::ParseError& error) {
+  for (const std::string& argument : arguments) {
+    const std::size_t equals = argument.find('=');
+    if (!IsOption(argument) || equals == std::string::npos) continue;
+    const std::string name = argument.substr(0, equals);
+    if (std::string(error.what()).find(name + " ") != std::string::npos) {
+      return name + " takes no value, and not " +
+             IO::Quoted(argument.substr(equals + 1));
+    }
+  }
+  return error.what();
+}
+
+/// How many characters are changed, missing, added, or swapped with the next.
+std::size_t EditDistance(const std::string& a, const std::string& b) {
+  // Between the first i characters of a and the first k of b.
+  std::vector<std::vector<std::size_t>> distance(
+      a.size() + 1, std::vector<std::size_t>(b.size() + 1));
+  for (std::size_t i = 0; i <= a.size(); ++i) {
+    for (std::size_t k = 0; k <= b.size(); ++k) {
+      std::size_t& least = distance[i][k];
+      if (i == 0 || k == 0) {
+        least = i + k;
+        continue;
+      }
+      least = std::min({distance[i - 1][k] + 1, distance[i][k - 1] + 1,
+                        distance[i - 1][k - 1] + (a[i - 1] != b[k - 1])});
+      const bool isSwapped =
+          i > 1 && k > 1 && a[i - 1] == b[k - 2] && a[i - 2] == b[k - 1];
+      if (isSwapped) least = std::min(least, distance[i - 2][k - 2] + 1);
+    }
+  }
+  return distance.back().back();
+}
+
+}  // namespace
+
+std::string DescribeBadUsage(const CLI::App& app, const CLI::ParseError& error,
+                             const std::vector<std::string>& arguments) {
+  const CLI::App& command = Asked(app);
+  // A name that is misspelt is often why another one is missing.
+  for (const CLI::App* const place : {&app, &command}) {
+    const std::vector<std::string> unknown = place->remaining();
+    if (!unknown.empty()) return DescribeUnknown(app, *place, unknown.front());
+  }
+  const std::string kind = error.get_name();
+  if (kind == "RequiredError") return DescribeMissing(app, command);
+  if (kind == "ArgumentMismatch") return DescribeValues(command, arguments);
+  if (kind == "ConversionError") return DescribeFlag(arguments, error);
+  return error.what();
+}
+
+std::string HintAtHelp(const CLI::App& app) {
+  const CLI::App& command = Asked(app);
+  return "See " + app.get_name() + " " +
+         (&command == &app ? "" : command.get_name() + " ") + "--help.";
+}
+
+std::string NearestName(const std::string& name,
+                        const std::vector<std::string>& names) {
+  std::string nearest;
+  std::size_t least = name.size() / 3 + 1;
+  for (const std::string& candidate : names) {
+    const std::size_t distance = EditDistance(name, candidate);
+    if (distance < least) {
+      least = distance;
+      nearest = candidate;
+    }
+  }
+  return nearest;
+}
+
+}  // namespace ZARN::App
