@@ -1,0 +1,62 @@
+#include <exception>
+#include <iostream>
+#include <string>
+#include <vector>
+
+#include "db/DB.hpp"
+#include "db/JsonTables.hpp"
+#include "du/ShadowingCalculator.hpp"
+#include "io/InputFile.hpp"
+#include "io/PositionReader.hpp"
+#include "lightpath/LightPathCalculator.hpp"
+#include "scan/PairScan.hpp"
+#include "scan/VerdictCounts.hpp"
+
+namespace {
+
+std::vector<TVector3> ReadPositions(const std::string& file,
+                                    const std::string& nameColumn) {
+  ZARN::IO::InputFile input(file);
+  ZARN::IO::PositionReader reader(input, nameColumn);
+  std::vector<TVector3> positions;
+  for (ZARN::IO::NamedPosition item; reader.Next(item);) {
+    positions.push_back(item.position);
+  }
+  return positions;
+}
+
+}  // namespace
+
+/// Counts on two threads how many light paths from events to PMTs are shadowed.
+/// The arguments name the geometry tables, for example data/reference-detector,
+/// and CSV files of events and PMTs.
+int main(int argc, char** argv) {
+  if (argc != 4) {
+    std::cerr << "usage: CountShadowed TABLES EVENTS.csv PMTS.csv\n";
+    return 2;
+  }
+  try {
+    ZARN::LoadJsonTables(ZARN::DB::Get(), argv[1]);
+    ZARN::DU::ShadowingCalculator shadowing;
+    shadowing.BeginOfRun();
+    ZARN::DU::LightPathCalculator lightPath;
+    lightPath.BeginOfRun();
+    const auto events = ReadPositions(argv[2], "event");
+    const auto pmts = ReadPositions(argv[3], "pmt");
+
+    ZARN::Scan::PairScan scan(shadowing, lightPath, {2});
+    const ZARN::Scan::Pairs pairs = {events, pmts};
+    ZARN::Scan::VerdictCounts counts;
+    for (const auto& chunk : scan.FindVerdicts(pairs, 0, pairs.Count())) {
+      for (const auto& verdict : chunk.verdicts) {
+        if (verdict.HasPath()) counts.Add(verdict.by);
+      }
+    }
+    std::cout << counts.Shadowed() << " of " << counts.Paths()
+              << " paths are shadowed\n";
+  } catch (const std::exception& error) {  // files that are missing or bad
+    std::cerr << "CountShadowed: " << error.what() << "\n";
+    return 2;
+  }
+  return 0;
+}
