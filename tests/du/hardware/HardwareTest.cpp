@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include "db/DB.hpp"
 #include "tests/du/Detector.hpp"
 
 namespace ZARN::DU {
@@ -13,9 +14,9 @@ Hardware Loaded(const Testing::Tables& tables) {
   const Testing::Captured messages(warn);
   tables.Load();
   Hardware hardware;
-  hardware.LoadRadii();
+  hardware.LoadRadii(DB::Get());
   for (const eComponent component : kShadowingComponents) {
-    hardware.Load(component);
+    hardware.Load(DB::Get(), component);
     hardware.SetInfoLoaded(component, true);
   }
   return hardware;
