@@ -25,7 +25,7 @@ int Open(const std::string& path) {
     const int descriptor = open(path.c_str(), O_RDONLY | O_CLOEXEC);
     if (descriptor >= 0) return descriptor;
     if (errno != EINTR) FailWithErrno(path);
-    ThrowIfInterrupted();
+    CheckForInterrupt();
   }
 }
 
@@ -45,7 +45,7 @@ InputFile::~InputFile() {
 
 std::size_t InputFile::Read(char* buffer, std::size_t size) {
   while (!isAtEnd_) {
-    ThrowIfInterrupted();
+    CheckForInterrupt();
     const ssize_t count = read(descriptor_, buffer, size);
     if (count >= 0) {
       isAtEnd_ = count == 0;

@@ -11,7 +11,7 @@ std::atomic<InterruptCheck> currentCheck = nullptr;
 
 void SetInterruptCheck(InterruptCheck check) { currentCheck = check; }
 
-void ThrowIfInterrupted() {
+void CheckForInterrupt() {
   if (const InterruptCheck check = currentCheck) check();
 }
 

@@ -14,7 +14,7 @@ using InterruptCheck = void (*)();
 /// @param check  null for none
 void SetInterruptCheck(InterruptCheck check);
 
-/// Call the check, if there is one.
-void ThrowIfInterrupted();
+/// Call the check that was set, if any.
+void CheckForInterrupt();
 
 }  // namespace ZARN::IO

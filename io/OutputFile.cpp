@@ -49,7 +49,7 @@ void OutputFile::OpenDirectly(const std::string& path) {
   while (descriptor_ < 0) {
     descriptor_ = open(path.c_str(), O_WRONLY | O_CLOEXEC | O_NOCTTY);
     if (descriptor_ < 0 && errno != EINTR) FailWithErrno();
-    ThrowIfInterrupted();
+    CheckForInterrupt();
   }
 }
 
@@ -61,7 +61,7 @@ void OutputFile::Write(std::string_view text) {
 void OutputFile::Flush() {
   std::size_t written = 0;
   while (written < buffer_.size()) {
-    ThrowIfInterrupted();
+    CheckForInterrupt();
     const ssize_t count =
         write(descriptor_, buffer_.data() + written, buffer_.size() - written);
     if (count >= 0) {
