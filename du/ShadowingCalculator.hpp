@@ -5,7 +5,6 @@
 #include <string>
 
 #include "db/TableSet.hpp"
-#include "du/fast/ShadowingLayers.hpp"
 #include "du/hardware/Hardware.hpp"
 #include "du/hardware/ShadowingComponent.hpp"
 #include "du/hardware/WaterSegments.hpp"

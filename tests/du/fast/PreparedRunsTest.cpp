@@ -13,6 +13,7 @@
 #include "TError.h"
 #include "db/DBErrors.hpp"
 #include "du/ShadowingCalculator.hpp"
+#include "du/fast/ShadowingLayers.hpp"
 #include "tests/du/Detector.hpp"
 #include "tests/du/Formulas.hpp"
 #include "tests/du/PathColumns.hpp"
