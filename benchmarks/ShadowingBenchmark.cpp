@@ -60,11 +60,10 @@ struct NamedLayers {
 
 /// Each with those before it.
 constexpr std::array kLayers = {
-    NamedLayers{"off", {false, false, false, false}},
-    NamedLayers{"grids", {true, false, false, false}},
-    NamedLayers{"algebra", {true, true, false, false}},
-    NamedLayers{"tables", {true, true, true, false}},
-    NamedLayers{"map", {true, true, true, true}}};
+    NamedLayers{"off", {false, false, false}},
+    NamedLayers{"algebra", {true, false, false}},
+    NamedLayers{"tables", {true, true, false}},
+    NamedLayers{"map", {true, true, true}}};
 
 const ShadowingCalculator& CalculatorWith(const NamedLayers& named) {
   static std::map<std::string, ShadowingCalculator> calculators;

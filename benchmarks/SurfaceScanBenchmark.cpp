@@ -19,7 +19,7 @@
 #include "benchmarks/Ways.hpp"
 #include "du/ShadowingCalculator.hpp"
 #include "du/fast/ShadowMap.hpp"
-#include "du/geometry/PointGrid.hpp"
+#include "du/geometry/PointTree.hpp"
 
 /// The surface scan alone: whether a point lies within reach of any surface
 /// point of the hold-down ropes, asked of our index, of a kd-tree and of a ray
@@ -87,22 +87,22 @@ struct PlainLoop {
   }
 };
 
-struct Grid {
-  DU::PointGrid grid{TheScan().ropes.AVHDRopeSurfacePoints, TheScan().reach};
+struct Tree {
+  DU::PointTree tree{TheScan().ropes.AVHDRopeSurfacePoints, TheScan().reach};
 
   bool operator()(const DU::LightPath& path) const {
-    return grid.HasPointNear(path.AVPoint2);
+    return tree.HasPointNear(path.AVPoint2);
   }
 };
 
-/// The map of the sphere, which asks the grid where it is unsure.
+/// The map of the sphere, which asks the tree where it is unsure.
 struct Map {
-  DU::PointGrid grid{TheScan().ropes.AVHDRopeSurfacePoints, TheScan().reach};
+  DU::PointTree tree{TheScan().ropes.AVHDRopeSurfacePoints, TheScan().reach};
   DU::ShadowMap map{TheScan().radius, MapTests()};
 
   DU::ShadowMap::Tests MapTests() const {
     DU::ShadowMap::Tests tests = {};
-    tests[static_cast<std::size_t>(DU::eMappedTest::kHoldDownSurface)] = &grid;
+    tests[static_cast<std::size_t>(DU::eMappedTest::kHoldDownSurface)] = &tree;
     return tests;
   }
 
@@ -110,7 +110,7 @@ struct Map {
     const TVector3& point = path.AVPoint2;
     return DU::Blocks(DU::ShadowMap::AnswerOf(
                           map.At(point), DU::eMappedTest::kHoldDownSurface),
-                      [&] { return grid.HasPointNear(point); });
+                      [&] { return tree.HasPointNear(point); });
   }
 };
 
@@ -455,7 +455,7 @@ void AddAll() {
   AddScan<KdTreeFirst>("scan/kd-tree-first", eVerdicts::kEqual);
   AddScan<PointQuery>("scan/point-query", eVerdicts::kRounded);
   AddScan<OutwardRay>("scan/outward-ray", eVerdicts::kRounded);
-  AddScan<Grid>("scan/grid", eVerdicts::kEqual);
+  AddScan<Tree>("scan/tree", eVerdicts::kEqual);
   AddScan<Map>("scan/map", eVerdicts::kEqual);
   AddScan<WaterSegmentRay>("segment/ray", eVerdicts::kOther);
 }

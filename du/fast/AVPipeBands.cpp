@@ -17,8 +17,8 @@ double BandHalfWidth(double theta) {
 
 }  // namespace
 
-eAnswer AVPipeBands::Judge(const Ball& ball, const Items& items,
-                           Items& open) const {
+eAnswer AVPipeBands::Judge(const Ball& ball, const Items& /*items*/,
+                           Items& /*open*/) const {
   // In mm, for coordinates up to 1e5, which are rounded by 1e-11, and for the
   // quotients below. In degrees, for two arc tangents and an arc sine: 1e-13.
   constexpr double kRounding = 1e-6;
@@ -40,7 +40,6 @@ eAnswer AVPipeBands::Judge(const Ball& ball, const Items& items,
     if (fromMiddle + phiSpread < narrowest) return eAnswer::kBlocks;
     if (fromMiddle - phiSpread > widest) return eAnswer::kClear;
   }
-  open = items;
   return eAnswer::kUnsure;
 }
 

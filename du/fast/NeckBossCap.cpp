@@ -6,8 +6,8 @@
 
 namespace ZARN::DU {
 
-eAnswer NeckBossCap::Judge(const Ball& ball, const Items& items,
-                           Items& open) const {
+eAnswer NeckBossCap::Judge(const Ball& ball, const Items& /*items*/,
+                           Items& /*open*/) const {
   // For two arc tangents, right to 1e-15, and an arc sine whose argument is
   // rounded, which near 1 moves it by up to 3e-9; rad.
   constexpr double kRounding = 1e-8;
@@ -20,7 +20,6 @@ eAnswer NeckBossCap::Judge(const Ball& ball, const Items& items,
     // A boss whose angle is NaN blocks nothing.
     if (!(theta - spread < model_.NeckBossAngle)) return eAnswer::kClear;
   }
-  open = items;
   return eAnswer::kUnsure;
 }
 

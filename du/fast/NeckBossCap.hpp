@@ -10,9 +10,11 @@ class NeckBossCap final : public BallTest {
  public:
   explicit NeckBossCap(const NeckBossModel& model) : model_(model) {}
 
-  std::uint32_t CountItems() const override { return 1; }
+  Items AllItems() const override { return {}; }
   eAnswer Judge(const Ball& ball, const Items& items,
                 Items& open) const override;
+  void AppendEntries(const Items& /*items*/,
+                     StretchLists& /*list*/) const override {}
 
  private:
   NeckBossModel model_;

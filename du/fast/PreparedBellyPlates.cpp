@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <numeric>
 
 #include "du/geometry/Constants.hpp"
 
@@ -49,21 +50,22 @@ bool PreparedBellyPlates::Block(const TVector3& point) const {
          });
 }
 
-bool PreparedBellyPlates::Block(const TVector3& point, const CellItems& plates,
-                                CellItems::Range range) const {
-  const std::uint32_t* const items = plates.Items().data();
-  return IsAsHigh(point) && std::any_of(items + range.begin, items + range.end,
-                                        [&](std::uint32_t i) {
-                                          return IsInside(plates_[i], point);
-                                        });
+bool PreparedBellyPlates::Block(const TVector3& point, Stretch plates) const {
+  return IsAsHigh(point) &&
+         std::any_of(
+             plates_.begin() + plates.Begin(), plates_.begin() + plates.End(),
+             [&](const Plate& plate) { return IsInside(plate, point); });
 }
 
-std::uint32_t PreparedBellyPlates::CountItems() const {
-  return static_cast<std::uint32_t>(plates_.size());
+BallTest::Items PreparedBellyPlates::AllItems() const {
+  Items items(plates_.size());
+  std::iota(items.begin(), items.end(), 0U);
+  return items;
 }
 
 eAnswer PreparedBellyPlates::Judge(const Ball& ball, const Items& items,
                                    Items& open) const {
+  open.clear();
   // In mm, for coordinates up to 1e5, which are rounded by 1e-11, and for the
   // quotient below. In rad, for two angles by arc cosine, right to 5e-8 each.
   constexpr double kRounding = 1e-6;
@@ -83,6 +85,11 @@ eAnswer PreparedBellyPlates::Judge(const Ball& ball, const Items& items,
     if (!(angle - spread >= plate.limit)) open.push_back(i);
   }
   return open.empty() ? eAnswer::kClear : eAnswer::kUnsure;
+}
+
+void PreparedBellyPlates::AppendEntries(const Items& items,
+                                        StretchLists& list) const {
+  for (const std::uint32_t i : items) list.Append(i, i + 1);
 }
 
 }  // namespace ZARN::DU

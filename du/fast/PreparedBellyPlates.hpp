@@ -4,7 +4,7 @@
 
 #include "TVector3.h"
 #include "du/geometry/BallTest.hpp"
-#include "du/geometry/CellItems.hpp"
+#include "du/geometry/Stretch.hpp"
 #include "du/hardware/BellyPlates.hpp"
 
 namespace ZARN::DU {
@@ -31,12 +31,12 @@ class PreparedBellyPlates final : public BallTest {
   /// Whether a plate blocks a path that crosses the vessel at @p point.
   bool Block(const TVector3& point) const;
   /// Whether one of some plates does.
-  bool Block(const TVector3& point, const CellItems& plates,
-             CellItems::Range range) const;
+  bool Block(const TVector3& point, Stretch plates) const;
 
-  std::uint32_t CountItems() const override;
+  Items AllItems() const override;
   eAnswer Judge(const Ball& ball, const Items& items,
                 Items& open) const override;
+  void AppendEntries(const Items& items, StretchLists& list) const override;
 
  private:
   struct Plate {

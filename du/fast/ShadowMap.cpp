@@ -2,8 +2,9 @@
 
 #include <algorithm>
 #include <cmath>
-#include <numeric>
 #include <utility>
+
+#include "du/geometry/OctahedralDirection.hpp"
 
 namespace ZARN::DU {
 namespace {
@@ -23,14 +24,20 @@ struct Square {
   std::array<Point, 4> corners;
 };
 
-/// Of one test no more items are kept than this in all cells together; cells
-/// after that take all of the test's. With points it is a gigabyte.
-constexpr std::size_t kMostItems = std::size_t{1} << 25U;
+/// In single precision a point near an edge may be taken for one in the
+/// neighbouring cell, by as much as its place is off. A step e of both u and v
+/// is one of at most sqrt(6) e on the octahedron, whose middle is nowhere
+/// nearer than 1 / sqrt(3): below sqrt(18) = 4.25 times e on the sphere, in
+/// radii.
+constexpr double kCellError = 5.0 * kPlaceError;
+
+/// Of one test no more stretches are kept than this.
+constexpr std::size_t kMostStretches = std::size_t{1} << 22U;
 
 /// What is open in single cells, of one test.
 struct OpenCells {
-  CellItems::Lists lists;
-  BallTest::Items items;
+  std::vector<std::pair<std::uint32_t, Stretch>> ofCells;
+  StretchLists lists{kMostStretches};
 };
 
 /// Fills the codes, one square after the other.
@@ -46,8 +53,7 @@ class MapPainter {
     for (std::size_t i = 0; i < kMappedTests; ++i) {
       if (tests_[i] == nullptr) continue;
       open.answers[i] = eAnswer::kUnsure;
-      open.items[i].resize(tests_[i]->CountItems());
-      std::iota(open.items[i].begin(), open.items[i].end(), 0U);
+      open.items[i] = tests_[i]->AllItems();
     }
     const int size = cells_ / kFirstSquares;
     for (int row = 0; row < cells_; row += size) {
@@ -81,7 +87,6 @@ class MapPainter {
     for (std::size_t i = 0; i < kMappedTests; ++i) {
       eAnswer answer = outer.answers[i];
       if (answer == eAnswer::kUnsure) {
-        inside.items[i].clear();
         answer = tests_[i]->Judge(ball, outer.items[i], inside.items[i]);
       }
       inside.answers[i] = answer;
@@ -129,11 +134,7 @@ class MapPainter {
       farthest2 = std::max(farthest2, SquaredDistance(corner, middle));
     }
     Ball ball = {Scaled(middle, radius_), std::sqrt(farthest2) * radius_};
-    // In single precision a point near an edge may be taken for one in the
-    // neighbouring cell: u and v are each right to 2^-20, which moves the point
-    // by at most sqrt(18) times that, in radii.
-    constexpr double kRounding = 5e-6;
-    ball.radius += ShadowMap::kShell + kRounding * radius_;
+    ball.radius += ShadowMap::kShell + kCellError * radius_;
     return ball;
   }
 
@@ -154,15 +155,15 @@ class MapPainter {
   void KeepOpen(const Square& cell, const Open& open) {
     ++unsureCells_;
     for (std::size_t i = 0; i < kMappedTests; ++i) {
-      if (open.answers[i] != eAnswer::kUnsure) continue;
-      auto& [lists, items] = openCells_[i];
-      const auto begin = static_cast<std::uint32_t>(items.size());
-      if (items.size() + open.items[i].size() <= kMostItems) {
-        items.insert(items.end(), open.items[i].begin(), open.items[i].end());
+      // A test without entries has nothing to list.
+      if (open.answers[i] != eAnswer::kUnsure || open.items[i].empty()) {
+        continue;
       }
-      lists.push_back(
-          {static_cast<std::uint32_t>(cell.row * cells_ + cell.column),
-           {begin, static_cast<std::uint32_t>(items.size())}});
+      auto& [ofCells, lists] = openCells_[i];
+      tests_[i]->AppendEntries(open.items[i], lists);
+      ofCells.emplace_back(
+          static_cast<std::uint32_t>(cell.row * cells_ + cell.column),
+          lists.EndList());
     }
   }
 
@@ -192,7 +193,7 @@ ShadowMap::ShadowMap(double radius, const Tests& tests, int cells) {
   unsureShare_ =
       static_cast<double>(painter.UnsureCells()) / static_cast<double>(count);
   for (std::size_t i = 0; i < kMappedTests; ++i) {
-    open_[i] = CellItems(count, open[i].lists, open[i].items);
+    open_[i] = CellItems(count, open[i].ofCells, open[i].lists.All());
   }
 }
 

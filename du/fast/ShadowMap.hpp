@@ -3,13 +3,14 @@
 #include <array>
 #include <cstddef>
 #include <cstdint>
+#include <limits>
 #include <vector>
 
 #include "TVector3.h"
 #include "du/geometry/Answer.hpp"
 #include "du/geometry/BallTest.hpp"
 #include "du/geometry/CellItems.hpp"
-#include "du/geometry/OctahedralCells.hpp"
+#include "du/geometry/OctahedralPlace.hpp"
 
 namespace ZARN::DU {
 
@@ -22,13 +23,22 @@ enum class eMappedTest {
   kNeckBoss
 };
 inline constexpr std::size_t kMappedTests = 5;
+static_assert(static_cast<std::size_t>(eMappedTest::kNeckBoss) ==
+              kMappedTests - 1);
+
+/// How many answers all tests together can give.
+constexpr std::size_t CountCellAnswers() {
+  std::size_t count = 1;
+  for (std::size_t i = 0; i < kMappedTests; ++i) count *= 3;
+  return count;
+}
 
 /// Of every number with kMappedTests digits in base 3 the digits, from the
 /// last, as answers.
 constexpr auto MakeCellAnswers() {
-  constexpr std::size_t kNumbers = 3UL * 3 * 3 * 3 * 3;
-  std::array<std::array<eAnswer, kMappedTests>, kNumbers> answers = {};
-  for (std::size_t number = 0; number < kNumbers; ++number) {
+  std::array<std::array<eAnswer, kMappedTests>, CountCellAnswers()> answers =
+      {};
+  for (std::size_t number = 0; number < answers.size(); ++number) {
     std::size_t rest = number;
     for (eAnswer& answer : answers[number]) {
       answer = static_cast<eAnswer>(rest % 3);
@@ -50,7 +60,7 @@ inline constexpr auto kCellAnswers = MakeCellAnswers();
 ///
 /// A quadtree over the octahedral square fills what is surely the same in large
 /// pieces; only the borders of shadows are divided down to single cells. Where
-/// a test has to be asked there, the few items are known that can block.
+/// a test has to be asked there, the few entries are known that can block.
 class ShadowMap {
  public:
   /// Real crossings are within 1e-9 of the sphere; tables of paths are often
@@ -61,6 +71,7 @@ class ShadowMap {
   using Tests = std::array<const BallTest*, kMappedTests>;
   /// The answers of one cell, in base 3: kMappedTests digits.
   using Code = std::uint8_t;
+  static_assert(kCellAnswers.size() - 1 <= std::numeric_limits<Code>::max());
 
   /// A map that knows nothing.
   ShadowMap() : ShadowMap(0.0, {}) {}
@@ -85,8 +96,9 @@ class ShadowMap {
   Code At(std::size_t cell) const { return codes_[cell]; }
   Code At(const TVector3& point) const { return At(CellAt(point)); }
 
-  /// Items that suffice to decide for a point in a cell, for every cell on the
-  /// map that is unsure; none if that takes all.
+  /// Entries that suffice to decide for a point in a cell, for every cell on
+  /// the map in which a test that has entries is unsure; none if that takes
+  /// all.
   const CellItems& Open(eMappedTest test) const {
     return open_[static_cast<std::size_t>(test)];
   }

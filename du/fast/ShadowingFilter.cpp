@@ -18,10 +18,6 @@ using eComponent = eShadowingComponent;
 /// the second cache.
 constexpr int kAzimuthCells = 16384;
 
-/// Where more of the map's cells are unsure, mostly because hardware is as fine
-/// as they are, smaller ones are worth their memory; but not where all are.
-constexpr double kMostUnsure = 0.1;
-
 enum class eSide { kInside, kUnsure, kOutside };
 
 eSide SideOf(double distance2, double radius2) {
@@ -88,7 +84,6 @@ ShadowingFilter::ShadowingFilter(const Hardware& hardware,
     return hardware.IsReady(component);
   };
   const int cells = layers.tables ? kAzimuthCells : 1;
-  const eGrid grid = layers.grids ? eGrid::kUniform : eGrid::kOneCell;
   const auto filter = [&](RopeCylinderLimits limits,
                           const std::vector<TVector3>& ropes, double tolerance,
                           eCrossings crossings) {
@@ -109,8 +104,8 @@ ShadowingFilter::ShadowingFilter(const Hardware& hardware,
     holdDown_ = filter(LimitsOfAVHDRopes(holdDown), AVHDRopeEnds(holdDown),
                        AVHDRopeAngleTolerance(holdDown, tolerance),
                        eCrossings::kFlattened);
-    surface_ = PointGrid(holdDown.AVHDRopeSurfacePoints,
-                         holdDown.AVHDRopeRadius + tolerance, grid);
+    surface_ = PointTree(holdDown.AVHDRopeSurfacePoints,
+                         holdDown.AVHDRopeRadius + tolerance);
     test(eMappedTest::kHoldDownSurface) = &surface_;
   }
 
@@ -141,9 +136,8 @@ ShadowingFilter::ShadowingFilter(const Hardware& hardware,
   }
   if (isOn(eComponent::kNCDAnchor)) {
     const NCDAnchorModel& anchors = hardware.NCDAnchors;
-    anchors_ =
-        PointGrid(anchors.NCDAnchorPositions,
-                  anchors.NCDAnchorHalfZ + hardware.NCDAnchorTolerance, grid);
+    anchors_ = PointTree(anchors.NCDAnchorPositions,
+                         anchors.NCDAnchorHalfZ + hardware.NCDAnchorTolerance);
     test(eMappedTest::kNCDAnchor) = &anchors_;
   }
   const AVPipeBands pipes;
@@ -157,12 +151,6 @@ ShadowingFilter::ShadowingFilter(const Hardware& hardware,
   if (!layers.map) return;
   const double radius = hardware.OuterAVRadius;
   map_ = ShadowMap(radius, tests);
-  if (map_.UnsureShare() > kMostUnsure && map_.UnsureShare() < 1.0) {
-    map_ = ShadowMap(radius, tests, 2 * ShadowMap::kCells);
-  }
-  surfaceOfCells_ =
-      surface_.ListOf(map_.Open(eMappedTest::kHoldDownSurface).Items());
-  anchorsOfCells_ = anchors_.ListOf(map_.Open(eMappedTest::kNCDAnchor).Items());
 }
 
 eComponent ShadowingFilter::FindAtCrossing(const TVector3& point,

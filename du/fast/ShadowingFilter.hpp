@@ -1,10 +1,12 @@
 #pragma once
 
+#include <algorithm>
+
 #include "du/fast/PreparedBellyPlates.hpp"
 #include "du/fast/ShadowMap.hpp"
 #include "du/fast/ShadowingLayers.hpp"
 #include "du/fast/VerticalRopeFilter.hpp"
-#include "du/geometry/PointGrid.hpp"
+#include "du/geometry/PointTree.hpp"
 #include "du/hardware/AVPipes.hpp"
 #include "du/hardware/Hardware.hpp"
 #include "du/hardware/NeckBoss.hpp"
@@ -21,7 +23,7 @@ namespace ZARN::DU {
 ///
 /// - the shadow map answers for crossing points on the vessel sphere;
 /// - where the map is unsure, the few surface points, anchors or plates are
-///   asked that can block in the cell; for other crossing points grids and all
+///   asked that can block in the cell; for other crossing points trees and all
 ///   plates; pipes and neck boss by their formula;
 /// - algebra and azimuth tables answer for the vertical ropes; the few paths
 ///   that they leave open go to the formula of the whole component.
@@ -76,8 +78,8 @@ class ShadowingFilter {
   /// height and tolerance, where a path enters and, in space, where it leaves.
   const VerticalRopeFilter& EnteredHoldDownRopes() const { return entered_; }
   const VerticalRopeFilter& LeftHoldDownRopes() const { return left_; }
-  const PointGrid& SurfacePoints() const { return surface_; }
-  const PointGrid& Anchors() const { return anchors_; }
+  const PointTree& SurfacePoints() const { return surface_; }
+  const PointTree& Anchors() const { return anchors_; }
   const PreparedBellyPlates& BellyPlates() const { return plates_; }
 
   bool HasHoldDownRopes() const { return hasHoldDown_; }
@@ -174,42 +176,37 @@ class ShadowingFilter {
 
   // The tests of a crossing point: the map, where it is unsure the items of the
   // cell, and off the map all.
-  template <class ByItems, class ByAll>
+  template <class BySome, class ByAll>
   [[gnu::always_inline]] bool AskMap(const Crossing& at, eMappedTest test,
-                                     const ByItems& byItems,
+                                     const BySome& bySome,
                                      const ByAll& byAll) const {
     return Blocks(ShadowMap::AnswerOf(at.code, test), [&] {
       if (at.cell == map_.OffMap()) return byAll();
-      const CellItems::Range range = map_.Open(test).Of(at.cell);
-      return range.begin == range.end ? byAll() : byItems(range);
+      const CellItems::View some = map_.Open(test).Of(at.cell);
+      return some.IsEmpty() ? byAll()
+                            : std::any_of(some.begin(), some.end(), bySome);
     });
   }
   bool IsOnSurfaceRope(const Crossing& at) const {
+    return IsNear(surface_, eMappedTest::kHoldDownSurface, at);
+  }
+  bool IsNear(const PointTree& points, eMappedTest test,
+              const Crossing& at) const {
     return AskMap(
-        at, eMappedTest::kHoldDownSurface,
-        [&](CellItems::Range range) {
-          return surfaceOfCells_.HasNear(*at.point, range.begin, range.end);
-        },
-        [&] { return surface_.HasPointNear(*at.point); });
+        at, test,
+        [&](Stretch some) { return points.HasPointNear(*at.point, some); },
+        [&] { return points.HasPointNear(*at.point); });
   }
   bool IsBlockedAt(ComponentConstant<eComponent::kBellyPlate> /*component*/,
                    const Crossing& at) const {
-    constexpr auto kTest = eMappedTest::kBellyPlate;
     return AskMap(
-        at, kTest,
-        [&](CellItems::Range range) {
-          return plates_.Block(*at.point, map_.Open(kTest), range);
-        },
+        at, eMappedTest::kBellyPlate,
+        [&](Stretch some) { return plates_.Block(*at.point, some); },
         [&] { return plates_.Block(*at.point); });
   }
   bool IsBlockedAt(ComponentConstant<eComponent::kNCDAnchor> /*component*/,
                    const Crossing& at) const {
-    return AskMap(
-        at, eMappedTest::kNCDAnchor,
-        [&](CellItems::Range range) {
-          return anchorsOfCells_.HasNear(*at.point, range.begin, range.end);
-        },
-        [&] { return anchors_.HasPointNear(*at.point); });
+    return IsNear(anchors_, eMappedTest::kNCDAnchor, at);
   }
   bool IsBlockedAt(ComponentConstant<eComponent::kAVPipe> /*component*/,
                    const Crossing& at) const {
@@ -234,10 +231,8 @@ class ShadowingFilter {
   VerticalRopeFilter support_;
   VerticalRopeFilter entered_;
   VerticalRopeFilter left_;
-  PointGrid surface_;
-  PointList surfaceOfCells_;  // of the map, as it lists them
-  PointGrid anchors_;
-  PointList anchorsOfCells_;
+  PointTree surface_;
+  PointTree anchors_;
   PreparedBellyPlates plates_;
   NeckBossModel neckBoss_;
   ShadowMap map_;

@@ -6,8 +6,6 @@ namespace ZARN::DU {
 /// and hands the rest on, so the verdicts are the same with any of them off; a
 /// layer that is off is built to know nothing. For benchmarks and tests.
 struct ShadowingLayers {
-  /// Uniform grids over surface points and anchors; off: one cell for all.
-  bool grids = true;
   /// Crossings, heights and rope angles from products and square roots, with
   /// guard bands; off: cosine, arc cosine and tangent.
   bool algebra = true;

@@ -5,6 +5,7 @@
 
 #include "du/geometry/Answer.hpp"
 #include "du/geometry/Point.hpp"
+#include "du/geometry/StretchLists.hpp"
 
 namespace ZARN::DU {
 
@@ -16,9 +17,10 @@ struct Ball {
 
 /// A test of single points that can be put to all points of a ball at once.
 ///
-/// What is tested against may be several items, of which one suffices to block;
-/// for points that are also in a larger ball only those count that the answer
-/// for that one left open.
+/// What is tested against are entries in a list, of which one suffices to
+/// block. An item stands for one of them, or for several that stand side by
+/// side; for points that are also in a larger ball only those items count that
+/// the answer for that one left open.
 class BallTest {
  public:
   using Items = std::vector<std::uint32_t>;
@@ -28,16 +30,19 @@ class BallTest {
   BallTest& operator=(const BallTest&) = default;
   virtual ~BallTest() = default;
 
-  virtual std::uint32_t CountItems() const = 0;
+  /// Items that stand for all entries; none if the test has no entries.
+  virtual Items AllItems() const = 0;
 
   /// What the test says of every point in @p ball, and in a larger one that
   /// left the items @p items open: kBlocks or kClear if surely the same of all.
   ///
-  /// @param open  filled, where the answer is unsure, with items that suffice
-  /// to
-  ///              decide for these points; empty if that takes all items
+  /// @param open  where the answer is unsure, items that suffice to decide for
+  ///              these points; else anything
   virtual eAnswer Judge(const Ball& ball, const Items& items,
                         Items& open) const = 0;
+
+  /// Append the entries behind items that were left open to a list.
+  virtual void AppendEntries(const Items& items, StretchLists& list) const = 0;
 };
 
 }  // namespace ZARN::DU

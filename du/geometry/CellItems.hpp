@@ -5,34 +5,39 @@
 #include <utility>
 #include <vector>
 
-#include "du/geometry/BallTest.hpp"
+#include "du/geometry/Stretch.hpp"
 
 namespace ZARN::DU {
 
-/// Lists of items for a few of many cells: a bit for every cell, and the lists
-/// end to end in the order of the cells.
+/// Which entries of a list belong to a cell, for a few of many cells: a bit for
+/// every cell, and for those that are set some stretches of the list.
 class CellItems {
  public:
-  /// The list of one cell, by its place among those of all.
-  struct Range {
-    std::uint32_t begin;
-    std::uint32_t end;
+  /// The stretches of a cell, for a loop over them.
+  struct View {
+    const Stretch* first;
+    const Stretch* last;
+    const Stretch* begin() const { return first; }
+    const Stretch* end() const { return last; }
+    bool IsEmpty() const { return first == last; }
   };
-  using Lists = std::vector<std::pair<std::uint32_t, Range>>;  ///< by cell
 
   CellItems() = default;
   /// @param cells  their number
-  /// @param lists  in any order, one for a cell at most
-  /// @param items  in which the lists are ranges
-  CellItems(std::size_t cells, const Lists& lists,
-            const BallTest::Items& items);
+  /// @param ofCells  for some cells, each at most once and in any order, which
+  ///                 stretches belong to it
+  /// @param stretches  of the list
+  CellItems(std::size_t cells,
+            const std::vector<std::pair<std::uint32_t, Stretch>>& ofCells,
+            std::vector<Stretch> stretches);
 
-  /// The list of a cell that has one.
-  Range Of(std::size_t cell) const {
-    const std::size_t place = PlaceOf(cell);
-    return {begins_[place], begins_[place + 1]};
+  /// What belongs to a cell that is one of those; nothing for a default one.
+  View Of(std::size_t cell) const {
+    const Stretch mine = ofCells_[PlaceOf(cell)];
+    const Stretch* const all = stretches_.data();
+    return {all + mine.Begin(), all + mine.End()};
   }
-  const BallTest::Items& Items() const { return items_; }
+  const std::vector<Stretch>& All() const { return stretches_; }
 
  private:
   static constexpr std::size_t kBits = 64;
@@ -41,11 +46,12 @@ class CellItems {
     std::uint32_t before = 0;  // how many are set in the words before
   };
 
+  /// The place of a cell among those that are set.
   std::size_t PlaceOf(std::size_t cell) const;
 
   std::vector<Word> words_;
-  std::vector<std::uint32_t> begins_;  // of every list, and the end
-  BallTest::Items items_;
+  std::vector<Stretch> ofCells_;  // of stretches_, in the order of the cells
+  std::vector<Stretch> stretches_;
 };
 
 }  // namespace ZARN::DU

@@ -17,8 +17,14 @@ struct OctahedralPlace {
   Real v;  ///< from -1 to 1
 };
 
-/// The place of a direction of any length above 0. For single precision, too:
-/// u and v are then right to 2^-21.
+/// By how much u and v may be off in single precision, with what CellAlong adds
+/// to them. In units of 2^-24, of numbers up to 1: each coordinate is rounded
+/// by 1, and so is their sum, which two additions round by 2 more; with the
+/// division by it and the product that is 1 + 3 + 1 + 1 = 6. The fold adds 1,
+/// the sum with 1 in CellAlong another.
+inline constexpr double kPlaceError = 0x1p-21;
+
+/// The place of a direction of any length above 0, also in single precision.
 template <class Real>
 [[gnu::always_inline]] inline OctahedralPlace<Real> PlaceOf(Real x, Real y,
                                                             Real z) {

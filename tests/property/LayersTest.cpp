@@ -185,7 +185,7 @@ TEST_F(Layers, EveryKernelKnowsNearlyAllPaths) {
 }
 
 TEST_F(Layers, KnowNothingWhereTheyAreOff) {
-  const DU::ShadowingFilter filter = Filter({false, false, false, false});
+  const DU::ShadowingFilter filter = Filter({false, false, false});
   ForEachCrossing([&](const DU::SegmentView& segment) {
     ASSERT_EQ(filter.Map().At(segment.point), DU::ShadowMap::kNothingKnown);
     ASSERT_EQ(filter.HoldDownRopes().JudgeFlattened(segment), eAnswer::kUnsure);

@@ -61,7 +61,7 @@ TEST(LazyLayers, AreMadeAtOnceOnRequest) {
 }
 
 TEST(LazyLayers, AreThoseThatAreWanted) {
-  LazyLayers layers(Detector(), {true, true, true, false});
+  LazyLayers layers(Detector(), {true, true, false});
   layers.Make(Detector());
   EXPECT_EQ(layers.Get()->filter.Map().At(Testing::kFreeSpot),
             ShadowMap::kNothingKnown);

@@ -166,32 +166,21 @@ TEST(PreparedBellyPlates, BlockWithSomePlatesAsIfThereWereNoOthers) {
     const Plates plates(CentresAround(random, i % 2 == 0 ? 50 : 500),
                         random.Uniform(50, 1200), random.Uniform(-40, 400));
     const auto points = PointsAt(plates, random);
-    // Three lists of them end to end, with one plate in several.
     const auto& centres = plates.model.BellyPlatePositions;
-    CellItems::Lists lists;
-    BallTest::Items items;
-    std::vector<std::vector<TVector3>> ofLists;
-    for (std::uint32_t cell = 0; cell < 3; ++cell) {
-      const auto begin = static_cast<std::uint32_t>(items.size());
-      ofLists.emplace_back();
-      for (std::size_t k = centres.size(); k-- > 0;) {
-        if (random.Chance(0.5)) continue;
-        items.push_back(static_cast<std::uint32_t>(k));
-        ofLists.back().push_back(centres[k]);
-      }
-      lists.push_back(
-          {cell, {begin, static_cast<std::uint32_t>(items.size())}});
-    }
-    const CellItems cells(3, lists, items);
-    for (std::uint32_t cell = 0; cell < 3; ++cell) {
-      const Plates some(ofLists[cell], plates.model.BellyPlateHalfHeight,
-                        plates.tolerance);
+    for (int k = 0; k < 3; ++k) {
+      const std::size_t begin = random.Below(centres.size());
+      const std::size_t count = random.Below(centres.size() - begin + 1);
+      const auto first = centres.begin() + static_cast<std::ptrdiff_t>(begin);
+      const Plates some({first, first + static_cast<std::ptrdiff_t>(count)},
+                        plates.model.BellyPlateHalfHeight, plates.tolerance);
+      const Stretch entries(static_cast<std::uint32_t>(begin),
+                            static_cast<std::uint32_t>(count));
       for (const TVector3& point : points) {
         const bool expected = some.IsBlocked(point);
         EXPECT_EQ(some.prepared.Block(point), expected);
-        EXPECT_EQ(plates.prepared.Block(point, cells, cells.Of(cell)), expected)
-            << ::testing::PrintToString(point) << ", plates at "
-            << ::testing::PrintToString(ofLists[cell]);
+        EXPECT_EQ(plates.prepared.Block(point, entries), expected)
+            << ::testing::PrintToString(point) << ", plates from " << begin
+            << " to before " << begin + count;
         blocked += expected ? 1 : 0;
         blockedByOthers += !expected && plates.IsBlocked(point) ? 1 : 0;
       }
@@ -203,12 +192,11 @@ TEST(PreparedBellyPlates, BlockWithSomePlatesAsIfThereWereNoOthers) {
 
 TEST(PreparedBellyPlates, BlockNothingWithoutAPlate) {
   EXPECT_FALSE(PreparedBellyPlates().Block({5860, 0, 0}));
-  EXPECT_EQ(PreparedBellyPlates().CountItems(), 0U);
+  EXPECT_TRUE(PreparedBellyPlates().AllItems().empty());
   const Plates none({}, 600.0, 150.0);
   EXPECT_EQ(ExpectSame(none, {{5860, 0, 0}, {0, 0, 0}}), 0);
   const Plates one({{5860, 0, 0}}, 600.0, 150.0);
-  EXPECT_FALSE(
-      one.prepared.Block({5860, 0, 0}, {1, {{0, {0, 0}}}, {}}, {0, 0}));
+  EXPECT_FALSE(one.prepared.Block({5860, 0, 0}, {0, 0}));
   BallTest::Items open;
   EXPECT_EQ(none.prepared.Judge({{5860, 0, 0}, 1}, {}, open), eAnswer::kClear);
 }
@@ -219,7 +207,7 @@ TEST(PreparedBellyPlatesAsABallTest, SayNothingWrongOfAnyPointOfABall) {
   AnswerTally atTheEdges;
   for (int i = 0; i < 500; ++i) {
     const Plates plates(CentresAround(random, 200), 600.0, 150.0);
-    EXPECT_EQ(plates.prepared.CountItems(),
+    EXPECT_EQ(plates.prepared.AllItems().size(),
               plates.model.BellyPlatePositions.size());
     const auto ask = [&](const TVector3& middle, double radius,
                          AnswerTally& tally) {

@@ -204,8 +204,7 @@ TEST(FindShadowing, IsSilentWhateverTheGeometryAndThePaths) {
   for (const Tables& tables : {VariedTables(), WarningTables()}) {
     ShadowingCalculator calculator = InRun(tables);
     for (const bool areLayersOn : {true, false}) {
-      calculator.UseLayers(
-          {areLayersOn, areLayersOn, areLayersOn, areLayersOn});
+      calculator.UseLayers({areLayersOn, areLayersOn, areLayersOn});
       const Captured diagnostics(debug);
       const Written written([&] {
         FindEach(calculator, paths);

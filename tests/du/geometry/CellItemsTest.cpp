@@ -14,8 +14,8 @@
 namespace ZARN::DU {
 namespace {
 
-using Items = BallTest::Items;
-using Lists = CellItems::Lists;
+using Items = std::vector<std::uint32_t>;
+using OfCells = std::vector<std::pair<std::uint32_t, Stretch>>;
 using Testing::Random;
 
 constexpr std::size_t kCells = 1000;
@@ -35,7 +35,7 @@ Items RandomItems(Random& random) {
   return items;
 }
 
-/// The lists end to end, in random order.
+/// Each item as a stretch of its own, in random order of the cells.
 CellItems Make(const ItemsByCell& byCell, Random& random) {
   std::vector<std::uint32_t> order;
   order.reserve(byCell.size());
@@ -43,21 +43,26 @@ CellItems Make(const ItemsByCell& byCell, Random& random) {
   for (std::size_t i = order.size(); i > 1; --i) {
     std::swap(order[i - 1], order[random.Below(i)]);
   }
-  Lists lists;
-  Items all;
+  OfCells ofCells;
+  std::vector<Stretch> stretches;
   for (const std::uint32_t cell : order) {
     const Items& items = byCell.at(cell);
-    const auto begin = static_cast<std::uint32_t>(all.size());
-    all.insert(all.end(), items.begin(), items.end());
-    lists.push_back({cell, {begin, static_cast<std::uint32_t>(all.size())}});
+    ofCells.push_back({cell,
+                       {static_cast<std::uint32_t>(stretches.size()),
+                        static_cast<std::uint32_t>(items.size())}});
+    for (const std::uint32_t item : items) stretches.push_back({item, 1});
   }
-  return {kCells, lists, all};
+  return {kCells, ofCells, stretches};
 }
 
 Items ItemsOf(const CellItems& cells, std::uint32_t cell) {
-  const CellItems::Range range = cells.Of(cell);
-  const auto begin = cells.Items().begin();
-  return {begin + range.begin, begin + range.end};
+  Items items;
+  for (const Stretch some : cells.Of(cell)) {
+    for (std::uint32_t i = some.Begin(); i < some.End(); ++i) {
+      items.push_back(i);
+    }
+  }
+  return items;
 }
 
 void ExpectItsOwnItemsOfEachCell(const ItemsByCell& byCell, Random& random) {
@@ -67,7 +72,7 @@ void ExpectItsOwnItemsOfEachCell(const ItemsByCell& byCell, Random& random) {
     EXPECT_EQ(ItemsOf(cells, cell), items) << cell;
     all += items.size();
   }
-  EXPECT_EQ(cells.Items().size(), all);
+  EXPECT_EQ(cells.All().size(), all);
 }
 
 TEST(CellItems, GiveEachCellItsOwnItems) {
@@ -102,24 +107,25 @@ TEST(CellItems, GiveThemAtTheBordersOfAWordOfBits) {
 TEST(CellItems, HoldCellsUpToTheLastOfAFullWord) {
   for (const std::uint32_t count : {1U, 63U, 64U, 65U, 128U}) {
     SCOPED_TRACE(count);
-    const CellItems cells(count, {{count - 1, {1, 3}}}, {7, 8, 9});
-    EXPECT_EQ(ItemsOf(cells, count - 1), (Items{8, 9}));
+    const CellItems cells(count, {{count - 1, {1, 2}}},
+                          {{7, 1}, {8, 2}, {20, 1}});
+    EXPECT_EQ(ItemsOf(cells, count - 1), (Items{8, 9, 20}));
   }
 }
 
-TEST(CellItems, MayShareItemsAndLeaveSomeOut) {
-  // A list is what its range says, wherever that lies among the items.
-  const CellItems cells(kCells, {{500, {0, 2}}, {3, {1, 4}}, {64, {5, 5}}},
-                        {10, 11, 12, 13, 14});
+TEST(CellItems, MayShareStretchesAndLeaveSomeOut) {
+  const CellItems cells(kCells, {{500, {0, 2}}, {3, {1, 3}}, {64, {}}},
+                        {{10, 1}, {11, 1}, {12, 1}, {13, 1}, {14, 1}});
   EXPECT_EQ(ItemsOf(cells, 3), (Items{11, 12, 13}));
   EXPECT_EQ(ItemsOf(cells, 64), Items());
+  EXPECT_TRUE(cells.Of(64).IsEmpty());
   EXPECT_EQ(ItemsOf(cells, 500), (Items{10, 11}));
 }
 
 TEST(CellItems, MayBeOfNoCellsAtAll) {
-  EXPECT_TRUE(CellItems().Items().empty());
-  EXPECT_TRUE(CellItems(0, {}, {}).Items().empty());
-  EXPECT_TRUE(CellItems(kCells, {}, {}).Items().empty());
+  EXPECT_TRUE(CellItems().All().empty());
+  EXPECT_TRUE(CellItems(0, {}, {}).All().empty());
+  EXPECT_TRUE(CellItems(kCells, {}, {}).All().empty());
 }
 
 }  // namespace

@@ -1,4 +1,4 @@
-#include "du/geometry/OctahedralCells.hpp"
+#include "du/geometry/OctahedralDirection.hpp"
 
 #include <gtest/gtest.h>
 

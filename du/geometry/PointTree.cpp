@@ -1,0 +1,345 @@
+#include "du/geometry/PointTree.hpp"
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+#include <limits>
+#include <utility>
+
+#include "du/geometry/OctahedralPlace.hpp"
+
+namespace ZARN::DU {
+namespace {
+
+/// Points of a block, the smallest node.
+constexpr std::uint32_t kBlock = 32;
+
+/// More levels than the tree has, whose numbers have 32 bits.
+constexpr std::size_t kMostLevels = 32;
+
+/// Points farther out along an axis have no tree; no detector is larger.
+constexpr double kLargestLength = 1e9;
+
+/// By how much a distance may be off, as a share of it, when it is computed
+/// here and by the loop: three differences, three squares and two sums are
+/// rounded by 2^-53 each, all but the differences count half in the root, and
+/// that is rounded: less than 2^-51. Both and the limit that they are compared
+/// with are less than 2^-49; this is twice as much. A distance whose square
+/// underflows counts as none, and is nearer than any limit here: every node has
+/// a radius.
+constexpr double kDistanceError = 0x1p-48;
+
+/// By how much the centre and the radius of a ball may be off, mm: those of a
+/// map's, on spheres of up to 100 m, are rounded by less than 1e-10.
+constexpr double kBallError = 1e-6;
+
+/// The smallest radius of a node.
+constexpr double kLeastRadius = 1e-30;
+
+/// Every other bit of a number of 16.
+std::uint32_t SpreadOut(std::uint32_t bits) {
+  bits = (bits | bits << 8U) & 0x00FF00FFU;
+  bits = (bits | bits << 4U) & 0x0F0F0F0FU;
+  bits = (bits | bits << 2U) & 0x33333333U;
+  return (bits | bits << 1U) & 0x55555555U;
+}
+
+/// Where a point's direction comes along a curve through the octahedral square
+/// that stays long in small squares (G. Morton, 1966).
+std::uint32_t PlaceOnCurve(const Point& point) {
+  const auto place = PlaceOf(point.x, point.y, point.z);
+  constexpr int kCells = 1 << 16;
+  const auto along = [](double at) {
+    // The origin has no place.
+    return std::isnan(at) ? 0U
+                          : static_cast<std::uint32_t>(
+                                CellAlong(at, kCells / 2.0, kCells));
+  };
+  return SpreadOut(along(place.v)) << 1U | SpreadOut(along(place.u));
+}
+
+bool IsInRange(double coordinate) {
+  return std::abs(coordinate) < kLargestLength;
+}
+
+}  // namespace
+
+PointTree::PointTree(const std::vector<TVector3>& points, double reach)
+    : reach_(reach) {
+  std::vector<Point> finite;
+  bool isInRange = true;
+  if (reach > 0.0) {
+    finite.reserve(points.size());
+    for (const TVector3& p : points) {
+      if (!std::isfinite(p.X()) || !std::isfinite(p.Y()) ||
+          !std::isfinite(p.Z())) {
+        continue;
+      }
+      finite.push_back({p.X(), p.Y(), p.Z()});
+      isInRange =
+          isInRange && IsInRange(p.X()) && IsInRange(p.Y()) && IsInRange(p.Z());
+    }
+  }
+  if (isInRange) Sort(finite);
+  points_ = PointList(std::move(finite), reach);
+  if (isInRange) MakeNodes();
+}
+
+void PointTree::Sort(std::vector<Point>& points) const {
+  std::vector<std::uint64_t> order(points.size());
+  for (std::size_t i = 0; i < points.size(); ++i) {
+    order[i] = std::uint64_t{PlaceOnCurve(points[i])} << 32U | i;
+  }
+  std::sort(order.begin(), order.end());
+  std::vector<Point> sorted(points.size());
+  for (std::size_t i = 0; i < points.size(); ++i) {
+    sorted[i] = points[order[i] & 0xFFFFFFFFU];
+  }
+  points = std::move(sorted);
+}
+
+void PointTree::MakeNodes() {
+  if (points_.Size() == 0) return;
+  firstBlock_ = 1;
+  while (std::uint64_t{firstBlock_} * kBlock < points_.Size()) firstBlock_ *= 2;
+  nodes_.resize(std::size_t{2} * firstBlock_);
+  MakeNode(1);
+}
+
+/// Make a node and all below it.
+///
+/// @return the box around its points
+PointTree::Box PointTree::MakeNode(std::uint32_t number) {
+  constexpr double kInfinity = std::numeric_limits<double>::infinity();
+  Box box = {{kInfinity, kInfinity, kInfinity},
+             {-kInfinity, -kInfinity, -kInfinity}};
+  const auto include = [&box](const Point& low, const Point& high) {
+    box.low = {std::min(box.low.x, low.x), std::min(box.low.y, low.y),
+               std::min(box.low.z, low.z)};
+    box.high = {std::max(box.high.x, high.x), std::max(box.high.y, high.y),
+                std::max(box.high.z, high.z)};
+  };
+  if (number < firstBlock_) {
+    for (const std::uint32_t half : {2 * number, 2 * number + 1}) {
+      const Box inside = MakeNode(half);
+      include(inside.low, inside.high);
+    }
+  } else {
+    const Entries entries = EntriesOf(number);
+    for (std::uint32_t i = entries.begin; i < entries.end; ++i) {
+      include(points_[i], points_[i]);
+    }
+  }
+  nodes_[number] = BallAround(box);
+  return box;
+}
+
+PointTree::Node PointTree::BallAround(const Box& box) {
+  if (!(box.low.x <= box.high.x)) {
+    constexpr float kInfinity = std::numeric_limits<float>::infinity();
+    return {kInfinity, kInfinity, kInfinity, 0.0F};
+  }
+  const auto middle = [](double low, double high) {
+    return static_cast<float>(low + (high - low) / 2.0);
+  };
+  const float x = middle(box.low.x, box.high.x);
+  const float y = middle(box.low.y, box.high.y);
+  const float z = middle(box.low.z, box.high.z);
+  const auto farthest = [](double low, double at, double high) {
+    return std::max(at - low, high - at);
+  };
+  const double radius = std::sqrt(Squared(
+      {farthest(box.low.x, x, box.high.x), farthest(box.low.y, y, box.high.y),
+       farthest(box.low.z, z, box.high.z)}));
+  // Larger by more than it is rounded, also to single precision.
+  return {x, y, z, static_cast<float>(radius * (1.0 + 1e-6) + kLeastRadius)};
+}
+
+bool PointTree::HasPointNear(const TVector3& place) const {
+  if (nodes_.empty()) return points_.HasNear(place, 0, points_.Size());
+  const Point from = {place.X(), place.Y(), place.Z()};
+  std::array<std::uint32_t, kMostLevels> open;
+  std::size_t count = 0;
+  open[count++] = 1;
+  while (count > 0) {
+    const std::uint32_t number = open[--count];
+    const Node& node = nodes_[number];
+    const double far = (reach_ + node.Radius()) * (1.0 + kDistanceError);
+    // Also of a place that is not finite.
+    if (!(SquaredDistance(from, node.Middle()) < far * far)) {
+      continue;
+    }
+    if (number >= firstBlock_) {
+      const Entries block = EntriesOf(number);
+      if (points_.HasNear(place, block.begin, block.end)) return true;
+      continue;
+    }
+    open[count++] = 2 * number + 1;
+    open[count++] = 2 * number;
+  }
+  return false;
+}
+
+PointTree::Items PointTree::AllItems() const {
+  if (points_.Size() == 0) return {};
+  const std::uint32_t root = nodes_.empty() ? 0 : 1;
+  return {root, root};
+}
+
+PointTree::Entries PointTree::EntriesOf(std::uint32_t item) const {
+  const auto nodes = static_cast<std::uint32_t>(nodes_.size());
+  if (item >= nodes) return {item - nodes, item - nodes + 1};
+  std::uint32_t first = item;
+  std::uint32_t last = item;
+  while (first < firstBlock_) {
+    first = 2 * first;
+    last = 2 * last + 1;
+  }
+  const auto entry = [this](std::uint32_t block) {
+    return std::min((block - firstBlock_) * kBlock, points_.Size());
+  };
+  return {entry(first), entry(last + 1)};
+}
+
+void PointTree::AppendEntries(const Items& items, StretchLists& list) const {
+  if (nodes_.empty()) {
+    list.Append(0, points_.Size());
+    return;
+  }
+  for (std::size_t i = 1; i < items.size(); ++i) {
+    const Entries entries = EntriesOf(items[i]);
+    list.Append(entries.begin, entries.end);
+  }
+}
+
+/// The work of Judge.
+class PointTree::Judging {
+ public:
+  Judging(const PointTree& tree, const Ball& ball, Items& open)
+      : tree_(tree),
+        firstPoint_(static_cast<std::uint32_t>(tree.nodes_.size())),
+        centre_(ball.centre),
+        inner_(InnerLimit(tree.reach_, ball.radius + kBallError)),
+        outer_((tree.reach_ + ball.radius + kBallError) *
+               (1.0 + kDistanceError)),
+        smallNode_(ball.radius * kSmallNode),
+        open_(open) {}
+
+  eAnswer Judge(const Items& items) {
+    const std::uint32_t nearest = items.front();
+    if (nearest >= firstPoint_ &&
+        SquaredDistance(centre_, PointOf(nearest)) < inner_ * inner_) {
+      return eAnswer::kBlocks;
+    }
+    Found found = {1, nearest, outer_ * outer_};
+    for (std::size_t i = 1; i < items.size();) {
+      if (items[i] < firstPoint_) {
+        if (Divide(items[i], found)) return eAnswer::kBlocks;
+        ++i;
+      } else {
+        i = TakePoints(items, i, found);
+      }
+    }
+    if (found.nearest2 < inner_ * inner_) return eAnswer::kBlocks;
+    if (found.count == 1) return eAnswer::kClear;
+    open_.resize(found.count);
+    open_.front() = found.nearest;
+    return eAnswer::kUnsure;
+  }
+
+ private:
+  /// How near to the centre a point must be to block all of a ball. A reach
+  /// beyond kLargestLength counts as that.
+  static double InnerLimit(double reach, double radius) {
+    const double nearer = std::min(reach, kLargestLength);
+    return std::max(nearer - radius - kDistanceError * (nearer + radius), 0.0);
+  }
+
+  /// Nodes are divided down to this share of the ball's radius.
+  static constexpr double kSmallNode = 0.5;
+
+  struct Found {
+    std::size_t count;      // of what is open, and 1 for the nearest
+    std::uint32_t nearest;  // as an item
+    double nearest2;        // its squared distance
+  };
+
+  const Point& PointOf(std::uint32_t item) const {
+    return tree_.points_[item - firstPoint_];
+  }
+  void MakeRoomFor(std::size_t items) {
+    if (open_.size() < items) open_.resize(items);
+  }
+
+  /// Without a branch: whether a point is open is hard to foresee, and this is
+  /// most of what a map costs.
+  [[gnu::always_inline]] void Take(std::uint32_t item, std::uint32_t* open,
+                                   Found& found) const {
+    const double distance2 = SquaredDistance(centre_, PointOf(item));
+    open[found.count] = item;
+    found.nearest = distance2 < found.nearest2 ? item : found.nearest;
+    found.nearest2 = std::min(found.nearest2, distance2);
+    found.count += distance2 >= outer_ * outer_ ? 0U : 1U;
+  }
+
+  /// Take the points from a place on up to the next node.
+  ///
+  /// @return the place of that
+  std::size_t TakePoints(const Items& items, std::size_t i, Found& found) {
+    MakeRoomFor(found.count + items.size() - i);
+    std::uint32_t* const open = open_.data();
+    const Judging judging = *this;  // which no item that is written can change
+    Found now = found;
+    for (; i < items.size() && items[i] >= judging.firstPoint_; ++i) {
+      judging.Take(items[i], open, now);
+    }
+    found = now;
+    return i;
+  }
+
+  /// Take a node, or what is in it.
+  ///
+  /// @return whether it blocks all of the ball
+  bool Divide(std::uint32_t number, Found& found) {
+    const Node& node = tree_.nodes_[number];
+    const double distance2 = SquaredDistance(centre_, node.Middle());
+    const double outer = outer_ + node.Radius();
+    if (!(distance2 < outer * outer)) return false;
+    const double inner = inner_ - node.Radius();
+    if (inner > 0.0 && distance2 < inner * inner) return true;
+    if (node.Radius() <= smallNode_) {
+      MakeRoomFor(found.count + 1);
+      open_[found.count++] = number;
+      return false;
+    }
+    if (number < tree_.firstBlock_) {
+      return Divide(2 * number, found) || Divide(2 * number + 1, found);
+    }
+    MakeRoomFor(found.count + kBlock);
+    const Entries block = tree_.EntriesOf(number);
+    for (std::uint32_t i = block.begin; i < block.end; ++i) {
+      Take(firstPoint_ + i, open_.data(), found);
+    }
+    return false;
+  }
+
+  const PointTree& tree_;
+  std::uint32_t firstPoint_;  // its number as an item
+  Point centre_;
+  double inner_;
+  double outer_;
+  double smallNode_;
+  Items& open_;
+};
+
+eAnswer PointTree::Judge(const Ball& ball, const Items& items,
+                         Items& open) const {
+  if (items.empty()) return eAnswer::kClear;
+  if (nodes_.empty()) {
+    open = items;
+    return eAnswer::kUnsure;
+  }
+  return Judging(*this, ball, open).Judge(items);
+}
+
+}  // namespace ZARN::DU
