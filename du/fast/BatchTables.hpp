@@ -19,6 +19,7 @@ namespace ZARN::DU {
 /// kOpenVerdict where the filter has to be asked.
 using BatchVerdict = std::uint8_t;
 inline constexpr BatchVerdict kOpenVerdict = 255;
+static_assert(kNumberOfComponents < kOpenVerdict);
 
 constexpr BatchVerdict BatchVerdictOf(eShadowingComponent component) {
   return static_cast<BatchVerdict>(component);
