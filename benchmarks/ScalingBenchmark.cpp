@@ -1,4 +1,5 @@
 #include <benchmark/benchmark.h>
+#include <malloc.h>
 
 #include <algorithm>
 #include <array>
@@ -50,23 +51,27 @@ const DU::AVHDRopeModel& TheRope() {
 }
 
 /// Copies of the rope at rolls all around.
-Tables RopeTables(int count) {
+void AddRopes(int count, Tables& tables) {
   std::vector<double> rollDegrees;
   rollDegrees.reserve(static_cast<std::size_t>(count));
   for (int i = 0; i < count; ++i) rollDegrees.push_back(360.0 * i / count);
-  Tables tables = VesselTables();
   tables.Set("GEO", "hold_down_ropes", "solid_definition", std::string("rope"));
   tables.Set("GEO", "hold_down_ropes", "locations", std::string("rolls"));
   tables.Set("SOLID", "rope", "r_rope", TheRope().AVHDRopeRadius);
   tables.SetPositions("SOLID", "rope", TheRope().AVHDRopePositions, "rope_");
   tables.Set("GEO_LOCATIONS", "rolls", "roll", rollDegrees);
+}
+
+Tables RopeTables(int count) {
+  Tables tables = VesselTables();
+  AddRopes(count, tables);
   return tables;
 }
 
 constexpr double kAnchorHalfHeight = 60.0;
 
 /// Evenly spread over the outer sphere along a spiral.
-Tables AnchorTables(int count) {
+void AddAnchors(int count, Tables& tables) {
   constexpr double kRadius = 5860.0;
   const double goldenAngle = kPi * (3.0 - std::sqrt(5.0));
   std::vector<TVector3> positions;
@@ -77,13 +82,67 @@ Tables AnchorTables(int count) {
     positions.emplace_back(kRadius * rho * std::cos(phi),
                            kRadius * rho * std::sin(phi), kRadius * z);
   }
-  Tables tables = VesselTables();
   tables.Set("GEO", "inner_av", "ncd_anchor_definition", std::string("anchor"));
   tables.Set("GEO", "inner_av", "ncd_anchor_locations", std::string("places"));
   tables.Set("SOLID", "anchor", "half_z", kAnchorHalfHeight);
   tables.Set("SOLID", "anchor", "r_max", 40.0);
   tables.SetPositions("GEO_LOCATIONS", "places", positions);
+}
+
+Tables AnchorTables(int count) {
+  Tables tables = VesselTables();
+  AddAnchors(count, tables);
   return tables;
+}
+
+/// On a circle around the z axis.
+std::vector<TVector3> Ring(int count, double radius, double z) {
+  std::vector<TVector3> positions;
+  for (int i = 0; i < count; ++i) {
+    const double phi = 2.0 * kPi * i / count;
+    positions.emplace_back(radius * std::cos(phi), radius * std::sin(phi), z);
+  }
+  return positions;
+}
+
+/// So many of each part.
+Tables ManyPartsTables(int count) {
+  Tables tables = VesselTables();
+  AddRopes(count, tables);
+  AddAnchors(count, tables);
+  tables.Set("GEO", "hold_up_ropes", "solid_definition",
+             std::string("up_rope"));
+  tables.Set("GEO", "hold_up_ropes", "locations", std::string("ring"));
+  tables.Set("SOLID", "up_rope", "r_rope", 15.0);
+  tables.Set("SOLID", "up_rope", "z_rope", 6090.0);
+  tables.SetPositions("GEO_LOCATIONS", "ring", Ring(count, 5920.0, 5.0));
+  tables.Set("SOLID", "belly_plate_vintar", "octahedron_half_height", 600.0);
+  tables.Set("GEO", "inner_av", "belly_plate_locations", std::string("plates"));
+  tables.SetPositions("GEO_LOCATIONS", "plates", Ring(count, 5860.0, 40.0));
+  return tables;
+}
+
+double BytesInUse() {
+  const auto memory = mallinfo2();
+  return static_cast<double>(memory.uordblks + memory.hblkhd);
+}
+
+/// The making of layers for many parts, and what they take, by tolerance.
+void TimeManyParts(benchmark::State& state) {
+  constexpr int kParts = 1000;
+  ManyPartsTables(kParts).Load();
+  DU::ShadowingCalculator calculator;
+  calculator.SetAllGeometryTolerances(1.0);  // for few points on the plates
+  calculator.BeginOfRun();
+  const auto tolerance = static_cast<double>(state.range(0));
+  double bytes = 0.0;
+  for ([[maybe_unused]] auto _ : state) {
+    calculator.SetAllGeometryTolerances(tolerance);
+    const double before = BytesInUse();
+    calculator.MakeLayers();
+    bytes = BytesInUse() - before;
+  }
+  state.counters["bytes"] = bytes;
 }
 
 /// A geometry in both calculators.
@@ -169,6 +228,10 @@ void AddAll() {
   // Before the reference detector's tables go.
   ThePaths();
   TheRope();
+  benchmark::RegisterBenchmark("parts/1000", TimeManyParts)
+      ->Arg(0)
+      ->Arg(150)
+      ->Unit(benchmark::kMillisecond);
   for (const Case& c : kCases) {
     const std::string name =
         std::string(c.kind) + "/" + std::to_string(c.count) + "/";

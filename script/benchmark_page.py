@@ -108,7 +108,7 @@ are {self.paths("near/plain/mixed")} paths, asked again and again; "out of it" a
 formulas judge every path in the cache and every 64th of those out of it."""
 
     def layers(self):
-        columns = ("plain", "off", "grids", "algebra", "tables", "map")
+        columns = ("plain", "off", "algebra", "tables", "map")
         rows = [[name, *[self.cell(f"near/{layer}/{key}") for layer in columns]]
                 for key, name in TYPES.items()]
         gains = [self.times(f"near/{a}/mixed", f"near/{b}/mixed")
@@ -117,16 +117,16 @@ formulas judge every path in the cache and every 64th of those out of it."""
 
 Nanoseconds of a single call, each layer with those before it:
 
-{table(["Type", "Plain", "All off", "+ grids", "+ algebra", "+ tables", "+ map"], rows)}
+{table(["Type", "Plain", "All off", "+ algebra", "+ tables", "+ map"], rows)}
 
-With all layers off, every surface point is looked at and every angle taken as the
-formulas have it, but what does not depend on the path is computed once a run: for mixed
-paths that makes {gains[0]} times. Grids find the few surface points and anchors near a
-crossing ({gains[1]} times more). Algebra compares dot products and square roots where the
-formulas take cosines, arc cosines and tangents ({gains[2]} times). Azimuth tables say which
-of the vertical ropes can be near ({gains[3]} times). The shadow map answers most crossing
-points with one look ({gains[4]} times). Every layer hands what it is not sure of to the
-next slower one, the last to the formula itself: so the verdicts stay the same."""
+With all layers off, every angle is taken as the formulas have it, but what does not
+depend on the path is computed once a run, and trees of balls find the few surface points
+and anchors near a crossing: for mixed paths that makes {gains[0]} times. Algebra compares
+dot products and square roots where the formulas take cosines, arc cosines and tangents
+({gains[1]} times). Azimuth tables say which of the vertical ropes can be near ({gains[2]}
+times). The shadow map answers most crossing points with one look ({gains[3]} times).
+Every layer hands what it is not sure of to the next slower one, the last to the formula
+itself: so the verdicts stay the same."""
 
     def single_calls(self):
         rows = [[name, self.cell(f"near/map/{key}"), self.cell(f"near/dependent/{key}"),
@@ -269,8 +269,8 @@ of its time but the borders."""
             "kd-tree-first": ("nanoflann kd-tree, up to the first", "double"),
             "point-query": ("Embree point query, up to the first", "single"),
             "outward-ray": ("Embree occlusion of a ray outwards by spheres", "single"),
-            "grid": ("our uniform grid", "double"),
-            "map": ("our shadow map, then the grid", "double"),
+            "tree": ("our tree of balls", "double"),
+            "map": ("our shadow map, then the tree", "double"),
         }
         rows = [[label, precision, self.cell(f"scan/{way}"),
                  self.times("scan/plain", f"scan/{way}"),
@@ -302,13 +302,20 @@ azimuth: {percent(self.counter("segment/ray", "shadowed"))} of these paths are m
 
     def set_up(self):
         begin = self.ns("setup/begin-of-run") / 1e6
-        tolerances = self.ns("setup/tolerances") / 1e6
+        layers = self.ns("setup/layers") / 1e6
+        many = [(self.ns(f"parts/1000/{tolerance}") / 1e6,
+                 self.counter(f"parts/1000/{tolerance}", "bytes") / 2**20)
+                for tolerance in (0, 150)]
         return f"""## Setting up a run
 
-`BeginOfRun` on the reference detector takes {number(begin)} ms from tables in memory, with all
-that is prepared for the layers; `SetAllGeometryTolerances` {number(tolerances)} ms, for it prepares anew. At
-{number(self.ns("near/map/mixed"))} ns a path that is the time of {number((begin * 1e6) / self.ns("near/map/mixed"))} single calls, or of {number((begin * 1e6) / self.ns("near/plain/mixed"))} paths by the plain
-formulas."""
+`BeginOfRun` on the reference detector takes {number(begin)} ms from tables in memory, the
+making of its layers {number(layers)} ms. That is the time of {number(layers * 1e6 / self.ns("near/map/mixed"))} single calls
+with layers, or of {number(layers * 1e6 / self.ns("near/plain/mixed"))} paths by the plain formulas.
+
+With 1,000 hold-down ropes, support ropes, plates and anchors, which have two million
+surface points, layers take {number(many[0][0])} ms and {number(many[0][1])} MiB at a tolerance of 0 mm, where
+nearly every point stands at the border of a shadow, and {number(many[1][0])} ms and {number(many[1][1])} MiB at
+150 mm."""
 
     def csv(self):
         threads = sorted(int(n.split("/")[2]) for n in self.figures if n.startswith("csv/check"))
@@ -334,7 +341,7 @@ into a double (`std::from_chars`), and nothing else:
 def chart(page):
     """Bars of the time for mixed paths, on a logarithmic scale."""
     bars = [("plain formulas", "near/plain/mixed"), ("layers, all off", "near/off/mixed"),
-            ("+ grids", "near/grids/mixed"), ("+ algebra", "near/algebra/mixed"),
+            ("+ algebra", "near/algebra/mixed"),
             ("+ tables", "near/tables/mixed"), ("+ map", "near/map/mixed"),
             ("batch, 1 thread", "near/batch/mixed"),
             ("a million, 2 threads", "far/columns/chosen/2/mixed")]
