@@ -48,6 +48,7 @@ std::vector<IO::NamedPosition> ReadPMTs(const std::string& path) {
 
 std::vector<TVector3> PositionsOf(const std::vector<IO::NamedPosition>& items) {
   std::vector<TVector3> positions;
+  positions.reserve(items.size());
   for (const IO::NamedPosition& item : items) {
     positions.push_back(item.position);
   }

@@ -25,9 +25,8 @@ int main(int argc, char** argv) {
     if (path.HasPath()) {
       const bool isShadowed = calculator.CheckForShadowing(path);
       std::cout << path.LightPathTypeNames().at(path.GetLightPathType()) << ", "
-                << std::fixed << std::setprecision(3)
-                << path.GetTimeOfFlight() << " ns, shadowed: " << isShadowed
-                << "\n";
+                << std::fixed << std::setprecision(3) << path.GetTimeOfFlight()
+                << " ns, shadowed: " << isShadowed << "\n";
     }
   } catch (const std::exception& error) {  // tables that are missing or bad
     std::cerr << "PathToPMT: " << error.what() << "\n";
