@@ -89,14 +89,17 @@ void ShadowingCalculator::MakeLayers() const {
 ShadowingCalculator::FindSilently(const WaterSegmentViews& path) const {
   const PreparedLayers* const layers =
       Layers == nullptr ? nullptr : Layers->Get();
-  if (layers == nullptr || !IsUsual(path.kind)) return FindByFormulas(path);
+  if (layers == nullptr || !IsUsual(path.kind)) {
+    // A copy, so that the views of the usual way stay in registers.
+    return FindByFormulas(path.Copy());
+  }
   return layers->filter.Find(path, HardwareFormulas{Parts, path});
 }
 
 eShadowingComponent ShadowingCalculator::FindByFormulas(
-    const WaterSegmentViews& path) const {
+    const WaterSegments& path) const {
   const eShadowingComponent found =
-      Parts.FirstBlocking(path.Copy(), eDiagnostics::kSilent);
+      Parts.FirstBlocking(path, eDiagnostics::kSilent);
   if (Layers != nullptr) Layers->CountByFormulas(Parts, path.kind);
   return found;
 }

@@ -168,7 +168,7 @@ class ShadowingCalculator {
                                        const PathShape& shape,
                                        const std::string& name) const;
   eShadowingComponent FindSilently(const WaterSegmentViews& path) const;
-  eShadowingComponent FindByFormulas(const WaterSegmentViews& path) const;
+  eShadowingComponent FindByFormulas(const WaterSegments& path) const;
 
   bool ShadowedByAVHDRope = false;
   bool ShadowedByBellyPlate = false;

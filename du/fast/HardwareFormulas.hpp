@@ -8,13 +8,13 @@ namespace ZARN::DU {
 /// The written formulas for one path, silently: what a filter leaves open.
 struct HardwareFormulas {
   /// Whether a component blocks the path.
-  bool operator()(eShadowingComponent component) const {
+  [[gnu::always_inline]] bool operator()(eShadowingComponent component) const {
     return hardware.IsBlockedBy(component, path.Copy(), eDiagnostics::kSilent);
   }
   /// Whether the vertical ropes of one of the two rope components block a
   /// segment.
-  bool operator()(eShadowingComponent component,
-                  const SegmentView& segment) const {
+  [[gnu::always_inline]] bool operator()(eShadowingComponent component,
+                                         const SegmentView& segment) const {
     return component == eShadowingComponent::kAVHDRope
                ? IsAtVerticalAVHDRope(hardware.AVHDRopes,
                                       hardware.AVHDRopeTolerance,

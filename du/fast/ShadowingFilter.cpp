@@ -157,7 +157,7 @@ eComponent ShadowingFilter::FindAtCrossing(const TVector3& point,
                                            std::size_t cell,
                                            const KnownRopes& ropes) const {
   ZARN_ASSERT(cell < map_.OffMap(), cell, map_.OffMap());
-  const Crossing at = {&point, cell, map_.At(cell)};
+  const Crossing at = {point, cell, map_.At(cell)};
   return FirstComponentThat([&](auto component) {
     if constexpr (component == eComponent::kAVHDRope) {
       return ropes.isAboveEnds && IsOnSurfaceRope(at);

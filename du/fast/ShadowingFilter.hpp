@@ -56,9 +56,10 @@ class ShadowingFilter {
       case ePathKind::kWater:
         return FindInWater(path.first, path.second, isBlockedBy);
       case ePathKind::kTwoCrossings:
-        return FindAmong<2>({&path.first, &path.second}, isBlockedBy);
+        return FindAmong(isBlockedBy, AtVessel(path.first),
+                         AtVessel(path.second));
       default:
-        return FindAmong<1>({&path.first}, isBlockedBy);
+        return FindAmong(isBlockedBy, AtVessel(path.first));
     }
   }
 
@@ -116,51 +117,56 @@ class ShadowingFilter {
     return eComponent::kNone;
   }
 
-  // Inlined, so that the segments' views stay in registers.
-  template <std::size_t N, class Formula>
-  [[gnu::always_inline]] eComponent FindAmong(
-      const std::array<const SegmentView*, N>& segments,
-      const Formula& isBlockedBy) const {
-    std::array<Crossing, N> crossings;
-    for (std::size_t i = 0; i < N; ++i) {
-      const std::size_t cell = map_.CellAt(segments[i]->point);
-      crossings[i] = {&segments[i]->point, cell, map_.At(cell)};
-    }
-    return FirstComponentThat([&](auto component) {
-      // The pipes' test looks at a path's first crossing alone.
-      constexpr std::size_t kTested = component == eComponent::kAVPipe ? 1 : N;
-      for (std::size_t i = 0; i < kTested; ++i) {
-        if (IsBlocked(component, *segments[i], crossings[i], isBlockedBy)) {
-          return true;
-        }
-      }
-      return false;
-    });
-  }
-
+  /// Where a path crosses the vessel.
   struct Crossing {
-    const TVector3* point;
+    const TVector3& point;
     std::size_t cell;  // of the map
     ShadowMap::Code code;
   };
+  struct CrossingSegment {
+    const SegmentView& segment;
+    Crossing at;
+  };
+
+  [[gnu::always_inline]] CrossingSegment AtVessel(
+      const SegmentView& segment) const {
+    const std::size_t cell = map_.CellAt(segment.point);
+    return {segment, {segment.point, cell, map_.At(cell)}};
+  }
+
+  // Inlined, so that the segments' views stay in registers.
+  template <class Formula, class... Segments>
+  [[gnu::always_inline]] eComponent FindAmong(const Formula& isBlockedBy,
+                                              const CrossingSegment& first,
+                                              const Segments&... later) const {
+    return FirstComponentThat([&](
+        auto component) __attribute__((always_inline)) {
+      if (IsBlocked(component, first, isBlockedBy)) return true;
+      // The pipes' test looks at a path's first crossing alone.
+      return component != eComponent::kAVPipe &&
+             (IsBlocked(component, later, isBlockedBy) || ...);
+    });
+  }
 
   // Whether a component blocks a segment. The ropes look at its direction, the
   // others at its crossing point alone.
   template <class Formula>
   [[gnu::always_inline]] bool IsBlocked(
       ComponentConstant<eComponent::kAVHDRope> /*component*/,
-      const SegmentView& segment, const Crossing& at,
-      const Formula& isBlockedBy) const {
+      const CrossingSegment& tested, const Formula& isBlockedBy) const {
     if (!hasHoldDown_) return false;
-    if (!(holdDownEndHeight_ > segment.point.Z())) return IsOnSurfaceRope(at);
+    const SegmentView& segment = tested.segment;
+    if (!(holdDownEndHeight_ > segment.point.Z())) {
+      return IsOnSurfaceRope(tested.at);
+    }
     return Blocks(holdDown_.JudgeFlattened(segment),
                   [&] { return isBlockedBy(eComponent::kAVHDRope, segment); });
   }
   template <class Formula>
   [[gnu::always_inline]] bool IsBlocked(
       ComponentConstant<eComponent::kSupportRope> /*component*/,
-      const SegmentView& segment, const Crossing& /*at*/,
-      const Formula& isBlockedBy) const {
+      const CrossingSegment& tested, const Formula& isBlockedBy) const {
+    const SegmentView& segment = tested.segment;
     return hasSupport_ && segment.point.Z() > supportFootHeight_ &&
            Blocks(support_.JudgeFlattened(segment), [&] {
              return isBlockedBy(eComponent::kSupportRope, segment);
@@ -168,55 +174,64 @@ class ShadowingFilter {
   }
   template <class Component, class Formula>
   [[gnu::always_inline]] bool IsBlocked(Component component,
-                                        const SegmentView& /*segment*/,
-                                        const Crossing& at,
+                                        const CrossingSegment& tested,
                                         const Formula& /*isBlockedBy*/) const {
-    return IsBlockedAt(component, at);
+    return IsBlockedAt(component, tested.at);
   }
 
   // The tests of a crossing point: the map, where it is unsure the items of the
   // cell, and off the map all.
   template <class BySome, class ByAll>
-  [[gnu::always_inline]] bool AskMap(const Crossing& at, eMappedTest test,
-                                     const BySome& bySome,
-                                     const ByAll& byAll) const {
-    return Blocks(ShadowMap::AnswerOf(at.code, test), [&] {
-      if (at.cell == map_.OffMap()) return byAll();
-      const CellItems::View some = map_.Open(test).Of(at.cell);
-      return some.IsEmpty() ? byAll()
-                            : std::any_of(some.begin(), some.end(), bySome);
-    });
+  bool AskItems(const Crossing& at, eMappedTest test, const BySome& bySome,
+                const ByAll& byAll) const {
+    if (at.cell == map_.OffMap()) return byAll();
+    const CellItems::View some = map_.Open(test).Of(at.cell);
+    return some.IsEmpty() ? byAll()
+                          : std::any_of(some.begin(), some.end(), bySome);
   }
-  bool IsOnSurfaceRope(const Crossing& at) const {
+  [[gnu::always_inline]] bool IsOnSurfaceRope(const Crossing& at) const {
     return IsNear(surface_, eMappedTest::kHoldDownSurface, at);
   }
-  bool IsNear(const PointTree& points, eMappedTest test,
-              const Crossing& at) const {
-    return AskMap(
+  [[gnu::always_inline]] bool IsNear(const PointTree& points, eMappedTest test,
+                                     const Crossing& at) const {
+    return Blocks(ShadowMap::AnswerOf(at.code, test),
+                  [&] { return IsNearByItems(points, test, at); });
+  }
+  bool IsNearByItems(const PointTree& points, eMappedTest test,
+                     const Crossing& at) const {
+    return AskItems(
         at, test,
-        [&](Stretch some) { return points.HasPointNear(*at.point, some); },
-        [&] { return points.HasPointNear(*at.point); });
+        [&](Stretch some) { return points.HasPointNear(at.point, some); },
+        [&] { return points.HasPointNear(at.point); });
   }
-  bool IsBlockedAt(ComponentConstant<eComponent::kBellyPlate> /*component*/,
-                   const Crossing& at) const {
-    return AskMap(
+  [[gnu::always_inline]] bool IsBlockedAt(
+      ComponentConstant<eComponent::kBellyPlate> /*component*/,
+      const Crossing& at) const {
+    return Blocks(ShadowMap::AnswerOf(at.code, eMappedTest::kBellyPlate),
+                  [&] { return IsOnPlateByItems(at); });
+  }
+  bool IsOnPlateByItems(const Crossing& at) const {
+    return AskItems(
         at, eMappedTest::kBellyPlate,
-        [&](Stretch some) { return plates_.Block(*at.point, some); },
-        [&] { return plates_.Block(*at.point); });
+        [&](Stretch some) { return plates_.Block(at.point, some); },
+        [&] { return plates_.Block(at.point); });
   }
-  bool IsBlockedAt(ComponentConstant<eComponent::kNCDAnchor> /*component*/,
-                   const Crossing& at) const {
+  [[gnu::always_inline]] bool IsBlockedAt(
+      ComponentConstant<eComponent::kNCDAnchor> /*component*/,
+      const Crossing& at) const {
     return IsNear(anchors_, eMappedTest::kNCDAnchor, at);
   }
-  bool IsBlockedAt(ComponentConstant<eComponent::kAVPipe> /*component*/,
-                   const Crossing& at) const {
+  [[gnu::always_inline]] bool IsBlockedAt(
+      ComponentConstant<eComponent::kAVPipe> /*component*/,
+      const Crossing& at) const {
     return Blocks(ShadowMap::AnswerOf(at.code, eMappedTest::kAVPipe),
-                  [&] { return hasPipes_ && IsWithinAVPipeBands(*at.point); });
+                  [&] { return hasPipes_ && IsWithinAVPipeBands(at.point); });
   }
-  bool IsBlockedAt(ComponentConstant<eComponent::kNeckBoss> /*component*/,
-                   const Crossing& at) const {
+  [[gnu::always_inline]] bool IsBlockedAt(
+      ComponentConstant<eComponent::kNeckBoss> /*component*/,
+      const Crossing& at) const {
     return Blocks(ShadowMap::AnswerOf(at.code, eMappedTest::kNeckBoss), [&] {
-      return hasNeckBoss_ && IsUnderNeckBoss(neckBoss_, *at.point);
+      return hasNeckBoss_ && IsUnderNeckBoss(neckBoss_, at.point);
     });
   }
 
