@@ -59,11 +59,10 @@ struct NamedLayers {
 };
 
 /// Each with those before it.
-constexpr std::array kLayers = {
-    NamedLayers{"off", {false, false, false}},
-    NamedLayers{"algebra", {true, false, false}},
-    NamedLayers{"tables", {true, true, false}},
-    NamedLayers{"map", {true, true, true}}};
+constexpr std::array kLayers = {NamedLayers{"off", {false, false, false}},
+                                NamedLayers{"algebra", {true, false, false}},
+                                NamedLayers{"tables", {true, true, false}},
+                                NamedLayers{"map", {true, true, true}}};
 
 const ShadowingCalculator& CalculatorWith(const NamedLayers& named) {
   static std::map<std::string, ShadowingCalculator> calculators;
