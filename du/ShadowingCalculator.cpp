@@ -17,6 +17,7 @@
 #include "du/fast/HardwareFormulas.hpp"
 #include "du/fast/LazyLayers.hpp"
 #include "du/fast/PathLists.hpp"
+#include "log/Assert.hpp"
 #include "log/Log.hpp"
 
 namespace ZARN::DU {
@@ -229,7 +230,7 @@ bool ShadowingCalculator::*ShadowingCalculator::FlagOf(
     case eShadowingComponent::kNone:
       break;
   }
-  return nullptr;
+  AbortAt(__FILE__, __LINE__, "kNone has no flag");
 }
 
 void ShadowingCalculator::ClearComponentFlags() {

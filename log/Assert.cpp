@@ -8,7 +8,7 @@ namespace ZARN {
 void AbortAt(const char* file, int line, const std::string& text) {
   const std::string message =
       std::string(file) + ":" + std::to_string(line) + ": " + text + "\n";
-  std::fputs(message.c_str(), stderr);
+  static_cast<void>(std::fputs(message.c_str(), stderr));
   std::abort();
 }
 

@@ -62,6 +62,20 @@ bool IsInRange(double coordinate) {
   return std::abs(coordinate) < kLargestLength;
 }
 
+/// Sort points along the curve, so that neighbours stand side by side.
+void SortAlongCurve(std::vector<Point>& points) {
+  std::vector<std::uint64_t> order(points.size());
+  for (std::size_t i = 0; i < points.size(); ++i) {
+    order[i] = std::uint64_t{PlaceOnCurve(points[i])} << 32U | i;
+  }
+  std::sort(order.begin(), order.end());
+  std::vector<Point> sorted(points.size());
+  for (std::size_t i = 0; i < points.size(); ++i) {
+    sorted[i] = points[order[i] & 0xFFFFFFFFU];
+  }
+  points = std::move(sorted);
+}
+
 }  // namespace
 
 PointTree::PointTree(const std::vector<TVector3>& points, double reach)
@@ -80,22 +94,9 @@ PointTree::PointTree(const std::vector<TVector3>& points, double reach)
           isInRange && IsInRange(p.X()) && IsInRange(p.Y()) && IsInRange(p.Z());
     }
   }
-  if (isInRange) Sort(finite);
+  if (isInRange) SortAlongCurve(finite);
   points_ = PointList(std::move(finite), reach);
   if (isInRange) MakeNodes();
-}
-
-void PointTree::Sort(std::vector<Point>& points) const {
-  std::vector<std::uint64_t> order(points.size());
-  for (std::size_t i = 0; i < points.size(); ++i) {
-    order[i] = std::uint64_t{PlaceOnCurve(points[i])} << 32U | i;
-  }
-  std::sort(order.begin(), order.end());
-  std::vector<Point> sorted(points.size());
-  for (std::size_t i = 0; i < points.size(); ++i) {
-    sorted[i] = points[order[i] & 0xFFFFFFFFU];
-  }
-  points = std::move(sorted);
 }
 
 void PointTree::MakeNodes() {

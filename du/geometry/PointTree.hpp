@@ -72,7 +72,6 @@ class PointTree final : public BallTest {
     std::uint32_t end;
   };
   Entries EntriesOf(std::uint32_t item) const;
-  void Sort(std::vector<Point>& points) const;
   void MakeNodes();
   Box MakeNode(std::uint32_t number);
   static Node BallAround(const Box& box);

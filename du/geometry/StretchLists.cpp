@@ -22,7 +22,7 @@ void StretchLists::Keep() {
                  all_.size() >= most_ ||
                  all_.size() - list_ >= Stretch::kMostEntries;
     if (isTooLong_) return;
-    all_.push_back({begin_, count});
+    all_.emplace_back(begin_, count);
     begin_ += count;
   }
 }

@@ -2,6 +2,7 @@
 
 #include "db/ReadField.hpp"
 #include "du/hardware/AVHDRopeShadowing.hpp"
+#include "log/Assert.hpp"
 
 namespace ZARN::DU {
 
@@ -26,7 +27,7 @@ bool Hardware::*LoadedFlagOf(eComponent component) {
     case eComponent::kNone:
       break;
   }
-  return nullptr;
+  AbortAt(__FILE__, __LINE__, "kNone has no flag");
 }
 
 }  // namespace
