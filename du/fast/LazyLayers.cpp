@@ -12,8 +12,8 @@ namespace {
 constexpr std::uint64_t kCostOfRope = 8;    // two angles
 constexpr std::uint64_t kCostOfPlate = 80;  // frame and angles
 constexpr std::uint64_t kCostOfPath = 20;   // pipes, boss, copies
-constexpr std::uint64_t kCostOfMap = 1'000'000;
-constexpr std::uint64_t kCostOfMappedPoint = 30;
+constexpr std::uint64_t kCostOfMap = 1'600'000;
+constexpr std::uint64_t kCostOfMappedPoint = 50;
 
 }  // namespace
 
