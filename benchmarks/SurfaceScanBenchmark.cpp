@@ -108,9 +108,9 @@ struct Map {
 
   bool operator()(const DU::LightPath& path) const {
     const TVector3& point = path.AVPoint2;
-    return DU::Blocks(DU::ShadowMap::AnswerOf(
-                          map.At(point), DU::eMappedTest::kHoldDownSurface),
-                      [&] { return tree.HasPointNear(point); });
+    return DU::IsBlocking(DU::ShadowMap::AnswerOf(
+                              map.At(point), DU::eMappedTest::kHoldDownSurface),
+                          [&] { return tree.HasPointNear(point); });
   }
 };
 

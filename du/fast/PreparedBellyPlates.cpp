@@ -43,14 +43,15 @@ bool PreparedBellyPlates::IsInside(const Plate& plate, const TVector3& point) {
   return plate.left > alpha && plate.right > alpha;
 }
 
-bool PreparedBellyPlates::Block(const TVector3& point) const {
+bool PreparedBellyPlates::HasPlateAt(const TVector3& point) const {
   return IsAsHigh(point) &&
          std::any_of(plates_.begin(), plates_.end(), [&](const Plate& plate) {
            return IsInside(plate, point);
          });
 }
 
-bool PreparedBellyPlates::Block(const TVector3& point, Stretch plates) const {
+bool PreparedBellyPlates::HasPlateAt(const TVector3& point,
+                                     Stretch plates) const {
   return IsAsHigh(point) &&
          std::any_of(
              plates_.begin() + plates.Begin(), plates_.begin() + plates.End(),

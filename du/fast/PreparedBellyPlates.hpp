@@ -29,9 +29,9 @@ class PreparedBellyPlates final : public BallTest {
                       double outerAVRadius);
 
   /// Whether a plate blocks a path that crosses the vessel at @p point.
-  bool Block(const TVector3& point) const;
+  bool HasPlateAt(const TVector3& point) const;
   /// Whether one of some plates does.
-  bool Block(const TVector3& point, Stretch plates) const;
+  bool HasPlateAt(const TVector3& point, Stretch plates) const;
 
   Items AllItems() const override;
   eAnswer Judge(const Ball& ball, const Items& items,

@@ -104,12 +104,12 @@ class ShadowingFilter {
   template <class Formula>
   eComponent FindInWater(const SegmentView& first, const SegmentView& second,
                          const Formula& isBlockedBy) const {
-    if (hasHoldDown_ && Blocks(JudgeHoldDownInWater(first, second), [&] {
+    if (hasHoldDown_ && IsBlocking(JudgeHoldDownInWater(first, second), [&] {
           return isBlockedBy(eComponent::kAVHDRope);
         })) {
       return eComponent::kAVHDRope;
     }
-    if (hasSupport_ && Blocks(JudgeSupportInWater(first, second), [&] {
+    if (hasSupport_ && IsBlocking(JudgeSupportInWater(first, second), [&] {
           return isBlockedBy(eComponent::kSupportRope);
         })) {
       return eComponent::kSupportRope;
@@ -159,8 +159,9 @@ class ShadowingFilter {
     if (!(holdDownEndHeight_ > segment.point.Z())) {
       return IsOnSurfaceRope(tested.at);
     }
-    return Blocks(holdDown_.JudgeFlattened(segment),
-                  [&] { return isBlockedBy(eComponent::kAVHDRope, segment); });
+    return IsBlocking(holdDown_.JudgeFlattened(segment), [&] {
+      return isBlockedBy(eComponent::kAVHDRope, segment);
+    });
   }
   template <class Formula>
   [[gnu::always_inline]] bool IsBlocked(
@@ -168,7 +169,7 @@ class ShadowingFilter {
       const CrossingSegment& tested, const Formula& isBlockedBy) const {
     const SegmentView& segment = tested.segment;
     return hasSupport_ && segment.point.Z() > supportFootHeight_ &&
-           Blocks(support_.JudgeFlattened(segment), [&] {
+           IsBlocking(support_.JudgeFlattened(segment), [&] {
              return isBlockedBy(eComponent::kSupportRope, segment);
            });
   }
@@ -194,8 +195,8 @@ class ShadowingFilter {
   }
   [[gnu::always_inline]] bool IsNear(const PointTree& points, eMappedTest test,
                                      const Crossing& at) const {
-    return Blocks(ShadowMap::AnswerOf(at.code, test),
-                  [&] { return IsNearByItems(points, test, at); });
+    return IsBlocking(ShadowMap::AnswerOf(at.code, test),
+                      [&] { return IsNearByItems(points, test, at); });
   }
   bool IsNearByItems(const PointTree& points, eMappedTest test,
                      const Crossing& at) const {
@@ -207,14 +208,14 @@ class ShadowingFilter {
   [[gnu::always_inline]] bool IsBlockedAt(
       ComponentConstant<eComponent::kBellyPlate> /*component*/,
       const Crossing& at) const {
-    return Blocks(ShadowMap::AnswerOf(at.code, eMappedTest::kBellyPlate),
-                  [&] { return IsOnPlateByItems(at); });
+    return IsBlocking(ShadowMap::AnswerOf(at.code, eMappedTest::kBellyPlate),
+                      [&] { return IsOnPlateByItems(at); });
   }
   bool IsOnPlateByItems(const Crossing& at) const {
     return AskItems(
         at, eMappedTest::kBellyPlate,
-        [&](Stretch some) { return plates_.Block(at.point, some); },
-        [&] { return plates_.Block(at.point); });
+        [&](Stretch some) { return plates_.HasPlateAt(at.point, some); },
+        [&] { return plates_.HasPlateAt(at.point); });
   }
   [[gnu::always_inline]] bool IsBlockedAt(
       ComponentConstant<eComponent::kNCDAnchor> /*component*/,
@@ -224,15 +225,16 @@ class ShadowingFilter {
   [[gnu::always_inline]] bool IsBlockedAt(
       ComponentConstant<eComponent::kAVPipe> /*component*/,
       const Crossing& at) const {
-    return Blocks(ShadowMap::AnswerOf(at.code, eMappedTest::kAVPipe),
-                  [&] { return hasPipes_ && IsWithinAVPipeBands(at.point); });
+    return IsBlocking(ShadowMap::AnswerOf(at.code, eMappedTest::kAVPipe), [&] {
+      return hasPipes_ && IsWithinAVPipeBands(at.point);
+    });
   }
   [[gnu::always_inline]] bool IsBlockedAt(
       ComponentConstant<eComponent::kNeckBoss> /*component*/,
       const Crossing& at) const {
-    return Blocks(ShadowMap::AnswerOf(at.code, eMappedTest::kNeckBoss), [&] {
-      return hasNeckBoss_ && IsUnderNeckBoss(neckBoss_, at.point);
-    });
+    return IsBlocking(
+        ShadowMap::AnswerOf(at.code, eMappedTest::kNeckBoss),
+        [&] { return hasNeckBoss_ && IsUnderNeckBoss(neckBoss_, at.point); });
   }
 
   bool hasHoldDown_ = false;

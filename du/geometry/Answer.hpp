@@ -22,8 +22,8 @@ constexpr eAnswer Either(eAnswer a, eAnswer b) { return a < b ? b : a; }
 /// Whether something blocks, as the answer says, or as @p decide() does where
 /// the answer is unsure.
 template <class Decide>
-[[gnu::always_inline]] inline bool Blocks(eAnswer answer,
-                                          const Decide& decide) {
+[[gnu::always_inline]] inline bool IsBlocking(eAnswer answer,
+                                              const Decide& decide) {
   return answer == eAnswer::kUnsure ? decide() : answer == eAnswer::kBlocks;
 }
 

@@ -47,13 +47,15 @@ std::uint32_t SpreadOut(std::uint32_t bits) {
 /// Where a point's direction comes along a curve through the octahedral square
 /// that stays long in small squares (G. Morton, 1966).
 std::uint32_t PlaceOnCurve(const Point& point) {
+  // The origin has no direction; nearer to it the place would overflow.
+  constexpr double kLeastLength = 1e-300;
+  const double length =
+      std::abs(point.x) + std::abs(point.y) + std::abs(point.z);
+  if (!(length > kLeastLength)) return 0;
   const auto place = PlaceOf(point.x, point.y, point.z);
   constexpr int kCells = 1 << 16;
   const auto along = [](double at) {
-    // The origin has no place.
-    return std::isnan(at) ? 0U
-                          : static_cast<std::uint32_t>(
-                                CellAlong(at, kCells / 2.0, kCells));
+    return static_cast<std::uint32_t>(CellAlong(at, kCells / 2.0, kCells));
   };
   return SpreadOut(along(place.v)) << 1U | SpreadOut(along(place.u));
 }

@@ -34,7 +34,7 @@ class VerticalRopes {
                                 diagnostics_);
   }
 
-  bool Block(const TVector3& crossing, const TVector3& foot) const {
+  bool HasRopeAt(const TVector3& crossing, const TVector3& foot) const {
     if (foot.Z() > -std::abs(crossing.Z())) return false;  // beyond the ropes
     return IsAtAVHDRope(model_, Flattened(crossing), angleTolerance_);
   }
@@ -79,16 +79,16 @@ bool IsWaterPathBlocked(const AVHDRopeModel& model, double tolerance,
   const TVector3 foot = ropes.Foot();
 
   if (startDistance < h && endDistance > h) {
-    return ropes.Block(ropes.CrossingOf(path.first), foot);
+    return ropes.HasRopeAt(ropes.CrossingOf(path.first), foot);
   }
   if (startDistance > h && endDistance < h) {
-    return ropes.Block(ropes.CrossingOf(path.second), foot);
+    return ropes.HasRopeAt(ropes.CrossingOf(path.second), foot);
   }
   if (startDistance > h && endDistance > h) {
     if (ClosestAngle(start, h) <= start.Angle(end)) return false;
     const TVector3 first = ropes.CrossingOf(path.first);
     const TVector3 second = ropes.CrossingOf(path.second);
-    return ropes.Block(first, foot) || ropes.Block(second, foot);
+    return ropes.HasRopeAt(first, foot) || ropes.HasRopeAt(second, foot);
   }
   return false;  // both ends inside, or an end exactly on the cylinder
 }
@@ -122,7 +122,7 @@ bool IsAtVerticalAVHDRope(const AVHDRopeModel& model, double tolerance,
               model.AVHDRopePositions.size());
   const VerticalRopes ropes(model, tolerance, diagnostics);
   const TVector3 crossing = ropes.CrossingOf(segment);
-  return ropes.Block(crossing, ropes.Foot());
+  return ropes.HasRopeAt(crossing, ropes.Foot());
 }
 
 std::vector<TVector3> AVHDRopeEnds(const AVHDRopeModel& model) {

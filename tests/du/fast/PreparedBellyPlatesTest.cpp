@@ -55,7 +55,7 @@ int ExpectSame(const Plates& plates, const std::vector<TVector3>& points) {
   for (const TVector3& point : points) {
     const bool expected = plates.IsBlocked(point);
     blocked += expected ? 1 : 0;
-    EXPECT_EQ(plates.prepared.Block(point), expected)
+    EXPECT_EQ(plates.prepared.HasPlateAt(point), expected)
         << ::testing::PrintToString(point) << ", plates at "
         << ::testing::PrintToString(plates.model.BellyPlatePositions);
   }
@@ -177,8 +177,8 @@ TEST(PreparedBellyPlates, BlockWithSomePlatesAsIfThereWereNoOthers) {
                             static_cast<std::uint32_t>(count));
       for (const TVector3& point : points) {
         const bool expected = some.IsBlocked(point);
-        EXPECT_EQ(some.prepared.Block(point), expected);
-        EXPECT_EQ(plates.prepared.Block(point, entries), expected)
+        EXPECT_EQ(some.prepared.HasPlateAt(point), expected);
+        EXPECT_EQ(plates.prepared.HasPlateAt(point, entries), expected)
             << ::testing::PrintToString(point) << ", plates from " << begin
             << " to before " << begin + count;
         blocked += expected ? 1 : 0;
@@ -191,12 +191,12 @@ TEST(PreparedBellyPlates, BlockWithSomePlatesAsIfThereWereNoOthers) {
 }
 
 TEST(PreparedBellyPlates, BlockNothingWithoutAPlate) {
-  EXPECT_FALSE(PreparedBellyPlates().Block({5860, 0, 0}));
+  EXPECT_FALSE(PreparedBellyPlates().HasPlateAt({5860, 0, 0}));
   EXPECT_TRUE(PreparedBellyPlates().AllItems().empty());
   const Plates none({}, 600.0, 150.0);
   EXPECT_EQ(ExpectSame(none, {{5860, 0, 0}, {0, 0, 0}}), 0);
   const Plates one({{5860, 0, 0}}, 600.0, 150.0);
-  EXPECT_FALSE(one.prepared.Block({5860, 0, 0}, {0, 0}));
+  EXPECT_FALSE(one.prepared.HasPlateAt({5860, 0, 0}, {0, 0}));
   BallTest::Items open;
   EXPECT_EQ(none.prepared.Judge({{5860, 0, 0}, 1}, {}, open), eAnswer::kClear);
 }
@@ -294,7 +294,7 @@ TEST(WarnsOfZeroVectors, ForetellsTheVectorLibrarysWarnings) {
 TEST(PreparedBellyPlates, NeverLetTheVectorLibraryWarn) {
   const RootWarnings warnings;
   const Plates plates({{0, 0, 0}, {0, 0, 600}, {0, 0, -600}}, 600.0, 150.0);
-  plates.prepared.Block({5860, 0, 0});
+  plates.prepared.HasPlateAt({5860, 0, 0});
   plates.IsBlocked({5860, 0, 0});
   EXPECT_TRUE(RootWarnings::Messages().empty());
 }

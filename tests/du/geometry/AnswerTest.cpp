@@ -30,11 +30,11 @@ TEST(Answer, LeavesOnlyWhatIsUnsureToTheFormula) {
       return verdict;
     };
   };
-  EXPECT_TRUE(Blocks(eAnswer::kBlocks, decideFor(false)));
-  EXPECT_FALSE(Blocks(eAnswer::kClear, decideFor(true)));
+  EXPECT_TRUE(IsBlocking(eAnswer::kBlocks, decideFor(false)));
+  EXPECT_FALSE(IsBlocking(eAnswer::kClear, decideFor(true)));
   EXPECT_EQ(asked, 0);
-  EXPECT_TRUE(Blocks(eAnswer::kUnsure, decideFor(true)));
-  EXPECT_FALSE(Blocks(eAnswer::kUnsure, decideFor(false)));
+  EXPECT_TRUE(IsBlocking(eAnswer::kUnsure, decideFor(true)));
+  EXPECT_FALSE(IsBlocking(eAnswer::kUnsure, decideFor(false)));
   EXPECT_EQ(asked, 2);
 }
 
