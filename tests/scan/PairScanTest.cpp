@@ -144,6 +144,17 @@ TEST_F(PairScanTest, CallsBackWithEachChunkOnce) {
   }
 }
 
+TEST_F(PairScanTest, LeavesOutTheOtherChunksWhenTheCallbackThrows) {
+  const Pairs pairs = {events_, pmts_};
+  int calls = 0;
+  PairScan scan(shadowing_, lightPath_, {1, false, false, [&](auto, auto&) {
+                                           ++calls;
+                                           throw std::runtime_error("stop");
+                                         }});
+  EXPECT_THROW(scan.FindVerdicts(pairs, 0, pairs.Count()), std::runtime_error);
+  EXPECT_EQ(calls, 1);
+}
+
 TEST_F(PairScanTest, GivesTheCallerWhatTheCallbackThrowsWhenAllThreadsAreDone) {
   const Pairs pairs = {events_, pmts_};
   const PairChunk wanted = JudgedOneByOne(false);
