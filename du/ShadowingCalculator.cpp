@@ -17,7 +17,6 @@
 #include "du/fast/HardwareFormulas.hpp"
 #include "du/fast/LazyLayers.hpp"
 #include "du/fast/PathLists.hpp"
-#include "log/Assert.hpp"
 #include "log/Log.hpp"
 
 namespace ZARN::DU {
@@ -43,7 +42,8 @@ void ShadowingCalculator::BeginOfRun(const TableSet& tables) {
   }
   PlatesMayWarn = Parts.IsReady(eShadowingComponent::kBellyPlate) &&
                   WarnsOfZeroVectors(Parts.BellyPlates);
-  ClearComponentFlags();  // Shadowed stays until the next test
+  // Shadowed stays until the next test.
+  SetComponentFlags(eShadowingComponent::kNone);
   SetAllGeometryTolerances(Hardware::kDefaultTolerance);
 }
 
@@ -106,7 +106,7 @@ eShadowingComponent ShadowingCalculator::FindByFormulas(
 }
 
 bool ShadowingCalculator::CheckForShadowing(LightPathCalculator& lightPath) {
-  ClearComponentFlags();
+  SetComponentFlags(eShadowingComponent::kNone);
   Shadowed = false;
 
   // Only a test that runs looks up the name: where none does, the path's map of
@@ -124,7 +124,7 @@ bool ShadowingCalculator::CheckForShadowing(LightPathCalculator& lightPath) {
                                            ? FindWithMessages(path, shape, name)
                                            : FindSilently(ViewsOf(path, shape));
 
-  if (blocking != eShadowingComponent::kNone) this->*FlagOf(blocking) = true;
+  SetComponentFlags(blocking);
   Shadowed = blocking != eShadowingComponent::kNone;
   return Shadowed;
 }
@@ -211,38 +211,23 @@ bool ShadowingCalculator::WritesMessages(ePathKind kind) const {
   return kind != ePathKind::kWater && PlatesMayWarn;
 }
 
-/// Where the result flag of a component, not of kNone, stands.
-bool ShadowingCalculator::*ShadowingCalculator::FlagOf(
-    eShadowingComponent component) {
-  switch (component) {
-    case eShadowingComponent::kAVHDRope:
-      return &ShadowingCalculator::ShadowedByAVHDRope;
-    case eShadowingComponent::kSupportRope:
-      return &ShadowingCalculator::ShadowedBySupportRope;
-    case eShadowingComponent::kBellyPlate:
-      return &ShadowingCalculator::ShadowedByBellyPlate;
-    case eShadowingComponent::kNCDAnchor:
-      return &ShadowingCalculator::ShadowedByNCDAnchor;
-    case eShadowingComponent::kAVPipe:
-      return &ShadowingCalculator::ShadowedByAVPipe;
-    case eShadowingComponent::kNeckBoss:
-      return &ShadowingCalculator::ShadowedByNeckBoss;
-    case eShadowingComponent::kNone:
-      break;
-  }
-  AbortAt(__FILE__, __LINE__, "kNone has no flag");
-}
-
-void ShadowingCalculator::ClearComponentFlags() {
-  for (const eShadowingComponent component : kShadowingComponents) {
-    this->*FlagOf(component) = false;
-  }
+void ShadowingCalculator::SetComponentFlags(eShadowingComponent blocking) {
+  static_assert(kNumberOfComponents == 6, "one flag each, also in LastVerdict");
+  ShadowedByAVHDRope = blocking == eShadowingComponent::kAVHDRope;
+  ShadowedByBellyPlate = blocking == eShadowingComponent::kBellyPlate;
+  ShadowedByNCDAnchor = blocking == eShadowingComponent::kNCDAnchor;
+  ShadowedBySupportRope = blocking == eShadowingComponent::kSupportRope;
+  ShadowedByAVPipe = blocking == eShadowingComponent::kAVPipe;
+  ShadowedByNeckBoss = blocking == eShadowingComponent::kNeckBoss;
 }
 
 eShadowingComponent ShadowingCalculator::LastVerdict() const {
-  for (const eShadowingComponent component : kShadowingComponents) {
-    if (this->*FlagOf(component)) return component;
-  }
+  if (ShadowedByAVHDRope) return eShadowingComponent::kAVHDRope;
+  if (ShadowedByBellyPlate) return eShadowingComponent::kBellyPlate;
+  if (ShadowedByNCDAnchor) return eShadowingComponent::kNCDAnchor;
+  if (ShadowedBySupportRope) return eShadowingComponent::kSupportRope;
+  if (ShadowedByAVPipe) return eShadowingComponent::kAVPipe;
+  if (ShadowedByNeckBoss) return eShadowingComponent::kNeckBoss;
   return eShadowingComponent::kNone;
 }
 

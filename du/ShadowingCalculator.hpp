@@ -151,8 +151,8 @@ class ShadowingCalculator {
 
  private:
   void LoadGuarded(const TableSet& tables, eShadowingComponent component);
-  static bool ShadowingCalculator::*FlagOf(eShadowingComponent component);
-  void ClearComponentFlags();
+  /// Set the flag of one component, or of none, and clear the others.
+  void SetComponentFlags(eShadowingComponent blocking);
   void ForgetLayers();
 
   template <class Paths>
