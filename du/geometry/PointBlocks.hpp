@@ -1,47 +1,101 @@
 #pragma once
 
+#include <algorithm>
+#include <cstddef>
 #include <cstdint>
-#include <utility>
+#include <limits>
 #include <vector>
 
 #include "TVector3.h"
 #include "du/geometry/Point.hpp"
 #include "du/geometry/SquaredReach.hpp"
+#include "du/geometry/Stretch.hpp"
 
 namespace ZARN::DU {
 
-/// Points, and whether one of some that stand side by side lies within reach of
-/// a place, exactly as a loop does that computes every distance:
+/// Points in blocks of four neighbours, and whether one of some blocks lies
+/// within reach of a place, exactly as a loop does that computes every
+/// distance:
 ///
 ///     reach > (place - listed).Mag()
 ///
 /// The squared distances are computed in the loop's order of operations and
-/// compared by SquaredReach, so nothing is left to a guard band.
-class PointList {
+/// compared by SquaredReach, so nothing is left to a guard band. Coordinates of
+/// a block stand side by side, so that the compiler computes the distances of
+/// several points at once.
+class PointBlocks {
  public:
-  PointList() = default;
-  /// @param reach  mm, any
-  PointList(std::vector<Point> points, double reach)
-      : points_(std::move(points)), squaredReach_(SquaredReach(reach)) {}
+  /// Points of a block; the last one may have fewer.
+  static constexpr std::uint32_t kPoints = 4;
 
-  std::uint32_t Size() const {
-    return static_cast<std::uint32_t>(points_.size());
+  PointBlocks() = default;
+  /// @param points  finite ones
+  /// @param reach   mm, any
+  PointBlocks(const std::vector<Point>& points, double reach)
+      : blocks_((points.size() + kPoints - 1) / kPoints),
+        squaredReach_(SquaredReach(reach)) {
+    for (std::size_t i = 0; i < points.size(); ++i) {
+      blocks_[i / kPoints].Set(i % kPoints, points[i]);
+    }
   }
-  const Point& operator[](std::uint32_t i) const { return points_[i]; }
 
-  /// Whether one of the points from @p begin to before @p end lies strictly
-  /// within the reach of @p place; false for a place that is not finite.
+  /// The number of blocks.
+  std::uint32_t Size() const {
+    return static_cast<std::uint32_t>(blocks_.size());
+  }
+
+  /// The squared distance from a finite place to the nearest point of a block.
+  double LeastSquaredDistance(const Point& from, std::uint32_t block) const {
+    return blocks_[block].LeastSquaredDistance(from);
+  }
+
+  /// Whether a point of some blocks lies strictly within the reach of @p place;
+  /// false for a place that is not finite.
+  bool HasNear(const TVector3& place, Stretch blocks) const {
+    return HasNear(place, blocks.Begin(), blocks.End());
+  }
+  bool HasNear(const TVector3& place) const {
+    return HasNear(place, 0, Size());
+  }
   bool HasNear(const TVector3& place, std::uint32_t begin,
                std::uint32_t end) const {
     const Point from = {place.X(), place.Y(), place.Z()};
     for (std::uint32_t i = begin; i < end; ++i) {
-      if (SquaredDistance(from, points_[i]) < squaredReach_) return true;
+      if (LeastSquaredDistance(from, i) < squaredReach_) return true;
     }
     return false;
   }
 
  private:
-  std::vector<Point> points_;
+  class Block {
+   public:
+    void Set(std::size_t i, const Point& point) {
+      x_[i] = point.x;
+      y_[i] = point.y;
+      z_[i] = point.z;
+    }
+    [[gnu::always_inline]] double LeastSquaredDistance(
+        const Point& from) const {
+      const Four x = from.x - x_;
+      const Four y = from.y - y_;
+      const Four z = from.z - z_;
+      const Four d2 = x * x + y * y + z * z;
+      return std::min(std::min(d2[0], d2[2]), std::min(d2[1], d2[3]));
+    }
+
+   private:
+    /// One number of each point, with which the compiler counts side by side.
+    using Four [[gnu::vector_size(kPoints * sizeof(double))]] = double;
+
+    // Where there is no point: never near.
+    static constexpr double kNowhere = std::numeric_limits<double>::infinity();
+
+    Four x_ = {kNowhere, kNowhere, kNowhere, kNowhere};
+    Four y_ = {};
+    Four z_ = {};
+  };
+
+  std::vector<Block> blocks_;
   double squaredReach_ = 0.0;
 };
 

@@ -11,8 +11,9 @@
 namespace ZARN::DU {
 namespace {
 
-/// Points of a block, the smallest node.
-constexpr std::uint32_t kBlock = 32;
+/// Blocks of a leaf, the smallest node.
+constexpr std::uint32_t kLeafBlocks = 8;
+constexpr std::uint32_t kLeafPoints = kLeafBlocks * PointBlocks::kPoints;
 
 /// More levels than the tree has, whose numbers have 32 bits.
 constexpr std::size_t kMostLevels = 32;
@@ -97,22 +98,26 @@ PointTree::PointTree(const std::vector<TVector3>& points, double reach)
     }
   }
   if (isInRange) SortAlongCurve(finite);
-  points_ = PointList(std::move(finite), reach);
-  if (isInRange) MakeNodes();
+  count_ = static_cast<std::uint32_t>(finite.size());
+  blocks_ = PointBlocks(finite, reach);
+  if (isInRange) MakeNodes(finite);
 }
 
-void PointTree::MakeNodes() {
-  if (points_.Size() == 0) return;
-  firstBlock_ = 1;
-  while (std::uint64_t{firstBlock_} * kBlock < points_.Size()) firstBlock_ *= 2;
-  nodes_.resize(std::size_t{2} * firstBlock_);
-  MakeNode(1);
+void PointTree::MakeNodes(const std::vector<Point>& points) {
+  if (points.empty()) return;
+  firstLeaf_ = 1;
+  while (std::uint64_t{firstLeaf_} * kLeafPoints < points.size()) {
+    firstLeaf_ *= 2;
+  }
+  nodes_.resize(std::size_t{2} * firstLeaf_);
+  MakeNode(1, points);
 }
 
 /// Make a node and all below it.
 ///
 /// @return the box around its points
-PointTree::Box PointTree::MakeNode(std::uint32_t number) {
+PointTree::Box PointTree::MakeNode(std::uint32_t number,
+                                   const std::vector<Point>& points) {
   constexpr double kInfinity = std::numeric_limits<double>::infinity();
   Box box = {{kInfinity, kInfinity, kInfinity},
              {-kInfinity, -kInfinity, -kInfinity}};
@@ -122,16 +127,15 @@ PointTree::Box PointTree::MakeNode(std::uint32_t number) {
     box.high = {std::max(box.high.x, high.x), std::max(box.high.y, high.y),
                 std::max(box.high.z, high.z)};
   };
-  if (number < firstBlock_) {
+  if (number < firstLeaf_) {
     for (const std::uint32_t half : {2 * number, 2 * number + 1}) {
-      const Box inside = MakeNode(half);
+      const Box inside = MakeNode(half, points);
       include(inside.low, inside.high);
     }
   } else {
-    const Entries entries = EntriesOf(number);
-    for (std::uint32_t i = entries.begin; i < entries.end; ++i) {
-      include(points_[i], points_[i]);
-    }
+    const std::size_t begin = std::size_t{number - firstLeaf_} * kLeafPoints;
+    const std::size_t end = std::min(begin + kLeafPoints, points.size());
+    for (std::size_t i = begin; i < end; ++i) include(points[i], points[i]);
   }
   nodes_[number] = BallAround(box);
   return box;
@@ -159,7 +163,7 @@ PointTree::Node PointTree::BallAround(const Box& box) {
 }
 
 bool PointTree::HasPointNear(const TVector3& place) const {
-  if (nodes_.empty()) return points_.HasNear(place, 0, points_.Size());
+  if (nodes_.empty()) return blocks_.HasNear(place);
   const Point from = {place.X(), place.Y(), place.Z()};
   std::array<std::uint32_t, kMostLevels> open;
   std::size_t count = 0;
@@ -172,9 +176,9 @@ bool PointTree::HasPointNear(const TVector3& place) const {
     if (!(SquaredDistance(from, node.Middle()) < far * far)) {
       continue;
     }
-    if (number >= firstBlock_) {
-      const Entries block = EntriesOf(number);
-      if (points_.HasNear(place, block.begin, block.end)) return true;
+    if (number >= firstLeaf_) {
+      const Entries leaf = EntriesOf(number);
+      if (blocks_.HasNear(place, leaf.begin, leaf.end)) return true;
       continue;
     }
     open[count++] = 2 * number + 1;
@@ -184,7 +188,7 @@ bool PointTree::HasPointNear(const TVector3& place) const {
 }
 
 PointTree::Items PointTree::AllItems() const {
-  if (points_.Size() == 0) return {};
+  if (count_ == 0) return {};
   const std::uint32_t root = nodes_.empty() ? 0 : 1;
   return {root, root};
 }
@@ -194,19 +198,19 @@ PointTree::Entries PointTree::EntriesOf(std::uint32_t item) const {
   if (item >= nodes) return {item - nodes, item - nodes + 1};
   std::uint32_t first = item;
   std::uint32_t last = item;
-  while (first < firstBlock_) {
+  while (first < firstLeaf_) {
     first = 2 * first;
     last = 2 * last + 1;
   }
-  const auto entry = [this](std::uint32_t block) {
-    return std::min((block - firstBlock_) * kBlock, points_.Size());
+  const auto entry = [this](std::uint32_t leaf) {
+    return std::min((leaf - firstLeaf_) * kLeafBlocks, blocks_.Size());
   };
   return {entry(first), entry(last + 1)};
 }
 
 void PointTree::AppendEntries(const Items& items, StretchLists& list) const {
   if (nodes_.empty()) {
-    list.Append(0, points_.Size());
+    list.Append(0, blocks_.Size());
     return;
   }
   for (std::size_t i = 1; i < items.size(); ++i) {
@@ -220,7 +224,7 @@ class PointTree::Judging {
  public:
   Judging(const PointTree& tree, const Ball& ball, Items& open)
       : tree_(tree),
-        firstPoint_(static_cast<std::uint32_t>(tree.nodes_.size())),
+        firstBlock_(static_cast<std::uint32_t>(tree.nodes_.size())),
         centre_(ball.centre),
         inner_(InnerLimit(tree.reach_, ball.radius + kBallError)),
         outer_((tree.reach_ + ball.radius + kBallError) *
@@ -230,17 +234,17 @@ class PointTree::Judging {
 
   eAnswer Judge(const Items& items) {
     const std::uint32_t nearest = items.front();
-    if (nearest >= firstPoint_ &&
-        SquaredDistance(centre_, PointOf(nearest)) < inner_ * inner_) {
+    if (nearest >= firstBlock_ &&
+        SquaredDistanceTo(nearest) < inner_ * inner_) {
       return eAnswer::kBlocks;
     }
     Found found = {1, nearest, outer_ * outer_};
     for (std::size_t i = 1; i < items.size();) {
-      if (items[i] < firstPoint_) {
+      if (items[i] < firstBlock_) {
         if (Divide(items[i], found)) return eAnswer::kBlocks;
         ++i;
       } else {
-        i = TakePoints(items, i, found);
+        i = TakeBlocks(items, i, found);
       }
     }
     if (found.nearest2 < inner_ * inner_) return eAnswer::kBlocks;
@@ -267,33 +271,34 @@ class PointTree::Judging {
     double nearest2;        // its squared distance
   };
 
-  const Point& PointOf(std::uint32_t item) const {
-    return tree_.points_[item - firstPoint_];
+  /// To the nearest point of a block.
+  double SquaredDistanceTo(std::uint32_t item) const {
+    return tree_.blocks_.LeastSquaredDistance(centre_, item - firstBlock_);
   }
   void MakeRoomFor(std::size_t items) {
     if (open_.size() < items) open_.resize(items);
   }
 
-  /// Without a branch: whether a point is open is hard to foresee, and this is
+  /// Without a branch: whether a block is open is hard to foresee, and this is
   /// most of what a map costs.
   [[gnu::always_inline]] void Take(std::uint32_t item, std::uint32_t* open,
                                    Found& found) const {
-    const double distance2 = SquaredDistance(centre_, PointOf(item));
+    const double distance2 = SquaredDistanceTo(item);
     open[found.count] = item;
     found.nearest = distance2 < found.nearest2 ? item : found.nearest;
     found.nearest2 = std::min(found.nearest2, distance2);
     found.count += distance2 >= outer_ * outer_ ? 0U : 1U;
   }
 
-  /// Take the points from a place on up to the next node.
+  /// Take the blocks from a place on up to the next node.
   ///
   /// @return the place of that
-  std::size_t TakePoints(const Items& items, std::size_t i, Found& found) {
+  std::size_t TakeBlocks(const Items& items, std::size_t i, Found& found) {
     MakeRoomFor(found.count + items.size() - i);
     std::uint32_t* const open = open_.data();
     const Judging judging = *this;  // which no item that is written can change
     Found now = found;
-    for (; i < items.size() && items[i] >= judging.firstPoint_; ++i) {
+    for (; i < items.size() && items[i] >= judging.firstBlock_; ++i) {
       judging.Take(items[i], open, now);
     }
     found = now;
@@ -315,19 +320,19 @@ class PointTree::Judging {
       open_[found.count++] = number;
       return false;
     }
-    if (number < tree_.firstBlock_) {
+    if (number < tree_.firstLeaf_) {
       return Divide(2 * number, found) || Divide(2 * number + 1, found);
     }
-    MakeRoomFor(found.count + kBlock);
-    const Entries block = tree_.EntriesOf(number);
-    for (std::uint32_t i = block.begin; i < block.end; ++i) {
-      Take(firstPoint_ + i, open_.data(), found);
+    MakeRoomFor(found.count + kLeafBlocks);
+    const Entries leaf = tree_.EntriesOf(number);
+    for (std::uint32_t i = leaf.begin; i < leaf.end; ++i) {
+      Take(firstBlock_ + i, open_.data(), found);
     }
     return false;
   }
 
   const PointTree& tree_;
-  std::uint32_t firstPoint_;  // its number as an item
+  std::uint32_t firstBlock_;  // its number as an item
   Point centre_;
   double inner_;
   double outer_;

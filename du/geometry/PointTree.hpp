@@ -5,7 +5,8 @@
 
 #include "TVector3.h"
 #include "du/geometry/BallTest.hpp"
-#include "du/geometry/PointList.hpp"
+#include "du/geometry/Point.hpp"
+#include "du/geometry/PointBlocks.hpp"
 #include "du/geometry/Stretch.hpp"
 
 namespace ZARN::DU {
@@ -16,9 +17,9 @@ namespace ZARN::DU {
 ///     reach > (point - listed).Mag()
 ///
 /// The points are put into an order in which neighbours in space mostly stand
-/// side by side. A few of them make a block, two blocks a pair, and so on up to
-/// all: a complete binary tree, each of whose nodes knows a ball around its
-/// points. What a ball cannot decide is left to PointList.
+/// side by side. A few blocks of them make a leaf, two leaves a node, and so on
+/// up to all: a complete binary tree, each of whose nodes knows a ball around
+/// its points. What a ball cannot decide is left to PointBlocks.
 class PointTree final : public BallTest {
  public:
   PointTree() = default;
@@ -29,14 +30,14 @@ class PointTree final : public BallTest {
   /// Whether a point lies strictly within the reach of @p place; false for a
   /// place that is not finite. Never throws, never allocates.
   bool HasPointNear(const TVector3& place) const;
-  /// Whether one of a few points does, which are entries of the BallTest.
+  /// Whether a point of a few blocks does, which are entries of the BallTest.
   bool HasPointNear(const TVector3& place, Stretch entries) const {
-    return points_.HasNear(place, entries.Begin(), entries.End());
+    return blocks_.HasNear(place, entries);
   }
   /// How many points can be near at all.
-  std::uint32_t CountPoints() const { return points_.Size(); }
+  std::uint32_t CountPoints() const { return count_; }
 
-  /// Items are nodes of the tree by their number and points, numbered on from
+  /// Items are nodes of the tree by their number and blocks, numbered on from
   /// there, from front to back. Before them stands the nearest one once more:
   /// in a smaller ball it mostly decides.
   Items AllItems() const override;
@@ -66,22 +67,23 @@ class PointTree final : public BallTest {
   };
   class Judging;
 
-  /// The points of an item: from begin to before end.
+  /// The blocks of an item: from begin to before end.
   struct Entries {
     std::uint32_t begin;
     std::uint32_t end;
   };
   Entries EntriesOf(std::uint32_t item) const;
-  void MakeNodes();
-  Box MakeNode(std::uint32_t number);
+  void MakeNodes(const std::vector<Point>& points);
+  Box MakeNode(std::uint32_t number, const std::vector<Point>& points);
   static Node BallAround(const Box& box);
 
   double reach_ = 0.0;
-  PointList points_;
-  /// From the root, number 1, down to the blocks; those below node n are 2 n
-  /// and 2 n + 1. None if there are too few points, or some lie too far out.
+  std::uint32_t count_ = 0;
+  PointBlocks blocks_;
+  /// From the root, number 1, down to the leaves; those below node n are 2 n
+  /// and 2 n + 1. None if there are no points, or some lie too far out.
   std::vector<Node> nodes_;
-  std::uint32_t firstBlock_ = 0;
+  std::uint32_t firstLeaf_ = 0;
 };
 
 }  // namespace ZARN::DU

@@ -33,8 +33,8 @@ class StretchLists {
   const std::vector<Stretch>& All() const { return all_; }
 
  private:
-  /// To go over a few entries more costs less than another stretch.
-  static constexpr std::uint32_t kMostBetween = 7;
+  /// To go over an entry more costs less than another stretch.
+  static constexpr std::uint32_t kMostBetween = 1;
 
   void Keep();
 

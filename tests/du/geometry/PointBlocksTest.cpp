@@ -1,4 +1,4 @@
-#include "du/geometry/PointList.hpp"
+#include "du/geometry/PointBlocks.hpp"
 
 #include <gtest/gtest.h>
 
@@ -23,10 +23,14 @@ using Points = std::vector<Point>;
 constexpr double kInfinity = std::numeric_limits<double>::infinity();
 constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
 
-/// The loop over some of the points.
+constexpr std::uint32_t kBlock = PointBlocks::kPoints;
+
+/// The loop over the points of some blocks.
 bool IsAnyNear(const Points& points, double reach, const TVector3& place,
                std::uint32_t begin, std::uint32_t end) {
-  return std::any_of(points.begin() + begin, points.begin() + end,
+  const auto last = std::min<std::size_t>(end * kBlock, points.size());
+  return std::any_of(points.begin() + begin * kBlock,
+                     points.begin() + static_cast<std::ptrdiff_t>(last),
                      [&](const Point& listed) {
                        return reach > (place - AsTVector3(listed)).Mag();
                      });
@@ -46,8 +50,8 @@ Points RandomPoints(Random& random, std::uint32_t count, double radius) {
 /// them, and give how many have a point near.
 int ExpectAnswersOfTheLoop(const Points& points, double reach,
                            const TVector3& place, Random& random) {
-  const PointList list(points, reach);
-  const auto size = static_cast<std::uint32_t>(points.size());
+  const PointBlocks list(points, reach);
+  const std::uint32_t size = list.Size();
   int near = 0;
   const auto expect = [&](std::uint32_t begin, std::uint32_t end) {
     const bool expected = IsAnyNear(points, reach, place, begin, end);
@@ -57,6 +61,8 @@ int ExpectAnswersOfTheLoop(const Points& points, double reach,
         << ", place " << ::testing::PrintToString(place);
   };
   expect(0, size);
+  EXPECT_EQ(list.HasNear(place), list.HasNear(place, 0, size));
+  EXPECT_EQ(list.HasNear(place, {0, size}), list.HasNear(place, 0, size));
   for (int i = 0; i < 5; ++i) {
     const auto a = static_cast<std::uint32_t>(random.Below(size + 1));
     const auto b = static_cast<std::uint32_t>(random.Below(size + 1));
@@ -65,7 +71,7 @@ int ExpectAnswersOfTheLoop(const Points& points, double reach,
   return near;
 }
 
-TEST(PointList, FindsWhatTheLoopFinds) {
+TEST(PointBlocks, FindsWhatTheLoopFinds) {
   Random random(72);
   int near = 0;
   constexpr int kPlaces = 2000;
@@ -84,7 +90,7 @@ TEST(PointList, FindsWhatTheLoopFinds) {
   EXPECT_LT(near, 5 * kPlaces);
 }
 
-TEST(PointList, FindsWhatTheLoopFindsExactlyAtTheReach) {
+TEST(PointBlocks, FindsWhatTheLoopFindsExactlyAtTheReach) {
   Random random(73);
   int near = 0;
   constexpr int kPlaces = 3000;
@@ -108,8 +114,8 @@ TEST(PointList, FindsWhatTheLoopFindsExactlyAtTheReach) {
   EXPECT_GT(near, kPlaces);
 }
 
-TEST(PointList, CountsOnlyWhatIsStrictlyWithinReach) {
-  const PointList list({{1, 2, 0}}, 5.0);
+TEST(PointBlocks, CountsOnlyWhatIsStrictlyWithinReach) {
+  const PointBlocks list({{1, 2, 0}}, 5.0);
   EXPECT_FALSE(list.HasNear({4, 6, 0}, 0, 1));
   EXPECT_FALSE(list.HasNear({1, 2, 5}, 0, 1));
   EXPECT_TRUE(list.HasNear({1, 2, Below(5)}, 0, 1));
@@ -117,8 +123,13 @@ TEST(PointList, CountsOnlyWhatIsStrictlyWithinReach) {
   EXPECT_FALSE(list.HasNear({1, 2, -5}, 0, 1));
 }
 
-TEST(PointList, LooksOnlyIntoTheRange) {
-  const PointList list({{0, 0, 0}, {100, 0, 0}, {200, 0, 0}}, 10.0);
+TEST(PointBlocks, LooksOnlyIntoTheRange) {
+  Points points;
+  for (const double x : {0.0, 100.0, 200.0}) {
+    points.insert(points.end(), kBlock, {x, 0, 0});
+  }
+  const PointBlocks list(points, 10.0);
+  ASSERT_EQ(list.Size(), 3U);
   const TVector3 middle(101, 0, 0);
   EXPECT_TRUE(list.HasNear(middle, 0, 3));
   EXPECT_TRUE(list.HasNear(middle, 1, 2));
@@ -128,15 +139,15 @@ TEST(PointList, LooksOnlyIntoTheRange) {
   EXPECT_FALSE(list.HasNear(middle, 2, 3));
 }
 
-TEST(PointList, FindsNothingInAnEmptyRange) {
-  const PointList list({{0, 0, 0}, {1, 0, 0}}, 10.0);
-  for (const std::uint32_t i : {0U, 1U, 2U}) {
+TEST(PointBlocks, FindsNothingInAnEmptyRange) {
+  const PointBlocks list({{0, 0, 0}, {1, 0, 0}}, 10.0);
+  for (const std::uint32_t i : {0U, 1U}) {
     EXPECT_FALSE(list.HasNear({0, 0, 0}, i, i));
   }
-  EXPECT_FALSE(PointList().HasNear({0, 0, 0}, 0, 0));
+  EXPECT_FALSE(PointBlocks().HasNear({0, 0, 0}));
 }
 
-TEST(PointList, FindsWhatTheLoopFindsForEveryReach) {
+TEST(PointBlocks, FindsWhatTheLoopFindsForEveryReach) {
   Random random(74);
   const Points points = {{1, 2, 3}, {1, 2, 3}, {0, 0, 1e-170}, {1e200, 0, 0}};
   int near = 0;
@@ -150,12 +161,12 @@ TEST(PointList, FindsWhatTheLoopFindsForEveryReach) {
   }
   EXPECT_GT(near, 0);
   for (const double reach : {0.0, -0.0, -5.0, -kInfinity, kNaN}) {
-    EXPECT_FALSE(PointList(points, reach).HasNear({1, 2, 3}, 0, 4)) << reach;
+    EXPECT_FALSE(PointBlocks(points, reach).HasNear({1, 2, 3})) << reach;
   }
-  EXPECT_TRUE(PointList(points, kInfinity).HasNear({1e9, 0, 0}, 0, 1));
+  EXPECT_TRUE(PointBlocks(points, kInfinity).HasNear({1e9, 0, 0}));
 }
 
-TEST(PointList, IsNeverNearAPlaceThatIsNotFinite) {
+TEST(PointBlocks, IsNeverNearAPlaceThatIsNotFinite) {
   Random random(75);
   const Points points = RandomPoints(random, 5, 10.0);
   for (const double reach : {1.0, 1e10, kInfinity}) {
@@ -169,15 +180,28 @@ TEST(PointList, IsNeverNearAPlaceThatIsNotFinite) {
   }
 }
 
-TEST(PointList, KeepsItsPointsInTheirOrder) {
-  EXPECT_EQ(PointList().Size(), 0U);
-  EXPECT_EQ(PointList({}, 5.0).Size(), 0U);
+TEST(PointBlocks, FindsEveryPointAlsoInABlockThatIsNotFull) {
+  EXPECT_EQ(PointBlocks().Size(), 0U);
+  EXPECT_EQ(PointBlocks({}, 5.0).Size(), 0U);
   Random random(76);
-  const Points points = RandomPoints(random, 7, 6000.0);
-  const PointList list(points, 5.0);
-  ASSERT_EQ(list.Size(), 7U);
-  for (std::uint32_t i = 0; i < list.Size(); ++i) {
-    EXPECT_EQ(AsTVector3(list[i]), AsTVector3(points[i])) << i;
+  for (std::uint32_t count = 1; count <= 9; ++count) {
+    const Points points = RandomPoints(random, count, 6000.0);
+    const PointBlocks list(points, kInfinity);
+    ASSERT_EQ(list.Size(), (count + kBlock - 1) / kBlock);
+    for (std::uint32_t i = 0; i < count; ++i) {
+      const Point& point = points[i];
+      EXPECT_EQ(list.LeastSquaredDistance(point, i / kBlock), 0.0);
+      EXPECT_TRUE(PointBlocks(points, 1e-9).HasNear(AsTVector3(point)));
+    }
+    for (std::uint32_t block = 0; block < list.Size(); ++block) {
+      const Point far = {1e4, 2e4, -3e4};
+      double least = kInfinity;
+      for (std::uint32_t i = block * kBlock;
+           i < std::min(count, (block + 1) * kBlock); ++i) {
+        least = std::min(least, SquaredDistance(far, points[i]));
+      }
+      EXPECT_EQ(list.LeastSquaredDistance(far, block), least);
+    }
   }
 }
 

@@ -34,10 +34,10 @@ TEST(Stretch, HoldsItsBeginAndEnd) {
 
 TEST(StretchLists, JoinWhatStandsSideBySideOrNearlySo) {
   StretchLists lists(100);
-  for (const std::uint32_t i : {3U, 4U, 5U, 13U, 22U}) lists.Append(i, i + 1);
+  for (const std::uint32_t i : {3U, 4U, 5U, 7U, 10U, 22U}) lists.Append(i, i + 1);
   lists.Append(22, 30);
-  EXPECT_EQ(lists.EndList().Count(), 2U);
-  EXPECT_EQ(PairsOf(lists), (Pairs{{3, 14}, {22, 30}}));
+  EXPECT_EQ(lists.EndList().Count(), 3U);
+  EXPECT_EQ(PairsOf(lists), (Pairs{{3, 8}, {10, 11}, {22, 30}}));
 }
 
 TEST(StretchLists, BeginAnewWithEveryList) {
