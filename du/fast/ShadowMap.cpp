@@ -10,7 +10,7 @@ namespace ZARN::DU {
 namespace {
 
 /// The first squares are so small that their balls say something.
-constexpr int kFirstSquares = 4;
+constexpr int kFirstSquares = 6;
 
 /// Sizes of squares: a map of as many cells as can be counted has no more.
 constexpr std::size_t kMostLevels = 15;
@@ -34,27 +34,21 @@ constexpr double kCellError = 5.0 * kPlaceError;
 /// Of one test no more stretches are kept than this.
 constexpr std::size_t kMostStretches = std::size_t{1} << 22U;
 
-/// What is open in single cells, of one test.
-struct OpenCells {
-  std::vector<std::pair<std::uint32_t, Stretch>> ofCells;
-  StretchLists lists{kMostStretches};
-};
-
-/// Fills the codes, one square after the other.
+/// Adds the answers of one test to the codes of all cells, one square after the
+/// other, and keeps what is open in single cells.
 class MapPainter {
  public:
-  MapPainter(double radius, const ShadowMap::Tests& tests, int cells,
-             std::vector<ShadowMap::Code>& codes)
-      : radius_(radius), tests_(tests), cells_(cells), codes_(codes) {}
+  /// @param codes  kClear for this test
+  MapPainter(double radius, const BallTest& test, ShadowMap::Code digit,
+             int cells, std::vector<ShadowMap::Code>& codes)
+      : radius_(radius),
+        test_(test),
+        digit_(digit),
+        cells_(cells),
+        codes_(codes) {}
 
-  /// @return what is left open
-  std::array<OpenCells, kMappedTests> PaintAll() {
-    Open open;
-    for (std::size_t i = 0; i < kMappedTests; ++i) {
-      if (tests_[i] == nullptr) continue;
-      open.answers[i] = eAnswer::kUnsure;
-      open.items[i] = tests_[i]->AllItems();
-    }
+  void PaintAll() {
+    const BallTest::Items all = test_.AllItems();
     const int size = cells_ / kFirstSquares;
     for (int row = 0; row < cells_; row += size) {
       for (int column = 0; column < cells_; column += size) {
@@ -64,37 +58,29 @@ class MapPainter {
                {CornerAt(row, column), CornerAt(row, column + size),
                 CornerAt(row + size, column),
                 CornerAt(row + size, column + size)}},
-              open, 0);
+              all, 0);
       }
     }
-    return std::move(openCells_);
   }
 
-  std::size_t UnsureCells() const { return unsureCells_; }
+  /// What is open in the cells where the test is unsure, unless it has no
+  /// entries.
+  CellItems Open() const {
+    const auto count =
+        static_cast<std::size_t>(cells_) * static_cast<std::size_t>(cells_);
+    return CellItems(count, ofCells_, lists_.All());
+  }
 
  private:
-  /// What is known of a square, and what could still block some of it.
-  struct Open {
-    std::array<eAnswer, kMappedTests> answers = {};
-    std::array<BallTest::Items, kMappedTests> items;
-  };
-
-  /// Paint a square that lies in a larger one of which @p outer is known.
-  void Paint(const Square& square, const Open& outer, std::size_t level) {
-    Open& inside = levels_[level];
-    const Ball ball = BallAround(square);
-    bool isSure = true;
-    for (std::size_t i = 0; i < kMappedTests; ++i) {
-      eAnswer answer = outer.answers[i];
-      if (answer == eAnswer::kUnsure) {
-        answer = tests_[i]->Judge(ball, outer.items[i], inside.items[i]);
-      }
-      inside.answers[i] = answer;
-      isSure = isSure && answer != eAnswer::kUnsure;
-    }
-    if (isSure || square.size == 1) {
-      Fill(square, inside.answers);
-      if (!isSure) KeepOpen(square, inside);
+  /// Paint a square that lies in a larger one, of which @p outer is open.
+  void Paint(const Square& square, const BallTest::Items& outer,
+             std::size_t level) {
+    BallTest::Items& open = open_[level];
+    const eAnswer answer = test_.Judge(BallAround(square), outer, open);
+    if (answer == eAnswer::kClear) return;
+    if (answer == eAnswer::kBlocks || square.size == 1) {
+      Fill(square, answer);
+      if (answer == eAnswer::kUnsure && !open.empty()) KeepOpen(square, open);
       return;
     }
     const int half = square.size / 2;
@@ -106,14 +92,14 @@ class MapPainter {
     const Point right = CornerAt(row, square.column + square.size);
     const Point below = CornerAt(square.row + square.size, column);
     const auto& corners = square.corners;
-    const std::array<Square, 4> quarters = {
-        {{square.row, square.column, half, {corners[0], above, left, middle}},
-         {square.row, column, half, {above, corners[1], middle, right}},
-         {row, square.column, half, {left, middle, corners[2], below}},
-         {row, column, half, {middle, right, below, corners[3]}}}};
-    for (const Square& quarter : quarters) {
-      Paint(quarter, inside, level + 1);
-    }
+    const auto paint = [&](int firstRow, int firstColumn,
+                           const std::array<Point, 4>& cornersOfQuarter) {
+      Paint({firstRow, firstColumn, half, cornersOfQuarter}, open, level + 1);
+    };
+    paint(square.row, square.column, {corners[0], above, left, middle});
+    paint(square.row, column, {above, corners[1], middle, right});
+    paint(row, square.column, {left, middle, corners[2], below});
+    paint(row, column, {middle, right, below, corners[3]});
   }
 
   /// The direction of the corner before a row and a column.
@@ -124,56 +110,47 @@ class MapPainter {
 
   /// A ball that holds every point that falls into a cell of the square.
   Ball BallAround(const Square& square) const {
-    Point sum;
-    for (const Point& corner : square.corners) {
-      sum = {sum.x + corner.x, sum.y + corner.y, sum.z + corner.z};
-    }
-    const Point middle = Scaled(sum, 0.25);
+    const auto& corners = square.corners;
+    const Point middle =
+        Scaled({corners[0].x + corners[3].x, corners[0].y + corners[3].y,
+                corners[0].z + corners[3].z},
+               0.5);
+    // The last corner is as far away as the first.
     double farthest2 = 0.0;
-    for (const Point& corner : square.corners) {
-      farthest2 = std::max(farthest2, SquaredDistance(corner, middle));
+    for (std::size_t i = 0; i < 3; ++i) {
+      farthest2 = std::max(farthest2, SquaredDistance(corners[i], middle));
     }
-    Ball ball = {Scaled(middle, radius_), std::sqrt(farthest2) * radius_};
-    ball.radius += ShadowMap::kShell + kCellError * radius_;
-    return ball;
+    return {Scaled(middle, radius_),
+            (std::sqrt(farthest2) + kCellError) * radius_ + ShadowMap::kShell};
   }
 
-  void Fill(const Square& square,
-            const std::array<eAnswer, kMappedTests>& answers) {
-    unsigned code = 0;
-    for (std::size_t i = kMappedTests; i-- > 0;) {
-      code = code * 3 + static_cast<unsigned>(answers[i]);
-    }
+  void Fill(const Square& square, eAnswer answer) {
+    const auto added =
+        static_cast<ShadowMap::Code>(digit_ * static_cast<unsigned>(answer));
     for (int row = square.row; row < square.row + square.size; ++row) {
-      const auto begin =
-          codes_.begin() + std::ptrdiff_t{row} * cells_ + square.column;
-      std::fill(begin, begin + square.size, static_cast<ShadowMap::Code>(code));
+      ShadowMap::Code* const begin =
+          codes_.data() + std::ptrdiff_t{row} * cells_ + square.column;
+      for (int i = 0; i < square.size; ++i) begin[i] += added;
     }
   }
 
   /// Keep what can still block in a single cell.
-  void KeepOpen(const Square& cell, const Open& open) {
-    ++unsureCells_;
-    for (std::size_t i = 0; i < kMappedTests; ++i) {
-      // A test without entries has nothing to list.
-      if (open.answers[i] != eAnswer::kUnsure || open.items[i].empty()) {
-        continue;
-      }
-      auto& [ofCells, lists] = openCells_[i];
-      tests_[i]->AppendEntries(open.items[i], lists);
-      ofCells.emplace_back(
-          static_cast<std::uint32_t>(cell.row * cells_ + cell.column),
-          lists.EndList());
-    }
+  void KeepOpen(const Square& cell, const BallTest::Items& open) {
+    test_.AppendEntries(open, lists_);
+    ofCells_.emplace_back(
+        static_cast<std::uint32_t>(cell.row * cells_ + cell.column),
+        lists_.EndList());
   }
 
   double radius_;
-  const ShadowMap::Tests& tests_;
+  const BallTest& test_;
+  ShadowMap::Code digit_;
   int cells_;
   std::vector<ShadowMap::Code>& codes_;
-  std::array<Open, kMostLevels> levels_;  // one for each size of square
-  std::array<OpenCells, kMappedTests> openCells_;
-  std::size_t unsureCells_ = 0;
+  std::array<BallTest::Items, kMostLevels>
+      open_;  // one for each size of square
+  std::vector<std::pair<std::uint32_t, Stretch>> ofCells_;
+  StretchLists lists_{kMostStretches};
 };
 
 }  // namespace
@@ -187,14 +164,15 @@ ShadowMap::ShadowMap(double radius, const Tests& tests, int cells) {
   highest2_ = (radius + kShell) * (radius + kShell);
   const auto count =
       static_cast<std::size_t>(cells) * static_cast<std::size_t>(cells);
-  codes_.assign(count + 1, kNothingKnown);
-  MapPainter painter(radius, tests, cells, codes_);
-  const auto open = painter.PaintAll();
-  unsureShare_ =
-      static_cast<double>(painter.UnsureCells()) / static_cast<double>(count);
-  for (std::size_t i = 0; i < kMappedTests; ++i) {
-    open_[i] = CellItems(count, open[i].ofCells, open[i].lists.All());
+  codes_.assign(count + 1, 0);
+  Code digit = 1;
+  for (std::size_t i = 0; i < kMappedTests; ++i, digit *= 3) {
+    if (tests[i] == nullptr) continue;
+    MapPainter painter(radius, *tests[i], digit, cells, codes_);
+    painter.PaintAll();
+    open_[i] = painter.Open();
   }
+  codes_.back() = kNothingKnown;
 }
 
 }  // namespace ZARN::DU

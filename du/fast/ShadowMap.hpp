@@ -58,15 +58,16 @@ inline constexpr auto kCellAnswers = MakeCellAnswers();
 /// the shell, and a margin for the rounding of the cell's number in single
 /// precision), so it holds for every point that falls into the cell.
 ///
-/// A quadtree over the octahedral square fills what is surely the same in large
-/// pieces; only the borders of shadows are divided down to single cells. Where
-/// a test has to be asked there, the few entries are known that can block.
+/// For each test a quadtree over the octahedral square fills what is surely the
+/// same in large pieces; only the borders of shadows are divided down to single
+/// cells. Where a test has to be asked there, the few entries are known that
+/// can block.
 class ShadowMap {
  public:
   /// Real crossings are within 1e-9 of the sphere; tables of paths are often
   /// rounded to a fraction of a millimetre.
   static constexpr double kShell = 1.0;  // mm
-  static constexpr int kCells = 1024;    // along each side, mostly
+  static constexpr int kCells = 768;  // along each side
 
   using Tests = std::array<const BallTest*, kMappedTests>;
   /// The answers of one cell, in base 3: kMappedTests digits.
@@ -78,7 +79,7 @@ class ShadowMap {
   /// @param radius  of the sphere, mm; unless it is from 10 mm to 100 m the
   ///                map knows nothing
   /// @param tests   a null one is off: it never blocks
-  /// @param cells   along each side: 4 times a power of 2
+  /// @param cells   along each side: 6 times a power of 2
   ShadowMap(double radius, const Tests& tests, int cells = kCells);
 
   /// The cell that a point falls into, or OffMap().
@@ -87,8 +88,6 @@ class ShadowMap {
     if (!(r2 > lowest2_ && r2 < highest2_)) return OffMap();
     return static_cast<std::size_t>(CellOf(point.X(), point.Y(), point.Z()));
   }
-  /// Share of the cells in which some test is unsure.
-  double UnsureShare() const { return unsureShare_; }
 
   /// Stands for all points off the shell.
   std::size_t OffMap() const { return codes_.size() - 1; }
@@ -128,7 +127,6 @@ class ShadowMap {
   int cells_ = 0;
   double lowest2_ = 0.0;
   double highest2_ = 0.0;
-  double unsureShare_ = 0.0;
   std::vector<Code> codes_ = {kNothingKnown};  // row by row; see Codes
   std::array<CellItems, kMappedTests> open_;
 };

@@ -21,8 +21,9 @@ struct OctahedralPlace {
 /// to them. In units of 2^-24, of numbers up to 1: each coordinate is rounded
 /// by 1, and so is their sum, which two additions round by 2 more; with the
 /// division by it and the product that is 1 + 3 + 1 + 1 = 6. The fold adds 1,
-/// the sum with 1 in CellAlong another.
-inline constexpr double kPlaceError = 0x1p-21;
+/// the sum with 1 in CellAlong another, and the product with half the number of
+/// cells, of a number up to 2, another 2.
+inline constexpr double kPlaceError = 10 * 0x1p-24;
 
 /// The place of a direction of any length above 0, also in single precision.
 template <class Real>

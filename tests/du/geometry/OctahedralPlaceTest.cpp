@@ -69,7 +69,7 @@ TEST(OctahedralPlace, IsNearlyTheSameInSinglePrecision) {
     ASSERT_LE(std::abs(single.u), 1.0F);
     ASSERT_LE(std::abs(single.v), 1.0F);
   }
-  EXPECT_LE(largest, 0x1p-21);
+  EXPECT_LE(largest, kPlaceError);
 }
 
 TEST(CellAlong, DividesTheSideIntoEqualParts) {
