@@ -9,12 +9,12 @@
 
 namespace ZARN::DU {
 
-/// Call work(i) once for every i from 0 to before @p count, on up to @p threads
-/// threads, this one among them. Returns when all is done.
+/// Call work(i) once for each i with 0 <= i < @p count, on at most @p threads
+/// threads, including the calling one. Returns when all calls have returned.
 ///
-/// The threads are this call's own: a pool that the caller's framework keeps is
-/// not disturbed, and no more threads work than asked for. Where the system
-/// gives fewer, those do all of it.
+/// Starts its own threads: a thread pool of the caller's framework is not used,
+/// and no more threads run than asked for. If the system cannot start that
+/// many, those that did start do all the work.
 ///
 /// @param work  must not throw
 template <class Work>
@@ -25,11 +25,11 @@ void ForEachOnThreads(std::size_t count, std::size_t threads,
     for (std::size_t i = next++; i < count; i = next++) work(i);
   };
   std::vector<std::thread> others;
-  const std::size_t most = std::min(threads, count);
+  const std::size_t maxThreads = std::min(threads, count);
   try {
-    while (others.size() + 1 < most) others.emplace_back(workOn);
+    while (others.size() + 1 < maxThreads) others.emplace_back(workOn);
   } catch (const std::system_error&) {
-    // The threads that there are do the rest.
+    // The threads that did start do all the work.
   }
   workOn();
   for (std::thread& other : others) other.join();

@@ -33,7 +33,7 @@ LoadMessages LoadMessagesOf(eShadowingComponent component) {
               "ShadowingCalculator: Cannot load AV pipe parameters, these will "
               "not be loaded.\n"};
     case eShadowingComponent::kNeckBoss:
-      // A word is missing, and stays so: logs are searched for this text.
+      // A word is missing on purpose: users search their logs for this text.
       return {"ShadowingCalculator: Loaded neck boss shadowing information.\n",
               "ShadowingCalculator: Cannot neck boss parameters, these will "
               "not be loaded.\n"};

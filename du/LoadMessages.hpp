@@ -4,13 +4,13 @@
 
 namespace ZARN::DU {
 
-/// What ZARN::warn is told of a component when a run is set up.
+/// The messages for ZARN::warn when a run loads a component.
 struct LoadMessages {
   const char* onSuccess;
   const char* onFailure;
 };
 
-/// The messages of a component, not of kNone.
+/// The messages of a component; empty for kNone.
 LoadMessages LoadMessagesOf(eShadowingComponent component);
 
 }  // namespace ZARN::DU

@@ -1,7 +1,7 @@
 #include "du/ShadowingCalculator.hpp"
 
-// The field's units and constants. None is used: the tables are in mm and the
-// formulas in rad, which are the units of value 1 there, too.
+// Units and constants of particle physics. None is used below: lengths in mm
+// and angles in rad have the value 1 there, too.
 #include <CLHEP/Units/PhysicalConstants.h>
 #include <CLHEP/Units/SystemOfUnits.h>
 
@@ -22,7 +22,7 @@
 namespace ZARN::DU {
 namespace {
 
-/// Whether a path of this kind has water segments that the tests know.
+/// Whether the tests know the water segments of a path of this kind.
 bool IsUsual(ePathKind kind) {
   return kind == ePathKind::kOneCrossing || kind == ePathKind::kTwoCrossings ||
          kind == ePathKind::kWater;
@@ -47,8 +47,8 @@ void ShadowingCalculator::BeginOfRun(const TableSet& tables) {
   SetAllGeometryTolerances(Hardware::kDefaultTolerance);
 }
 
-/// A component whose tables are not complete is off for the run, so that the
-/// others can be used without it.
+/// A component with incomplete tables is off for the run; the others still
+/// work.
 void ShadowingCalculator::LoadGuarded(const TableSet& tables,
                                       eShadowingComponent component) {
   const LoadMessages messages = LoadMessagesOf(component);
@@ -78,7 +78,7 @@ void ShadowingCalculator::ForgetLayers() {
     Layers = std::make_shared<LazyLayers>(
         Parts, WantedLayers == nullptr ? ShadowingLayers() : *WantedLayers);
   } catch (const std::bad_alloc&) {
-    // Then the formulas alone judge, with the same verdicts.
+    // Only the formulas are used then, with the same verdicts.
   }
 }
 
@@ -91,7 +91,7 @@ ShadowingCalculator::FindSilently(const WaterSegmentViews& path) const {
   const PreparedLayers* const layers =
       Layers == nullptr ? nullptr : Layers->Get();
   if (layers == nullptr || !IsUsual(path.kind)) {
-    // A copy, so that the views of the usual way stay in registers.
+    // Copied, so that the views of the common case stay in registers.
     return FindByFormulas(path.Copy());
   }
   return layers->filter.Find(path, HardwareFormulas{Parts, path});
@@ -109,8 +109,8 @@ bool ShadowingCalculator::CheckForShadowing(LightPathCalculator& lightPath) {
   SetComponentFlags(eShadowingComponent::kNone);
   Shadowed = false;
 
-  // Only a test that runs looks up the name: where none does, the path's map of
-  // names must not grow.
+  // Looking up the name may add it to the path's map of names. Without a test
+  // that runs, the map must not grow.
   const bool anyTestRuns = std::any_of(
       kShadowingComponents.begin(), kShadowingComponents.end(),
       [this](eShadowingComponent component) { return IsReady(component); });
@@ -129,7 +129,7 @@ bool ShadowingCalculator::CheckForShadowing(LightPathCalculator& lightPath) {
   return Shadowed;
 }
 
-/// By the formulas, with all that they write.
+/// Use the formulas and write all messages.
 eShadowingComponent ShadowingCalculator::FindWithMessages(
     const LightPath& path, const PathShape& shape,
     const std::string& name) const {
@@ -164,7 +164,7 @@ void ShadowingCalculator::FindShadowingOnThreads(const Paths& paths,
                                                  eShadowingComponent* verdicts,
                                                  std::size_t threads) const {
   MakeLayers();
-  // A share takes longer than handing it out and starting a thread.
+  // The work on a share takes much longer than starting a thread.
   constexpr std::size_t kShare = 64 * kBatchPaths;
   if (threads <= 1 || count <= kShare) {
     FindShadowingOfSome(paths, 0, count, verdicts);

@@ -26,85 +26,85 @@ struct ShadowingLayers;
 ///
 /// Lengths in mm, angles in rad. Copies are independent.
 ///
-/// The written formulas (du/hardware) define every verdict. Layers before them
-/// (du/fast) give the same verdicts about a thousand times faster; they are
-/// made when that pays: once the formulas have cost what making them would, at
-/// the first batch, or by MakeLayers().
+/// The formulas in du/hardware define every verdict. The layers in du/fast give
+/// the same verdicts about a thousand times faster. They are built when that
+/// pays off: once the formulas have taken as long as building the layers would,
+/// at the first batch, or by MakeLayers().
 class ShadowingCalculator {
  public:
-  /// Read the geometry from @p tables, for the run of these, and build the
-  /// model of every component.
+  /// Read the geometry from @p tables, for the run that these are set to, and
+  /// build the model of every component.
   ///
   /// A component whose tables cannot be read is off for the run: it never
-  /// blocks a path. ZARN::warn tells for each component whether it was loaded.
-  /// At the end all result flags but Shadowed are cleared and all tolerances
-  /// are 150 mm; the belly plates' grid has by then been laid with the
-  /// tolerance that stood before.
+  /// blocks a path. For each component ZARN::warn logs whether it was loaded.
+  /// At the end all result flags except Shadowed are cleared and all tolerances
+  /// are 150 mm; the grid on the belly plates is built before that, with the
+  /// tolerance from before the call.
   ///
-  /// @param tables  read during the call only
+  /// @param tables  read only during the call
   /// @throws ZARN::DBNotFoundError if a vessel radius is missing, before any
-  ///         component is loaded; and whatever else a loader lets pass. Lists
-  ///         that were not loaded again are then empty; flags and tolerances
-  ///         stay.
+  ///         component is loaded; and any other exception that a loader lets
+  ///         through. Lists that were not loaded again are then empty; result
+  ///         flags and tolerances keep their values.
   void BeginOfRun(const TableSet& tables);
   /// The same from ZARN::DB::Get().
   void BeginOfRun();
 
-  /// Store the tolerance of every component.
+  /// Set the tolerance of every component.
   ///
-  /// @param tolerance  mm, stored as it is, also where it is zero or negative.
-  ///                   The pipes' and the neck boss's tests read none. It is
-  ///                   also the number of grid divisions per plate side in the
-  ///                   next BeginOfRun.
+  /// @param tolerance  mm, any value, also zero or negative. The tests of the
+  ///                   pipes and of the neck boss do not use it. It is also the
+  ///                   number of grid divisions per plate side in the next
+  ///                   BeginOfRun.
   void SetAllGeometryTolerances(double tolerance);
 
-  /// Tell whether a component blocks the path, and remember which in the result
-  /// flags. The components are tested in the order of eShadowingComponent; the
-  /// first that blocks the path counts.
+  /// Tell whether a component blocks the path, and store which one in the
+  /// result flags. The components are tested in the order of
+  /// eShadowingComponent; the first one that blocks the path is reported.
   ///
   /// A path that is uninitialised, or whose type has an unknown name, never
-  /// throws: ZARN::warn tells of it, once for each test that cannot judge it.
-  /// Some tests find a path of unknown type blocked, as if it crossed the
-  /// vessel's centre.
+  /// throws: each test that cannot judge it logs to ZARN::warn. Some tests
+  /// report a path of unknown type as blocked, as if it crossed the centre of
+  /// the vessel.
   ///
   /// @param lightPath  a computed path. If its type has no name, an empty one
   ///                   is added to its LightPathTypeNames.
   bool CheckForShadowing(LightPathCalculator& lightPath);
 
-  /// The same verdict for a path record whose type goes by its own name,
-  /// without flags and messages. Thread-safe, also during a CheckForShadowing
-  /// of another thread, which writes only its flags.
+  /// The same verdict for a path record whose type has its default name,
+  /// without flags and messages. Thread-safe, also during CheckForShadowing on
+  /// another thread, which writes only the result flags.
   eShadowingComponent FindShadowing(const LightPath& path) const;
 
   /// FindShadowing for many paths.
   ///
   /// @param paths     records of @p count paths
   /// @param verdicts  @p count verdicts are written here
-  /// @param threads   on how many threads at most; verdicts are the same
+  /// @param threads   maximum number of threads; it does not change verdicts
   void FindShadowing(const LightPath* paths, std::size_t count,
                      eShadowingComponent* verdicts,
                      std::size_t threads = 1) const;
-  /// The same for paths that stand in columns.
+  /// The same for paths in columns.
   void FindShadowing(const LightPathArrays& paths, std::size_t count,
                      eShadowingComponent* verdicts,
                      std::size_t threads = 1) const;
 
-  /// Make the layers now, for callers that would rather pay before their first
-  /// path. Nothing where they are made, where another thread makes them, or
-  /// where there is no memory for them. Thread-safe, silent, never throws.
+  /// Build the layers now instead of while paths are judged. Does nothing if
+  /// they exist, if another thread is building them, or if there is not enough
+  /// memory. Thread-safe, writes no messages, never throws.
   void MakeLayers() const;
 
-  /// Leave layers out of the way to the verdicts, which stay the same: for
-  /// benchmarks and tests. Holds for this object, also for further runs.
+  /// Choose which layers are used, for benchmarks and tests; verdicts do not
+  /// change. Applies to this object, also in later runs.
   void UseLayers(const ShadowingLayers& layers);
 
-  /// Whether CheckForShadowing may write messages about a path whose type is
-  /// this one and goes by its own name: unusual types, any type while
-  /// ZARN::debug is on, and crossing paths in a geometry that the vector
-  /// library warns of.
+  /// Whether CheckForShadowing may write messages about a path of this type
+  /// under its default name: for unusual types, for any type while ZARN::debug
+  /// is on, and for paths that cross the vessel in a geometry about which
+  /// ROOT's vectors warn.
   bool WritesMessages(eLightPathType type) const;
 
-  // What the last CheckForShadowing found. At most one component's flag is set.
+  // Result of the last CheckForShadowing. At most one component's flag is set.
   bool IsShadowedByAVHDRope() const { return ShadowedByAVHDRope; }
   bool IsShadowedByBellyPlate() const { return ShadowedByBellyPlate; }
   bool IsShadowedByNCDAnchor() const { return ShadowedByNCDAnchor; }
@@ -113,11 +113,12 @@ class ShadowingCalculator {
   bool IsShadowedByNeckBoss() const { return ShadowedByNeckBoss; }
   bool IsShadowed() const { return Shadowed; }
 
-  /// The component whose flag is set; kNone where none is, so after BeginOfRun.
+  /// The component whose flag is set; kNone if none is, as after BeginOfRun.
   eShadowingComponent LastVerdict() const;
 
   /// The hardware of this run: models, tolerances and radii, for callers that
-  /// draw, fit or check. What a component that is off holds is not meaningful.
+  /// draw, fit or check. The model of a component that is off is not
+  /// meaningful.
   const Hardware& GetHardware() const { return Parts; }
 
   double GetAVHDRopeTolerance() const { return Parts.AVHDRopeTolerance; }
@@ -136,8 +137,9 @@ class ShadowingCalculator {
     return Parts.IsInfoLoaded(component);
   }
 
-  /// Whether a component's test runs: it is loaded, and has the items that its
-  /// test indexes unchecked. A test that does not run is silent.
+  /// Whether a component's test runs: the component is loaded and has the items
+  /// that its test indexes unchecked. A test that does not run writes no
+  /// messages.
   bool IsReady(eShadowingComponent component) const {
     return Parts.IsReady(component);
   }
@@ -179,13 +181,13 @@ class ShadowingCalculator {
   bool Shadowed = false;
 
   Hardware Parts;
-  // Whether the vector library may warn of a belly plate: true while a run is
-  // set up, and after a set-up that failed.
+  // Whether ROOT's vectors may warn about a belly plate; also true during
+  // BeginOfRun and after one that failed.
   bool PlatesMayWarn = false;
 
-  // Of Parts as they stand; none while a run is set up, and after a set-up that
-  // failed: then the formulas alone judge. Copies of the calculator share them
-  // until one of the copies changes its Parts.
+  // Built from the current Parts. Null during BeginOfRun and after one that
+  // failed; then only the formulas are used. Copies of the calculator share the
+  // layers until one of them changes its Parts.
   std::shared_ptr<LazyLayers> Layers;
   std::shared_ptr<const ShadowingLayers> WantedLayers;  // null: all
 };

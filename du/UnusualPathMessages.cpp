@@ -5,8 +5,8 @@
 namespace ZARN::DU {
 namespace {
 
-// Users search their logs for these texts, so the oddities stay: several tests
-// speak in the name of another one, and "light" stands twice.
+// Users search their logs for these texts, so their mistakes are intentional:
+// several tests print the name of another test, and "light" is repeated.
 
 const char* UninitialisedText(eShadowingComponent component) {
   switch (component) {
@@ -70,7 +70,7 @@ void WarnOfUnusualPath(eShadowingComponent component, ePathKind kind,
       break;
     case ePathKind::kMisspeltUninitialised:
     case ePathKind::kUnknown:
-      // One insertion: a newline within the name must not end the message.
+      // A single insertion: a newline in the name must not end the message.
       warn << UnknownText(component, name);
       break;
     case ePathKind::kOneCrossing:

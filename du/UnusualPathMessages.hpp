@@ -7,9 +7,9 @@
 
 namespace ZARN::DU {
 
-/// Write to ZARN::warn what a component's test says of a path that it did not
-/// find blocked and cannot judge: nothing for a computed type, and nothing
-/// where the test has no word for an unknown one.
+/// Log to ZARN::warn that a component's test cannot judge a path. To be called
+/// only if the test did not find the path blocked. Logs nothing for computed
+/// types, and nothing for unknown types if the test has no message for them.
 ///
 /// @param name  the name of the path's type, quoted in some messages
 void WarnOfUnusualPath(eShadowingComponent component, ePathKind kind,

@@ -7,9 +7,9 @@
 
 namespace ZARN::DU {
 
-/// What is known of the light from an event to a PMT: what blocks it, nothing,
-/// or why there is no light path. The numbers are stored in files; they never
-/// change.
+/// The result for the light from an event to a PMT: clear, the component that
+/// blocks it, or why there is no light path. The numbers are stored in files
+/// and must never change.
 enum class eVerdict : std::uint8_t {
   kClear = 0,
   kAVHDRope = 1,
@@ -20,17 +20,17 @@ enum class eVerdict : std::uint8_t {
   kNeckBoss = 6,
   kTotalReflection = 7,     ///< no path: the light is totally reflected
   kPMTNotInWater = 8,       ///< no path: the PMT does not lie in the water
-  kEventAtPMT = 9,          ///< no path: event and PMT are at one place
+  kEventAtPMT = 9,          ///< no path: event and PMT are at the same place
   kPositionNotFinite = 10,  ///< no path: a coordinate is not finite
-  kNoReflectedPath = 11     ///< in rows of reflected light only
+  kNoReflectedPath = 11     ///< only in rows of reflected light
 };
 
-/// The verdict on a path of which FindShadowing tells the component.
+/// The verdict for a result of FindShadowing.
 constexpr eVerdict VerdictOf(eShadowingComponent component) {
   return static_cast<eVerdict>(component);
 }
 
-/// Whether a verdict is on a light path; else there is none.
+/// Whether there is a light path at all.
 constexpr bool HasPath(eVerdict verdict) {
   return verdict < eVerdict::kTotalReflection;
 }
@@ -40,7 +40,7 @@ constexpr bool IsShadowed(eVerdict verdict) {
   return HasPath(verdict) && verdict != eVerdict::kClear;
 }
 
-/// The component that blocks the path; kNone where none does or there is none.
+/// The component that blocks the path; kNone if none does or there is no path.
 constexpr eShadowingComponent ComponentOf(eVerdict verdict) {
   return IsShadowed(verdict) ? static_cast<eShadowingComponent>(verdict)
                              : eShadowingComponent::kNone;
@@ -67,7 +67,7 @@ constexpr const char* NameOf(eVerdict verdict) {
   }
 }
 
-// A component is its own verdict, so its number must not be that of a reason.
+// A component has the same number as its verdict, so no reason may use it.
 static_assert(VerdictOf(eShadowingComponent::kNone) == eVerdict::kClear);
 static_assert(VerdictOf(eShadowingComponent::kAVHDRope) == eVerdict::kAVHDRope);
 static_assert(VerdictOf(eShadowingComponent::kSupportRope) ==
