@@ -2,18 +2,20 @@
 
 namespace ZARN::DU {
 
-/// How far beside a cell an azimuth may lie that AzimuthCell finds in it, in
-/// single precision, rad: the ascent below is right to 2 roundings, its place
-/// around the circle, below 4, and that in cells to 8 more, and one unit of it
-/// is up to 2 rad.
+/// How far outside its cell an azimuth can lie when AzimuthCell is evaluated in
+/// single precision, rad. The ascent below has an error of 2 roundings.
+/// Converting it to a position around the circle (below 4) and then to cells
+/// adds up to 8 more. One unit of it is up to 2 rad.
 inline constexpr double kAzimuthCellError = 20 * 0x1p-24;
 
-/// The cell of an azimuth among @p n around the z axis, n / 4 = @p perUnit.
+/// The cell that contains an azimuth, among @p n cells around the z axis.
 ///
-/// In place of the angle itself, which costs an arc tangent, the cells divide
-/// y / (|x| + |y|), which grows with it through each half turn.
+/// The cells are equal steps of y / (|x| + |y|), which is monotonic in the
+/// angle over each half turn and needs no arc tangent.
 ///
-/// @param x,y  not both zero
+/// @param x,y      not both zero
+/// @param perUnit  n / 4
+///
 template <class Real>
 [[gnu::always_inline]] inline int AzimuthCell(Real x, Real y, Real perUnit,
                                               int n) {

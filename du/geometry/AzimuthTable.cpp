@@ -8,13 +8,14 @@
 namespace ZARN::DU {
 namespace {
 
-/// A stretch of azimuth in cells from the first one; may reach past both ends.
+/// A range of azimuth in units of cells; may extend past both ends of the
+/// table.
 struct CellRange {
   double first;
   double last;
 };
 
-/// Where an azimuth from 0 to 2 pi lies, in cells: whole turns are kept.
+/// The position of an azimuth in units of cells. Whole turns are kept.
 double CellsAt(double phi, int cells) {
   const double turns = std::floor((phi + kHalfPi) / kTwoPi);
   const double x = std::cos(phi);
@@ -28,7 +29,7 @@ CellRange CellsAround(double phi, double halfWidth, int cells) {
   return {CellsAt(phi - halfWidth, cells), CellsAt(phi + halfWidth, cells)};
 }
 
-/// Call @p work with every cell that lies in the range, around the circle.
+/// Call @p work with each cell in the range, wrapping around the circle.
 template <class Work>
 void ForEachCell(double first, double last, int cells, const Work& work) {
   for (double at = first; at <= last && at < first + cells; ++at) {

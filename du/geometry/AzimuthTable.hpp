@@ -9,20 +9,20 @@
 
 namespace ZARN::DU {
 
-/// What stands around the z axis: each item blocks a range of azimuths.
+/// A range of azimuths that an item around the z axis, such as a rope, blocks.
 struct AzimuthRange {
   double phi;        ///< middle, rad
-  double halfWidth;  ///< rad; below 0: nothing, above pi: all
-  /// Whether all in the range is blocked, or it only may be.
+  double halfWidth;  ///< rad; < 0: nothing, > pi: everything
+  /// Whether all of the range is blocked, or only may be.
   bool isSure;
 };
 
-/// Tells for azimuths whether some range blocks them.
+/// Tells whether an azimuth is blocked by one of several ranges.
 ///
-/// A cell says kBlocks where one range blocks all of it, kClear where none
-/// reaches into it, and else kUnsure, with the ranges that may block some of
-/// it. Ranges are widened and narrowed by kMargin, so an azimuth that was
-/// computed with an error below it gets no wrong answer.
+/// A cell is kBlocks if one range blocks all of it, kClear if no range overlaps
+/// it, and otherwise kUnsure, with a list of the ranges that may block part of
+/// it. Ranges are widened and narrowed by kMargin, so an azimuth with an error
+/// below kMargin gets no wrong answer.
 class AzimuthTable {
  public:
   /// Covers the errors of a crossing's azimuth in single precision, of its cell
@@ -30,7 +30,7 @@ class AzimuthTable {
   static constexpr double kMargin = 3e-4;
 
   AzimuthTable() : AzimuthTable({}, 1) {}
-  /// @param cells  their number: a multiple of 4, or 1
+  /// @param cells  number of cells: a multiple of 4, or 1
   AzimuthTable(const std::vector<AzimuthRange>& ranges, int cells);
 
   int Cells() const { return static_cast<int>(answers_.size()); }
@@ -47,7 +47,7 @@ class AzimuthTable {
     return answers_[static_cast<std::size_t>(cell)];
   }
 
-  /// The ranges, by their index, that may block some of an unsure cell.
+  /// Indexes of the ranges that may block part of an unsure cell.
   const std::uint32_t* BeginCandidates(int cell) const {
     return candidates_.data() + begins_[static_cast<std::size_t>(cell)];
   }
@@ -57,7 +57,7 @@ class AzimuthTable {
 
  private:
   std::vector<eAnswer> answers_;
-  std::vector<std::uint32_t> begins_;  // of every cell in candidates_, and end
+  std::vector<std::uint32_t> begins_;  // of each cell in candidates_, and end
   std::vector<std::uint32_t> candidates_;
 };
 

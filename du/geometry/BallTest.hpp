@@ -15,12 +15,12 @@ struct Ball {
   double radius;
 };
 
-/// A test of single points that can be put to all points of a ball at once.
+/// A test of single points that can be applied to all points of a ball at once.
 ///
-/// What is tested against are entries in a list, of which one suffices to
-/// block. An item stands for one of them, or for several that stand side by
-/// side; for points that are also in a larger ball only those items count that
-/// the answer for that one left open.
+/// The test compares with the entries of a list; one entry is enough to block.
+/// An item is one entry or several adjacent ones. For points that also lie in a
+/// larger ball, only the items that the answer for the larger ball left open
+/// matter.
 class BallTest {
  public:
   using Items = std::vector<std::uint32_t>;
@@ -30,18 +30,19 @@ class BallTest {
   BallTest& operator=(const BallTest&) = default;
   virtual ~BallTest() = default;
 
-  /// Items that stand for all entries; none if the test has no entries.
+  /// Items that cover all entries; empty if the test has no entries.
   virtual Items AllItems() const = 0;
 
-  /// What the test says of every point in @p ball, and in a larger one that
-  /// left the items @p items open: kBlocks or kClear if surely the same of all.
+  /// The answer for every point that lies both in @p ball and in a larger ball
+  /// whose answer left @p items open: kBlocks or kClear if it surely is the
+  /// same for all of them.
   ///
-  /// @param open  where the answer is unsure, items that suffice to decide for
-  ///              these points; else anything
+  /// @param open  if the answer is kUnsure, items that are enough to decide for
+  ///              these points; otherwise unspecified
   virtual eAnswer Judge(const Ball& ball, const Items& items,
                         Items& open) const = 0;
 
-  /// Append the entries behind items that were left open to a list.
+  /// Append the entries of @p items to @p list.
   virtual void AppendEntries(const Items& items, StretchLists& list) const = 0;
 };
 

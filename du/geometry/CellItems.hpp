@@ -9,11 +9,12 @@
 
 namespace ZARN::DU {
 
-/// Which entries of a list belong to a cell, for a few of many cells: a bit for
-/// every cell, and for those that are set some stretches of the list.
+/// Which entries of a list belong to a cell, if only a few of many cells have
+/// entries: one bit per cell, and for each cell whose bit is set some stretches
+/// of the list.
 class CellItems {
  public:
-  /// The stretches of a cell, for a loop over them.
+  /// The stretches of a cell, for range-based for.
   struct View {
     const Stretch* first;
     const Stretch* last;
@@ -23,15 +24,16 @@ class CellItems {
   };
 
   CellItems() = default;
-  /// @param cells  their number
-  /// @param ofCells  for some cells, each at most once and in any order, which
-  ///                 stretches belong to it
-  /// @param stretches  of the list
+  /// @param cells  number of cells
+  /// @param ofCells  the stretches of some cells, each cell at most once, in
+  ///                 any order
+  /// @param stretches  all stretches, to which @p ofCells refers
   CellItems(std::size_t cells,
             const std::vector<std::pair<std::uint32_t, Stretch>>& ofCells,
             std::vector<Stretch> stretches);
 
-  /// What belongs to a cell that is one of those; nothing for a default one.
+  /// The stretches of a cell that the constructor was given; empty if its
+  /// Stretch was a default one.
   View Of(std::size_t cell) const {
     const Stretch mine = ofCells_[PlaceOf(cell)];
     const Stretch* const all = stretches_.data();
@@ -43,14 +45,14 @@ class CellItems {
   static constexpr std::size_t kBits = 64;
   struct Word {
     std::uint64_t bits = 0;
-    std::uint32_t before = 0;  // how many are set in the words before
+    std::uint32_t before = 0;  // number of bits set in all words before
   };
 
-  /// The place of a cell among those that are set.
+  /// The index of a cell among those whose bit is set.
   std::size_t PlaceOf(std::size_t cell) const;
 
   std::vector<Word> words_;
-  std::vector<Stretch> ofCells_;  // of stretches_, in the order of the cells
+  std::vector<Stretch> ofCells_;  // ranges of stretches_, in cell order
   std::vector<Stretch> stretches_;
 };
 

@@ -4,47 +4,51 @@
 
 namespace ZARN::DU {
 
-/// How right a crossing is, and the bands outside which it is that right.
+/// Error bounds of a crossing, and the bands outside which they hold.
 ///
-/// VectorToCylinderEdge, through cosine, arc cosine and tangent, and the
-/// algebra below are the same in exact arithmetic. Both round; the errors are
-/// those of both together. u is the algebra's rounding, 2^-53 or 2^-24; the
-/// formula's is always 2^-53, and single precision rounds the path first. s^2
-/// is the squared radius and the squared distance of the start from the axis
-/// together. A radius is 1 mm or more, so what underflows does not matter
-/// beside it.
+/// VectorToCylinderEdge, which uses cosine, arc cosine and tangent, and the
+/// algebra below give the same result in exact arithmetic. Both round; the
+/// bounds cover the errors of both together. u is the rounding error of the
+/// algebra, 2^-53 or 2^-24; that of the formula is always 2^-53. In single
+/// precision the path is rounded first. s^2 is the sum of the squared radius
+/// and the squared distance of the start from the axis. The radius is at least
+/// 1 mm, so underflow is negligible.
 ///
-/// 1. Under the square root stands D = radius^2 - aside^2, which is up to s^2.
-///    The formula's cosine is right to 11 u (scalar product 2, lengths and
-///    quotient 5, arc cosine and cosine 4), and D to 25 u s^2. The algebra's D
-///    is right to 5 u s^2, of a rounded path to 9 u s^2. Together this is 30 u
-///    s^2 in double and 9 u s^2 in single precision.
-/// 2. The root is right to half of that over sqrt(kLeastD) s: 1.7e-12 s and
-///    8.5e-6 s. With up to 20 further roundings the way is right to kWayError
-///    s.
-/// 3. The place is right to that times the length of the direction, which is
-///    below sqrt(2). It is sqrt(kLeastEdge2) s or more from the axis, so its
-///    azimuth is right to kAzimuthError.
-/// 4. The near crossing may be taken for the far one where that is nearer than
-///    kWayError s to the start: kWayBand keeps away from there.
-/// 5. Whether way * tangent is above a limit is asked as
-///    way^2 sin^2 > limit^2 cos^2. The cosine is right to kAzimuthError, and
-///    its square to twice that. The square of the way is right to 2 way times
-///    its error, below sqrt(2) kWayError (way^2 + s^2). HeightBand is at least
-///    3 times the sum.
-/// 6. Seen from the centre the crossing's direction also depends on its height.
-///    The way's error is multiplied by the tangent, and so is that of the
-///    angle; both together turn the direction by up to 1.21 kAzimuthError times
-///    the tangent. kLeastCosine2InSpace limits the tangent to 1,000, in single
-///    precision to 100. A small angle of the formula comes from an arc cosine
-///    and is right to 5e-8 only, which a way of up to kLongestWay distances
-///    from the axis makes 2.5e-7. All of this is below kSpaceError.
+/// 1. The square root is taken of D = radius^2 - aside^2, which is at most s^2.
+///    The error of the formula's cosine is at most 11 u (scalar product 2,
+///    lengths and quotient 5, arc cosine and cosine 4), and so that of its D at
+///    most 25 u s^2. The error of the algebra's D is at most 5 u s^2, of a
+///    rounded path 9 u s^2. Together this is 30 u s^2 in double and 9 u s^2 in
+///    single precision.
+/// 2. The error of the root is at most half of that over sqrt(kLeastD) s:
+///    1.7e-12 s and 8.5e-6 s. With up to 20 further roundings the error of the
+///    way, which is the distance from the start to the crossing, is at most
+///    kWayError s.
+/// 3. The error of the crossing's position is at most that times the length of
+///    the direction, which is below sqrt(2). The crossing is at least
+///    sqrt(kLeastEdge2) s away from the axis, so the error of its azimuth is at
+///    most kAzimuthError.
+/// 4. The near crossing can be taken for the far one if the far one is less
+///    than kWayError s away from the start. kWayBand excludes these cases.
+/// 5. Whether way * tangent exceeds a limit is tested as way^2 sin^2 > limit^2
+///    cos^2. The error of the cosine is at most kAzimuthError, and that of its
+///    square twice that. The error of the squared way is at most 2 way times
+///    the error of the way, which is below sqrt(2) kWayError (way^2 + s^2).
+///    HeightBand is at least 3 times the sum.
+/// 6. Seen from the centre, the direction of the crossing also depends on its
+///    height. The error of the way is multiplied by the tangent, and so is that
+///    of the angle; both together rotate the direction by up to 1.21
+///    kAzimuthError times the tangent. kLeastCosine2InSpace limits the tangent
+///    to 1,000, in single precision to 100. If the formula's angle is small, it
+///    comes from an arc cosine with an error of up to 5e-8; over a way of up to
+///    kLongestWay times the distance from the axis this becomes 2.5e-7. All of
+///    these are below kSpaceError.
 ///
-/// kLeastCosine2 keeps from the formula's jump: exactly square to the crossing
-/// the height is kept, one bit beside it is huge. kLeastFlat2 keeps from a
-/// division by zero.
+/// kLeastCosine2 excludes the discontinuity of the formula: a direction exactly
+/// perpendicular to the crossing adds no height, and one bit away from that the
+/// height is huge. kLeastFlat2 excludes a division by zero.
 ///
-/// Measured by CylinderCrossingTest, on lines at every limit:
+/// Measured by CylinderCrossingTest, with lines at each of these limits:
 ///
 /// |               | double  | single  |
 /// |---------------|---------|---------|
@@ -56,17 +60,17 @@ struct CrossingBands;
 
 template <>
 struct CrossingBands<double> {
-  static constexpr double kWayError = 2e-12;      // of s
+  static constexpr double kWayError = 2e-12;      // times s
   static constexpr double kAzimuthError = 3e-10;  // rad
   static constexpr double kSpaceError = 4e-7;     // rad
 
-  static constexpr double kLeastD = 1e-6;        // of s^2
-  static constexpr double kLeastEdge2 = 1e-4;    // distance^2 from the axis
+  static constexpr double kLeastD = 1e-6;        // times s^2
+  static constexpr double kLeastEdge2 = 1e-4;    // times s^2, of the crossing
   static constexpr double kLeastFlat2 = 1e-6;    // sin^2 of the polar angle
-  static constexpr double kLeastCosine2 = 1e-6;  // to the crossing
+  static constexpr double kLeastCosine2 = 1e-6;  // direction to crossing
   static constexpr double kLeastCosine2InSpace = kLeastCosine2;
-  static constexpr double kLongestWay = 5.0;  // in space, of the distance
-  static constexpr double kWayBand = 1e-11;   // of s
+  static constexpr double kLongestWay = 5.0;  // in space, times distance
+  static constexpr double kWayBand = 1e-11;   // times s
   static constexpr double kHeightBand = 1e-8;
 };
 
@@ -85,7 +89,7 @@ struct CrossingBands<float> {
   static constexpr float kHeightBand = 2e-3F;
 };
 
-/// Whether steps 3 to 5 hold.
+/// Whether the bands satisfy steps 3 to 5.
 template <class Real>
 constexpr bool AreBandsWideEnough() {
   using Bands = CrossingBands<Real>;
@@ -97,36 +101,35 @@ constexpr bool AreBandsWideEnough() {
 }
 static_assert(AreBandsWideEnough<double>() && AreBandsWideEnough<float>());
 
-/// Where a line leaves a cylinder around the z axis, as VectorToCylinderEdge
-/// has it without a shift, or an unsure answer.
+/// Where a line leaves a cylinder around the z axis: the result of
+/// VectorToCylinderEdge without a shift, or an unsure answer.
 template <class Real>
 struct CylinderCrossing {
   bool isSure;
   Real x;         ///< mm
   Real y;         ///< mm
   Real across2;   ///< squared distance from the start, in the plane, times the
-                  ///< squared sine between the crossing and the direction
-  Real along2;    ///< the squared cosine between them, in the same unit
-  Real along;     ///< in the sign of the cosine
+                  ///< squared sine of the angle between crossing and direction
+  Real along2;    ///< squared cosine of that angle, in the same unit
+  Real along;     ///< has the sign of the cosine
   Real scale;     ///< the unit: squared lengths of the crossing and direction
   Real way2;      ///< squared distance from the start, in the plane
   Real largest2;  ///< s^2 of CrossingBands
 
-  /// Above the horizon, mm; where the crossing is sure.
+  /// Height above z = 0, mm; valid if isSure.
   [[gnu::always_inline]] Real Height() const {
     return SquareRoot(across2 / (isSure ? along2 : Real(1))) *
            (along < 0 ? Real(-1) : Real(1));
   }
 };
 
-/// Straight-line code without branches: called for one path in double precision
-/// and, in loops that the compiler turns into vector operations, for many in
-/// single precision.
+/// Find the crossing. Code without branches: called in double precision for one
+/// path, and in single precision for many, in loops that the compiler
+/// vectorises.
 ///
 /// @param px,py     start, mm
-/// @param vx,vy,vz  direction; unsure unless its squared length is from 0.5 to
-/// 2
-/// @param radius2   the squared radius, mm^2, 1 to 1e10
+/// @param vx,vy,vz  direction; unsure unless its squared length is 0.5 to 2
+/// @param radius2   squared radius, mm^2, 1 to 1e10
 template <class Real>
 [[gnu::always_inline]] inline CylinderCrossing<Real> CrossCylinder(
     Real px, Real py, Real vx, Real vy, Real vz, Real radius2) {
@@ -137,8 +140,8 @@ template <class Real>
   const Real toward = px * vx + py * vy;
   const Real aside = px * vy - py * vx;
   const Real largest2 = radius2 + start2;
-  // All of this times the length of the flattened direction, which divides
-  // once, below.
+  // All of these are multiplied by the length of the flattened direction; the
+  // one division by it follows below.
   const Real discriminant = radius2 * flat2 - aside * aside;
   const bool isMissed = discriminant < 0;
   const Real root = SquareRoot(isMissed ? Real(0) : discriminant);
@@ -154,7 +157,7 @@ template <class Real>
   const Real turn = x * vy - y * vx;
   const Real edge2 = x * x + y * y;
   const Real scale = edge2 * length2;
-  // Where there is no way there is no height, whatever the direction.
+  // A line that misses has no way, and so no height, whatever its direction.
   const Real along2 = isMissed ? scale : along * along;
   const Real way2 = t * t * flat2;
   const Real sizeOfDiscriminant = isMissed ? -discriminant : discriminant;
@@ -170,7 +173,7 @@ template <class Real>
           largest2};
 }
 
-/// By how much the two sides of the height's comparison may be wrong.
+/// Bound on the error of the two sides of the comparisons below.
 template <class Real>
 [[gnu::always_inline]] inline Real HeightBand(
     const CylinderCrossing<Real>& crossing, Real limit2) {
@@ -180,8 +183,8 @@ template <class Real>
          crossing.scale;
 }
 
-/// Whether the crossing's height, up or down, surely is above a limit: no rope
-/// reaches there.
+/// Whether the crossing is surely farther from z = 0 than a limit: no rope
+/// reaches it.
 ///
 /// @param limit2  the squared limit, mm^2
 template <class Real>
@@ -190,7 +193,7 @@ template <class Real>
   return crossing.isSure & (crossing.across2 - limit2 * crossing.along2 >
                             HeightBand(crossing, limit2));
 }
-/// Whether it surely is not above: a rope may be there.
+/// Whether it is surely not farther, so that a rope may be there.
 template <class Real>
 [[gnu::always_inline]] inline bool IsWithinHeight(
     const CylinderCrossing<Real>& crossing, Real limit2) {

@@ -5,21 +5,19 @@
 namespace ZARN::DU {
 
 /// Bands around the limits below, outside which an answer is sure. Formula and
-/// algebra both round; u is the algebra's rounding, 2^-53 or 2^-24, and single
-/// precision rounds the path first.
+/// algebra both round; u is the rounding error of the algebra, 2^-53 or 2^-24.
+/// In single precision the path is rounded first.
 ///
-/// 1. A comparison of squares here, and one of lengths in the formula, are
-/// right
-///    to 13 u of the radius^2, in single precision to 8 u: kSide is wide for
-///    what follows.
-/// 2. The root in PassageOf, of end^2 (start^2 - radius^2), is right to 3 u
-/// start
-///    end / sqrt(kSide) where the start is outside, and the formula's cosine of
-///    the angle under which the cylinder's half is seen to 5 * 2^-53 /
-///    sqrt(kSide).
-///    Their sum, and some 30 roundings of the products and the angle between
-///    the points, are 2.9e-11 start end, in single precision 8e-6: kPassing is
-///    at least 12 times that.
+/// 1. The comparison of squares here and that of lengths in the formula have an
+///    error of at most 13 u radius^2, in single precision 8 u radius^2. kSide
+///    is much wider, because it also limits the errors in step 2.
+/// 2. The root in PassageOf is that of end^2 (start^2 - radius^2). If the start
+///    is outside, its error is at most 3 u start end / sqrt(kSide), and that of
+///    the formula's cosine, of the angle under which half of the cylinder is
+///    seen, at most 5 * 2^-53 / sqrt(kSide). Their sum, with about 30 roundings
+///    of the products and of the angle between the points, is 2.9e-11 start
+///    end, in single precision 8e-6 start end. kPassing is at least 12 times
+///    that.
 template <class Real>
 struct SideBands;
 template <>
@@ -35,8 +33,8 @@ struct SideBands<float> {
 
 /// Whether a point surely lies inside a cylinder around the z axis.
 ///
-/// @param distance2  of the point from the axis, squared
-/// @param radius2    of the cylinder, squared
+/// @param distance2  squared distance of the point from the axis
+/// @param radius2    squared radius of the cylinder
 template <class Real>
 [[gnu::always_inline]] inline bool IsInside(Real distance2, Real radius2) {
   return distance2 < radius2 * (Real(1) - SideBands<Real>::kSide);
@@ -48,18 +46,19 @@ template <class Real>
 }
 
 /// A path between two points outside a cylinder, seen from above. It can meet
-/// the cylinder where the angle between the points is smaller than the one
-/// under which the first sees the cylinder's half.
+/// the cylinder if the angle between the points, seen from the axis, is smaller
+/// than the angle under which half of the cylinder is seen from the first
+/// point.
 template <class Real>
 struct Passage {
-  /// By how much the cosine of the first angle is larger than that of the
-  /// second; times the distances of both points from the axis, as the band is.
+  /// Cosine of the first angle minus cosine of the second, times the distances
+  /// of both points from the axis; band has the same factor.
   Real excess;
   Real band;
 };
 
 /// @param start2,end2  squared distances of the points from the axis
-/// @param product      of the points in the plane
+/// @param product      scalar product of the points in the plane
 template <class Real>
 [[gnu::always_inline]] inline Passage<Real> PassageOf(Real start2, Real end2,
                                                       Real product,
@@ -73,7 +72,7 @@ template <class Real>
 [[gnu::always_inline]] inline bool IsMeeting(const Passage<Real>& passage) {
   return passage.excess > passage.band;
 }
-/// Whether it surely passes beside it.
+/// Whether it surely misses the cylinder.
 template <class Real>
 [[gnu::always_inline]] inline bool IsPassingBeside(
     const Passage<Real>& passage) {

@@ -2,8 +2,8 @@
 
 namespace ZARN::DU {
 
-/// Whether an operation writes what it notices: crossings that miss to
-/// ZARN::debug, zero vectors through ROOT's own warning. Results are the same.
+/// Whether an operation writes messages: about crossings that miss to
+/// ZARN::debug, about zero vectors as a warning of ROOT. Results are the same.
 enum class eDiagnostics { kWritten, kSilent };
 
 }  // namespace ZARN::DU

@@ -2,11 +2,12 @@
 
 namespace ZARN::DU {
 
-/// numerator / denominator as IEEE 754 has it: a zero denominator gives an
+/// numerator / denominator as IEEE 754 defines it: a zero denominator gives an
 /// infinity or NaN.
 ///
-/// Tables may hold zero radii. The formulas then go on with an infinite angle,
-/// which is meant, so this one function is exempt from the sanitizer's check.
+/// Tables may contain zero radii. The formulas then intentionally continue with
+/// an infinite angle, so this one function is exempt from the sanitizer's
+/// check.
 #if defined(__clang__) || defined(__GNUC__)
 __attribute__((no_sanitize("float-divide-by-zero")))
 #endif
