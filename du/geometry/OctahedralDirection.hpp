@@ -7,7 +7,7 @@
 
 namespace ZARN::DU {
 
-/// The unit vector at a place of the square.
+/// The unit vector of a place of the square.
 inline Point DirectionAt(double u, double v) {
   const double z = 1.0 - std::abs(u) - std::abs(v);
   const double x = z < 0 ? (u < 0 ? -1.0 : 1.0) * (1.0 - std::abs(v)) : u;

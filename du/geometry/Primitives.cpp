@@ -45,8 +45,8 @@ TVector3 VectorToCylinderEdge(const TVector3& startPos,
   const TVector3 edge = VectorToSphereEdge(start, Flattened(direction), radius,
                                            false, diagnostics);
   const double alpha = edge.Unit().Angle(direction);
-  // Only a direction exactly square to the edge keeps its height: there is no
-  // band around pi/2, one bit beside it the tangent is very large.
+  // Only a direction exactly perpendicular to the edge adds no height. There is
+  // no band around pi/2: one bit away from it the tangent is very large.
   const double dz =
       alpha == kHalfPi ? 0.0 : (edge - start).Mag() * std::tan(alpha);
   TVector3 crossing = edge + shift;

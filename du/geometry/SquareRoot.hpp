@@ -2,10 +2,10 @@
 
 namespace ZARN::DU {
 
-// The filters' functions are always inlined, and call no function of the
-// standard library that might not be: batch kernels are compiled for several
-// processors, and the linker keeps one copy of a function that is not inlined,
-// perhaps the one that this processor cannot run.
+// The functions of the filters are always inlined, and call no function of the
+// standard library that might not be. Batch kernels are compiled for several
+// processors; if a function is not inlined, the linker keeps only one copy of
+// it, which may be one that this processor cannot run.
 
 [[gnu::always_inline]] inline double SquareRoot(double x) {
   return __builtin_sqrt(x);

@@ -2,15 +2,17 @@
 
 namespace ZARN::DU {
 
-/// The number by which a squared distance tells what the distance itself would:
+/// The limit for squared distances that is equivalent to the limit @p reach for
+/// distances:
 ///
 ///     a < SquaredReach(reach)  exactly where  std::sqrt(a) < reach
 ///
-/// for every a >= 0, as a double and with the square root rounded to nearest.
-/// No guard band is needed: the square root of IEEE 754 grows with its
-/// argument, so there is one number at which the comparison turns.
+/// for every double a >= 0, with the square root rounded to nearest. No guard
+/// band is needed: the square root of IEEE 754 is monotonic, so the comparison
+/// changes at exactly one number.
 ///
-/// @param reach  any; nothing is below one that is not above 0, or NaN
+/// @param reach  any value; if it is NaN or not above 0, no distance is below
+///               it
 double SquaredReach(double reach);
 
 }  // namespace ZARN::DU

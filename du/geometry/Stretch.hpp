@@ -4,12 +4,12 @@
 
 namespace ZARN::DU {
 
-/// A few entries of a list that stand side by side, in four bytes: lists of
-/// them are most of what a map of fine hardware takes.
+/// A few adjacent entries of a list, in four bytes: lists of stretches are most
+/// of the memory of a map of fine hardware.
 class Stretch {
  public:
   static constexpr std::uint32_t kMostEntries = 127;
-  /// No entry of a stretch stands there or behind.
+  /// Every stretch begins before this entry.
   static constexpr std::uint32_t kEnd = 1U << 25U;
 
   Stretch() = default;

@@ -8,14 +8,14 @@
 
 namespace ZARN::DU {
 
-/// Lists of entries, end to end, each as the fewest stretches that hold them.
+/// Lists of entries, one after another, each stored as few stretches.
 class StretchLists {
  public:
-  /// @param most  how many stretches there may be in all
+  /// @param most  maximum number of stretches in all lists
   explicit StretchLists(std::size_t most = 0) : most_(most) {}
 
-  /// Append entries, which are not before those appended last, to the list
-  /// that is not yet ended.
+  /// Append entries to the current list. They must not come before those
+  /// appended last.
   void Append(std::uint32_t begin, std::uint32_t end) {
     if (begin > end_ + kMostBetween || begin_ == end_) {
       Keep();
@@ -24,12 +24,12 @@ class StretchLists {
     end_ = end;
   }
 
-  /// End the list.
+  /// End the current list.
   ///
-  /// @return which of the stretches it is; none if there was no room for them
+  /// @return the range of All() that it takes; empty if there was no room
   Stretch EndList();
 
-  /// Of all lists.
+  /// The stretches of all lists.
   const std::vector<Stretch>& All() const { return all_; }
 
  private:
@@ -40,9 +40,9 @@ class StretchLists {
 
   std::size_t most_;
   std::vector<Stretch> all_;
-  std::size_t list_ = 0;  // where the one that is not ended begins
+  std::size_t list_ = 0;  // where the current list begins
   bool isTooLong_ = false;
-  std::uint32_t begin_ = 0;  // of the last stretch, which may yet grow
+  std::uint32_t begin_ = 0;  // of the last stretch, which can still grow
   std::uint32_t end_ = 0;
 };
 
