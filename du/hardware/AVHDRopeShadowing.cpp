@@ -10,7 +10,8 @@
 namespace ZARN::DU {
 namespace {
 
-/// Where a path meets the rope cylinder, tested against the vertical ropes.
+/// Tests the points where a path meets the rope cylinder against the vertical
+/// ropes.
 class VerticalRopes {
  public:
   VerticalRopes(const AVHDRopeModel& model, double tolerance,
@@ -51,7 +52,7 @@ bool IsOnSurfaceRope(const AVHDRopeModel& model, double tolerance,
                      const TVector3& point) {
   const double reach = model.AVHDRopeRadius + tolerance;
   const auto& points = model.AVHDRopeSurfacePoints;
-  // Lists are counted in single precision throughout this system.
+  // Intentional: all lists are counted in single precision.
   for (float k = 0; static_cast<float>(points.size()) > k; k += 1.0F) {
     if (reach > (point - points[static_cast<std::size_t>(k)]).Mag()) {
       return true;

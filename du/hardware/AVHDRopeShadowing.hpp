@@ -10,12 +10,13 @@
 
 namespace ZARN::DU {
 
-/// Whether the model has what the test reads without looking: an end point and
-/// the template up to P4. (A run without a rope has no end point.)
+/// Whether the model has the items that the test indexes unchecked: an end
+/// point, and the template up to P4. (A run without ropes has no end point.)
 bool HasAVHDRopes(const AVHDRopeModel& model);
 
-/// Tell whether a point has the azimuth of a vertical rope: whether its angle,
-/// seen from the centre, to an end point of some rope is strictly below
+/// Tell whether a point has the azimuth of a vertical rope: whether its angle
+/// to an end point of a rope, seen from the centre, is strictly below
+/// @p angleTolerance, rad.
 /// @p angleTolerance, rad.
 ///
 /// @param point  where a path meets the rope cylinder, mm; flattened, since the
@@ -24,13 +25,13 @@ bool HasAVHDRopes(const AVHDRopeModel& model);
 bool IsAtAVHDRope(const AVHDRopeModel& model, const TVector3& point,
                   double angleTolerance);
 
-/// The end points to which IsAtAVHDRope measures the angles, mm.
+/// The end points that IsAtAVHDRope measures angles to, mm.
 std::vector<TVector3> AVHDRopeEnds(const AVHDRopeModel& model);
 
-/// Where the vertical ropes stand. @pre HasAVHDRopes(model)
+/// The cylinder and height of the vertical ropes. @pre HasAVHDRopes(model)
 RopeCylinderLimits LimitsOfAVHDRopes(const AVHDRopeModel& model);
 
-/// How near in angle to a vertical rope a crossing is blocked, rad.
+/// The angle to a vertical rope below which a crossing is blocked, rad.
 /// @pre HasAVHDRopes(model)
 double AVHDRopeAngleTolerance(const AVHDRopeModel& model, double tolerance);
 
@@ -43,9 +44,9 @@ bool IsAtVerticalAVHDRope(const AVHDRopeModel& model, double tolerance,
 /// Tell whether a hold-down rope blocks a path.
 ///
 /// A water segment that starts at or above the end of the ropes is tested
-/// against the surface points, by distance; one that starts below, and a path
-/// wholly in water, against the vertical ropes where it meets their cylinder,
-/// by azimuth. All limits are strict.
+/// against the surface points, by distance. A segment that starts below, and a
+/// path wholly in water, is tested against the vertical ropes at the point
+/// where it meets their cylinder, by azimuth. All limits are strict.
 ///
 /// @param tolerance  added to the rope's radius, mm
 /// @pre HasAVHDRopes(model)

@@ -17,8 +17,8 @@ TVector3 PointBetween(const TVector3& a, const TVector3& b, double fraction) {
   return a + (d.Mag() * fraction) * d.Unit();
 }
 
-/// One rope over the top of the vessel, and the arcs of the ring that join it
-/// to the rope opposite.
+/// One rope over the top of the vessel, and the arcs of the ring that connect
+/// it to the opposite rope.
 class SurfaceRope {
  public:
   SurfaceRope(const std::vector<TVector3>& positions, double roll,
@@ -33,9 +33,9 @@ class SurfaceRope {
         walker2_(t2_),
         walker3_(t3_),
         arcHalfWidth_(t2_.Angle(t3Opposite_)) {
-    // The ends of the rope opposite are not used further; but like this rope's
-    // ends they are put on the sphere, so that ROOT warns of an end at the
-    // centre once for each of the two.
+    // The ends of the opposite rope are not used later. Like the ends of this
+    // rope they are still moved onto the sphere, so that ROOT warns about an
+    // end at the centre once for each of the two ropes.
     TVector3 t4Opposite = Rotated(t4_, kPi);
     TVector3 t1Opposite = Rotated(t1_, kPi);
     for (TVector3* const end : {&t1_, &t4_, &t4Opposite, &t1Opposite}) {
@@ -48,8 +48,8 @@ class SurfaceRope {
 
   /// Append up to six points at a fraction of the ring and of each stretch.
   ///
-  /// The arcs' walkers turn on from sample to sample: each turn starts from the
-  /// rounding of the one before, so the order of the calls counts.
+  /// The walkers are rotated from sample to sample. Each rotation starts from
+  /// the rounded result of the one before, so the order of the calls matters.
   void AppendSamples(double f, std::vector<TVector3>& points) {
     const double phi = kTwoPi * f;
     walker2_.SetPhi(phi);
@@ -63,7 +63,7 @@ class SurfaceRope {
   }
 
  private:
-  /// A walker counts only between the two points that its arc joins.
+  /// A walker is used only between the two points that its arc connects.
   void AppendIfOnArc(const TVector3& walker, const TVector3& from,
                      const TVector3& to, std::vector<TVector3>& points) const {
     if (walker.Angle(from) < arcHalfWidth_ &&
@@ -98,8 +98,9 @@ void AppendSurfacePoints(SurfaceRope& rope, std::vector<TVector3>& points) {
   }
 }
 
-/// Append 99 points of each leg, the two legs in turn. The steps are single
-/// precision, and so are the points' last digits.
+/// Append 99 points of each leg, alternating between the two legs. The steps
+/// are computed in single precision, which shows in the last digits of the
+/// points.
 void AppendLegPoints(const std::vector<TVector3>& positions, double roll,
                      std::vector<TVector3>& points) {
   const TVector3 a0 = Rotated(positions[0], roll);
@@ -148,7 +149,7 @@ void LoadAVHDRopeInfo(const TableSet& tables, AVHDRopeModel& model,
   auto& rolls = model.AVHDRopeRolls;
   for (double& roll : rolls) roll /= kDegreesPerRadian;
 
-  // Lists are counted in single precision throughout this system.
+  // Intentional: all lists are counted in single precision.
   const auto count = static_cast<float>(rolls.size());
   for (float i = 0; i < count; i += 1.0F) {
     const double roll = rolls[static_cast<std::size_t>(i)];

@@ -7,28 +7,28 @@
 
 namespace ZARN::DU {
 
-/// The hold-down ropes: copies of one template rope, each turned about the z
+/// The hold-down ropes: copies of one template rope, each rotated about the z
 /// axis by its roll angle. Over the top of the vessel they lie on its outer
-/// surface; below their end points they run down as vertical lines. Lengths in
-/// mm, angles in rad.
+/// surface; below their end points they run straight down. Lengths in mm,
+/// angles in rad.
 struct AVHDRopeModel {
-  /// The template rope: P0 and P5 its feet, P1 and P4 its end points, where it
-  /// leaves the vessel, P2 and P3 the points where it meets the ring around the
-  /// neck. Further points are kept and not used.
+  /// The template rope: P0 and P5 are its feet, P1 and P4 its end points, where
+  /// it leaves the vessel, P2 and P3 the points where it meets the ring around
+  /// the neck. Further points are kept but not used.
   std::vector<TVector3> AVHDRopePositions;
   std::vector<double> AVHDRopeRolls;
   /// P1 and P4 of every rope, in the order of the rolls.
   std::vector<TVector3> AVHDRopeEndPoints;
   /// Samples of the ropes on the outer vessel sphere, in the order of the
-  /// rolls: 2000 of each rope's stretches and those of the ring's arcs beside
-  /// it.
+  /// rolls: for each rope 2000 along the rope, and those along the adjacent
+  /// arcs of the ring.
   std::vector<TVector3> AVHDRopeSurfacePoints;
   /// 198 samples of each rope's two legs. The test does not read them; they are
   /// kept for callers that draw or fit.
   std::vector<TVector3> AVHDRopeLegPoints;
   double AVHDRopeRadius = 0.0;
 
-  /// Empty all lists, keeping their storage; the radius stays.
+  /// Clear all lists but keep their memory; the radius does not change.
   void Clear();
 };
 
@@ -37,7 +37,7 @@ struct AVHDRopeModel {
 /// and append end points, surface points and leg points of every rope.
 ///
 /// @param outerAVRadius  radius of the sphere that carries the ropes, mm
-/// @param avNeckRadius   radius of the neck that they pass, mm
+/// @param avNeckRadius   radius of the neck, around which they run, mm
 /// @throws ZARN::DBNotFoundError for a missing entry or field, or, after all
 ///         reads, for a template of fewer than six points; what was read stays
 ///         in the model

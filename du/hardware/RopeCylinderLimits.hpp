@@ -2,10 +2,10 @@
 
 namespace ZARN::DU {
 
-/// Where ropes stand: a cylinder about the z axis, and up to which height.
+/// The cylinder around the z axis on which ropes stand, and their height.
 struct RopeCylinderLimits {
   double radius;  ///< mm
-  double height;  ///< up and down, mm
+  double height;  ///< above and below z = 0, mm
 };
 
 }  // namespace ZARN::DU

@@ -14,9 +14,9 @@ namespace ZARN::DU {
 /// The ropes that carry the vessel: vertical lines around it, two from each
 /// anchor location. Lengths in mm.
 struct SupportRopeModel {
-  /// Foot of every rope: for each location it is turned forward in azimuth by
-  /// the spread of the pair, then back. The first one gives the radius of the
-  /// rope cylinder and the height below which nothing is tested.
+  /// Foot of every rope: for each location rotated forward in azimuth by the
+  /// spread of the pair, then back. The first foot gives the radius of the rope
+  /// cylinder and the height below which nothing is tested.
   std::vector<TVector3> SupportRopePositions;
   /// 99 samples up every rope. The test does not read them; they are kept for
   /// callers that draw or fit.
@@ -24,7 +24,7 @@ struct SupportRopeModel {
   double SupportRopeRadius = 0.0;
   double SupportRopeLength = 0.0;
 
-  /// Empty both lists, keeping their storage; the sizes stay.
+  /// Clear both lists but keep their memory; the sizes do not change.
   void Clear();
 };
 
@@ -39,18 +39,19 @@ struct SupportRopeModel {
 void LoadSupportRopeInfo(const TableSet& tables, SupportRopeModel& model,
                          double outerAVRadius);
 
-/// Whether the model has what the test reads without looking: a rope.
+/// Whether the model has the item that the test indexes unchecked: a rope.
 bool HasSupportRopes(const SupportRopeModel& model);
 
-/// Where the ropes stand. @pre HasSupportRopes(model)
+/// The cylinder and height of the ropes. @pre HasSupportRopes(model)
 RopeCylinderLimits LimitsOfSupportRopes(const SupportRopeModel& model);
 
-/// How far from the centre the ropes' top is: so high, up and down, a path in
-/// water that has no end inside the rope cylinder is tested, mm.
+/// Distance of the top of the ropes from the centre, mm: up to this height,
+/// above and below z = 0, a path in water without an end inside the rope
+/// cylinder is tested.
 /// @pre HasSupportRopes(model)
 double SupportRopeTopDistance(const SupportRopeModel& model);
 
-/// How near in angle to a rope a crossing is blocked, rad.
+/// The angle to a rope below which a crossing is blocked, rad.
 /// @pre HasSupportRopes(model)
 double SupportRopeAngleTolerance(const SupportRopeModel& model,
                                  double tolerance);
@@ -62,13 +63,13 @@ bool IsAtSupportRope(const SupportRopeModel& model, double tolerance,
 /// Tell whether a support rope blocks a path.
 ///
 /// A water segment that starts strictly above the first rope's foot is followed
-/// to the rope cylinder; it is blocked there if the crossing is not above the
-/// ropes and its azimuth is that of a rope. A path wholly in water with one end
-/// inside the cylinder is followed to its crossing likewise; one with both ends
-/// outside is tested against the hold-down ropes, with the tolerance of the
-/// support ropes. All limits are strict.
+/// to the rope cylinder. It is blocked there if the crossing is not above the
+/// ropes and has the azimuth of a rope. A path wholly in water with one end
+/// inside the cylinder is followed to its crossing in the same way. One with
+/// both ends outside is tested against the hold-down ropes, with the tolerance
+/// of the support ropes. All limits are strict.
 ///
-/// @param holdDownRopes  may be empty: then the last case is never blocked
+/// @param holdDownRopes  may be empty; then the last case is never blocked
 /// @param tolerance      added to the rope's radius, mm
 /// @pre HasSupportRopes(model)
 bool CheckForSupportRopeShadowing(

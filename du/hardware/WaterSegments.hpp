@@ -12,7 +12,7 @@ namespace ZARN::DU {
 /// What the component tests distinguish about a path.
 enum class ePathKind {
   kOneCrossing,   ///< leaves the vessel once: one water segment
-  kTwoCrossings,  ///< from the water over the vessel, through or off it: two
+  kTwoCrossings,  ///< from water through the vessel, or reflected by it: two
   kWater,         ///< wholly in water, between its two ends
   kUninitialised,
   /// Named "LightPath Uninitialised", without the space of the real name. Only
@@ -21,16 +21,17 @@ enum class ePathKind {
   kUnknown  ///< any other name; its segments are zero vectors
 };
 
-/// A stretch of a path in water: a point on it and a direction, unset ones
-/// zero.
+/// A part of a path in water: a point on it and a direction; zero vectors if
+/// unset.
 struct WaterSegment {
   TVector3 point;
   TVector3 direction;
 };
 
-/// A stretch of a path in water, without copies: a point and a direction of the
-/// path, taken as it stands (sense 1) or back (-1). With sense 0 the stretch is
-/// not there, whatever its point and direction are; its copy is zero vectors.
+/// A part of a path in water, without copies: a point and a direction of the
+/// path, which is taken as it is (sense 1) or reversed (-1). With sense 0 there
+/// is no such part, whatever point and direction are; its copy has zero
+/// vectors.
 struct SegmentView {
   const TVector3& point;
   const TVector3& direction;
@@ -77,7 +78,7 @@ struct ShapeIn {
   Vector Path::*secondPoint;
 };
 
-/// The shapes by eLightPathType.
+/// The shapes, indexed by eLightPathType.
 template <class Path, class Vector>
 inline constexpr std::array<ShapeIn<Path, Vector>, kNumberOfLightPathTypes>
     kShapesIn = {{
@@ -95,20 +96,20 @@ using PathShape = ShapeIn<LightPath, TVector3>;
 inline constexpr PathShape kUnknownShape = {ePathKind::kUnknown, nullptr,
                                             nullptr};
 
-/// The shape that the tests give to a type of this name; names are compared
+/// The shape that the tests use for a type with this name; names are compared
 /// exactly.
 const PathShape& ShapeOfName(const std::string& name);
 
-/// The shape of a type under its own name (kLightPathTypeNames); kUnknown for a
-/// type that has none.
+/// The shape of a type with its default name (kLightPathTypeNames); kUnknown
+/// for a type without one.
 inline const PathShape& ShapeOfType(eLightPathType type) {
   return type >= 0 && type < kNumberOfLightPathTypes
              ? kShapesIn<LightPath, TVector3>[static_cast<std::size_t>(type)]
              : kUnknownShape;
 }
 
-/// The shape of a type that goes by some name: ShapeOfName, found with one
-/// comparison where the name is the type's own.
+/// The shape of a type with a given name: that of ShapeOfName, but found with
+/// one comparison if it is the default name of the type.
 inline const PathShape& ShapeOfTypeNamed(eLightPathType type,
                                          const std::string& name) {
   return type >= 0 && type < kNumberOfLightPathTypes &&
@@ -148,7 +149,7 @@ WaterSegments SegmentsOf(const LightPath& path, const PathShape& shape);
 /// are read.
 WaterSegments SegmentsOf(const LightPathArrays& paths, std::size_t i);
 
-/// Segments that were copied, as views.
+/// Views of water segments.
 inline WaterSegmentViews ViewsOf(const WaterSegments& segments) {
   return {segments.kind,
           {segments.first.point, segments.first.direction, 1.0},
