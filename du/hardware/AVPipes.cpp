@@ -26,7 +26,7 @@ constexpr std::array<Pipe, 7> kPipes = {{
     {"av_pipe-labr", &AVPipeModel::AVPipeLABRPositions},
 }};
 
-/// Append 51 points from @p a to @p b, in steps of 2 % of the way.
+/// Append 51 points from @p a to @p b, in steps of 2 % of the distance.
 void SampleStretch(const TVector3& a, const TVector3& b,
                    std::vector<TVector3>& points) {
   const TVector3 d = b - a;
@@ -57,7 +57,7 @@ void LoadAVPipeInfo(const TableSet& tables, AVPipeModel& model) {
     }
   }
 
-  // Lists are counted in single precision throughout this system.
+  // Intentional: all lists are counted in single precision.
   for (float i = 0; i < static_cast<float>(kPipes.size()); i += 1.0F) {
     const auto& line = model.*kPipes[static_cast<std::size_t>(i)].positions;
     float j = 0;

@@ -25,7 +25,7 @@ struct AVPipeModel {
   double AVPipeRadius = 0.0;
   double AVPipeLABSRadius = 0.0;
 
-  /// Empty all lists, keeping their storage; the radii stay.
+  /// Clear all lists but keep their memory; the radii do not change.
   void Clear();
 };
 
@@ -36,9 +36,10 @@ struct AVPipeModel {
 ///         a pipe without a point; what was read stays in the model
 void LoadAVPipeInfo(const TableSet& tables, AVPipeModel& model);
 
-/// Tell whether a path is blocked by the pipes: its first crossing lies within
-/// a band of azimuth around 90 degrees, wider towards the top of the vessel.
-/// The loaded pipes play no part, nor does a second crossing.
+/// Tell whether the pipes block a path: whether its first crossing lies within
+/// a fixed band of azimuth around 90 degrees, which is wider towards the top of
+/// the vessel. The positions of the loaded pipes are not used, nor is a second
+/// crossing.
 bool CheckForAVPipeShadowing(const WaterSegments& path);
 
 /// Whether the pipes block a path whose first crossing is at @p point.

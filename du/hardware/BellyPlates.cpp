@@ -12,7 +12,7 @@
 namespace ZARN::DU {
 namespace {
 
-/// A plate's extent, as its centre and the half height give it.
+/// The extent of a plate, from its centre and half height.
 struct PlateFrame {
   PlateFrame(const TVector3& centre, double halfHeight,
              eDiagnostics diagnostics)
@@ -28,8 +28,8 @@ struct PlateFrame {
   double phiStart;  ///< azimuth of one edge, rad
 };
 
-/// Make room for the grids of some plates, unless they are so large that it may
-/// not be there.
+/// Reserve memory for the grids of all plates, unless they are so large that
+/// there may not be enough.
 void ReserveGrids(double n, std::size_t plates, std::vector<TVector3>& points) {
   constexpr double kMost = 1e7;
   const double side = std::ceil(n);
@@ -37,8 +37,8 @@ void ReserveGrids(double n, std::size_t plates, std::vector<TVector3>& points) {
   if (n > 0.0 && count < kMost) points.reserve(static_cast<std::size_t>(count));
 }
 
-/// Lay n x n points over a plate, none where n is not above 0. Its far edges
-/// are not reached.
+/// Append n x n points that cover a plate except its far edges; none unless n
+/// is above 0.
 void AppendGrid(const PlateFrame& frame, double n, double halfHeight,
                 std::vector<TVector3>& points) {
   std::vector<TVector3> steps;
@@ -62,11 +62,12 @@ bool IsWithinAPlate(TVector3 point, const BellyPlateModel& model,
     return false;
   }
   const auto& plates = model.BellyPlatePositions;
-  // Lists are counted in single precision throughout this system.
+  // Intentional: all lists are counted in single precision.
   for (float k = 0; static_cast<float>(plates.size()) > k; k += 1.0F) {
     const TVector3& plate = plates[static_cast<std::size_t>(k)];
     const BellyPlateEdges edges(plate, model, band, diagnostics);
-    // At the height of the plate's centre only the azimuth counts.
+    // At the height of the plate's centre the angle depends only on the
+    // azimuth.
     point.SetZ(plate.Z());
     const double alpha = point.Angle(plate);
     if (edges.left > alpha && edges.right > alpha) return true;

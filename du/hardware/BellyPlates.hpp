@@ -18,7 +18,7 @@ struct BellyPlateModel {
   std::vector<TVector3> BellyPlateGridPoints;
   double BellyPlateHalfHeight = 0.0;
 
-  /// Empty both lists, keeping their storage; the half height stays.
+  /// Clear both lists but keep their memory; the half height does not change.
   void Clear();
 };
 
@@ -26,9 +26,9 @@ struct BellyPlateModel {
 /// GEO/inner_av belly_plate_locations, from GEO_LOCATIONS; append the grid.
 ///
 /// @param tolerance  the number of grid divisions per plate side: the belly
-///                   plate tolerance as it stands while the run is set up,
-///                   which is the previous run's. None or fewer: no grid; a
-///                   fraction counts as one more.
+///                   plate tolerance when the run is set up, which is that of
+///                   the previous run. 0 or less: no grid; a fraction is
+///                   rounded up.
 /// @throws ZARN::DBNotFoundError for a missing entry or field; what was read
 ///         stays in the model
 void LoadBellyPlateInfo(const TableSet& tables, BellyPlateModel& model,
@@ -54,7 +54,7 @@ struct BellyPlateEdges {
 };
 
 /// Tell whether a path crosses the vessel through a plate, at either of its
-/// crossings: strictly within the height band and the azimuthal half-width,
+/// crossings: strictly within the height band and the half-width in azimuth,
 /// both widened by the tolerance. Paths wholly in water never do; a path of
 /// unknown type is judged at the origin.
 ///
@@ -65,8 +65,8 @@ bool CheckForBellyPlateShadowing(
     const WaterSegments& path,
     eDiagnostics diagnostics = eDiagnostics::kWritten);
 
-/// Whether the vector library warns when a path is tested against the plates:
-/// one of them, or an edge of it, is at the vessel's centre.
+/// Whether ROOT's vectors warn when a path is tested against the plates: if a
+/// plate, or an edge of one, is at the vessel's centre.
 bool WarnsOfZeroVectors(const BellyPlateModel& model);
 
 }  // namespace ZARN::DU

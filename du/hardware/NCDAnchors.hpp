@@ -14,7 +14,7 @@ struct NCDAnchorModel {
   double NCDAnchorHalfZ = 0.0;   ///< the radius of the spheres
   double NCDAnchorRadius = 0.0;  ///< as loaded; the test does not read it
 
-  /// Empty the list, keeping its storage; the sizes stay.
+  /// Clear the list but keep its memory; the sizes do not change.
   void Clear();
 };
 

@@ -8,8 +8,8 @@
 
 namespace ZARN::DU {
 
-/// The hardware that can block a light path, in the order of testing: of
-/// several components that block a path, the first one counts. The numbers are
+/// The hardware that can block a light path, in the order of testing: if
+/// several components block a path, the first one is reported. The numbers are
 /// stored in files of verdicts (eVerdict).
 enum class eShadowingComponent : std::uint8_t {
   kNone,  ///< the path is not blocked
@@ -21,7 +21,7 @@ enum class eShadowingComponent : std::uint8_t {
   kNeckBoss
 };
 
-/// How many components there are.
+/// The number of components.
 inline constexpr std::size_t kNumberOfComponents =
     static_cast<std::size_t>(eShadowingComponent::kNeckBoss);
 
@@ -52,10 +52,10 @@ template <class Test, std::size_t... kIndices>
 }
 
 /// The first component, in the order of testing, that a test finds blocking;
-/// kNone where it finds none. Later components are not asked.
+/// kNone if it finds none. Later components are not tested.
 ///
 /// @param test  called with the ComponentConstant of one component after the
-///              other; gives a bool
+///              other; returns a bool
 template <class Test>
 [[gnu::always_inline]] inline eShadowingComponent FirstComponentThat(
     const Test& test) {
