@@ -8,8 +8,8 @@
 namespace ZARN::DU {
 namespace {
 
-/// How far from 90 degrees of azimuth the bands reach at a polar angle, both in
-/// degrees.
+/// The half-width of the bands around 90 degrees of azimuth at a polar angle,
+/// both in degrees.
 double BandHalfWidth(double theta) {
   if (theta < 30.0) return 15.0;
   return theta < 120.0 ? 10.0 : 5.0;
@@ -19,8 +19,9 @@ double BandHalfWidth(double theta) {
 
 eAnswer AVPipeBands::Judge(const Ball& ball, const Items& /*items*/,
                            Items& /*open*/) const {
-  // In mm, for coordinates up to 1e5, which are rounded by 1e-11, and for the
-  // quotients below. In degrees, for two arc tangents and an arc sine: 1e-13.
+  // In mm: for coordinates up to 1e5, with a rounding error of 1e-11, and for
+  // the quotients below. In degrees: for two arc tangents and an arc sine, with
+  // an error of 1e-13.
   constexpr double kRounding = 1e-6;
   const double radius = ball.radius + kRounding;
   const TVector3 centre = AsTVector3(ball.centre);
@@ -34,7 +35,7 @@ eAnswer AVPipeBands::Judge(const Ball& ball, const Items& /*items*/,
         kDegreesPerRadian * std::asin(radius / fromAxis) + kRounding;
     const double fromMiddle = std::abs(
         std::remainder(kDegreesPerRadian * centre.Phi() - 90.0, 360.0));
-    // The bands grow narrower downwards.
+    // The bands get narrower towards the bottom.
     const double widest = BandHalfWidth(theta - spread);
     const double narrowest = BandHalfWidth(theta + spread);
     if (fromMiddle + phiSpread < narrowest) return eAnswer::kBlocks;

@@ -5,32 +5,33 @@
 #include "du/geometry/CylinderSide.hpp"
 #include "du/geometry/OctahedralPlace.hpp"
 
-// Compiled once for each kind of processor, under another name of the result
-// (ZARN_KERNEL). The loops have no branches and no calls, so the compiler turns
-// them into operations on as many paths as the processor's registers hold; all
-// of them make the same roundings, path by path.
+// Compiled once for each kind of processor; ZARN_KERNEL names the result. The
+// loops have no branches and no calls, so the compiler vectorises them for as
+// many paths as the registers of the processor hold. All versions round in the
+// same way, path by path.
 
 namespace ZARN::DU {
 namespace {
 
 using Crossing = CylinderCrossing<float>;
 
-/// The place of an answer: that of a rope table where the crossing is as low as
-/// the ropes, else one that no table gives.
+/// The index of an answer: one of a rope table if the crossing is as low as the
+/// ropes, else one outside the tables.
 [[gnu::always_inline]] inline int RopeAt(const BatchGeometry& geometry,
                                          const Crossing& crossing,
                                          float height2, int table, int none) {
   const bool isLow = IsWithinHeight(crossing, height2);
   const bool isHigh = IsAboveHeight(crossing, height2);
-  // A cell is found for every path; where none is wanted, of a harmless place.
+  // The cell is computed for every path; if it is not needed, from a harmless
+  // position.
   const int cell = AzimuthCell(
       isLow ? crossing.x : 1.0F, isLow ? crossing.y : 0.0F,
       static_cast<float>(geometry.azimuthCells) / 4.0F, geometry.azimuthCells);
   return isLow ? table + cell : isHigh ? none : geometry.open;
 }
 
-// Both loops work on a copy of the geometry: what lies behind a reference could
-// change with every result that is written.
+// The loops use a copy of the geometry: the compiler must assume that writing a
+// result changes what is behind a reference.
 
 void Cross(const BatchGeometry& geometry, CrossingBlock& block,
            std::size_t count) {
@@ -52,8 +53,8 @@ void Cross(const BatchGeometry& geometry, CrossingBlock& block,
     const float z = block.pointZ.at[i];
     const bool isBelowEnds = z < g.belowEnds;
     const bool isAboveFeet = z > g.aboveFeet;
-    // Near a limit, or between both kinds of ropes, it is not known which
-    // count.
+    // Near a limit, or where both kinds of ropes are possible, it is not known
+    // which ones to test.
     const bool isKnown = (isBelowEnds | (z > g.aboveEnds)) &
                          (isAboveFeet | (z < g.belowFeet)) &
                          !(isBelowEnds & isAboveFeet);
@@ -71,8 +72,8 @@ void Cross(const BatchGeometry& geometry, CrossingBlock& block,
   }
 }
 
-/// The hold-down ropes, by their own test and as the support ropes' test sees
-/// them: with other limits on the same cylinder.
+/// The hold-down ropes, in their own test and in the test of the support ropes,
+/// which uses the same cylinder with other limits.
 void PassHoldDownRopes(const BatchGeometry& geometry, WaterBlock& block,
                        std::size_t count) {
   const BatchGeometry g = geometry;
@@ -129,8 +130,8 @@ void PassHoldDownRopes(const BatchGeometry& geometry, WaterBlock& block,
   }
 }
 
-/// The support ropes, where one end is inside their cylinder; where both are
-/// outside, the hold-down ropes as they see them.
+/// The support ropes if one end is inside their cylinder; if both ends are
+/// outside, the hold-down ropes as the support ropes' test uses them.
 void PassSupportRopes(const BatchGeometry& geometry, WaterBlock& block,
                       std::size_t count) {
   const BatchGeometry g = geometry;

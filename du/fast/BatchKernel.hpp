@@ -6,11 +6,10 @@
 
 namespace ZARN::DU {
 
-// This header goes into code that is compiled for several processors: it holds
-// no function, and includes nothing that does.
+// This header is included by code that is compiled for several processors, so
+// it has no functions and includes no header that has.
 
-/// How many paths are taken at a time: all that belongs to them stays in the
-/// first cache.
+/// The number of paths in a block. All their data stays in the level 1 cache.
 inline constexpr std::size_t kBatchPaths = 256;
 
 template <class Number, std::size_t kCount>
@@ -18,7 +17,8 @@ struct alignas(64) Lane {
   Number at[kCount];  // NOLINT(*-avoid-c-arrays): std::array is a function call
 };
 
-/// Water segments at the vessel, in single precision, and what is found.
+/// Water segments that start at the vessel, in single precision, and the
+/// results for them.
 struct CrossingBlock {
   static constexpr std::size_t kMost = 2 * kBatchPaths;
   template <class Number>
@@ -26,11 +26,11 @@ struct CrossingBlock {
 
   Values<float> pointX, pointY, pointZ;
   Values<float> directionX, directionY, directionZ;
-  Values<int> cell;  ///< of the shadow map's codes
-  Values<int> rope;  ///< of the rope answers
+  Values<int> cell;  ///< index into the shadow map
+  Values<int> rope;  ///< index of a rope answer
 };
 
-/// Paths in water, in single precision, and what is found.
+/// Paths in water, in single precision, and the results for them.
 struct WaterBlock {
   static constexpr std::size_t kMost = kBatchPaths;
   template <class Number>
@@ -39,38 +39,39 @@ struct WaterBlock {
   Values<float> startX, startY;
   Values<float> endX, endY;
   Values<float> directionX, directionY, directionZ;
-  /// Of the rope answers: of the hold-down ropes' test, where the path enters
-  /// their cylinder and leaves it, and the same of the support ropes' test.
+  /// Indexes of rope answers: of the hold-down ropes' test, where the path
+  /// enters their cylinder and where it leaves it, and the same of the support
+  /// ropes' test.
   Values<int> entered, left, seenEntered, seenLeft;
 };
 
-/// What the kernels know of a geometry.
+/// What the kernels need of a geometry.
 struct BatchGeometry {
-  float lowest2;  ///< of the map's shell
+  float lowest2;  ///< squared radii of the map's shell, mm^2
   float highest2;
   int mapCells;  ///< along a side
-  int offMap;    ///< the cell for points off the shell
+  int offMap;    ///< the cell for points outside the shell
 
   /// Heights that decide which ropes a segment can meet, each with a margin for
   /// single precision to both sides.
   float belowEnds, aboveEnds;
   float belowFeet, aboveFeet;
 
-  /// Where the ropes stand, and up to which height they are tested, squared;
-  /// NaN, which leaves everything open, where algebra cannot judge it. The
-  /// hold-down ropes are seen by their own test and by the support ropes' one.
+  /// Squared radii of the rope cylinders, and squared heights up to which the
+  /// tests look. NaN, which leaves everything open, if algebra cannot judge the
+  /// ropes. The hold-down ropes are also seen by the support ropes' test.
   float ropesRadius2, supportRadius2;
   float holdDownHeight2, supportHeight2, seenHeight2;
-  float lowestSine, highestSine;  ///< of the hold-down ropes seen in space
+  float lowestSine, highestSine;  ///< of seenInSpaceTable
 
   int azimuthCells;
-  /// Where the rope answers of each table begin.
+  /// The index of the first rope answer of each table.
   int holdDownTable, supportTable, seenTable, seenInSpaceTable;
-  /// The answers that no table gives.
+  /// The indexes of the answers outside the tables.
   int noRope, noRopeBelow, open;
 };
 
-/// The work on a block; one set for each kind of processor.
+/// The functions that process a block; one set for each kind of processor.
 struct BatchKernel {
   void (*cross)(const BatchGeometry& geometry, CrossingBlock& block,
                 std::size_t count);

@@ -11,8 +11,8 @@ using eComponent = eShadowingComponent;
 
 constexpr float kInfinity = std::numeric_limits<float>::infinity();
 
-/// A number in single precision that is surely lower, or higher, also after the
-/// rounding of what it is compared with.
+/// A number in single precision that is surely lower, or higher, even if the
+/// number that it is compared with is rounded.
 float Lower(double value) {
   return static_cast<float>(value - kSinglePrecisionBand *
                                         std::max(1.0, std::abs(value)));
@@ -22,13 +22,13 @@ float Higher(double value) {
                                         std::max(1.0, std::abs(value)));
 }
 
-/// The square of a limit of a filter, or NaN where it judges nothing.
+/// The square of a limit of a filter, or NaN if the filter judges nothing.
 float SquareOrNaN(const VerticalRopeFilter& filter, double square) {
   return filter.Radius2() > 0.0 ? static_cast<float>(square)
                                 : std::numeric_limits<float>::quiet_NaN();
 }
 
-/// The verdict of the answers that @p answerOf(component) gives.
+/// The verdict from the answers of all components.
 template <class AnswerOf>
 BatchVerdict FirstAmong(const AnswerOf& answerOf) {
   for (const eComponent component : kShadowingComponents) {
@@ -44,7 +44,7 @@ BatchVerdict FirstAmong(const AnswerOf& answerOf) {
   return BatchVerdictOf(eComponent::kNone);
 }
 
-/// What a component does to a segment that crosses the vessel.
+/// The answer of a component for a segment that crosses the vessel.
 eAnswer AnswerAtCrossing(eComponent component, RopeAnswer ropes,
                          ShadowMap::Code code, bool isFirst) {
   const auto mapped = [&](eMappedTest test) {
@@ -85,8 +85,8 @@ BatchTables::BatchTables(const ShadowingFilter& filter) {
   MakeWaterVerdicts(filter);
 }
 
-/// Where the ropes begin and end. Those of a component that is off are never
-/// met.
+/// Set the heights at which ropes begin and end. Ropes of a component that is
+/// off are never met.
 void BatchTables::SetHeights(const ShadowingFilter& filter) {
   BatchGeometry& g = geometry_;
   g.belowEnds = g.aboveEnds = -kInfinity;
@@ -141,8 +141,8 @@ int BatchTables::Append(RopeAnswer answer) {
   return static_cast<int>(ropes_.size()) - 1;
 }
 
-/// Append the answers of the ropes' azimuth table. One of fewer cells, of ropes
-/// that are not there, is stretched.
+/// Append the answers of the ropes' azimuth table. The table of missing ropes
+/// has fewer cells; it is filled up with its first one.
 int BatchTables::Append(const VerticalRopeFilter& ropes, bool isBelowEnds) {
   const AzimuthTable& table = ropes.Ropes().Table();
   const auto begin = static_cast<int>(ropes_.size());

@@ -16,7 +16,7 @@
 namespace ZARN::DU {
 
 /// A batch's verdict on a segment or path: a number of eShadowingComponent, or
-/// kOpenVerdict where the filter has to be asked.
+/// kOpenVerdict if the filter has to decide.
 using BatchVerdict = std::uint8_t;
 inline constexpr BatchVerdict kOpenVerdict = 255;
 static_assert(kNumberOfComponents < kOpenVerdict);
@@ -25,9 +25,9 @@ constexpr BatchVerdict BatchVerdictOf(eShadowingComponent component) {
   return static_cast<BatchVerdict>(component);
 }
 
-/// The verdict on a path by those on its two segments: the component that is
-/// tested first. Each component is tested for both segments before the next, so
-/// an open segment leaves the path open.
+/// The verdict on a path from those on its two segments: the component that is
+/// tested first. Each component is tested on both segments before the next one,
+/// so an open segment leaves the path open.
 constexpr BatchVerdict EarlierOf(BatchVerdict first, BatchVerdict second) {
   constexpr BatchVerdict kNone = BatchVerdictOf(eShadowingComponent::kNone);
   if (first == kOpenVerdict || second == kOpenVerdict) return kOpenVerdict;
@@ -36,15 +36,14 @@ constexpr BatchVerdict EarlierOf(BatchVerdict first, BatchVerdict second) {
   return first < second ? first : second;
 }
 
-/// What is known of the vertical ropes that a segment can meet. Where it starts
-/// below the hold-down ropes' ends these are the hold-down ropes, else the
-/// support ropes.
+/// What is known about the vertical ropes that a segment can meet: the
+/// hold-down ropes if it starts below their ends, else the support ropes.
 class RopeAnswer {
  public:
-  /// How many different ones there are.
+  /// The number of different values.
   static constexpr std::size_t kCount = 8;
 
-  /// Of ropes that are not known.
+  /// For unknown ropes.
   constexpr RopeAnswer() : code_(kNotKnown) {}
   constexpr RopeAnswer(eAnswer answer, bool isBelowEnds)
       : code_(static_cast<std::uint8_t>(static_cast<unsigned>(answer) |
@@ -59,9 +58,10 @@ class RopeAnswer {
 
   std::size_t Code() const { return code_; }
   bool IsBelowEnds() const { return (code_ & kBelowEnds) != 0; }
-  /// The answer's number, or one more where the ropes are not known.
+  /// The number of the answer; kNotKnown if it is not known which ropes to
+  /// test.
   std::size_t AnswerNumber() const { return code_ & kAnswer; }
-  /// Whether it is known which ropes count.
+  /// Whether it is known which ropes to test.
   bool IsKnown() const { return AnswerNumber() != kNotKnown; }
   eAnswer Answer() const {
     return IsKnown() ? static_cast<eAnswer>(AnswerNumber()) : eAnswer::kUnsure;
@@ -76,20 +76,20 @@ class RopeAnswer {
 };
 
 /// By how much a number of a geometry is moved, relative to it and at least by
-/// this, mm or mm^2, so that a comparison in single precision holds. The
-/// squared distance of a crossing has 5 roundings there, two of them of the
-/// path, and the limit one: 3.6e-7.
+/// this, mm or mm^2, so that a comparison in single precision is safe. A
+/// crossing's squared distance has 5 roundings there, two of them of the path,
+/// and the limit has one: 3.6e-7.
 inline constexpr double kSinglePrecisionBand = 1e-6;
 
-/// What a batch takes from a filter: numbers for its kernels, and small tables
-/// that turn what they find into verdicts.
+/// What a batch needs of a filter: numbers for its kernels, and small tables
+/// that turn their results into verdicts.
 class BatchTables {
  public:
   explicit BatchTables(const ShadowingFilter& filter);
 
   const BatchGeometry& Geometry() const { return geometry_; }
 
-  /// What is known at a place that a kernel found.
+  /// The rope answer with an index that a kernel found.
   RopeAnswer RopesAt(int place) const {
     const auto i = static_cast<std::size_t>(place);
     ZARN_ASSERT(i < ropes_.size(), place, ropes_.size());
@@ -98,7 +98,7 @@ class BatchTables {
 
   /// The verdict on a segment that crosses the vessel.
   ///
-  /// @param isFirst  of its path: the pipes count
+  /// @param isFirst  of its path: only this one is tested against the pipes
   BatchVerdict OnCrossing(RopeAnswer ropes, ShadowMap::Code code,
                           bool isFirst) const {
     return (isFirst ? firstVerdicts_ : secondVerdicts_)[ropes.Code()][code];
@@ -115,7 +115,7 @@ class BatchTables {
   }
 
  private:
-  // By RopeAnswer and ShadowMap::Code.
+  // Indexed by RopeAnswer and ShadowMap::Code.
   using CrossingVerdicts =
       std::array<std::array<BatchVerdict, 256>, RopeAnswer::kCount>;
 
@@ -130,8 +130,8 @@ class BatchTables {
   BatchGeometry geometry_ = {};
   std::vector<RopeAnswer> ropes_;         // the azimuth tables, end to end
   CrossingVerdicts firstVerdicts_ = {};   // of a path's first segment
-  CrossingVerdicts secondVerdicts_ = {};  // the pipes do not count
-  // By the four answers of a WaterBlock, two bits of AnswerNumber each.
+  CrossingVerdicts secondVerdicts_ = {};  // of its second: no pipes
+  // Indexed by the four answers of a WaterBlock, two bits of AnswerNumber each.
   std::array<BatchVerdict, 256> waterVerdicts_ = {};
 };
 

@@ -5,7 +5,8 @@
 
 namespace ZARN::DU {
 
-/// The written formulas for one path, silently: what a filter leaves open.
+/// The formulas for one path, without messages: they decide what a filter
+/// leaves open.
 struct HardwareFormulas {
   /// Whether a component blocks the path.
   [[gnu::always_inline]] bool operator()(eShadowingComponent component) const {

@@ -8,8 +8,8 @@ namespace ZARN::DU {
 
 eAnswer NeckBossCap::Judge(const Ball& ball, const Items& /*items*/,
                            Items& /*open*/) const {
-  // For two arc tangents, right to 1e-15, and an arc sine whose argument is
-  // rounded, which near 1 moves it by up to 3e-9; rad.
+  // For two arc tangents, with an error of 1e-15, and an arc sine whose
+  // argument is rounded, which near 1 changes it by up to 3e-9; rad.
   constexpr double kRounding = 1e-8;
   const TVector3 centre = AsTVector3(ball.centre);
   const double distance = centre.Mag();

@@ -10,8 +10,8 @@
 
 namespace ZARN::DU {
 
-// Paths in records and paths in columns, with the same members: what works on
-// many paths is a template and takes either. Neither owns the paths.
+// Paths in records and paths in columns, with the same members, so that
+// templates accept either. Neither owns the paths.
 
 class PathsInRecords {
  public:
@@ -20,7 +20,7 @@ class PathsInRecords {
 
   explicit PathsInRecords(const LightPath* paths) : paths_(paths) {}
 
-  /// The paths from number @p i on.
+  /// The paths from index @p i on.
   PathsInRecords From(std::size_t i) const {
     return PathsInRecords(paths_ + i);
   }
@@ -30,7 +30,7 @@ class PathsInRecords {
     return paths_[i].*member;
   }
   /// Call @p take(k, x, y, z) with a vector of each of @p count paths, whose
-  /// numbers are @p numbers[k], ascending.
+  /// indexes are @p numbers[k], ascending.
   template <class Take>
   void ForEach(Vector Path::*member, const std::uint16_t* numbers,
                std::size_t count, const Take& take) const {
@@ -39,7 +39,7 @@ class PathsInRecords {
       take(k, vector.X(), vector.Y(), vector.Z());
     }
   }
-  /// What @p work gives for the water segments of a path.
+  /// The result of @p work for the water segments of a path.
   template <class Work>
   auto OnSegments(std::size_t i, const Work& work) const {
     return work(ViewsOf(paths_[i], ShapeOfType(paths_[i].LightPathType)));
@@ -55,7 +55,7 @@ class PathsInColumns {
   using Vector = VectorArrays;
 
   /// @param paths  must outlive this
-  /// @param first  of them: its number is 0 here
+  /// @param first  the path that has index 0 here
   explicit PathsInColumns(const LightPathArrays& paths, std::size_t first = 0)
       : paths_(paths), first_(first) {}
 
@@ -74,7 +74,7 @@ class PathsInColumns {
     const double* const x = vectors.x + first_;
     const double* const y = vectors.y + first_;
     const double* const z = vectors.z + first_;
-    // Paths of one type alone stand side by side.
+    // Contiguous, for example if all paths have the same type.
     if (numbers[count - 1] - numbers[0] + 1U == count) {
       const std::size_t at = numbers[0];
       for (std::size_t k = 0; k < count; ++k) {

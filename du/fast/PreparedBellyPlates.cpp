@@ -28,7 +28,7 @@ bool PreparedBellyPlates::IsInside(const Plate& plate, const TVector3& point) {
   const double z = plate.centre.Z();
   const double x = point.X();
   const double y = point.Y();
-  // Beyond these squares the library's angle may overflow or underflow.
+  // Outside this range the angle of ROOT's vectors may overflow or underflow.
   constexpr double kSmallest = 1e-60;
   constexpr double kLargest = 1e60;
   const double squares = (x * x + y * y + z * z) * plate.centre.Mag2();
@@ -67,8 +67,9 @@ BallTest::Items PreparedBellyPlates::AllItems() const {
 eAnswer PreparedBellyPlates::Judge(const Ball& ball, const Items& items,
                                    Items& open) const {
   open.clear();
-  // In mm, for coordinates up to 1e5, which are rounded by 1e-11, and for the
-  // quotient below. In rad, for two angles by arc cosine, right to 5e-8 each.
+  // In mm: for coordinates up to 1e5, with a rounding error of 1e-11, and for
+  // the quotient below. In rad: for two angles from an arc cosine, with an
+  // error of 5e-8 each.
   constexpr double kRounding = 1e-6;
   const double radius = ball.radius + kRounding;
   const double z = std::abs(ball.centre.z);
@@ -79,7 +80,7 @@ eAnswer PreparedBellyPlates::Judge(const Ball& ball, const Items& items,
     const TVector3 level(ball.centre.x, ball.centre.y, plate.centre.Z());
     const double distance = level.Mag();
     const double angle = level.Angle(plate.centre);
-    // By how much the angle can differ within the ball.
+    // By how much the angle varies within the ball.
     const double spread =
         distance > radius ? std::asin(radius / distance) + kRounding : kPi;
     if (isInBand && angle + spread < plate.limit) return eAnswer::kBlocks;

@@ -9,19 +9,18 @@
 
 namespace ZARN::DU {
 
-/// The plates with everything prepared that does not depend on the path: the
-/// test of one crossing point, with the same answer to the last bit.
+/// The plates with everything precomputed that does not depend on the path: the
+/// test of one crossing point, with exactly the formula's answer.
 ///
-/// The azimuthal test compares an angle with two limits of the plate; here its
-/// cosine is compared first, and what lies within kBand of the limit is left to
-/// the arc cosine.
+/// The formula compares an angle with two limits of the plate. Here its cosine
+/// is compared first; within kBand of the limit the arc cosine decides.
 class PreparedBellyPlates final : public BallTest {
  public:
-  /// Between the cosine of an angle and that of the limit. With u = 2^-53: both
-  /// ways divide the same scalar product by the same length, so they differ by
-  /// the roundings after that. The formula's quotient and arc cosine make 5 u
-  /// in the cosine, the products here and the cosine of the limit 4 u, together
-  /// 1e-15.
+  /// Least difference between the cosine of an angle and that of the limit that
+  /// decides. With u = 2^-53: this class and the formula divide the same scalar
+  /// product by the same length, so they differ by the roundings after that.
+  /// The formula's quotient and arc cosine change the cosine by 5 u, the
+  /// products here and the cosine of the limit by 4 u, together 1e-15.
   static constexpr double kBand = 1e-9;
 
   PreparedBellyPlates() = default;
@@ -30,7 +29,7 @@ class PreparedBellyPlates final : public BallTest {
 
   /// Whether a plate blocks a path that crosses the vessel at @p point.
   bool HasPlateAt(const TVector3& point) const;
-  /// Whether one of some plates does.
+  /// The same for a range of the plates.
   bool HasPlateAt(const TVector3& point, Stretch plates) const;
 
   Items AllItems() const override;
@@ -43,8 +42,8 @@ class PreparedBellyPlates final : public BallTest {
     TVector3 centre;
     double left;         ///< angle from the centre to each edge, rad
     double right;        ///< rad
-    double limit;        ///< the smaller of both, -1 where nothing is blocked
-    double limitCosine;  ///< of limit; 2 where nothing is
+    double limit;        ///< the smaller of both; -1 if nothing is blocked
+    double limitCosine;  ///< of limit; 2 if nothing is blocked
   };
 
   bool IsAsHigh(const TVector3& point) const {
