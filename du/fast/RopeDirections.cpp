@@ -23,8 +23,8 @@ static_assert(AzimuthTable::kMargin > double{BandsInSingle::kAzimuthError} +
                                           kAzimuthCellError +
                                           RopeDirections::kRangeError);
 
-/// Lengths for which the library's angle neither overflows nor underflows; the
-/// angle to a shorter vector is 0.
+/// Lengths for which the angle of ROOT's vectors neither overflows nor
+/// underflows; the angle to a shorter vector is 0.
 bool HasOrdinaryLength(const TVector3& v) {
   constexpr double kShortest = 1e-3;
   constexpr double kLongest = 1e6;
@@ -44,24 +44,25 @@ double AngleBand(eCrossings crossings) {
              : RopeDirections::kAngleBandInSpace;
 }
 
-/// Azimuths at which a rope can block a crossing, right to kRangeError.
+/// Azimuths at which a rope can block a crossing, with an error of at most
+/// kRangeError.
 AzimuthRange RangeOf(const TVector3& rope, double angleTolerance,
                      eCrossings crossings) {
   AzimuthRange range = {rope.Phi(), -1.0, true};
   if (!(angleTolerance > 0.0)) {
-    // Angles are not negative: none is below.
+    // Angles are not negative, so none is below the tolerance.
     range.halfWidth = -1.0;
   } else if (angleTolerance >= kHalfPi) {
-    // More than half of all directions; not worth a better bound.
+    // This is more than half of all directions; not worth a better bound.
     range.halfWidth = kTwoPi;
     range.isSure = false;
   } else if (crossings == eCrossings::kFlattened) {
-    // Spherical triangle with a right angle at the horizon below the rope.
+    // A spherical triangle with a right angle at the horizon below the rope.
     const double ratio = std::cos(angleTolerance) * rope.Mag() / rope.Perp();
     range.halfWidth = ratio < 1.0 ? std::acos(ratio) : 0.0;
   } else {
     // The cap around the rope, seen from the axis. It is widened by the error
-    // of the angle, which from the axis looks larger the steeper the rope is.
+    // of the angle, which is wider in azimuth the steeper the rope is.
     const double widened =
         std::min(angleTolerance + AngleBand(crossings), kHalfPi);
     const double ratio = std::sin(widened) * rope.Mag() / rope.Perp();
@@ -79,7 +80,7 @@ RopeDirections::RopeDirections(const std::vector<TVector3>& ropes,
   std::vector<AzimuthRange> ranges;
   const bool areOrdinary = std::all_of(ropes.begin(), ropes.end(), IsOrdinary);
   if (!areOrdinary || std::isinf(angleTolerance)) {
-    // One range all around, of a rope that no product can judge.
+    // One range over all azimuths, with a rope that no product can judge.
     directions_.emplace_back(0, 0, 0);
     table_ = AzimuthTable({{0.0, kTwoPi, false}}, cells);
     return;
@@ -98,7 +99,7 @@ void RopeDirections::SetCosineLimits(double angleTolerance,
   const double band = AngleBand(crossings);
   const double near = angleTolerance - band;
   const double far = angleTolerance + band;
-  // All directions are nearer than an angle beyond pi.
+  // All directions are nearer than an angle above pi.
   if (near > 0.0)
     surelyNear_ = near > kPi ? -2.0 : std::cos(near) + kCosineBand;
   if (far < kPi) surelyFar_ = std::cos(far) - kCosineBand;

@@ -23,8 +23,8 @@ const BatchKernel& KernelOf(eKernel kernel) {
   return kBaselineKernel;
 }
 
-/// The paths of a block by their type, each as its number. Those of unusual
-/// types stand with the uninitialised ones.
+/// The indexes of the paths of a block, by type. Unusual types are in the list
+/// of uninitialised paths.
 class PathsByType {
  public:
   template <class Paths>
@@ -71,8 +71,8 @@ ShadowingBatch::ShadowingBatch(const ShadowingFilter& filter)
 
 void ShadowingBatch::UseKernel(eKernel kernel) { kernel_ = &KernelOf(kernel); }
 
-/// The work on one block of paths: copied into arrays, judged by the kernel,
-/// and looked up in the tables.
+/// Processes one block of paths: copies them into arrays, lets the kernel judge
+/// them, and looks up its results in the tables.
 template <class Paths>
 class ShadowingBatch::Block {
  public:
@@ -114,7 +114,7 @@ class ShadowingBatch::Block {
     }
   }
 
-  /// Call @p work(path) with the number of every path of a type.
+  /// Call @p work(path) with the index of every path of a type.
   template <class Work>
   void ForEachPath(std::size_t type, const Work& work) const {
     const std::uint16_t* const numbers = byType_.Of(type);
@@ -131,8 +131,8 @@ class ShadowingBatch::Block {
 
   void JudgeCrossings() {
     CrossingBlock block;
-    // One behind the other: segments of paths with one crossing, the first
-    // segments of paths with two, and their second ones in the same order.
+    // In this order: segments of paths with one crossing, the first segments of
+    // paths with two, and their second ones in the same order.
     std::size_t segments = 0;
     ForEachType(ePathKind::kOneCrossing, [&](std::size_t type) {
       CopySegments(type, kShapes[type].firstPoint, &Path::FinalDirection, 1.0F,
@@ -168,7 +168,7 @@ class ShadowingBatch::Block {
     });
   }
 
-  /// Copy a segment of every path of a type behind those in the block.
+  /// Append a segment of every path of a type to those in the block.
   void CopySegments(std::size_t type, Vector Path::*point,
                     Vector Path::*direction, float sense, CrossingBlock& block,
                     std::size_t& segments) const {
@@ -201,7 +201,8 @@ class ShadowingBatch::Block {
         cell == tables_.Geometry().offMap) {
       return verdict;
     }
-    // No rope below the ends blocks it, or the verdict would not be open.
+    // No rope below the ends blocks it; otherwise the verdict would not be
+    // open.
     const bool isAboveEnds = !ropes.IsBelowEnds();
     return BatchVerdictOf(filter_.FindAtCrossing(
         paths_.At(segment.point, segment.path), inMap,

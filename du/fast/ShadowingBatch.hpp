@@ -10,22 +10,22 @@
 
 namespace ZARN::DU {
 
-/// Kinds of processors that a batch kernel exists for.
+/// Kinds of processors for which there is a batch kernel.
 enum class eKernel { kBaseline, kAVX2, kAVX512 };
 
 /// The kernels that this processor can run, the narrowest first.
 std::vector<eKernel> AvailableKernels();
 
-/// A first verdict on many paths at a time, by the arithmetic of
-/// ShadowingFilter in single precision: twice as many paths in a register, and
-/// bands so wide that about one path in fifty stays open and is left to the
-/// filter itself.
+/// Verdicts on many paths at a time, by the arithmetic of ShadowingFilter in
+/// single precision: a register holds twice as many paths, and the bands are so
+/// wide that about one path in fifty stays open and is left to the filter
+/// itself.
 ///
-/// Paths are taken kBatchPaths at a time: sorted by type into arrays of water
-/// segments, judged by loops without branches (BatchKernel), and put together
-/// by small tables (BatchTables): each cell of the shadow map and of the
-/// azimuth tables gives a number, and the verdict stands where both lead. Where
-/// only the map is unsure, the filter's exact tests of that cell decide.
+/// Paths are processed in blocks of kBatchPaths. They are sorted by type into
+/// arrays of water segments, and loops without branches (BatchKernel) find for
+/// each segment a cell of the shadow map and a cell of an azimuth table. Small
+/// tables (BatchTables) hold the verdict for each pair of answers. If only the
+/// map is unsure, the filter's exact tests of that cell decide.
 ///
 /// Holds no reference to what it was made from. Judge is thread-safe.
 class ShadowingBatch {
@@ -42,7 +42,7 @@ class ShadowingBatch {
   void Judge(const ShadowingFilter& filter, const PathsInColumns& paths,
              std::size_t count, BatchVerdict* verdicts) const;
 
-  /// Use a certain kernel, one of those available. The widest is the default.
+  /// Use this kernel, which must be available. The default is the widest.
   void UseKernel(eKernel kernel);
 
  private:

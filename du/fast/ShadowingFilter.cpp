@@ -14,8 +14,8 @@ namespace {
 using eCrossings = RopeDirections::eCrossings;
 using eComponent = eShadowingComponent;
 
-/// Azimuth cells: few hold an edge of a rope's shadow, and all tables fit into
-/// the second cache.
+/// The number of azimuth cells: large enough that few contain an edge of a
+/// rope's shadow, small enough that all tables fit into the level 2 cache.
 constexpr int kAzimuthCells = 16384;
 
 enum class eSide { kInside, kUnsure, kOutside };
@@ -46,8 +46,8 @@ class EndsFromAbove {
   double product_;
 };
 
-/// What ropes on a cylinder do to a path in water that starts or ends inside
-/// it, also where that is unsure; nothing for one that surely does neither.
+/// The answer of ropes on a cylinder for a path in water that starts or ends
+/// inside it, or possibly does; none for one that surely does neither.
 std::optional<eAnswer> JudgeFromInside(const VerticalRopeFilter& ropes,
                                        const EndsFromAbove& ends,
                                        const SegmentView& first,
@@ -63,8 +63,8 @@ std::optional<eAnswer> JudgeFromInside(const VerticalRopeFilter& ropes,
   return std::nullopt;
 }
 
-/// What ropes do to a path in water that starts and ends outside their
-/// cylinder, where it enters, and where it leaves by @p judgeLeaving().
+/// The answer of ropes for a path in water that starts and ends outside their
+/// cylinder: where it enters, and by @p judgeLeaving() where it leaves.
 template <class JudgeLeaving>
 eAnswer JudgeThrough(const VerticalRopeFilter& ropes, const EndsFromAbove& ends,
                      const SegmentView& first,
@@ -190,7 +190,7 @@ eAnswer ShadowingFilter::JudgeSupportInWater(const SegmentView& first,
       JudgeFromInside(support_, ends, first, second);
   if (fromInside.has_value()) return *fromInside;
 
-  // Outside the support ropes on both ends: the hold-down ropes count.
+  // Both ends are outside the support ropes: the hold-down ropes are tested.
   if (!hasEntered_) return eAnswer::kClear;
   const double entered2 = entered_.Radius2();
   if (!(entered2 > 0.0)) return eAnswer::kUnsure;

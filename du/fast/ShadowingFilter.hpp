@@ -16,39 +16,39 @@
 
 namespace ZARN::DU {
 
-/// All that is prepared for one geometry and one set of tolerances, and the
+/// Everything precomputed for one geometry and one set of tolerances, and the
 /// verdict on a path from it.
 ///
-/// Per component, from the cheapest to the most expensive:
+/// For each component, the cheapest test comes first:
 ///
-/// - the shadow map answers for crossing points on the vessel sphere;
-/// - where the map is unsure, the few surface points, anchors or plates are
-///   asked that can block in the cell; for other crossing points trees and all
-///   plates; pipes and neck boss by their formula;
-/// - algebra and azimuth tables answer for the vertical ropes; the few paths
-///   that they leave open go to the formula of the whole component.
+/// - the shadow map decides for most crossing points on the vessel sphere;
+/// - if the map is unsure, only the few surface points, anchors or plates that
+///   can block in its cell are tested; for crossing points outside the map all
+///   of them, by trees and one by one; pipes and neck boss are tested by their
+///   formula;
+/// - algebra and azimuth tables decide for the vertical ropes; the few paths
+///   that they leave open go to the formula of the component.
 ///
-/// Holds no reference to what it was made from. Nothing here allocates, locks
-/// or writes once it is made; several threads may ask.
+/// Holds no reference to what it was built from. Once built it never allocates,
+/// locks or writes, so it is thread-safe.
 class ShadowingFilter {
  public:
-  /// What is known of a segment that no vertical hold-down rope blocks.
+  /// What is known about a segment that no vertical hold-down rope blocks.
   struct KnownRopes {
-    bool isAboveEnds;      ///< and so may meet the ropes' stretch on the sphere
+    bool isAboveEnds;      ///< and so may meet the ropes on the sphere
     bool isAtSupportRope;  ///< one of them blocks it
-    bool isFirst;          ///< of its path: the pipes count
+    bool isFirst;          ///< of its path: tested against the pipes
   };
 
-  /// @param hardware  whose models, flags, tolerances and radii are taken as
-  ///                  they stand
+  /// @param hardware  its current models, flags, tolerances and radii are used
   ShadowingFilter(const Hardware& hardware, const ShadowingLayers& layers);
 
   /// The first component that blocks a path.
   ///
-  /// @param path  that crosses the vessel or is wholly in water
-  /// @param isBlockedBy  the components' formulas: of the whole path, called
-  ///        with an eShadowingComponent, and of a segment, called with a
-  ///        SegmentView beside it; both give a bool
+  /// @param path  crosses the vessel or is wholly in water
+  /// @param isBlockedBy  the formulas of the components: called with an
+  ///        eShadowingComponent for the whole path, and with a SegmentView
+  ///        after it for one segment; both return a bool
   template <class Formula>
   [[gnu::always_inline]] eShadowingComponent Find(
       const WaterSegmentViews& path, const Formula& isBlockedBy) const {
@@ -63,11 +63,11 @@ class ShadowingFilter {
     }
   }
 
-  /// The component that blocks a segment of which it is known what the vertical
-  /// ropes do, so that only its crossing point counts.
+  /// The component that blocks a segment for which the answers of the vertical
+  /// ropes are known, so that only its crossing point is tested.
   ///
-  /// @param cell  of the map, not off it; found in single precision or double
-  /// @param ropes  what else than the point counts
+  /// @param cell  of the map, not OffMap(); found in single or double precision
+  /// @param ropes  what is known besides the point
   eShadowingComponent FindAtCrossing(const TVector3& point, std::size_t cell,
                                      const KnownRopes& ropes) const;
 
@@ -75,8 +75,9 @@ class ShadowingFilter {
   const ShadowMap& Map() const { return map_; }
   const VerticalRopeFilter& HoldDownRopes() const { return holdDown_; }
   const VerticalRopeFilter& SupportRopes() const { return support_; }
-  /// The hold-down ropes as the support ropes' test sees them: with its own
-  /// height and tolerance, where a path enters and, in space, where it leaves.
+  /// The hold-down ropes as the support ropes' test uses them, with its own
+  /// height and tolerance: where a path enters their cylinder, and, in space,
+  /// where it leaves.
   const VerticalRopeFilter& EnteredHoldDownRopes() const { return entered_; }
   const VerticalRopeFilter& LeftHoldDownRopes() const { return left_; }
   const PointTree& SurfacePoints() const { return surface_; }
@@ -85,14 +86,15 @@ class ShadowingFilter {
 
   bool HasHoldDownRopes() const { return hasHoldDown_; }
   bool HasSupportRopes() const { return hasSupport_; }
-  /// Whether the support ropes' test has hold-down ropes to look at.
+  /// Whether the support ropes' test has hold-down ropes to test.
   bool HasRopesToEnter() const { return hasEntered_; }
-  /// Crossings below it meet vertical hold-down ropes, others the surface, mm.
+  /// Crossings below this height are tested against vertical hold-down ropes,
+  /// others against the surface points, mm.
   double HoldDownEndHeight() const { return holdDownEndHeight_; }
-  /// Crossings above it meet support ropes, mm.
+  /// Crossings above this height are tested against support ropes, mm.
   double SupportFootHeight() const { return supportFootHeight_; }
 
-  // What the water tests find; unsure where a formula has to be asked.
+  // The answers of the water tests; unsure if a formula has to decide.
   eAnswer JudgeHoldDownInWater(const SegmentView& first,
                                const SegmentView& second) const;
   eAnswer JudgeSupportInWater(const SegmentView& first,
@@ -142,14 +144,14 @@ class ShadowingFilter {
     return FirstComponentThat([&](
         auto component) __attribute__((always_inline)) {
       if (IsBlocked(component, first, isBlockedBy)) return true;
-      // The pipes' test looks at a path's first crossing alone.
+      // The pipes are tested only at the first crossing of a path.
       return component != eComponent::kAVPipe &&
              (IsBlocked(component, later, isBlockedBy) || ...);
     });
   }
 
-  // Whether a component blocks a segment. The ropes look at its direction, the
-  // others at its crossing point alone.
+  // Whether a component blocks a segment. The tests of the ropes use its
+  // direction, the others only its crossing point.
   template <class Formula>
   [[gnu::always_inline]] bool IsBlocked(
       ComponentConstant<eComponent::kAVHDRope> /*component*/,
@@ -180,8 +182,8 @@ class ShadowingFilter {
     return IsBlockedAt(component, tested.at);
   }
 
-  // The tests of a crossing point: the map, where it is unsure the items of the
-  // cell, and off the map all.
+  // The tests of a crossing point: the map; if it is unsure, the items of the
+  // cell; outside the map, all items.
   template <class BySome, class ByAll>
   bool AskItems(const Crossing& at, eMappedTest test, const BySome& bySome,
                 const ByAll& byAll) const {

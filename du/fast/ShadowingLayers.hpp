@@ -2,17 +2,18 @@
 
 namespace ZARN::DU {
 
-/// The layers in front of the formulas. Each decides only what it surely knows
-/// and hands the rest on, so the verdicts are the same with any of them off; a
-/// layer that is off is built to know nothing. For benchmarks and tests.
+/// The layers that are used before the formulas. Each decides only the cases
+/// that it can prove and leaves the rest to the next, so verdicts are the same
+/// with any of them off; a layer that is off is built so that it proves
+/// nothing. For benchmarks and tests.
 struct ShadowingLayers {
-  /// Crossings, heights and rope angles from products and square roots, with
-  /// guard bands; off: cosine, arc cosine and tangent.
+  /// Crossings, heights and rope angles by products and square roots, with
+  /// guard bands; off: by cosine, arc cosine and tangent.
   bool algebra = true;
-  /// Azimuth tables before the ropes' dot products; off: one cell for all.
+  /// Azimuth tables before the ropes' scalar products; off: a single cell.
   bool tables = true;
-  /// The map of the vessel sphere before all tests of crossing points; off: the
-  /// tests.
+  /// The map of the vessel sphere before all tests of crossing points; off:
+  /// only the tests.
   bool map = true;
 };
 

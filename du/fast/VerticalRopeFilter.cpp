@@ -45,7 +45,7 @@ eAnswer VerticalRopeFilter::JudgeInSpace(const SegmentView& segment) const {
   const eAnswer answer = AnswerOf(IsWithinHeight(crossing, height2_),
                                   IsAboveHeight(crossing, height2_));
   if (answer != eAnswer::kBlocks) return answer;
-  // After a longer way the height is not right to kSpaceError.
+  // If the way is longer, the error of the height may exceed kSpaceError.
   constexpr double kLongestWay = CrossingBands<double>::kLongestWay;
   const double distance2 = crossing.x * crossing.x + crossing.y * crossing.y;
   if (!(crossing.way2 < kLongestWay * kLongestWay * distance2)) {

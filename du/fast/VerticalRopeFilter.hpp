@@ -7,9 +7,9 @@
 
 namespace ZARN::DU {
 
-/// Judges where paths meet ropes that stand on a cylinder, by algebra: the
-/// crossing (CylinderCrossing.hpp), its height, and the ropes' directions. What
-/// any of them leaves open is unsure.
+/// Judges by algebra whether paths meet ropes that stand on a cylinder: by the
+/// crossing (CylinderCrossing.hpp), its height, and the directions of the
+/// ropes. The answer is unsure if any of them is.
 class VerticalRopeFilter {
  public:
   /// Judges nothing.
@@ -19,7 +19,8 @@ class VerticalRopeFilter {
   VerticalRopeFilter(const RopeCylinderLimits& limits, RopeDirections ropes);
 
   eAnswer JudgeFlattened(const SegmentView& segment) const;
-  /// The crossing keeps its height in the angle to the ropes.
+  /// As JudgeFlattened, but the crossing keeps its height in the angle to the
+  /// ropes.
   eAnswer JudgeInSpace(const SegmentView& segment) const;
 
   double Radius2() const { return radius2_; }  ///< mm^2; 0: judges nothing
