@@ -21,7 +21,7 @@ void PlainShadowingCalculator::LoadAVPipeInfo() {
       AVPipe4Positions,   AVPipeLABSPositions, AVPipe6Positions,
       AVPipeLABRPositions};
   for (const std::vector<TVector3>& pipe : pipes) {
-    // One less than no point, unsigned, would be a loop without an end.
+    // Without points the unsigned size - 1 would be huge, and the loop endless.
     if (pipe.empty()) throw DBNotFoundError("an AV pipe without a point");
   }
   for (float i = 0; i < Count(pipes.size()); i += 1.0F) {
@@ -99,7 +99,7 @@ bool PlainShadowingCalculator::CheckForAVPipeShadowing(
     return false;
   }
 
-  // The first point again: the second crossing plays no part.
+  // The first point again: the second crossing is not tested.
   theta = kDegreesPerRadian * p1.Theta();
   phi = kDegreesPerRadian * p1.Phi();
   if (75.0 > phi || phi > 105.0) {

@@ -78,7 +78,7 @@ bool PlainShadowingCalculator::CheckForBellyPlateShadowing(
              "shadowing!\n";
     return false;
   }
-  // The directions are chosen like the other tests' and not used.
+  // The directions are chosen as in the other tests but not used.
   static_cast<void>(u1);
   static_cast<void>(u2);
 

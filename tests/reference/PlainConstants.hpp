@@ -13,8 +13,8 @@ inline constexpr double kDegreesPerRadian = 57.29577951308232;
 inline constexpr double kTwoThirds = 0.6666666666666666;
 inline constexpr double kRopeSphere = 8500.0;  // mm
 
-/// Division whose divisor may be a zero radius of the tables: the infinity or
-/// NaN that comes out is meant, so the sanitizer is not to stop it.
+/// Division by a number that may be a zero radius from the tables: the
+/// resulting infinity or NaN is intentional, so the sanitizer must not stop it.
 #if defined(__clang__) || defined(__GNUC__)
 __attribute__((no_sanitize("float-divide-by-zero")))
 #endif
@@ -23,12 +23,12 @@ Divide(double numerator, double denominator) {
   return numerator / denominator;
 }
 
-/// The element that a floating loop counter stands for.
+/// The list index for a floating-point loop counter.
 inline std::size_t Index(float counter) {
   return static_cast<std::size_t>(counter);
 }
 
-/// The bound of a floating loop counter.
+/// The upper bound of a floating-point loop counter.
 inline float Count(std::size_t size) { return static_cast<float>(size); }
 
 }  // namespace ZARN::Reference

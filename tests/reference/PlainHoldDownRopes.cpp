@@ -60,8 +60,8 @@ void PlainShadowingCalculator::LoadAVHDRopeInfo() {
     t2Mirrored.RotateZ(kPi);
     TVector3 t3Mirrored = t3;
     t3Mirrored.RotateZ(kPi);
-    // The mirrored pair is not used further, but a zero vector among it has its
-    // own warning from the vector library.
+    // The mirrored pair is not used later, but ROOT warns separately if one of
+    // its vectors is zero.
     t1.SetMag(OuterAVRadius);
     t4.SetMag(OuterAVRadius);
     t4Mirrored.SetMag(OuterAVRadius);

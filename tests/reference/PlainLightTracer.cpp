@@ -19,8 +19,8 @@ double Cross(const PlaneVector& a, const PlaneVector& b) {
   return a.X * b.Y - a.Y * b.X;
 }
 
-/// Where a line meets a sphere around the origin: whether it does, and how far
-/// from its point the two crossings lie along it.
+/// Where a line meets a sphere around the origin: whether it does, and the
+/// distances along the line from its point to the two crossings.
 struct Meeting {
   bool Meets;
   double Near;
@@ -45,7 +45,7 @@ bool Refract(const PlaneVector& point, double ratio, bool isInwards,
   const PlaneVector tangent{-normal.Y, normal.X};
   const double cosine = Dot(normal, direction);
   const double sine = Dot(tangent, direction);
-  // Not 1 - (ratio sine)^2, which has no digits left at grazing incidence.
+  // Not 1 - (ratio sine)^2, which loses all digits at grazing incidence.
   const double square =
       ratio * ratio * cosine * cosine + (1.0 - ratio) * (1.0 + ratio);
   if (square < 0.0) return false;
@@ -93,7 +93,7 @@ TracedRay TraceRay(const DU::ConcentricMedia& media, double eventRadius,
   PlaneVector direction{std::cos(launchAngle), std::sin(launchAngle)};
   auto medium = static_cast<std::size_t>(media.At(eventRadius));
   ray.Points[0] = point;
-  // A ray that has begun to move outwards never turns back.
+  // A ray that moves outwards never turns back.
   bool isInwards = Dot(point, direction) < 0.0;
 
   while (true) {
@@ -103,7 +103,7 @@ TracedRay TraceRay(const DU::ConcentricMedia& media, double eventRadius,
     }
     const Meeting above =
         LineMeetsSphere(point, direction, outerRadius[medium]);
-    // Of a point on the sphere rounding may say that it lies just beyond it.
+    // Rounding can put a point on the sphere just beyond it.
     const double rounding = 1e-12 * outerRadius[medium];
     const bool reaches = above.Meets && above.Far > -rounding;
     if (!below.Meets && !reaches) return ray;
@@ -142,15 +142,15 @@ LaunchScan::LaunchScan(const DU::ConcentricMedia& media, double eventRadius,
     const double rim = kPi - std::asin(media.OuterRadius / eventRadius);
     low = rim - 0.01 * (kPi - rim);
   } else {
-    // Families of paths just outside of the inner surface, or along it, can be
-    // very narrow in the launch angle, and lie around the tangent.
+    // Families of paths just outside the inner surface, or along it, can be
+    // very narrow in the launch angle. They lie around the tangent.
     for (int k = 1; k <= 50; ++k) {
       samples_.push_back(Launch(kHalfPi - std::ldexp(1.0, -k)));
       samples_.push_back(Launch(kHalfPi + std::ldexp(1.0, -k)));
     }
   }
   Spread(low, kPi, launches);
-  // The first time finds only one of two borders that lie close together.
+  // The first pass finds only one of two borders that are close together.
   RefineBorders();
   RefineBorders();
   SortSamples();
@@ -211,8 +211,8 @@ void LaunchScan::RefineBorders() {
       const Sample between = Launch(middle);
       (between.Type == low.Type ? low : high) = between;
     }
-    // Towards a grazing end the swept angle grows steep, like a square root:
-    // come closer by halves.
+    // Towards a grazing end the swept angle gets steep, like a square root:
+    // approach it by halving the distance.
     const double below = low.LaunchAngle - samples_[i].LaunchAngle;
     const double above = samples_[i + 1].LaunchAngle - high.LaunchAngle;
     for (int k = 1; k <= kHalvings; ++k) {
@@ -283,7 +283,8 @@ std::vector<TracedRay> LaunchScan::PathsTo(double angle) const {
         (isMiddleBelow == isBelow ? low : high) = middle;
       }
       const TracedRay ray = TraceRay(media_, eventRadius_, pmtRadius_, low);
-      // A gap of total reflection narrower than the scan jumps; no path there.
+      // A gap of total reflection narrower than the scan shows as a jump; there
+      // is no path.
       constexpr double kJump = 1e-5;
       const bool isThere = ray.Type == samples_[i].Type &&
                            std::abs(ray.SweptAngle - target) < kJump;

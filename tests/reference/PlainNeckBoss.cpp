@@ -43,7 +43,7 @@ bool PlainShadowingCalculator::CheckForNeckBossShadowing(
     p1 = lightPath.GetAVPoint1();
     p2 = lightPath.GetAVPoint1();
   } else if (name == "Light Path Uninitialised") {
-    // The text names another test; all tests but two share such wording.
+    // The text names another test, as in all but two tests.
     warn_ << "ShadowingCalculator::CheckForAVHDRopeShadowing: LightPath is "
              "uninitialised, call CalcByPosition first before checking for "
              "shadowing!\n";

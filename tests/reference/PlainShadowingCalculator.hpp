@@ -9,10 +9,10 @@
 
 namespace ZARN::Reference {
 
-/// The shadowing calculator, written a second time with no thought of speed or
-/// of shared structure: each test compares names one after the other and walks
-/// its lists from end to end. It shares no code with the real calculator, so
-/// that a slip in one of them shows as a difference.
+/// A second implementation of the shadowing calculator, without regard to speed
+/// or shared structure: each test compares the names one by one and loops over
+/// complete lists. It shares no code with the real calculator, so a mistake in
+/// one of them shows as a difference.
 ///
 /// Everything is public: the property tests compare all of it. Lengths in mm,
 /// angles in rad.

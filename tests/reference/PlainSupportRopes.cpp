@@ -165,7 +165,8 @@ bool PlainShadowingCalculator::IsSupportRopeWaterHit(const TVector3& startPos,
                                     angTol);
   }
 
-  // Both ends outside: against the hold-down ropes, with this test's tolerance.
+  // Both ends outside: tested against the hold-down ropes, with this test's
+  // tolerance.
   if (AVHDRopeEndPoints.empty() || AVHDRopePositions.size() < 5) {
     return false;
   }
