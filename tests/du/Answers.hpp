@@ -11,10 +11,10 @@
 
 namespace ZARN::Testing {
 
-/// Holds a filter's answers against what the formula says.
+/// Compares the answers of a filter with those of the formula.
 class AnswerTally {
  public:
-  /// @param place  of the question, to be shown where the answer is wrong
+  /// @param place  that was judged, shown if the answer is wrong
   void Add(DU::eAnswer answer, bool isBlocked, const TVector3& place) {
     ++counts_[static_cast<std::size_t>(answer)];
     if (answer == DU::eAnswer::kUnsure) return;
@@ -32,8 +32,9 @@ class AnswerTally {
                           << PrintToString(firstWrong_);
   }
 
-  /// Expect no sure answer to be wrong, both of them, and few unsure ones: a
-  /// filter that leaves everything open would be of no use.
+  /// Expect that no sure answer is wrong, that both sure answers occur, and
+  /// that few are unsure: a filter that leaves everything open would be
+  /// useless.
   void Expect(double mostUnsure) const {
     ExpectNoneWrong();
     EXPECT_GT(Count(DU::eAnswer::kBlocks), 0U);

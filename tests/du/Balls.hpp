@@ -12,15 +12,17 @@
 
 namespace ZARN::Testing {
 
-/// Points all over a ball: the middle, its border along the axes and at random,
-/// where polar angle and azimuth are farthest from those of the middle, and on
-/// the lines to certain points; and random ones inside.
+/// Points all over a ball: the centre; the border along the axes, at random,
+/// where polar angle and azimuth differ most from those of the centre, and on
+/// the lines to the points @p towards; and random points inside.
 inline std::vector<TVector3> PointsOf(const DU::Ball& ball, Random& random,
                                       const std::vector<TVector3>& towards) {
   const TVector3 middle = AsTVector3(ball.centre);
   const double r = ball.radius;
   std::vector<TVector3> points = {middle};
-  const auto add = [&](const TVector3& way) { points.push_back(middle + way); };
+  const auto add = [&](const TVector3& offset) {
+    points.push_back(middle + offset);
+  };
   for (const double s : {-r, r}) {
     add({s, 0, 0});
     add({0, s, 0});
@@ -51,8 +53,9 @@ inline std::vector<TVector3> PointsOf(const DU::Ball& ball, Random& random,
   return points;
 }
 
-/// Put a ball to a test, and what that leaves open to a ball inside; count the
-/// answers, each beside the formula's verdict on points all over its ball.
+/// Let a test judge a ball, and with the items that this leaves open a ball
+/// inside; count the answers, each compared with the formula at points all over
+/// its ball.
 template <class IsBlocked>
 void AskAboutBall(const DU::BallTest& test, const DU::Ball& ball,
                   Random& random, const std::vector<TVector3>& towards,

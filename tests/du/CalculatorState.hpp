@@ -7,7 +7,7 @@
 #include "tests/du/Paths.hpp"
 #include "tests/support/Captured.hpp"
 
-/// What can be read from a calculator, for comparison as a whole.
+/// Everything that can be read from a calculator, for comparison as a whole.
 namespace ZARN::Testing {
 
 inline constexpr std::size_t kComponents = DU::kShadowingComponents.size();
@@ -27,7 +27,7 @@ inline Flags FlagsOf(const DU::ShadowingCalculator& calculator) {
 
 inline const Flags kNoFlag(7, false);
 
-/// The flags after a path was found blocked by a component.
+/// The flags after a component was found to block a path.
 inline Flags FlagsFor(DU::eShadowingComponent component) {
   Flags flags = kNoFlag;
   for (std::size_t i = 0; i < kComponents; ++i) {

@@ -11,9 +11,9 @@
 
 namespace ZARN::Testing {
 
-/// A point of the outer vessel where hardware of all six kinds meets.
+/// A point on the outer vessel that hardware of all six kinds blocks.
 inline const TVector3 kBlockedSpot(0, 5860, 100);
-/// A point of the outer vessel far from all hardware.
+/// A point on the outer vessel far from all hardware.
 inline const TVector3 kFreeSpot(100, -100, -5858);
 
 /// A path that every component blocks, and one that none does.
@@ -22,9 +22,9 @@ inline DU::LightPath BlockedPath() {
 }
 inline DU::LightPath FreePath() { return OneCrossing(kFreeSpot, {1, 0, 0}); }
 
-/// Tables of a detector with all components. Its rope ends and plates are not
-/// at z = 0, so that of a path of unknown type, which is judged at the centre,
-/// only the neck boss makes a blocked one.
+/// Tables of a detector with all components. Rope ends and plates are not at z
+/// = 0, so only the neck boss blocks a path of unknown type, which is judged at
+/// the centre.
 inline Tables DetectorTables() {
   Tables tables = VesselTables();
 
@@ -45,7 +45,7 @@ inline Tables DetectorTables() {
   tables.Set("GEO", "hold_up_ropes", "locations", "rope_anchors");
   tables.Set("SOLID", "up_rope", "r_rope", 15.0);
   tables.Set("SOLID", "up_rope", "z_rope", 6090.0);
-  // A rope stands to each side of its anchor, so the second one is above the
+  // A rope is on each side of its anchor location. The second one is above the
   // blocked spot.
   TVector3 anchor(0, 5920, 5);
   anchor.RotateZ(400.0 / 5860.0);
@@ -71,15 +71,15 @@ inline Tables DetectorTables() {
   tables.Set("SOLID", "av_pipe-1", "r_max", 25.0);
   tables.Set("SOLID", "av_pipe-labs", "r_max", 33.0);
 
-  // An enormous boss, down to below the equator.
+  // A huge boss that reaches below the equator.
   tables.Set("GEO", "av", "neck_boss_z", -1000.0);
   tables.Set("SOLID", "neck_boss", "half_height1", 0.0);
   tables.Set("SOLID", "neck_boss", "half_height2", 0.0);
   return tables;
 }
 
-/// Take from the tables something without which the component, and only that
-/// one, cannot be loaded.
+/// Remove something from the tables without which only this component cannot be
+/// loaded.
 inline void SwitchOff(Tables& tables, DU::eShadowingComponent component) {
   switch (component) {
     case DU::eShadowingComponent::kAVHDRope:
@@ -105,7 +105,7 @@ inline void SwitchOff(Tables& tables, DU::eShadowingComponent component) {
   }
 }
 
-/// Start a run with these tables, and give the messages of the set-up.
+/// Start a run with these tables, and return its messages.
 inline std::string BeginOfRun(DU::ShadowingCalculator& calculator,
                               const Tables& tables) {
   tables.Load();
@@ -114,7 +114,7 @@ inline std::string BeginOfRun(DU::ShadowingCalculator& calculator,
   return captured.Text();
 }
 
-/// The tables with the given components alone.
+/// The tables with only the given components.
 inline Tables Only(const std::vector<DU::eShadowingComponent>& components,
                    Tables tables = DetectorTables()) {
   for (const DU::eShadowingComponent component : DU::kShadowingComponents) {

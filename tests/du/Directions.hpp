@@ -7,10 +7,10 @@
 
 namespace ZARN::Testing {
 
-/// For every type of path: which of its directions block it where all its AV
-/// points lie at @p point. "F": the final direction, "B": the initial one
-/// traced back, "I": the initial one. Each is tried alone at @p blocked while
-/// the other is at @p free. A path in water runs from @p point to @p end.
+/// For every type of path: which of its directions block it if all its AV
+/// points are at @p point. "F": the final direction, "B": the initial one
+/// reversed, "I": the initial one. Each is tried alone with @p blocked while
+/// the other is @p free. A path in water runs from @p point to @p end.
 template <class IsBlocked>
 std::map<DU::eLightPathType, std::string> DecidingDirections(
     const TVector3& point, const TVector3& end, const TVector3& blocked,
@@ -34,7 +34,8 @@ std::map<DU::eLightPathType, std::string> DecidingDirections(
   return deciding;
 }
 
-/// What DecidingDirections gives for a test that follows every water segment.
+/// The result of DecidingDirections for a test that follows every water
+/// segment.
 inline std::map<DU::eLightPathType, std::string> EverySegment() {
   return {{DU::kUninitialised, ""},
           {DU::kInnerAVToWater, "F"},

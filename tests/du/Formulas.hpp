@@ -6,8 +6,8 @@
 
 namespace ZARN::Testing {
 
-/// The formulas of a detector for one path, as the filter asks for them, and
-/// how often it did.
+/// The formulas of a detector for one path, as a filter calls them, with a
+/// count of the calls.
 class Formulas {
  public:
   Formulas(const DU::ShadowingCalculator& detector, const DU::LightPath& path)
@@ -41,8 +41,8 @@ class Formulas {
   mutable int asked_ = 0;
 };
 
-/// The formulas' verdict on a path, from a calculator's models, flags and
-/// tolerances as they stand.
+/// The verdict of the formulas on a path, from the current models, flags and
+/// tolerances of a calculator.
 inline DU::eShadowingComponent FindByFormulas(
     const DU::ShadowingCalculator& detector, const DU::LightPath& path) {
   return Formulas(detector, path).Find();

@@ -14,7 +14,7 @@ inline double Below(double x) {
   return std::nextafter(x, -std::numeric_limits<double>::infinity());
 }
 
-/// Two doubles without another between them.
+/// Two adjacent doubles.
 struct Neighbours {
   double before;
   double after;
@@ -35,8 +35,8 @@ Neighbours FindChange(double from, double to, const Condition& condition) {
 }
 
 /// Find a number at which a rounded quantity is exactly the limit. Not every
-/// number is a value of a given formula, so the doubles around the place where
-/// the quantity passes the limit are tried one by one.
+/// number is a value of the formula, so the doubles around the point where the
+/// quantity crosses the limit are tried one by one.
 ///
 /// @pre the limit lies between the values at @p from and @p to
 template <class Quantity>

@@ -8,7 +8,7 @@
 
 namespace ZARN::Testing {
 
-/// Paths as columns, with all that their arrays point to.
+/// Paths as columns; owns the data that their arrays point to.
 class PathColumns {
  public:
   explicit PathColumns(const std::vector<DU::LightPath>& paths) {

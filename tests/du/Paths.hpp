@@ -12,10 +12,11 @@
 
 namespace ZARN::Testing {
 
-/// A type that the system does not know: it has no name until it is given one.
+/// A type that the system does not know. It has no name until the test sets
+/// one.
 inline constexpr auto kUnnamedType = static_cast<DU::eLightPathType>(99);
 
-/// A path out of the vessel's wall into the water at @p point.
+/// A path that leaves the wall of the vessel at @p point.
 inline DU::LightPath OneCrossing(const TVector3& point,
                                  const TVector3& direction = {1, 0, 0}) {
   DU::LightPath path;
@@ -25,7 +26,8 @@ inline DU::LightPath OneCrossing(const TVector3& point,
   return path;
 }
 
-/// A path from the water into the vessel at @p entry, and out at @p exit.
+/// A path from the water that enters the vessel at @p entry and leaves at
+/// @p exit.
 inline DU::LightPath TwoCrossings(const TVector3& entry, const TVector3& exit) {
   DU::LightPath path;
   path.LightPathType = DU::kWaterThroughAV;
@@ -74,7 +76,7 @@ inline DU::LightPathCalculator CalculatorOf(const DU::LightPath& path) {
   return calculator;
 }
 
-/// A path whose type goes by the given name.
+/// A path whose type has the given name.
 inline DU::LightPathCalculator NamedPath(const std::string& name,
                                          DU::LightPath path = {}) {
   path.LightPathType = kUnnamedType;
@@ -85,7 +87,7 @@ inline DU::LightPathCalculator NamedPath(const std::string& name,
 
 /// For every type of path: which of its four AV points block it, each tried
 /// alone at @p blocked while the others are at @p free. The ends of the path
-/// lie at @p blocked throughout.
+/// are always at @p blocked.
 template <class IsBlocked>
 std::map<DU::eLightPathType, std::string> DecidingPoints(
     const TVector3& blocked, const TVector3& free, const IsBlocked& isBlocked) {
@@ -108,7 +110,7 @@ std::map<DU::eLightPathType, std::string> DecidingPoints(
   return deciding;
 }
 
-/// What DecidingPoints gives for a test that looks at every crossing.
+/// The result of DecidingPoints for a test that checks every crossing.
 inline std::map<DU::eLightPathType, std::string> EveryCrossing() {
   return {{DU::kUninitialised, ""},
           {DU::kInnerAVToWater, "2"},

@@ -12,14 +12,15 @@
 
 namespace ZARN::Testing {
 
-/// Tables of a detector with a boss small enough to leave something to the
-/// others.
+/// Tables of a detector with a boss so small that other components are reported
+/// too.
 inline Tables VariedTables() {
   return DetectorTables().Set("GEO", "av", "neck_boss_z", 5500.0);
 }
 
 /// Light paths of all usual types around the hardware of a detector: half of
-/// them anywhere, half where its hardware just blocks or just does not.
+/// them anywhere, half where the hardware only just blocks or only just does
+/// not.
 class PathsAtHardware {
  public:
   PathsAtHardware(const DU::ShadowingCalculator& detector, std::uint64_t seed)
@@ -63,7 +64,7 @@ class PathsAtHardware {
       path.InitialDirection = random_.Direction();
       path.StartPos = random_.Uniform(3000, 8500) * random_.Direction();
       if (random_.Chance(0.5)) {
-        // From one cylinder's inside or outside, at a rope.
+        // From inside or outside of a cylinder, towards a rope.
         path.StartPos.SetPhi(Azimuth());
         path.InitialDirection.SetPhi(path.StartPos.Phi());
         if (random_.Chance(0.5)) path.InitialDirection *= -1;
@@ -84,7 +85,7 @@ class PathsAtHardware {
   }
 
  private:
-  /// Of either sign, down to the last bits.
+  /// Of either sign, as small as the last bits.
   double SmallNumber() {
     return (random_.Chance(0.5) ? 1 : -1) *
            std::pow(10, random_.Uniform(-16, -1));
@@ -123,14 +124,14 @@ class PathsAtHardware {
     point.SetPhi(Azimuth());
     return point;
   }
-  /// One that leads away from the axis, or any.
+  /// A direction away from the axis, or any direction.
   TVector3 DirectionFrom(const TVector3& point) {
     TVector3 direction = random_.Direction();
     if (random_.Chance(0.6)) direction.SetPhi(point.Phi());
     return direction;
   }
-  /// Let both ends lie outside a cylinder, as far apart that the way between
-  /// them just meets it or just does not.
+  /// Put both ends outside a cylinder, so far apart that the line between them
+  /// only just meets it or only just does not.
   void PassACylinder(DU::LightPath& path) {
     const double radius = random_.Pick(cylinders_);
     path.StartPos.SetPerp(random_.Uniform(1.001, 1.4) * radius);

@@ -11,8 +11,9 @@
 
 #include "TVector3.h"
 
-/// How GoogleTest shows a vector: with all its digits, since vectors are
-/// compared exactly. In the namespace of TVector3, where GoogleTest looks.
+/// Lets GoogleTest print a vector with all its digits, since vectors are
+/// compared exactly. In the namespace of TVector3, where GoogleTest looks for
+/// it.
 inline void PrintTo(const TVector3& v, std::ostream* output) {
   const std::streamsize before =
       output->precision(std::numeric_limits<double>::max_digits10);
@@ -22,8 +23,8 @@ inline void PrintTo(const TVector3& v, std::ostream* output) {
 
 namespace ZARN::Testing {
 
-/// Expect two long lists to be equal to the last digit, and show where they
-/// first differ.
+/// Expect two long lists to be equal to the last bit, and show the first
+/// difference.
 inline void ExpectSamePoints(const std::vector<TVector3>& actual,
                              const std::vector<TVector3>& expected) {
   EXPECT_EQ(actual.size(), expected.size());

@@ -7,8 +7,8 @@
 
 namespace ZARN::Testing {
 
-/// Collects ROOT's messages, as "<function>: <text>", for as long as it lives.
-/// One at a time.
+/// Collects ROOT's messages, as "<function>: <text>", during its lifetime. Only
+/// one may exist at a time.
 class RootWarnings {
  public:
   RootWarnings() : previous_(SetErrorHandler(Collect)) { Messages().clear(); }
@@ -16,7 +16,7 @@ class RootWarnings {
   RootWarnings& operator=(const RootWarnings&) = delete;
   ~RootWarnings() { SetErrorHandler(previous_); }
 
-  /// What was written so far.
+  /// The messages so far.
   static std::vector<std::string>& Messages() {
     static std::vector<std::string> messages;
     return messages;
@@ -25,8 +25,8 @@ class RootWarnings {
  private:
   static void Collect(int /*level*/, Bool_t /*abort*/, const char* location,
                       const char* text) {
-    // Before the function stands the class, which ROOT knows only once its type
-    // system is up.
+    // The location starts with the class, which ROOT knows only after its type
+    // system has been initialised.
     std::string function = location;
     if (const auto colons = function.rfind("::"); colons != std::string::npos) {
       function.erase(0, colons + 2);
@@ -37,7 +37,7 @@ class RootWarnings {
   ErrorHandlerFunc_t previous_;
 };
 
-/// What ROOT says when a vector of no length shall get one.
+/// The warning of ROOT when a zero vector is given a length.
 inline const char* const kZeroVectorWarning =
     "SetMag: zero vector can't be stretched";
 

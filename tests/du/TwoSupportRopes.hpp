@@ -8,15 +8,15 @@
 
 namespace ZARN::Testing {
 
-/// The cylinder on which the ropes of TwoRopes stand: a power of two, by which
-/// lengths become angles without rounding.
+/// Radius of the cylinder on which the ropes of TwoRopes stand: a power of two,
+/// so that lengths become angles without rounding.
 constexpr double kCylinderRadius = 4096.0;
 
 inline TVector3 AtAzimuth(double phi, double perp = kCylinderRadius) {
   return {perp * std::cos(phi), perp * std::sin(phi), 0};
 }
 
-/// Away from both ropes, forward and back.
+/// Away from both ropes, forwards and backwards.
 inline TVector3 ToNoRope() { return AtAzimuth(-DU::kPi / 4, 1.0); }
 
 /// Support ropes at azimuth 0 and 90 degrees, whose feet are at z = 0.
@@ -27,7 +27,7 @@ inline DU::SupportRopeModel TwoRopes() {
   return model;
 }
 
-/// Where a line meets their cylinder.
+/// Where a line meets the cylinder of TwoRopes.
 inline TVector3 CrossingOf(const TVector3& start, const TVector3& direction) {
   return DU::VectorToCylinderEdge(start, direction, {0, 0, 0}, kCylinderRadius);
 }
