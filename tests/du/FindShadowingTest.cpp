@@ -62,7 +62,7 @@ std::vector<LightPath> ManyPaths(std::size_t count) {
   return paths;
 }
 
-/// A detector with a boss small enough to leave something to the others.
+/// A detector with a boss so small that other components are reported too.
 ShadowingCalculator DetectorForManyPaths() {
   Tables tables = DetectorTables();
   tables.Set("GEO", "av", "neck_boss_z", 5500.0);
@@ -79,10 +79,10 @@ TEST(FindShadowing, AgreesWithCheckForShadowing) {
     EXPECT_EQ(isShadowed, found != eShadowingComponent::kNone);
     ++tally[found];
   }
-  EXPECT_EQ(tally.size(), kComponents + 1);  // every verdict came up
+  EXPECT_EQ(tally.size(), kComponents + 1);  // every verdict occurred
 }
 
-TEST(FindShadowing, WritesNoMessageAndLeavesTheFlags) {
+TEST(FindShadowing, WritesNoMessageAndKeepsTheFlags) {
   ShadowingCalculator calculator = InRun(DetectorTables());
   ASSERT_TRUE(Check(calculator, BlockedPath()));
   const Flags flags = FlagsOf(calculator);

@@ -16,7 +16,7 @@
 namespace ZARN::DU {
 namespace {
 
-TEST(ForEachOnThreads, WorksOnEachOnce) {
+TEST(ForEachOnThreads, CallsWorkOnceForEachIndex) {
   for (const std::size_t threads : {0U, 1U, 2U, 7U, 100U}) {
     for (const std::size_t count : {0U, 1U, 2U, 50U}) {
       std::vector<int> worked(count, 0);
@@ -37,7 +37,7 @@ TEST(ForEachOnThreads, UsesNoMoreThreadsThanAskedFor) {
   EXPECT_LE(ids.size(), 3U);
 }
 
-TEST(FindShadowingOfManyPaths, IsSilentBesideAPoolOfRoots) {
+TEST(FindShadowingOfManyPaths, WritesNoWarningNextToAThreadPoolOfRoot) {
   const ShadowingCalculator detector =
       Testing::InRun(Testing::DetectorTables());
   const std::vector<LightPath> paths(50000, Testing::BlockedPath());

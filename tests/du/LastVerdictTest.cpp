@@ -26,7 +26,7 @@ TEST(LastVerdict, NamesTheComponentWhoseFlagIsSet) {
   }
 }
 
-TEST(LastVerdict, IsNoneAfterBeginOfRunWhereShadowedStays) {
+TEST(LastVerdict, IsNoneAfterBeginOfRunAlthoughShadowedIsKept) {
   ShadowingCalculator calculator = Testing::InRun(Testing::DetectorTables());
   LightPathCalculator blocked = CalculatorOf(Testing::BlockedPath());
   ASSERT_TRUE(calculator.CheckForShadowing(blocked));

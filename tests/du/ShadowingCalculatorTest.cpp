@@ -37,7 +37,7 @@ using Testing::TolerancesOf;
 
 // Testing a path.
 
-TEST(ShadowingCalculator, FindsNothingInTheWayOfAFreePath) {
+TEST(ShadowingCalculator, ReportsAFreePathAsClear) {
   ShadowingCalculator calculator = InRun(DetectorTables());
   EXPECT_FALSE(Check(calculator, FreePath()));
   EXPECT_EQ(FlagsOf(calculator), kNoFlag);
@@ -54,7 +54,7 @@ TEST(ShadowingCalculator, SetsTheFlagOfTheComponentThatBlocksThePath) {
   }
 }
 
-TEST(ShadowingCalculator, ReportsOnlyTheFirstOfAllThatBlockThePath) {
+TEST(ShadowingCalculator, ReportsOnlyTheFirstComponentThatBlocksThePath) {
   Tables tables = DetectorTables();
   for (const eShadowingComponent component : kShadowingComponents) {
     SCOPED_TRACE(NameOf(component));
@@ -86,7 +86,7 @@ TEST(ShadowingCalculator, ReportsTheFirstOfEveryTwoComponents) {
     for (std::size_t second = first + 1; second < kComponents; ++second) {
       Tables tables =
           Only({kShadowingComponents[first], kShadowingComponents[second]});
-      // The grid plays no part, and takes long.
+      // The grid does not matter here, and takes long.
       ShadowingCalculator calculator;
       calculator.SetAllGeometryTolerances(1.0);
       BeginOfRun(calculator, tables);
@@ -115,7 +115,7 @@ TEST(ShadowingCalculator, ClearsTheFlagsAlsoWhenNothingIsLoaded) {
   EXPECT_EQ(FlagsOf(calculator), kNoFlag);
 }
 
-TEST(ShadowingCalculator, GoesByTheNameOfAPathAndNotByItsType) {
+TEST(ShadowingCalculator, UsesTheNameOfAPathAndNotItsType) {
   ShadowingCalculator calculator = InRun(DetectorTables());
   LightPathCalculator path = CalculatorOf(BlockedPath());
   path.LightPathTypeNames()[kAVToWater] = "Water";
@@ -137,7 +137,8 @@ TEST(ShadowingCalculator, AddsOneEmptyNameForATypeThatHasNone) {
   }
 }
 
-TEST(ShadowingCalculator, ReportsAPathOfUnnamedTypeUnderTheBossWithoutAWord) {
+TEST(ShadowingCalculator,
+     ReportsAPathOfUnnamedTypeUnderTheBossWithoutAMessage) {
   ShadowingCalculator calculator =
       InRun(Only({eShadowingComponent::kNeckBoss}));
   LightPathCalculator path =
@@ -147,7 +148,7 @@ TEST(ShadowingCalculator, ReportsAPathOfUnnamedTypeUnderTheBossWithoutAWord) {
   EXPECT_EQ(captured.Text(), "");
 }
 
-TEST(ShadowingCalculator, SaysNothingOfAPathInWater) {
+TEST(ShadowingCalculator, WritesNoMessageAboutAPathInWater) {
   ShadowingCalculator calculator = InRun(DetectorTables());
   const Captured captured(warn);
   LightPathCalculator path =
@@ -156,10 +157,10 @@ TEST(ShadowingCalculator, SaysNothingOfAPathInWater) {
   EXPECT_EQ(captured.Text(), "");
 }
 
-TEST(ShadowingCalculator, HandsTheHoldDownRopesToTheSupportRopesTest) {
-  // A path in water outside of both is left to the hold-down ropes by the test
-  // of the support ropes. Their own test has another tolerance: the angle of
-  // the thinner rope.
+TEST(ShadowingCalculator, PassesTheHoldDownRopesToTheSupportRopesTest) {
+  // A path in water outside of both cylinders is tested against the hold-down
+  // ropes by the test of the support ropes. Their own test has another
+  // tolerance: the angle of the thinner rope.
   Tables tables = DetectorTables();
   tables.Set("SOLID", "up_rope", "r_rope", 1000.0);
   ShadowingCalculator calculator = InRun(tables);
@@ -173,9 +174,9 @@ TEST(ShadowingCalculator, HandsTheHoldDownRopesToTheSupportRopesTest) {
   EXPECT_FALSE(Check(calculator, path));
 }
 
-// Guards: tests that would read what is not there do not run.
+// Guards: tests that would index missing items do not run.
 
-TEST(ShadowingCalculator, PassesOverHoldDownRopesWithoutAnEnd) {
+TEST(ShadowingCalculator, SkipsHoldDownRopesWithoutAnEnd) {
   Tables tables = Only({eShadowingComponent::kAVHDRope});
   tables.Set("GEO_LOCATIONS", "rolls", "roll", std::vector<double>());
   ShadowingCalculator calculator = InRun(tables);
@@ -190,7 +191,7 @@ TEST(ShadowingCalculator, PassesOverHoldDownRopesWithoutAnEnd) {
   EXPECT_EQ(captured.Text(), "");
 }
 
-TEST(ShadowingCalculator, PassesOverSupportRopesWithoutARope) {
+TEST(ShadowingCalculator, SkipsSupportRopesWithoutARope) {
   Tables tables = Only({eShadowingComponent::kSupportRope});
   tables.SetPositions("GEO_LOCATIONS", "rope_anchors", {});
   ShadowingCalculator calculator = InRun(tables);
@@ -205,7 +206,7 @@ TEST(ShadowingCalculator, PassesOverSupportRopesWithoutARope) {
   EXPECT_EQ(captured.Text(), "");
 }
 
-TEST(ShadowingCalculator, TestsTheOthersBesideAComponentThatItPassesOver) {
+TEST(ShadowingCalculator, TestsTheOtherComponentsIfItSkipsOne) {
   Tables tables =
       Only({eShadowingComponent::kSupportRope, eShadowingComponent::kAVPipe});
   tables.SetPositions("GEO_LOCATIONS", "rope_anchors", {});
@@ -217,8 +218,8 @@ TEST(ShadowingCalculator, TestsTheOthersBesideAComponentThatItPassesOver) {
   EXPECT_EQ(path.LightPathTypeNames().count(kUnnamedType), 1U);
 }
 
-TEST(ShadowingCalculator, TestsComponentsWhoseListsAreMerelyEmpty) {
-  // Their tests walk the lists and find nothing; so they ask for the name.
+TEST(ShadowingCalculator, TestsComponentsWhoseListsAreEmpty) {
+  // Their tests loop over the lists and find nothing, so they look up the name.
   for (const auto& [component, locations] :
        std::map<eShadowingComponent, std::string>{
            {eShadowingComponent::kBellyPlate, "plates"},
@@ -249,7 +250,7 @@ TEST(ShadowingCalculator, CopiesAreIndependent) {
   EXPECT_EQ(first.FindShadowing(BlockedPath()), eShadowingComponent::kAVHDRope);
 }
 
-TEST(ShadowingCalculator, CallsEveryComponentByItsName) {
+TEST(ShadowingCalculator, NamesEveryComponent) {
   std::vector<std::string> names;
   names.reserve(kComponents);
   for (const eShadowingComponent component : kShadowingComponents) {
@@ -263,7 +264,7 @@ TEST(ShadowingCalculator, CallsEveryComponentByItsName) {
       InRun(DetectorTables()).IsInfoLoaded(eShadowingComponent::kNone));
 }
 
-TEST(ShadowingCalculator, NeedsNoConversionFromTheFieldsUnits) {
+TEST(ShadowingCalculator, NeedsNoUnitConversion) {
   EXPECT_EQ(CLHEP::mm, 1.0);
   EXPECT_EQ(CLHEP::radian, 1.0);
 }

@@ -91,7 +91,7 @@ TEST(ShadowingCalculator, BlocksNothingBeforeItsFirstRun) {
             eShadowingComponent::kNone);
 }
 
-TEST(ShadowingCalculator, AsksForNoNameBeforeItsFirstRun) {
+TEST(ShadowingCalculator, LooksUpNoNameBeforeItsFirstRun) {
   ShadowingCalculator calculator;
   LightPathCalculator path = CalculatorOf(Testing::AllAt(kUnnamedType, {}));
   const Captured captured(warn);
@@ -101,15 +101,15 @@ TEST(ShadowingCalculator, AsksForNoNameBeforeItsFirstRun) {
   EXPECT_EQ(captured.Text(), "");
 }
 
-// The set-up of a run.
+// Setting up a run.
 
-TEST(ShadowingCalculator, TellsInItsOrderOfEachComponentThatItLoads) {
+TEST(ShadowingCalculator, LogsInOrderEachComponentThatItLoads) {
   ShadowingCalculator calculator;
   EXPECT_EQ(BeginOfRun(calculator, DetectorTables()), Joined(kLoadedTexts));
   EXPECT_EQ(LoadedOf(calculator), kAllLoaded);
 }
 
-TEST(ShadowingCalculator, TellsInItsOrderOfEachComponentThatItCannotLoad) {
+TEST(ShadowingCalculator, LogsInOrderEachComponentThatItCannotLoad) {
   ShadowingCalculator calculator;
   EXPECT_EQ(BeginOfRun(calculator, Testing::VesselTables()),
             Joined(kNotLoadedTexts));
@@ -122,7 +122,7 @@ TEST(ShadowingCalculator, TellsInItsOrderOfEachComponentThatItCannotLoad) {
   }
 }
 
-TEST(ShadowingCalculator, AsksForNoNameWhenNothingIsLoaded) {
+TEST(ShadowingCalculator, LooksUpNoNameWhenNothingIsLoaded) {
   ShadowingCalculator calculator = InRun(Testing::VesselTables());
   LightPathCalculator path = CalculatorOf(Testing::AllAt(kUnnamedType, {}));
   EXPECT_FALSE(calculator.CheckForShadowing(path));
@@ -164,7 +164,8 @@ TEST(ShadowingCalculator, SwitchesOffRopesAndPipesWithTooFewPoints) {
   EXPECT_EQ(BeginOfRun(calculator, tables), Joined(texts));
 }
 
-TEST(ShadowingCalculator, PutsWarningsOfAListBeforeItsComponentsMessage) {
+TEST(ShadowingCalculator,
+     LogsWarningsAboutAListBeforeTheMessageOfItsComponent) {
   Tables tables = DetectorTables();
   tables.Set("GEO_LOCATIONS", "anchors", "z", std::vector<double>{1.0});
   ShadowingCalculator calculator;
@@ -175,12 +176,12 @@ TEST(ShadowingCalculator, PutsWarningsOfAListBeforeItsComponentsMessage) {
           "across the (X,Y,Z) coordinate arrays!\n"
           "(X,Y,Z) positions not initialised for (GEO_LOCATIONS, anchors).\n" +
           kLoadedTexts[3] + kLoadedTexts[4] + kLoadedTexts[5]);
-  // No anchor is left, neither of this run nor of another.
+  // No anchor is left, from this run or an earlier one.
   EXPECT_TRUE(calculator.IsInfoLoaded(eShadowingComponent::kNCDAnchor));
   EXPECT_TRUE(calculator.GetNCDAnchors().NCDAnchorPositions.empty());
 }
 
-TEST(ShadowingCalculator, WritesNothingToTheDiagnosticsWhileItLoads) {
+TEST(ShadowingCalculator, WritesNoDebugMessageWhileItLoads) {
   DetectorTables().Load();
   const Captured warnings(warn);
   const Captured diagnostics(debug);
@@ -233,9 +234,9 @@ TEST(ShadowingCalculator, UsesTheOuterRadiusForThePlates) {
   EXPECT_TRUE(Check(calculator, path));
 }
 
-// Runs one after another.
+// Several runs.
 
-TEST(ShadowingCalculator, BuildsItsModelsAnewForEveryRun) {
+TEST(ShadowingCalculator, RebuildsItsModelsForEveryRun) {
   ShadowingCalculator calculator = InRun(DetectorTables());
   const auto sizes = ListSizesOf(calculator);
   BeginOfRun(calculator, DetectorTables());
@@ -250,7 +251,7 @@ TEST(ShadowingCalculator, BuildsItsModelsAnewForEveryRun) {
   EXPECT_EQ(calculator.GetInnerAVRadius(), 5700.0);
 }
 
-TEST(ShadowingCalculator, DecidesAnewForEveryRunWhichComponentsAreOn) {
+TEST(ShadowingCalculator, DecidesForEveryRunWhichComponentsAreOn) {
   ShadowingCalculator calculator = InRun(DetectorTables());
   BeginOfRun(calculator, Testing::VesselTables());
   EXPECT_EQ(LoadedOf(calculator), kNoneLoaded);
@@ -261,7 +262,7 @@ TEST(ShadowingCalculator, DecidesAnewForEveryRunWhichComponentsAreOn) {
   EXPECT_TRUE(Check(calculator, BlockedPath()));
 }
 
-TEST(ShadowingCalculator, KeepsShadowedAloneOverTheStartOfARun) {
+TEST(ShadowingCalculator, KeepsOnlyShadowedAtTheStartOfARun) {
   ShadowingCalculator calculator = InRun(DetectorTables());
   ASSERT_TRUE(Check(calculator, BlockedPath()));
   BeginOfRun(calculator, DetectorTables());
@@ -295,7 +296,7 @@ TEST(ShadowingCalculator, SetsAllTolerances) {
   EXPECT_EQ(ListSizesOf(calculator), kNoList);
 }
 
-TEST(ShadowingCalculator, ShapesOnlyTheGridWithTolerancesSetBeforeTheRun) {
+TEST(ShadowingCalculator, UsesTolerancesSetBeforeTheRunOnlyForTheGrid) {
   ShadowingCalculator calculator;
   calculator.SetAllGeometryTolerances(50.0);
   BeginOfRun(calculator, DetectorTables());
@@ -304,7 +305,7 @@ TEST(ShadowingCalculator, ShapesOnlyTheGridWithTolerancesSetBeforeTheRun) {
             2U * 50U * 50U);
 }
 
-TEST(ShadowingCalculator, ChangesNoModelWithTolerancesSetInTheRun) {
+TEST(ShadowingCalculator, ChangesNoModelWhenTolerancesAreSetDuringTheRun) {
   ShadowingCalculator calculator = InRun(DetectorTables());
   const auto sizes = ListSizesOf(calculator);
   EXPECT_EQ(calculator.GetBellyPlates().BellyPlateGridPoints.size(),
@@ -312,7 +313,7 @@ TEST(ShadowingCalculator, ChangesNoModelWithTolerancesSetInTheRun) {
   calculator.SetAllGeometryTolerances(50.0);
   EXPECT_EQ(TolerancesOf(calculator), std::vector<double>(6, 50.0));
   EXPECT_EQ(ListSizesOf(calculator), sizes);
-  // The next run lays its grid with it, and starts with 150 again.
+  // The next run builds its grid with it, and starts with 150 again.
   BeginOfRun(calculator, DetectorTables());
   EXPECT_EQ(calculator.GetBellyPlates().BellyPlateGridPoints.size(),
             2U * 50U * 50U);
@@ -322,7 +323,7 @@ TEST(ShadowingCalculator, ChangesNoModelWithTolerancesSetInTheRun) {
             2U * 22500U);
 }
 
-TEST(ShadowingCalculator, LaysNoGridWithoutAPositiveTolerance) {
+TEST(ShadowingCalculator, BuildsNoGridWithoutAPositiveTolerance) {
   ShadowingCalculator calculator;
   calculator.SetAllGeometryTolerances(-1.0);
   BeginOfRun(calculator, DetectorTables());
@@ -331,7 +332,7 @@ TEST(ShadowingCalculator, LaysNoGridWithoutAPositiveTolerance) {
 }
 
 TEST(ShadowingCalculator, TestsWithTheTolerancesThatAreSet) {
-  // A path that leaves the vessel a little beside all hardware.
+  // A path that leaves the vessel a little to the side of all hardware.
   LightPath path = BlockedPath();
   path.AVPoint1.RotateZ(-0.06);
   path.FinalDirection.RotateZ(-0.06);
@@ -354,7 +355,7 @@ TEST(ShadowingCalculator, TestsWithTheTolerancesThatAreSet) {
 
 // A run that cannot be set up.
 
-TEST(ShadowingCalculator, LeavesTheRunBeforeAnyMessageWithoutARadius) {
+TEST(ShadowingCalculator, ThrowsBeforeAnyMessageIfARadiusIsMissing) {
   const auto expectFailure = [](const Tables& tables) {
     tables.Load();
     const Captured captured(warn);
@@ -392,11 +393,11 @@ TEST(ShadowingCalculator, KeepsFlagsAndTolerancesWhenARadiusIsMissing) {
   EXPECT_EQ(calculator.GetAVNeckRadius(), 700.0);
 }
 
-TEST(ShadowingCalculator, CanBeAskedAfterARunThatCouldNotBeSetUp) {
+TEST(ShadowingCalculator, CanBeUsedAfterABeginOfRunThatFailed) {
   ShadowingCalculator calculator = InRun(DetectorTables());
   DetectorTables().Remove("SOLID", "acrylic_vessel_outer").Load();
   EXPECT_THROW(calculator.BeginOfRun(), DBNotFoundError);
-  // What needs no list is still tested.
+  // Components that need no list are still tested.
   EXPECT_TRUE(Check(calculator, BlockedPath()));
   EXPECT_EQ(FlagsOf(calculator), FlagsFor(eShadowingComponent::kAVPipe));
 }
@@ -406,7 +407,7 @@ TEST(ShadowingCalculator, CanBeAskedAfterARunThatCouldNotBeSetUp) {
   throw std::runtime_error(text);
 }
 
-TEST(ShadowingCalculator, LetsAnyOtherExceptionOfALoaderPassAtOnce) {
+TEST(ShadowingCalculator, LetsAnyOtherExceptionOfALoaderThroughAtOnce) {
   ShadowingCalculator calculator;
   calculator.SetAllGeometryTolerances(3.0);
   BeginOfRun(calculator, Only({eShadowingComponent::kAVHDRope,
@@ -414,7 +415,7 @@ TEST(ShadowingCalculator, LetsAnyOtherExceptionOfALoaderPassAtOnce) {
   ASSERT_TRUE(Check(calculator, BlockedPath()));
   calculator.SetAllGeometryTolerances(4.0);
 
-  // A plate without place and height lets ROOT warn, which throws here.
+  // A plate at the centre without height makes ROOT warn, which throws here.
   Tables tables = DetectorTables();
   SwitchOff(tables, eShadowingComponent::kAVHDRope);
   SwitchOff(tables, eShadowingComponent::kNeckBoss);
@@ -426,7 +427,7 @@ TEST(ShadowingCalculator, LetsAnyOtherExceptionOfALoaderPassAtOnce) {
   EXPECT_THROW(calculator.BeginOfRun(), std::runtime_error);
   SetErrorHandler(previous);
   EXPECT_EQ(captured.Text(), kNotLoadedTexts[0] + kLoadedTexts[1]);
-  // The first two were decided anew; the others keep what they had.
+  // The first two were set in this run; the others keep their values.
   EXPECT_EQ(LoadedOf(calculator),
             (Flags{false, true, false, false, false, true}));
   EXPECT_EQ(FlagsOf(calculator), FlagsFor(eShadowingComponent::kAVHDRope));

@@ -13,8 +13,8 @@
 namespace ZARN::DU {
 namespace {
 
-/// Verdicts on light paths from everywhere to PMTs all around, of calculators
-/// set up for them.
+/// Set up calculators, and find the verdicts on light paths from everywhere to
+/// PMTs all around.
 std::vector<eShadowingComponent> VerdictsOfAFreshSetUp() {
   const Testing::Captured captured(warn);
   TableSet tables;
@@ -42,8 +42,8 @@ std::vector<eShadowingComponent> VerdictsOfAFreshSetUp() {
   return verdicts;
 }
 
-/// This unit is the first of its program: the statics of the library's units
-/// come later, and nothing here may need them.
+/// The translation unit of this test is the first of its program: statics of
+/// the library are initialised later, so nothing here may need them.
 const std::vector<eShadowingComponent> kVerdictsBeforeMain =
     VerdictsOfAFreshSetUp();
 

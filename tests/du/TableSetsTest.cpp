@@ -33,7 +33,7 @@ ShadowingCalculator InRunWith(const TableSet& tables) {
   return calculator;
 }
 
-/// The detector with its hardware lower on the vessel, and fewer kinds of it.
+/// The detector with fewer components, and its plates lower on the vessel.
 Tables OtherDetector() {
   Tables tables =
       Only({eShadowingComponent::kBellyPlate, eShadowingComponent::kNCDAnchor});
@@ -41,7 +41,7 @@ Tables OtherDetector() {
   return tables;
 }
 
-/// Verdicts on paths that leave the vessel everywhere.
+/// Verdicts on paths that leave the vessel in all directions.
 std::vector<eShadowingComponent> VerdictsOf(
     const ShadowingCalculator& calculator) {
   std::mt19937_64 random(20240611);
@@ -57,7 +57,7 @@ std::vector<eShadowingComponent> VerdictsOf(
   return verdicts;
 }
 
-TEST(TableSets, GiveCalculatorsSideBySideEachItsOwnVerdicts) {
+TEST(TableSets, GiveEachOfTwoCalculatorsItsOwnVerdicts) {
   const auto expected = VerdictsOf(InRun(DetectorTables()));
   const auto expectedOther = VerdictsOf(InRun(OtherDetector()));
   ASSERT_NE(expected, expectedOther);
@@ -69,7 +69,7 @@ TEST(TableSets, GiveCalculatorsSideBySideEachItsOwnVerdicts) {
   EXPECT_EQ(VerdictsOf(calculator), expected);
 }
 
-TEST(TableSets, LeaveTheDatabaseOfTheProcessAsItIs) {
+TEST(TableSets, DoNotChangeTheDatabaseOfTheProcess) {
   VesselTables().Load();
   DB::Get().SetRun(5);
   ShadowingCalculator calculator = InRunWith(DetectorTables().AsSet());
@@ -115,7 +115,7 @@ TEST(TableSets, NameTheirOwnRunWhenARadiusIsMissing) {
             "run 3, so no field r_sphere");
 }
 
-TEST(TableSets, MayBeReadBySeveralThreads) {
+TEST(TableSets, CanBeReadBySeveralThreads) {
   const TableSet tables = DetectorTables().AsSet();
   const auto expected = VerdictsOf(InRunWith(tables));
   const Captured captured(warn);

@@ -19,8 +19,8 @@ using Testing::NamedPath;
 using Testing::Only;
 using Testing::SwitchOff;
 
-// The tests of several components speak in the name of another one, and "light"
-// stands twice; users search their logs for these texts.
+// Users search their logs for these texts, so their mistakes are intentional:
+// several tests print the name of another test, and "light" is repeated.
 
 const std::string kUninitialisedAVHDRope =
     "ShadowingCalculator::CheckAVHDRopeShadowing: LightPathCalculator object "
@@ -63,7 +63,7 @@ std::string UnknownToAll(const std::string& name) {
          UnknownToBellyPlates(name);
 }
 
-/// What a calculator says of a path, and whether it finds it blocked.
+/// The messages of a calculator about a path, and whether it is blocked.
 struct Answer {
   bool isShadowed;
   std::string text;
@@ -89,7 +89,7 @@ Answer AskOnly(eShadowingComponent component, const LightPathCalculator& path) {
   return Ask(calculator, path);
 }
 
-TEST(UnusualPathMessages, TellOfAnUninitialisedPathInWordsOfTheirOwn) {
+TEST(UnusualPathMessages, DifferByTestForAnUninitialisedPath) {
   const LightPathCalculator path;
   const auto ask = [&](eShadowingComponent component) {
     return AskOnly(component, path);
@@ -108,7 +108,7 @@ TEST(UnusualPathMessages, TellOfAnUninitialisedPathInWordsOfTheirOwn) {
             (Answer{false, kUninitialisedNeckBoss}));
 }
 
-TEST(UnusualPathMessages, TellOfAnUninitialisedPathInTheOrderOfTheTests) {
+TEST(UnusualPathMessages, ReportAnUninitialisedPathInTheOrderOfTheTests) {
   ShadowingCalculator calculator = InRun(DetectorTables());
   EXPECT_EQ(
       Ask(calculator, LightPathCalculator()),
@@ -117,14 +117,14 @@ TEST(UnusualPathMessages, TellOfAnUninitialisedPathInTheOrderOfTheTests) {
                          kUninitialisedAVPipe + kUninitialisedNeckBoss}));
 }
 
-TEST(UnusualPathMessages, TellOfAPathNamedAsUninitialisedWhateverItsType) {
+TEST(UnusualPathMessages, ReportAPathNamedUninitialisedWhateverItsType) {
   const LightPathCalculator path =
       NamedPath("Light Path Uninitialised", Testing::BlockedPath());
   EXPECT_EQ(AskOnly(eShadowingComponent::kNeckBoss, path),
             (Answer{false, kUninitialisedNeckBoss}));
 }
 
-TEST(UnusualPathMessages, TellOfTheNameWithoutItsSpaceAsOfAnUnknownType) {
+TEST(UnusualPathMessages, ReportTheNameWithoutItsSpaceAsAnUnknownType) {
   const std::string name = "LightPath Uninitialised";
   const LightPathCalculator path = NamedPath(name);
   const auto ask = [&](eShadowingComponent component) {
@@ -136,13 +136,13 @@ TEST(UnusualPathMessages, TellOfTheNameWithoutItsSpaceAsOfAnUnknownType) {
             (Answer{false, UnknownToSupportRopes(name)}));
   EXPECT_EQ(ask(eShadowingComponent::kBellyPlate),
             (Answer{false, UnknownToBellyPlates(name)}));
-  // The others do not know this name, and have no words for unknown ones.
+  // The others do not know this name, and have no message for unknown names.
   EXPECT_EQ(ask(eShadowingComponent::kNCDAnchor), (Answer{false, ""}));
   EXPECT_EQ(ask(eShadowingComponent::kAVPipe), (Answer{false, ""}));
   EXPECT_EQ(ask(eShadowingComponent::kNeckBoss), (Answer{true, ""}));
 }
 
-TEST(UnusualPathMessages, TellOfAnUnknownTypeByItsName) {
+TEST(UnusualPathMessages, QuoteTheNameOfAnUnknownType) {
   const std::string name = "Water->Ice->Water";
   const LightPathCalculator path = NamedPath(name);
   const auto ask = [&](eShadowingComponent component) {
@@ -159,14 +159,14 @@ TEST(UnusualPathMessages, TellOfAnUnknownTypeByItsName) {
   EXPECT_EQ(ask(eShadowingComponent::kNeckBoss), (Answer{true, ""}));
 }
 
-TEST(UnusualPathMessages, TellOfATypeWithoutANameByAnEmptyOne) {
+TEST(UnusualPathMessages, QuoteAnEmptyNameForATypeWithoutAName) {
   const LightPathCalculator path =
       CalculatorOf(AllAt(kUnnamedType, Testing::kBlockedSpot));
   EXPECT_EQ(AskOnly(eShadowingComponent::kBellyPlate, path),
             (Answer{false, UnknownToBellyPlates("")}));
 }
 
-TEST(UnusualPathMessages, TellOfAnUnknownTypeInTheOrderOfTheTests) {
+TEST(UnusualPathMessages, ReportAnUnknownTypeInTheOrderOfTheTests) {
   Testing::Tables tables = DetectorTables();
   SwitchOff(tables, eShadowingComponent::kNeckBoss);
   ShadowingCalculator calculator = InRun(tables);
@@ -176,8 +176,8 @@ TEST(UnusualPathMessages, TellOfAnUnknownTypeInTheOrderOfTheTests) {
   }
 }
 
-TEST(UnusualPathMessages, AreWrittenAlsoWhereALaterTestFindsThePathBlocked) {
-  // The neck boss, to which a path at the centre is under it.
+TEST(UnusualPathMessages, AreWrittenEvenIfALaterTestFindsThePathBlocked) {
+  // It is the neck boss, which covers the centre.
   ShadowingCalculator calculator = InRun(DetectorTables());
   EXPECT_EQ(Ask(calculator, NamedPath("")), (Answer{true, UnknownToAll("")}));
   EXPECT_TRUE(calculator.IsShadowedByNeckBoss());
@@ -187,7 +187,7 @@ TEST(UnusualPathMessages, AreWrittenAlsoWhereALaterTestFindsThePathBlocked) {
 }
 
 TEST(UnusualPathMessages, AreNotWrittenByATestThatFindsThePathBlocked) {
-  // Rope ends above the centre make the first test find a path of unknown type
+  // With rope ends above the centre the first test finds a path of unknown type
   // blocked.
   Testing::Tables tables = DetectorTables();
   tables.SetPositions("SOLID", "down_rope",
@@ -201,7 +201,7 @@ TEST(UnusualPathMessages, AreNotWrittenByATestThatFindsThePathBlocked) {
   ShadowingCalculator calculator = InRun(tables);
   EXPECT_EQ(Ask(calculator, NamedPath("no type")), (Answer{true, ""}));
   EXPECT_TRUE(calculator.IsShadowedByAVHDRope());
-  // The name without its space is told of before anything is tested.
+  // The name without its space is reported before anything is tested.
   const std::string misspelt = "LightPath Uninitialised";
   EXPECT_EQ(Ask(calculator, NamedPath(misspelt)),
             (Answer{true, UnknownToAll(misspelt)}));
@@ -228,7 +228,7 @@ TEST(UnusualPathMessages, AreNotWrittenByPlatesAtTheEquator) {
             (Answer{false, UnknownToBellyPlates(misspelt)}));
 }
 
-TEST(UnusualPathMessages, TellOfAnUnknownTypeAlsoWithoutAnyPlate) {
+TEST(UnusualPathMessages, ReportAnUnknownTypeEvenWithoutAnyPlate) {
   Testing::Tables tables = Only({eShadowingComponent::kBellyPlate});
   tables.SetPositions("GEO_LOCATIONS", "plates", {});
   ShadowingCalculator calculator = InRun(tables);
@@ -248,7 +248,7 @@ TEST(UnusualPathMessages, AreNotWrittenForAnyComputedTypeOfPath) {
   }
 }
 
-TEST(UnusualPathMessages, TellOfANameThatDiffersInCaseAsOfAnUnknownType) {
+TEST(UnusualPathMessages, ReportANameThatDiffersInCaseAsAnUnknownType) {
   const LightPathCalculator path =
       NamedPath("av->water", Testing::BlockedPath());
   EXPECT_EQ(AskOnly(eShadowingComponent::kBellyPlate, path),

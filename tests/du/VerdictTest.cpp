@@ -22,7 +22,7 @@ TEST(Verdict, OfAComponentHasTheComponentsNumber) {
   }
 }
 
-TEST(Verdict, TellsWherePathsAreAndWhatIsShadowed) {
+TEST(Verdict, TellsWhetherThereIsAPathAndWhetherItIsShadowed) {
   EXPECT_TRUE(HasPath(eVerdict::kClear));
   EXPECT_FALSE(IsShadowed(eVerdict::kClear));
   for (int number = 7; number < kVerdicts; ++number) {
@@ -33,7 +33,7 @@ TEST(Verdict, TellsWherePathsAreAndWhatIsShadowed) {
   }
 }
 
-TEST(Verdict, HasItsNumberInFiles) {
+TEST(Verdict, HasAFixedNumberForFiles) {
   EXPECT_EQ(static_cast<int>(eVerdict::kTotalReflection), 7);
   EXPECT_EQ(static_cast<int>(eVerdict::kPMTNotInWater), 8);
   EXPECT_EQ(static_cast<int>(eVerdict::kEventAtPMT), 9);
@@ -41,7 +41,7 @@ TEST(Verdict, HasItsNumberInFiles) {
   EXPECT_EQ(static_cast<int>(eVerdict::kNoReflectedPath), 11);
 }
 
-TEST(Verdict, HasANameOfItsOwn) {
+TEST(Verdict, HasAUniqueName) {
   std::set<std::string> names;
   for (int number = 0; number < kVerdicts; ++number) {
     names.insert(NameOf(static_cast<eVerdict>(number)));
