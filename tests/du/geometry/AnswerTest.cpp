@@ -5,13 +5,13 @@
 namespace ZARN::DU {
 namespace {
 
-TEST(Answer, IsSureOnlyWhereOneOfTheTwoQuestionsIs) {
+TEST(Answer, IsSureOnlyIfOneConditionHolds) {
   EXPECT_EQ(AnswerOf(true, false), eAnswer::kBlocks);
   EXPECT_EQ(AnswerOf(false, true), eAnswer::kClear);
   EXPECT_EQ(AnswerOf(false, false), eAnswer::kUnsure);
 }
 
-TEST(Answer, OfTwoThingsBlocksWhereOneDoesAndIsClearWhereBothAre) {
+TEST(Answer, OfTwoItemsBlocksIfOneDoesAndIsClearIfBothAre) {
   for (const eAnswer answer :
        {eAnswer::kClear, eAnswer::kUnsure, eAnswer::kBlocks}) {
     EXPECT_EQ(Either(answer, eAnswer::kBlocks), eAnswer::kBlocks);
@@ -22,7 +22,7 @@ TEST(Answer, OfTwoThingsBlocksWhereOneDoesAndIsClearWhereBothAre) {
   }
 }
 
-TEST(Answer, LeavesOnlyWhatIsUnsureToTheFormula) {
+TEST(Answer, UsesTheFormulaOnlyIfUnsure) {
   int asked = 0;
   const auto decideFor = [&](bool verdict) {
     return [&asked, verdict] {

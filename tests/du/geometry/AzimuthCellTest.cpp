@@ -23,7 +23,7 @@ class AzimuthCellOf : public ::testing::Test {
 using Precisions = ::testing::Types<double, float>;
 TYPED_TEST_SUITE(AzimuthCellOf, Precisions);
 
-TYPED_TEST(AzimuthCellOf, GrowsOnceAroundFromTheNegativeYAxis) {
+TYPED_TEST(AzimuthCellOf, IncreasesAroundTheCircleFromTheNegativeYAxis) {
   constexpr int kCells = 64;
   constexpr int kSteps = 10000;
   int before = 0;
@@ -44,18 +44,18 @@ TYPED_TEST(AzimuthCellOf, GivesEachQuarterTurnAQuarterOfTheCells) {
   EXPECT_EQ(this->Cell(1, 0, 64), 16);
   EXPECT_EQ(this->Cell(0, 1, 64), 32);
   EXPECT_EQ(this->Cell(-1, 0, 64), 48);
-  // Half way between the axes.
+  // Halfway between the axes.
   EXPECT_EQ(this->Cell(1, -1, 64), 8);
   EXPECT_EQ(this->Cell(-1, -1, 64), 56);
 }
 
-TYPED_TEST(AzimuthCellOf, StaysAmongTheCellsWhereRoundingReachesTheFullTurn) {
+TYPED_TEST(AzimuthCellOf, StaysInRangeWhereRoundingReachesTheFullTurn) {
   EXPECT_EQ(this->Cell(-1e-30, -1, 64), 63);
   EXPECT_EQ(this->Cell(1e-30, -1, 64), 0);
   EXPECT_EQ(this->Cell(-0.0, -1, 64), 0);
 }
 
-TEST(AzimuthCell, IsRightToItsErrorInSinglePrecision) {
+TEST(AzimuthCell, IsRightWithinItsErrorInSinglePrecision) {
   Testing::Random random(27);
   constexpr int kCells = 16384;
   int beside = 0;
@@ -85,7 +85,7 @@ TYPED_TEST(AzimuthCellOf, DoesNotDependOnTheLength) {
   }
 }
 
-TYPED_TEST(AzimuthCellOf, IsTheOnlyOneOfOne) {
+TYPED_TEST(AzimuthCellOf, IsZeroIfThereIsOnlyOneCell) {
   for (const double x : {-1.0, 0.0, 1.0}) {
     for (const double y : {-1.0, 1.0}) EXPECT_EQ(this->Cell(x, y, 1), 0);
   }

@@ -32,7 +32,7 @@ std::vector<std::uint32_t> CandidatesAt(const AzimuthTable& table, int cell) {
   return {table.BeginCandidates(cell), table.EndCandidates(cell)};
 }
 
-/// Ask the table at @p phi as an azimuth that is wrong by up to the margin.
+/// Look up the azimuth @p phi with an error of up to the margin.
 void Ask(const AzimuthTable& table, const std::vector<AzimuthRange>& ranges,
          double phi, Random& random, AnswerTally& tally) {
   const double asked = phi + random.Uniform(-0.99, 0.99) * kMargin;
@@ -78,7 +78,7 @@ TEST(AzimuthTable, IsNeverWrongByAnErrorBelowItsMargin) {
   }
 }
 
-TEST(AzimuthTable, IsSureButForTheCellsAtTheEndsOfARange) {
+TEST(AzimuthTable, IsSureExceptForTheCellsAtTheEndsOfARange) {
   const AzimuthTable table({{1.0, 0.2, true}}, 4096);
   const auto& answers = table.Answers();
   EXPECT_EQ(answers.size(), 4096U);
@@ -88,7 +88,7 @@ TEST(AzimuthTable, IsSureButForTheCellsAtTheEndsOfARange) {
               0.4 / kTwoPi * 4096, 60);
 }
 
-TEST(AzimuthTable, OnlyMayBlockWhereARangeIsNotSure) {
+TEST(AzimuthTable, IsUnsureWhereARangeIsNotSure) {
   const AzimuthTable table({{1.0, 0.2, false}}, 4096);
   EXPECT_EQ(table.At(CellAt(table, 1.0)), eAnswer::kUnsure);
   EXPECT_EQ(table.At(CellAt(table, 2.0)), eAnswer::kClear);
@@ -96,8 +96,9 @@ TEST(AzimuthTable, OnlyMayBlockWhereARangeIsNotSure) {
   EXPECT_EQ(std::count(answers.begin(), answers.end(), eAnswer::kBlocks), 0);
 }
 
-TEST(AzimuthTable, ReachesAcrossEverySeam) {
-  // At the first cell's azimuth, and at that where the library's has a jump.
+TEST(AzimuthTable, WorksAcrossEverySeam) {
+  // At the azimuth of the first cell, and where the azimuth of ROOT's vectors
+  // jumps.
   for (const double phi : {-kHalfPi, kPi, -kPi, 3 * kHalfPi, 0.0, kHalfPi}) {
     SCOPED_TRACE(phi);
     const AzimuthTable table({{phi, 0.1, true}}, 4096);
@@ -110,14 +111,14 @@ TEST(AzimuthTable, ReachesAcrossEverySeam) {
   }
 }
 
-TEST(AzimuthTable, TakesWholeTurnsForNone) {
+TEST(AzimuthTable, IgnoresWholeTurns) {
   for (const double turns : {-2.0, 1.0, 3.0}) {
     EXPECT_EQ(AzimuthTable({{1.0 + turns * kTwoPi, 0.2, true}}, 64).Answers(),
               AzimuthTable({{1.0, 0.2, true}}, 64).Answers());
   }
 }
 
-TEST(AzimuthTable, BlocksAllAroundWithARangeBeyondHalfATurn) {
+TEST(AzimuthTable, BlocksEverythingWithARangeBeyondHalfATurn) {
   for (const int cells : {1, 64}) {
     for (const double halfWidth : {kPi + 2 * kMargin, 7.0, 1e300}) {
       const AzimuthTable table({{1.0, halfWidth, true}}, cells);
@@ -133,7 +134,7 @@ TEST(AzimuthTable, BlocksAllAroundWithARangeBeyondHalfATurn) {
   }
 }
 
-TEST(AzimuthTable, IsUnsureOppositeOfARangeOfJustHalfATurn) {
+TEST(AzimuthTable, IsUnsureOppositeARangeOfAboutHalfATurn) {
   for (const double halfWidth : {kPi - kMargin / 2, kPi, kPi + kMargin / 2}) {
     const AzimuthTable table({{0.0, halfWidth, true}}, 64);
     EXPECT_EQ(table.At(CellAt(table, kPi - 1e-9)), eAnswer::kUnsure);
@@ -142,7 +143,7 @@ TEST(AzimuthTable, IsUnsureOppositeOfARangeOfJustHalfATurn) {
   }
 }
 
-TEST(AzimuthTable, IsClearWithoutARangeOrOfOneThatIsNone) {
+TEST(AzimuthTable, IsClearWithoutARangeOrWithAnEmptyOne) {
   constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
   for (const int cells : {1, 64}) {
     const std::vector<eAnswer> allClear(static_cast<std::size_t>(cells),
@@ -170,7 +171,7 @@ TEST(AzimuthTable, ListsTheRangesOfAnUnsureCellAndOfNoOther) {
   }
 }
 
-TEST(AzimuthTable, FindsItsCellsAlsoInSinglePrecision) {
+TEST(AzimuthTable, FindsItsCellsInSinglePrecisionToo) {
   const AzimuthTable table({{1.0, 0.2, true}}, 4096);
   EXPECT_EQ(table.CellOf(3.0F, 4.0F), table.CellOf(3.0, 4.0));
   EXPECT_EQ(table.CellOf(-5860.0F, 1.0F), table.CellOf(-5860.0, 1.0));

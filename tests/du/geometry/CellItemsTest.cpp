@@ -20,22 +20,22 @@ using Testing::Random;
 
 constexpr std::size_t kCells = 1000;
 
-/// What the lists of some cells are to be.
+/// The expected lists of some cells.
 using ItemsByCell = std::map<std::uint32_t, Items>;
 
-/// The cells at the borders of the words of bits.
+/// Cells at the borders of words of bits.
 constexpr std::array<std::uint32_t, 14> kBorders = {
     0, 1, 62, 63, 64, 65, 127, 128, 191, 192, 959, 960, 998, 999};
 
 Items RandomItems(Random& random) {
-  Items items(random.Below(4));  // also none
+  Items items(random.Below(4));  // possibly none
   for (std::uint32_t& item : items) {
     item = static_cast<std::uint32_t>(random.Below(50));
   }
   return items;
 }
 
-/// Each item as a stretch of its own, in random order of the cells.
+/// Make each item a stretch, with the cells in random order.
 CellItems Make(const ItemsByCell& byCell, Random& random) {
   std::vector<std::uint32_t> order;
   order.reserve(byCell.size());
@@ -89,7 +89,7 @@ TEST(CellItems, GiveEachCellItsOwnItems) {
   }
 }
 
-TEST(CellItems, GiveThemAtTheBordersOfAWordOfBits) {
+TEST(CellItems, GiveItemsAtTheBordersOfAWordOfBits) {
   Random random(71);
   ItemsByCell all;
   for (const std::uint32_t cell : kBorders) {
@@ -104,7 +104,7 @@ TEST(CellItems, GiveThemAtTheBordersOfAWordOfBits) {
   }
 }
 
-TEST(CellItems, HoldCellsUpToTheLastOfAFullWord) {
+TEST(CellItems, HoldCellsUpToTheLastBitOfAWord) {
   for (const std::uint32_t count : {1U, 63U, 64U, 65U, 128U}) {
     SCOPED_TRACE(count);
     const CellItems cells(count, {{count - 1, {1, 2}}},
@@ -113,7 +113,7 @@ TEST(CellItems, HoldCellsUpToTheLastOfAFullWord) {
   }
 }
 
-TEST(CellItems, MayShareStretchesAndLeaveSomeOut) {
+TEST(CellItems, CanShareStretchesAndLeaveSomeOut) {
   const CellItems cells(kCells, {{500, {0, 2}}, {3, {1, 3}}, {64, {}}},
                         {{10, 1}, {11, 1}, {12, 1}, {13, 1}, {14, 1}});
   EXPECT_EQ(ItemsOf(cells, 3), (Items{11, 12, 13}));
@@ -122,7 +122,7 @@ TEST(CellItems, MayShareStretchesAndLeaveSomeOut) {
   EXPECT_EQ(ItemsOf(cells, 500), (Items{10, 11}));
 }
 
-TEST(CellItems, MayBeOfNoCellsAtAll) {
+TEST(CellItems, CanHaveNoCells) {
   EXPECT_TRUE(CellItems().All().empty());
   EXPECT_TRUE(CellItems(0, {}, {}).All().empty());
   EXPECT_TRUE(CellItems(kCells, {}, {}).All().empty());

@@ -18,14 +18,14 @@ namespace {
 using Testing::AnswerTally;
 using Testing::Random;
 
-/// A line, and the cylinder it is followed to.
+/// A line, and the cylinder to which it is followed.
 struct Line {
   TVector3 start;
   TVector3 direction;
   double radius;
 };
 
-/// How many random lines may be left open.
+/// The share of random lines that may be left open.
 template <class Real>
 constexpr double kMostUnsure = std::is_same_v<Real, double> ? 0.01 : 0.15;
 
@@ -54,7 +54,7 @@ class CrossCylinderIn : public ::testing::Test {
                     IsAboveHeight(crossing, limit2));
   }
 
-  /// Hold the crossing, and heights around it, against the formula.
+  /// Compare the crossing, and heights around it, with the formula.
   void Check(const Line& line) {
     ++count_;
     const auto crossing = Cross(line);
@@ -78,7 +78,7 @@ class CrossCylinderIn : public ::testing::Test {
     CheckInSpace(crossing, expected);
   }
 
-  /// The same of its direction from the centre, where that can be relied on.
+  /// The same for its direction from the centre, where that is reliable.
   void CheckInSpace(const CylinderCrossing<Real>& crossing,
                     const TVector3& expected) {
     if (!(crossing.along2 > Bands::kLeastCosine2InSpace * crossing.scale))
@@ -110,7 +110,8 @@ class CrossCylinderIn : public ::testing::Test {
 using Precisions = ::testing::Types<double, float>;
 TYPED_TEST_SUITE(CrossCylinderIn, Precisions);
 
-/// From the vessel sphere, to cylinders about as wide, in all directions.
+/// From the vessel sphere to cylinders of about the same radius, in all
+/// directions.
 Line RandomLine(Random& random) {
   return {5860.0 * random.Direction(), random.Direction(),
           random.Uniform(5000, 7000)};
@@ -121,7 +122,7 @@ TYPED_TEST(CrossCylinderIn, IsRightAndMostlySureFromTheVessel) {
   for (int i = 0; i < 30000; ++i) this->Check(RandomLine(random));
   this->ExpectTheStatedErrors();
   EXPECT_GT(this->sure_, (1 - kMostUnsure<TypeParam>)*this->count_);
-  // Only a height at the limit itself or beside it is left open.
+  // Only heights at the limit itself or next to it are left open.
   this->heights_.Expect(0.6);
 }
 
@@ -148,20 +149,20 @@ TYPED_TEST(CrossCylinderIn, IsRightWhereItIsSureNearEveryLimit) {
     TVector3 aside = outward;
     aside.RotateZ(kHalfPi);
 
-    // From the cylinder itself, outwards or inwards: the far crossing is the
-    // start, or all the way across.
+    // From the cylinder itself, outwards or inwards: the far crossing is either
+    // the start or on the opposite side.
     this->Check(
         {line.start, line.direction, line.start.Perp() * (1 + small())});
-    // Past the cylinder so that it is just touched or just missed.
+    // Past the cylinder so that the line only just touches or misses it.
     TVector3 tangent = aside;
     tangent.RotateZ(std::asin(std::min(1.0, 4000.0 / line.start.Perp())) -
                     kHalfPi + small());
     this->Check({line.start, (tangent + small() * ZHat()).Unit(), 4000.0});
     this->Check({line.start, tangent, 4000.0 * (1 + small())});
-    // Nearly straight up and nearly level.
+    // Nearly vertical and nearly horizontal.
     this->Check({line.start, (ZHat() + small() * outward).Unit(), line.radius});
     this->Check({line.start, (outward + small() * ZHat()).Unit(), line.radius});
-    // Nearly square to the place of the crossing.
+    // Nearly perpendicular to the direction of the crossing.
     const TVector3 edge = VectorToCylinderEdge(
         line.start, line.direction, {}, line.radius, eDiagnostics::kSilent);
     TVector3 square(-edge.Y(), edge.X(), 0);
@@ -175,8 +176,8 @@ TYPED_TEST(CrossCylinderIn, IsRightWhereItIsSureNearEveryLimit) {
 }
 
 TYPED_TEST(CrossCylinderIn, IsRightForEveryRadiusAndDistance) {
-  // Where the errors are largest: to crossings near the axis, along the
-  // cylinder's edge, and steeply up.
+  // Where the errors are largest: for crossings near the axis, along the edge
+  // of the cylinder, and steeply upwards.
   Random random(15);
   for (int i = 0; i < 100000; ++i) {
     const double radius = std::pow(10, random.Uniform(0, 5));
@@ -193,7 +194,7 @@ TYPED_TEST(CrossCylinderIn, IsRightForEveryRadiusAndDistance) {
   EXPECT_GT(this->sure_, 0.3 * this->count_);
 }
 
-TYPED_TEST(CrossCylinderIn, IsRightAlsoForDirectionsOfAnotherLength) {
+TYPED_TEST(CrossCylinderIn, IsRightForDirectionsOfAnotherLengthToo) {
   Random random(13);
   for (int i = 0; i < 20000; ++i) {
     Line line = RandomLine(random);
@@ -235,13 +236,13 @@ TYPED_TEST(CrossCylinderIn, IsUnsureOfWhatIsNotFinite) {
       TVector3 direction(0.6, 0, 0.8);
       direction[axis] = bad;
       EXPECT_FALSE(this->Cross({{1, 2, 3}, direction, 6000.0}).isSure);
-      if (axis == 2) continue;  // the height of the start plays no part
+      if (axis == 2) continue;  // the height of the start does not matter
       TVector3 start(1, 2, 3);
       start[axis] = bad;
       EXPECT_FALSE(this->Cross({start, {0.6, 0, 0.8}, 6000.0}).isSure);
     }
   }
-  // A filter that judges nothing has a radius that is not a number.
+  // The radius of a filter that judges nothing is NaN.
   const auto crossing = this->Cross({{1, 2, 3}, {0.6, 0, 0.8}, kNaN});
   EXPECT_FALSE(crossing.isSure);
   EXPECT_EQ(this->JudgeHeight(crossing, 6000.0), eAnswer::kUnsure);
@@ -250,34 +251,36 @@ TYPED_TEST(CrossCylinderIn, IsUnsureOfWhatIsNotFinite) {
   EXPECT_EQ(this->JudgeHeight(good, kNaN), eAnswer::kUnsure);
 }
 
-TYPED_TEST(CrossCylinderIn, IsUnsureWhereTheFormulaHasAJump) {
-  // Exactly square to the crossing the height is kept, beside it it is huge.
+TYPED_TEST(CrossCylinderIn, IsUnsureWhereTheFormulaJumps) {
+  // An exactly perpendicular direction adds no height; one bit away from that
+  // the height is huge.
   const Line touching = {{6000, 0, 0}, {0, 1, 0}, 6000.0};
   EXPECT_FALSE(this->Cross(touching).isSure);
   const Line upwards = {{1, 2, 3}, {0, 0, 1}, 6000.0};
   EXPECT_FALSE(this->Cross(upwards).isSure);
-  // On the cylinder and heading out the formula may find either side.
+  // On the cylinder and heading outwards the formula may find either side.
   const Line leaving = {{6000, 0, 0}, {1, 0, 0}, 6000.0};
   EXPECT_FALSE(this->Cross(leaving).isSure);
 }
 
-TYPED_TEST(CrossCylinderIn, IsUnsureSquareToACrossingThatIsOtherwiseSure) {
-  // Where the direction is not level the crossing does not lie on the cylinder,
-  // and no other band is near its limit.
+TYPED_TEST(CrossCylinderIn,
+           IsUnsurePerpendicularToACrossingThatIsOtherwiseSure) {
+  // If the direction is not horizontal the crossing is not on the cylinder, and
+  // no other band is near its limit.
   const auto isSure = [&](double x) {
     return this->Cross({{x, 3000, 0}, {0.6, 0, 0.8}, 5000.0}).isSure;
   };
   EXPECT_FALSE(isSure(-6000));
   EXPECT_TRUE(isSure(-6100));
   EXPECT_TRUE(isSure(-5900));
-  // Beside it on either side, too: the formula's height is huge there.
+  // On either side of it, too: the height of the formula is huge there.
   EXPECT_FALSE(isSure(-6002));
   EXPECT_FALSE(isSure(-5998));
 }
 
 TYPED_TEST(CrossCylinderIn, IsUnsureOfACrossingNearTheAxisOnly) {
-  // The azimuth of such a crossing is anything, and no other band is near its
-  // limit: the direction leads straight away from the axis.
+  // The azimuth of such a crossing is arbitrary, and no other band is near its
+  // limit: the direction is straight away from the axis.
   const auto isSure = [&](double x) {
     return this->Cross({{x, 1, 0}, {0.6, 0, 0.8}, 4000.0}).isSure;
   };

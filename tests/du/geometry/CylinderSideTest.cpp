@@ -17,7 +17,7 @@ namespace {
 using Testing::AnswerTally;
 using Testing::Random;
 
-/// Of several squares next to its own the root is this number.
+/// This number is the square root of several doubles next to its square.
 constexpr double kRadius = 5734.4;
 
 template <class Real>
@@ -51,7 +51,7 @@ class CylinderSideIn : public ::testing::Test {
 using Precisions = ::testing::Types<double, float>;
 TYPED_TEST_SUITE(CylinderSideIn, Precisions);
 
-/// Of either sign, 1e-17 to 1.
+/// Positive or negative, 1e-17 to 1.
 double SmallNumber(Random& random) {
   return (random.Chance(0.5) ? 1 : -1) * std::pow(10, random.Uniform(-17, 0));
 }
@@ -122,7 +122,7 @@ TYPED_TEST(CylinderSideIn, IsUnsureOfWhatIsNotANumber) {
   EXPECT_FALSE(IsOutside(Real(1), none));
 }
 
-TYPED_TEST(CylinderSideIn, KnowsNoSideOfACylinderWithoutWidth) {
+TYPED_TEST(CylinderSideIn, IsUnsureOfACylinderWithoutWidth) {
   using Real = TypeParam;
   EXPECT_FALSE(IsInside(Real(0), Real(0)));
   EXPECT_FALSE(IsOutside(Real(0), Real(0)));

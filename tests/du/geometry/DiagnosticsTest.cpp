@@ -15,8 +15,8 @@ namespace {
 using Testing::Captured;
 using Testing::RootWarnings;
 
-/// Expect an operation to write when it may, to be silent when it may not, and
-/// to give the same vector to the last bit.
+/// Expect an operation to write messages only if it may, and to give the same
+/// vector to the last bit either way.
 template <class Operation>
 void ExpectSameInSilence(const Operation& operation) {
   Captured diagnostics(debug);
@@ -36,7 +36,7 @@ void ExpectSameInSilence(const Operation& operation) {
   }
 }
 
-TEST(Diagnostics, OfALineThatMissesASphereCanBeLeftOut) {
+TEST(Diagnostics, OfALineThatMissesASphereCanBeSwitchedOff) {
   ExpectSameInSilence([](eDiagnostics diagnostics) {
     return VectorToSphereEdge({0, 0, 9000}, {1, 0, 0}, 8500.0, false,
                               diagnostics);
@@ -47,7 +47,7 @@ TEST(Diagnostics, OfALineThatMissesASphereCanBeLeftOut) {
   });
 }
 
-TEST(Diagnostics, OfALineThatMissesACylinderCanBeLeftOut) {
+TEST(Diagnostics, OfALineThatMissesACylinderCanBeSwitchedOff) {
   ExpectSameInSilence([](eDiagnostics diagnostics) {
     return VectorToCylinderEdge({0, 7000, 3}, {1, 0, 0.5}, {1, 2, 3}, 6000.0,
                                 diagnostics);
@@ -58,17 +58,17 @@ TEST(Diagnostics, OfALineThatMissesACylinderCanBeLeftOut) {
   });
 }
 
-TEST(Diagnostics, OfAZeroVectorCanBeLeftOut) {
+TEST(Diagnostics, OfAZeroVectorCanBeSwitchedOff) {
   ExpectSameInSilence([](eDiagnostics diagnostics) {
     return WithMag({0, 0, 0}, 10.0, diagnostics);
   });
-  // The length of a vector whose square underflows is 0 as well.
+  // The length of a vector whose square underflows is 0, too.
   ExpectSameInSilence([](eDiagnostics diagnostics) {
     return WithMag({1e-170, 0, -1e-170}, 10.0, diagnostics);
   });
 }
 
-TEST(Diagnostics, LeaveOrdinaryResultsAsTheyAre) {
+TEST(Diagnostics, DoNotChangeOrdinaryResults) {
   EXPECT_EQ(VectorToSphereEdge({-10, 0, 0}, {1, 0, 0}, 5.0, true,
                                eDiagnostics::kSilent),
             TVector3(-5, 0, 0));

@@ -13,7 +13,7 @@ namespace {
 
 using Testing::Random;
 
-TEST(DirectionAt, LeadsBackToThePlace) {
+TEST(DirectionAt, IsTheInverseOfPlaceOf) {
   Random random(3);
   for (int i = 0; i < 100000; ++i) {
     const double u = random.Uniform(-1, 1);
@@ -33,7 +33,7 @@ TEST(DirectionAt, PointsUpFromTheMiddleAndDownFromEveryCorner) {
   }
 }
 
-TEST(DirectionAt, LeavesNoPointOfACellFartherFromItsMiddleThanACorner) {
+TEST(DirectionAt, HasNoPointOfACellFartherFromItsMiddleThanACorner) {
   constexpr int kCells = 8;
   constexpr double kStep = 2.0 / kCells;
   Random random(4);

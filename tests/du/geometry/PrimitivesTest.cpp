@@ -25,8 +25,8 @@ using Testing::RootWarnings;
 
 constexpr double kInfinity = std::numeric_limits<double>::infinity();
 
-/// Keeps the compiler from computing functions of constants itself: it rounds
-/// correctly, where the library may be one unit in the last place off.
+/// Keeps the compiler from evaluating functions of constants: it rounds
+/// correctly, while the library may be off by one unit in the last place.
 double AtRunTime(double x) {
   const volatile double hidden = x;
   return hidden;
@@ -56,12 +56,12 @@ TEST(VectorToSphereEdge, GivesTheStartAndFourDiagnosticsWhenTheLineMisses) {
             "StartPos.Mag(): 9000 and R: 8500\n");
 }
 
-TEST(VectorToSphereEdge, GivesTheStartAlsoAsTheNearCrossingWhenTheLineMisses) {
+TEST(VectorToSphereEdge, GivesTheStartAsTheNearCrossingTooWhenTheLineMisses) {
   EXPECT_EQ(VectorToSphereEdge({0, 0, 9000}, {1, 0, 0}, 8500.0, true),
             TVector3(0, 0, 9000));
 }
 
-TEST(VectorToSphereEdge, WarnsOfNothing) {
+TEST(VectorToSphereEdge, WritesNoWarning) {
   const Captured captured(warn);
   VectorToSphereEdge({0, 0, 9000}, {1, 0, 0}, 8500.0, false);
   EXPECT_EQ(captured.Text(), "");
@@ -114,14 +114,14 @@ TEST(VectorToSphereEdge, TakesAFarCrossingOnlyStrictlyAheadOfTheStart) {
   EXPECT_GT(VectorToSphereEdge(inside, {1, 0, 0}, 5.0, false).X(), 4.0);
 }
 
-TEST(VectorToSphereEdge, TakesTheDirectionAsAUnitVectorWhateverItsLength) {
+TEST(VectorToSphereEdge, UsesTheDirectionAsAUnitVectorWhateverItsLength) {
   EXPECT_EQ(VectorToSphereEdge({0, 0, 0}, {0, 0, 0.5}, 10.0, false),
             TVector3(0, 0, 5));
   EXPECT_EQ(VectorToSphereEdge({0, 0, 0}, {0, 0, 2.0}, 10.0, false),
             TVector3(0, 0, 20));
 }
 
-TEST(VectorToSphereEdge, FollowsItsFormulaToTheLastDigit) {
+TEST(VectorToSphereEdge, FollowsItsFormulaToTheLastBit) {
   const TVector3 start(123.4, -2345.6, 345.6);
   const TVector3 direction = TVector3(0.3, 0.5, -0.7).Unit();
   const double radius = 5860.0;
@@ -146,27 +146,27 @@ TEST(VectorToCylinderEdge, AddsTheShift) {
             TVector3(15, 20, 30));
 }
 
-TEST(VectorToCylinderEdge, ForgetsTheHeightOfTheStart) {
+TEST(VectorToCylinderEdge, IgnoresTheHeightOfTheStart) {
   EXPECT_EQ(VectorToCylinderEdge({1, 0, 777}, {1, 0, 0}, {0, 0, 0}, 5.0),
             TVector3(5, 0, 0));
 }
 
-TEST(VectorToCylinderEdge, ClimbsByTheTangentOverTheHorizontalWay) {
+TEST(VectorToCylinderEdge, RisesByTheTangentTimesTheHorizontalDistance) {
   const TVector3 direction(1, 0, 0.75);
   const double alpha = TVector3(1, 0, 0).Angle(direction);
   EXPECT_EQ(VectorToCylinderEdge({1, 0, 0}, direction, {0, 0, 30}, 5.0),
             TVector3(5, 0, 30 + 4 * std::tan(alpha)));
 }
 
-TEST(VectorToCylinderEdge, ClimbsAlsoOnTheWayDown) {
+TEST(VectorToCylinderEdge, RisesEvenForADownwardDirection) {
   // The angle has no sign.
   EXPECT_EQ(VectorToCylinderEdge({1, 0, 0}, {1, 0, -0.75}, {0, 0, 0}, 5.0),
             VectorToCylinderEdge({1, 0, 0}, {1, 0, 0.75}, {0, 0, 0}, 5.0));
 }
 
-TEST(VectorToCylinderEdge, DescendsWhereTheEdgeLiesBehind) {
-  // Outside and heading out, the crossing is behind, more than pi/2 off the
-  // direction.
+TEST(VectorToCylinderEdge, FallsIfTheEdgeIsBehindTheStart) {
+  // Outside and heading outwards, the crossing is behind the start, more than
+  // pi/2 away from the direction.
   const TVector3 direction(1, 0, 0.75);
   const double alpha = TVector3(-1, 0, 0).Angle(direction);
   const TVector3 edge =
@@ -187,7 +187,7 @@ TEST(VectorToCylinderEdge, DoesNotRenormaliseTheFlattenedDirection) {
             edge + TVector3(0, 0, dz));
 }
 
-TEST(VectorToCylinderEdge, GivesAnAngleThatIsNotANumberToTheTangent) {
+TEST(VectorToCylinderEdge, PassesAnAngleThatIsNotANumberToTheTangent) {
   const TVector3 edge =
       VectorToCylinderEdge({1, 0, 0}, {1, 0, std::nan("")}, {0, 0, 0}, 5.0);
   EXPECT_EQ(edge.X(), 5.0);
@@ -200,7 +200,7 @@ TEST(VectorToCylinderEdge, StaysAtAStartOnTheAxisWithAVerticalDirection) {
 }
 
 /// A line that starts on the cylinder and whose flattened direction is half a
-/// unit long leaves it, by the formula, about square to the edge point.
+/// unit long. By the formula it leaves about perpendicular to the edge point.
 class SquareLine {
  public:
   static TVector3 Start() { return {5, 0, 0}; }
@@ -223,7 +223,7 @@ TEST(VectorToCylinderEdge, AddsNoHeightAtExactlyARightAngle) {
   EXPECT_EQ(SquareLine::Crossing(*y).Z(), 30.0);
 }
 
-TEST(VectorToCylinderEdge, ClimbsVeryHighOneBitBesideARightAngle) {
+TEST(VectorToCylinderEdge, RisesVeryHighOneBitAwayFromARightAngle) {
   for (const double alpha : {Below(kHalfPi), Above(kHalfPi)}) {
     const auto y = FindExact(0.3, 0.5, SquareLine::Alpha, alpha);
     ASSERT_TRUE(y.has_value());
@@ -256,7 +256,7 @@ TEST(ClosestAngle, IsARightAngleOnTheSphereAndSmallerJustOutside) {
             kHalfPi - ArcCosine(Above(-1.0)));
 }
 
-TEST(ClosestAngle, IsARightAngleByTheSignOfTheRadiusAtTheOrigin) {
+TEST(ClosestAngle, IsARightAngleWithTheSignOfTheRadiusAtTheOrigin) {
   EXPECT_EQ(ClosestAngle({0, 0, 0}, 1.0), kHalfPi);
   EXPECT_EQ(ClosestAngle({0, 0, 0}, -1.0), -kHalfPi);
   EXPECT_EQ(ClosestAngle({0, 0, 0}, kInfinity), kHalfPi);
@@ -267,7 +267,7 @@ TEST(Flattened, SetsTheHeightToZeroAndKeepsTheRest) {
   EXPECT_EQ(Flattened({1, 2, 3}), TVector3(1, 2, 0));
 }
 
-TEST(Rotated, TurnsAboutTheVerticalAxis) {
+TEST(Rotated, RotatesAboutTheVerticalAxis) {
   TVector3 expected(1, 2, 3);
   expected.RotateZ(0.5);
   EXPECT_EQ(Rotated({1, 2, 3}, 0.5), expected);
@@ -284,7 +284,7 @@ TEST(WithMag, SetsTheLength) {
   EXPECT_EQ(WithMag({0, 3, 4}, 10.0), TVector3(0, 6, 8));
 }
 
-TEST(WithMag, LeavesAZeroVectorAndLetsRootWarn) {
+TEST(WithMag, KeepsAZeroVectorAndLetsRootWarn) {
   const RootWarnings warnings;
   EXPECT_EQ(WithMag({0, 0, 0}, 10.0), TVector3(0, 0, 0));
   EXPECT_EQ(RootWarnings::Messages(),

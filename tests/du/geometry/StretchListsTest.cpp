@@ -11,7 +11,7 @@ namespace {
 
 using Pairs = std::vector<std::pair<std::uint32_t, std::uint32_t>>;
 
-/// From begin to before end, each.
+/// The begin and end of each stretch.
 Pairs PairsOf(const StretchLists& lists) {
   Pairs pairs;
   for (const Stretch some : lists.All()) {
@@ -32,7 +32,7 @@ TEST(Stretch, HoldsItsBeginAndEnd) {
   EXPECT_EQ(Stretch().Count(), 0U);
 }
 
-TEST(StretchLists, JoinWhatStandsSideBySideOrNearlySo) {
+TEST(StretchLists, JoinEntriesThatAreAdjacentOrNearlySo) {
   StretchLists lists(100);
   for (const std::uint32_t i : {3U, 4U, 5U, 7U, 10U, 22U}) lists.Append(i, i + 1);
   lists.Append(22, 30);
@@ -40,7 +40,7 @@ TEST(StretchLists, JoinWhatStandsSideBySideOrNearlySo) {
   EXPECT_EQ(PairsOf(lists), (Pairs{{3, 8}, {10, 11}, {22, 30}}));
 }
 
-TEST(StretchLists, BeginAnewWithEveryList) {
+TEST(StretchLists, StartANewStretchForEveryList) {
   StretchLists lists(100);
   lists.Append(7, 8);
   const Stretch first = lists.EndList();
@@ -56,15 +56,15 @@ TEST(StretchLists, BeginAnewWithEveryList) {
   EXPECT_EQ(second.Count(), 2U);
 }
 
-TEST(StretchLists, DivideALongStretch) {
+TEST(StretchLists, SplitALongStretch) {
   StretchLists lists(100);
   lists.Append(10, 10 + 2 * Stretch::kMostEntries + 1);
   EXPECT_EQ(lists.EndList().Count(), 3U);
   EXPECT_EQ(PairsOf(lists), (Pairs{{10, 137}, {137, 264}, {264, 265}}));
 }
 
-TEST(StretchLists, LeaveOutAListForWhichThereIsNoRoom) {
-  // Too many in all, of one list, or too far back in the list of entries.
+TEST(StretchLists, DropAListForWhichThereIsNoRoom) {
+  // Too many stretches in all lists, too many in one, or entries too far back.
   StretchLists few(2);
   few.Append(0, 1);
   EXPECT_EQ(few.EndList().Count(), 1U);
