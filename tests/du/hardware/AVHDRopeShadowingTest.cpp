@@ -24,15 +24,16 @@ using Testing::InWater;
 using Testing::OneCrossing;
 using Testing::SegmentsOf;
 
-// A power of two, by which lengths become angles without rounding.
+// A power of two, so that lengths become angles without rounding.
 constexpr double kCylinderRadius = 4096.0;
 constexpr double kTolerance = 150.0;
 const TVector3 kOrigin(0, 0, 0);
 const TVector3 kDown(0, 0, -1.0);
 
 /// A model whose vertical ropes stand at azimuth 0, from the template's second
-/// end, and at 90 degrees, from its first end, which is turned half round. The
-/// ropes end at z = 0; their one surface point is above the vessel's north.
+/// end, and at 90 degrees, from its first end, which is rotated by half a turn.
+/// The ropes end at z = 0; their only surface point is at the top of the
+/// vessel.
 AVHDRopeModel TwoVerticalRopes() {
   AVHDRopeModel model;
   model.AVHDRopePositions.resize(6);
@@ -116,10 +117,10 @@ TEST(AVHDRopeShadowing, TestsEveryCrossingOfEachTypeAgainstTheSurface) {
   EXPECT_EQ(deciding, Testing::EveryCrossing());
 }
 
-// Segments that start below.
+// Segments that start below the end of the ropes.
 
 const TVector3 kBelowTheEnds(100, 100, -1);
-// Away from both ropes, forward and back.
+// Away from both ropes, forwards and backwards.
 const TVector3 kToNoRope = AtAzimuth(-kPi / 4, 1.0);
 
 TEST(AVHDRopeShadowing, FollowsEverySegmentOfEachTypeToTheVerticalRopes) {
@@ -132,7 +133,7 @@ TEST(AVHDRopeShadowing, FollowsEverySegmentOfEachTypeToTheVerticalRopes) {
   EXPECT_EQ(deciding, Testing::EverySegment());
 }
 
-TEST(AVHDRopeShadowing, TestsTheReflectionPointBackAndOn) {
+TEST(AVHDRopeShadowing, TestsTheReflectionPointInBothDirections) {
   LightPath path = Testing::AllAt(kWaterReflection, kBelowTheEnds);
   path.InitialDirection = path.FinalDirection = kToNoRope;
   EXPECT_FALSE(IsShadowed(TwoVerticalRopes(), path));
@@ -164,9 +165,9 @@ TEST(AVHDRopeShadowing, MissesARopeAtExactlyTheAngleOfRadiusAndTolerance) {
   }
 }
 
-TEST(AVHDRopeShadowing, TurnsTheAngleOfTheRopeEndsFullLength) {
+TEST(AVHDRopeShadowing, ConvertsTheToleranceAtTheRopeEndsFullDistance) {
   // The tolerance becomes an angle at the distance of the rope end from the
-  // centre, height included.
+  // centre, including its height.
   AVHDRopeModel model = TwoVerticalRopes();
   model.AVHDRopeEndPoints[0].SetXYZ(0, 0, kCylinderRadius);
   const TVector3 start(1000, 0, -1);
@@ -178,7 +179,7 @@ TEST(AVHDRopeShadowing, TurnsTheAngleOfTheRopeEndsFullLength) {
   EXPECT_TRUE(IsShadowed(model, OneCrossing(start, direction), Above(limit)));
 }
 
-TEST(AVHDRopeShadowing, TurnsTheTemplatesEndsByEveryRoll) {
+TEST(AVHDRopeShadowing, RotatesTheTemplatesEndsByEveryRoll) {
   AVHDRopeModel model = TwoVerticalRopes();
   model.AVHDRopeRolls = {0.0, 2.0};
   const auto isShadowedTowards = [&](double azimuth) {
@@ -199,8 +200,8 @@ TEST(AVHDRopeShadowing, ComparesRopesAtTheirHeightWithAFlattenedCrossing) {
   EXPECT_TRUE(IsShadowed(model, path, 1100.0));
 }
 
-/// A start far on the other side, from where a line that climbs this steeply
-/// meets the cylinder at the height of the ropes' feet.
+/// The height at which a steep line from far on the other side meets the
+/// cylinder: about that of the ropes' feet.
 double HeightFrom(double x) { return CrossingOf({x, 0, -1}, {1, 0, 0.95}).Z(); }
 
 TEST(AVHDRopeShadowing, BlocksACrossingDownToExactlyTheFeet) {
@@ -242,8 +243,8 @@ TEST(AVHDRopeShadowing, FollowsAPathInWaterBackFromItsEndInside) {
   EXPECT_FALSE(IsShadowed(model, InWater({9000, 0, 9}, {0, 0, 9}, {1, 0, 0})));
 }
 
-TEST(AVHDRopeShadowing, FindsTheEndsOfAPathInWaterByTheirFlattenedDistance) {
-  // Outside the cylinder's radius only with its height.
+TEST(AVHDRopeShadowing, UsesTheFlattenedDistanceOfTheEndsOfAPathInWater) {
+  // Outside the radius of the cylinder only if the height is included.
   EXPECT_FALSE(IsShadowed(TwoVerticalRopes(),
                           InWater({0, 0, 0}, {4000, 0, 4000}, {1, 0, 0})));
   EXPECT_TRUE(IsShadowed(TwoVerticalRopes(),
@@ -262,7 +263,7 @@ TEST(AVHDRopeShadowing, MissesAPathInWaterWithAnEndExactlyOnTheRopes) {
       for (const double sign : {1.0, -1.0}) {
         const LightPath path =
             InWater({start, 0, 0}, {end, 0, 0}, {sign, 0, 0});
-        // An angle tolerance above pi takes in ropes at every azimuth.
+        // An angle tolerance above pi includes ropes at every azimuth.
         EXPECT_EQ(IsShadowed(TwoVerticalRopes(), path, 4.0 * kCylinderRadius),
                   !isOneOn && !areBothInside)
             << "from " << start << " to " << end;
@@ -273,7 +274,7 @@ TEST(AVHDRopeShadowing, MissesAPathInWaterWithAnEndExactlyOnTheRopes) {
 
 TEST(AVHDRopeShadowing, TestsTheHeightOfAPathInWaterToo) {
   const AVHDRopeModel model = TwoVerticalRopes();
-  // 2048 mm from the start to the edge, up to which the path climbs.
+  // The path rises over 2048 mm from the start to the edge.
   EXPECT_TRUE(
       IsShadowed(model, InWater({2048, 0, 0}, {9000, 0, 0}, {1, 0, 3.6})));
   EXPECT_FALSE(
@@ -334,7 +335,7 @@ TEST(AVHDRopeShadowing, TestsTheHeightOfEachCrossingWithBothEndsOutside) {
   ASSERT_GT(first.Z(), -FootHeight());
   EXPECT_FALSE(IsShadowed(RopeThrough(Flattened(first)),
                           InWater(kStartOutside, kEndOutside, steepInward)));
-  // The second crossing counts although the first is beyond the ropes.
+  // The second crossing is tested although the first is beyond the ropes.
   const TVector3 second = CrossingOf(kEndOutside, -steepInward);
   ASSERT_LT(std::abs(second.Z()), -FootHeight());
   EXPECT_TRUE(IsShadowed(RopeThrough(Flattened(second)),
@@ -359,12 +360,12 @@ TEST(AVHDRopeShadowing, MissesAPathInWaterWhoseEndsAreFarApart) {
   EXPECT_TRUE(isShadowed(FindExact(3600, 9000, angle, Below(tangent))));
 }
 
-TEST(AVHDRopeShadowing, MeasuresTheEndsOfAPathOutsideWithoutTheirHeights) {
+TEST(AVHDRopeShadowing, IgnoresTheHeightsOfTheEndsOfAPathOutside) {
   const auto isShadowed = [](const TVector3& start, const TVector3& end) {
     return IsShadowed(RopeThrough({-kCylinderRadius, 0, 0}),
                       InWater(start, end, kInward));
   };
-  // Heights would move the ends too far apart...
+  // With their heights the ends would be too far apart ...
   const TVector3 high(8000, 0, 7000);
   EXPECT_GT(kStartOutside.Angle(high),
             ClosestAngle(kStartOutside, kCylinderRadius));
@@ -376,8 +377,8 @@ TEST(AVHDRopeShadowing, MeasuresTheEndsOfAPathOutsideWithoutTheirHeights) {
 }
 
 TEST(AVHDRopeShadowing, MissesACrossingBelowTheFeet) {
-  // Outside and heading out, a line meets the cylinder behind it, at a negative
-  // height.
+  // Outside and heading outwards, a line meets the cylinder behind its start,
+  // at a negative height.
   const TVector3 start(4200, 0, -1);
   const AVHDRopeModel model = RopeThrough({-kCylinderRadius, 0, 0});
   ASSERT_GT(CrossingOf(start, {1, 0, 0.8}).Z(), FootHeight());
@@ -405,14 +406,15 @@ TEST(AVHDRopeShadowing, JudgesAPathOfUnknownTypeAtTheCentre) {
   EXPECT_FALSE(CheckForAVHDRopeShadowing(model, kTolerance, path));
   model.AVHDRopeSurfacePoints = {{0, 0, 100}};
   EXPECT_TRUE(CheckForAVHDRopeShadowing(model, kTolerance, path));
-  // With the ropes' ends above it, the centre is at no angle to any rope.
+  // If the ropes' ends are above it, the centre has an angle of 0 to every
+  // rope.
   model = TwoVerticalRopes();
   model.AVHDRopeEndPoints[0].SetZ(5e-324);
   EXPECT_TRUE(CheckForAVHDRopeShadowing(model, 1e-9, path));
   EXPECT_FALSE(CheckForAVHDRopeShadowing(model, 0.0, path));
 }
 
-TEST(AVHDRopeShadowing, FindsTheAzimuthOfARopeForOthersToo) {
+TEST(AVHDRopeShadowing, FindsTheAzimuthOfARopeForOtherTestsToo) {
   const AVHDRopeModel model = TwoVerticalRopes();
   EXPECT_TRUE(IsAtAVHDRope(model, AtAzimuth(0.01), 0.02));
   EXPECT_TRUE(IsAtAVHDRope(model, AtAzimuth(kHalfPi - 0.01), 0.02));

@@ -56,8 +56,8 @@ AVHDRopeModel Load(const Points& points, const std::vector<double>& rolls,
   return model;
 }
 
-/// The surface points of one rope, by the written construction, and what came
-/// up on the way.
+/// The surface points of one rope, constructed step by step, and counts of
+/// special cases.
 struct SurfaceConstruction {
   SurfaceConstruction(const Points& p, double roll, double avNeckRadius) {
     TVector3 t1 = Rotated(p[1], roll);
@@ -107,7 +107,7 @@ struct SurfaceConstruction {
   double lastT;
 };
 
-TEST(LoadAVHDRopeInfo, TurnsRollsFromDegreesToRadians) {
+TEST(LoadAVHDRopeInfo, ConvertsRollsFromDegreesToRadians) {
   const AVHDRopeModel model = Load(Template(), {0, 90, 180});
   EXPECT_EQ(model.AVHDRopeRolls,
             (std::vector<double>{0.0, 90.0 / 57.29577951308232,
@@ -116,7 +116,7 @@ TEST(LoadAVHDRopeInfo, TurnsRollsFromDegreesToRadians) {
   EXPECT_EQ(model.AVHDRopeRolls[2], kPi);
 }
 
-TEST(LoadAVHDRopeInfo, DividesRollsByTheWrittenDegreesPerRadian) {
+TEST(LoadAVHDRopeInfo, DividesRollsByTheLiteralDegreesPerRadian) {
   // Many of these rolls differ in the last digit from roll * (pi / 180).
   std::vector<double> degrees;
   std::vector<double> expected;
@@ -127,7 +127,7 @@ TEST(LoadAVHDRopeInfo, DividesRollsByTheWrittenDegreesPerRadian) {
   EXPECT_EQ(Load(Template(), degrees).AVHDRopeRolls, expected);
 }
 
-TEST(LoadAVHDRopeInfo, TurnsTheTemplateByEveryRoll) {
+TEST(LoadAVHDRopeInfo, RotatesTheTemplateByEveryRoll) {
   const Points p = Template();
   const AVHDRopeModel model = Load(p, {0, 90, 180});
   EXPECT_EQ(model.AVHDRopePositions, p);
@@ -140,7 +140,7 @@ TEST(LoadAVHDRopeInfo, TurnsTheTemplateByEveryRoll) {
   EXPECT_EQ(model.AVHDRopeEndPoints, expected);
 }
 
-TEST(LoadAVHDRopeInfo, KeepsTheEndPointsOfARopeThatIsNotTurned) {
+TEST(LoadAVHDRopeInfo, KeepsTheEndPointsOfARopeThatIsNotRotated) {
   const Points p = Template();
   const AVHDRopeModel model = Load(p, {0});
   EXPECT_EQ(model.AVHDRopeEndPoints, (Points{p[1], p[4]}));
@@ -185,7 +185,7 @@ TEST(LoadAVHDRopeInfo, SamplesTheSurfaceInTheOrderOfRollsAndFractions) {
   Points expected;
   for (const double roll : model.AVHDRopeRolls) {
     const Points rope = SurfaceConstruction(p, roll, kAVNeckRadius).points;
-    EXPECT_GT(rope.size(), 2000U);  // some of the arcs pass their test
+    EXPECT_GT(rope.size(), 2000U);  // some points are on the arcs
     expected.insert(expected.end(), rope.begin(), rope.end());
   }
   ExpectSamePoints(model.AVHDRopeSurfacePoints, expected);
@@ -199,8 +199,8 @@ TEST(LoadAVHDRopeInfo, PutsTheSurfacePointsOnTheVessel) {
   }
 }
 
-/// A template whose T2 and T3' lie side by side, so that no walker is between
-/// them and only the stretches are sampled.
+/// A template whose T2 and T3' are next to each other, so that no walker is
+/// between them and only the stretches are sampled.
 Points TemplateWithoutArcs() {
   Points p = Template();
   p[3] = Rotated(p[2], kPi);
@@ -246,10 +246,10 @@ TEST(LoadAVHDRopeInfo, NeverSamplesTheEndsOfAStretch) {
   EXPECT_NEAR(horizontalWay(1996), 0.9981 * wholeWay, 1e-9 * length);
 }
 
-TEST(LoadAVHDRopeInfo, LeavesOutAWalkerExactlyAtTheHalfWidthOfTheArc) {
-  // A walker that comes back to T2 is as far from T3' as T2 itself is, which
-  // is the half width; likewise where it meets T3'. So templates are turned to
-  // the azimuths of the walkers.
+TEST(LoadAVHDRopeInfo, SkipsAWalkerExactlyAtTheHalfWidthOfTheArc) {
+  // A walker that returns to T2 is as far from T3' as T2 itself, which is the
+  // half width; likewise at T3'. So the templates are rotated to the azimuths
+  // of the walkers.
   int walkersAtTheLimit = 0;
   double t = 0.1;
   for (int pass = 0; pass < 500; pass += 25, t += 50.0) {
@@ -315,8 +315,8 @@ TEST(LoadAVHDRopeInfo, StepsAlongTheLegsInSinglePrecision) {
 }
 
 TEST(LoadAVHDRopeInfo, MultipliesTheStepsInSinglePrecisionToo) {
-  // A leg of 6143 mm: the step is not a whole number, so that the product
-  // rounds where it is taken in single precision.
+  // The leg is 6143 mm long: the step is not a whole number, so the product is
+  // rounded if it is computed in single precision.
   const Points p = Template();
   const AVHDRopeModel model = Load(p, {0});
   const TVector3 leg = p[0] - p[1];
@@ -331,7 +331,7 @@ TEST(LoadAVHDRopeInfo, MultipliesTheStepsInSinglePrecisionToo) {
   EXPECT_GT(different, 0);
 }
 
-TEST(LoadAVHDRopeInfo, RoundsALegToSinglePrecisionBeforeItDividesIt) {
+TEST(LoadAVHDRopeInfo, RoundsALegToSinglePrecisionBeforeDividingIt) {
   int different = 0;
   for (int i = 1; i <= 40; ++i) {
     Points p = Template();
@@ -372,7 +372,7 @@ TEST(LoadAVHDRopeInfo, BuildsNoRopeWithoutRolls) {
   EXPECT_EQ(model.AVHDRopeLegPoints, Points());
 }
 
-TEST(LoadAVHDRopeInfo, RefusesATemplateOfFewerThanSixPointsAfterAllReads) {
+TEST(LoadAVHDRopeInfo, RejectsATemplateOfFewerThanSixPointsAfterAllReads) {
   for (const std::size_t size : {0U, 1U, 5U}) {
     Points p = Template();
     p.resize(size);
@@ -387,7 +387,7 @@ TEST(LoadAVHDRopeInfo, RefusesATemplateOfFewerThanSixPointsAfterAllReads) {
   }
 }
 
-TEST(LoadAVHDRopeInfo, RefusesTemplateListsOfDifferentLengths) {
+TEST(LoadAVHDRopeInfo, RejectsTemplateListsOfDifferentLengths) {
   RopeTables(Template(), {0})
       .Set("SOLID", "hold_down_rope", "rope_z", std::vector<double>{1, 2})
       .Load();
@@ -403,7 +403,7 @@ TEST(LoadAVHDRopeInfo, RefusesTemplateListsOfDifferentLengths) {
   EXPECT_EQ(model.AVHDRopeRolls.size(), 1U);
 }
 
-TEST(LoadAVHDRopeInfo, StopsAtWhatIsMissingAndKeepsWhatItHasRead) {
+TEST(LoadAVHDRopeInfo, StopsAtAMissingFieldAndKeepsWhatItHasRead) {
   const auto load = [](const Tables& tables) {
     tables.Load();
     AVHDRopeModel model;
@@ -434,7 +434,7 @@ TEST(LoadAVHDRopeInfo, StopsAtWhatIsMissingAndKeepsWhatItHasRead) {
   }
 }
 
-TEST(LoadAVHDRopeInfo, LetsRootWarnOfAnEndAtTheCentreForBothOpposites) {
+TEST(LoadAVHDRopeInfo, LetsRootWarnAboutAnEndAtTheCentreForBothRopes) {
   for (const std::size_t end : {1U, 4U}) {
     Points p = Template();
     p[end] = {0, 0, 0};
@@ -449,7 +449,7 @@ TEST(LoadAVHDRopeInfo, LetsRootWarnOfAnEndAtTheCentreForBothOpposites) {
   }
 }
 
-TEST(LoadAVHDRopeInfo, LetsRootWarnOfANeckPointAtTheCentre) {
+TEST(LoadAVHDRopeInfo, LetsRootWarnAboutANeckPointAtTheCentre) {
   Points p = Template();
   p[1] = {5860, 0, 0};
   p[4] = {-5860, 0, 0};
@@ -461,7 +461,7 @@ TEST(LoadAVHDRopeInfo, LetsRootWarnOfANeckPointAtTheCentre) {
             (std::vector<std::string>{Testing::kZeroVectorWarning}));
 }
 
-TEST(LoadAVHDRopeInfo, AppendsAPointAsItIsWhereTheVerticalMissesTheVessel) {
+TEST(LoadAVHDRopeInfo, AppendsAPointUnchangedIfTheVerticalMissesTheVessel) {
   Points p = TemplateWithoutArcs();
   p[2] = {7000, 0, 100};
   p[3] = Rotated(p[2], kPi);

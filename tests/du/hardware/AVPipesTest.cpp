@@ -50,8 +50,8 @@ double PhiDegrees(const TVector3& point) {
 void ExpectBand(double thetaDegrees, double lowest, double highest) {
   SCOPED_TRACE(thetaDegrees);
   const TVector3 middle = PointAt(thetaDegrees, 90.0);
-  // Moved along x, a point changes its azimuth and leaves its polar angle
-  // near the given one.
+  // Moving a point along x changes its azimuth and keeps its polar angle near
+  // the given one.
   const auto pointWith = [&](double x) {
     return TVector3(x, middle.Y(), middle.Z());
   };
@@ -59,7 +59,7 @@ void ExpectBand(double thetaDegrees, double lowest, double highest) {
   const auto xOf = [&](double phiDegrees) {
     return FindExact(-middle.Y(), middle.Y(), phiAt, -phiDegrees);
   };
-  // A polar angle below 30 must not come to lie above it, and so on.
+  // A polar angle below 30 must stay below it, and so on.
   ASSERT_LT(std::abs(ThetaDegrees(pointWith(middle.Y() * 0.3)) - thetaDegrees),
             4.0);
   const auto atLowest = xOf(lowest);
@@ -97,7 +97,7 @@ TEST(AVPipes, BlockAnAzimuthOf75DegreesButNoLessNearTheTop) {
 
 /// Expect that the verdict at an azimuth changes where the polar angle passes
 /// the limit. Neither 30 nor 120 is a product of 57.29577951308232 and a
-/// double: the polar angles just below and just above are the nearest to them.
+/// double, so the polar angles just below and just above are used.
 void ExpectBandEdge(double limit, double phiDegrees) {
   const TVector3 start = PointAt(limit, phiDegrees);
   const auto pointWith = [&](double z) {
@@ -136,7 +136,7 @@ TEST(AVPipes, KeepTheMiddleBandUpToJustBelow120Degrees) {
   EXPECT_FALSE(IsShadowedAt(pointWith(z.after)));
 }
 
-TEST(AVPipes, JudgeAPathByItsFirstCrossingAlone) {
+TEST(AVPipes, JudgeAPathOnlyByItsFirstCrossing) {
   const TVector3 inside = PointAt(60.0, 90.0);
   const TVector3 outside = PointAt(60.0, 0.0);
   EXPECT_TRUE(
@@ -169,7 +169,7 @@ const std::vector<std::string> kIndices = {
     "av_pipe-1",    "av_pipe-2", "av_pipe-3",   "av_pipe-4",
     "av_pipe-labs", "av_pipe-6", "av_pipe-labr"};
 
-/// Three points of the pipe with this place in the list, different for each.
+/// Three points of the pipe with this index, different for each pipe.
 std::vector<TVector3> CentreLine(std::size_t pipe) {
   const double x = 70.0 * static_cast<double>(pipe);
   return {{x, 820, 7800}, {x, 830, 5900}, {x, 5950, 10}};
@@ -251,7 +251,7 @@ TEST(LoadAVPipeInfo, AppendsAnotherCopyOfTheSamplesWhenCalledAgain) {
   EXPECT_EQ(model.AVPipe1Positions, CentreLine(0));
 }
 
-TEST(LoadAVPipeInfo, RefusesAPipeWithoutAPointAfterReadingAll) {
+TEST(LoadAVPipeInfo, RejectsAPipeWithoutAPointAfterAllReads) {
   for (const std::string& index : kIndices) {
     SCOPED_TRACE(index);
     PipeTables().SetPositions("SOLID", index, {}).Load();
@@ -279,7 +279,7 @@ TEST(LoadAVPipeInfo, StopsAtAMissingFieldAndKeepsWhatItHasRead) {
   EXPECT_EQ(withoutFifthPipe.AVPipePoints, std::vector<TVector3>());
 }
 
-TEST(LoadAVPipeInfo, NeedsNoOtherPipesRadius) {
+TEST(LoadAVPipeInfo, NeedsNoRadiusOfAnotherPipe) {
   PipeTables().RemoveField("SOLID", "av_pipe-1", "r_max").Load();
   AVPipeModel model;
   EXPECT_THROW(LoadAVPipeInfo(DB::Get(), model), DBNotFoundError);

@@ -58,7 +58,7 @@ const BellyPlateModel& OnePlate() {
   return model;
 }
 
-/// The limits of the azimuthal test, by the written formulas.
+/// The limits of the azimuthal test, by the formulas.
 struct Edges {
   Edges(const BellyPlateModel& model, double tolerance) {
     const TVector3 p = model.BellyPlatePositions[0];
@@ -108,8 +108,8 @@ TEST(BellyPlates, HaveTheSameHeightBandWhereverTheirCentreIs) {
   EXPECT_FALSE(IsShadowedAt(model, {5860, 0, 750.0}));
 }
 
-/// Find a plate whose edges, as rounded, lie at different angles, with the
-/// wanted one nearer: then it alone decides.
+/// Find a plate whose edges, after rounding, have different angles, with the
+/// wanted one nearer: then only that one decides.
 template <class IsWanted>
 std::optional<BellyPlateModel> FindPlate(const IsWanted& isWanted) {
   for (double phi = 0.01; phi < 3.0; phi += 0.01) {
@@ -191,8 +191,8 @@ TEST(BellyPlates, AreAllTested) {
   EXPECT_FALSE(IsShadowedAt(model, {0, 5860, 0}));
 }
 
-TEST(BellyPlates, CompareAzimuthsAtTheHeightOfEachPlateInTurn) {
-  // The point is brought to one plate's height after another.
+TEST(BellyPlates, CompareAzimuthsAtTheHeightOfEachPlate) {
+  // The point is moved to the height of each plate in turn.
   const BellyPlateModel model = PlatesAt({{-5860, 0, 700}, {5860, 0, -700}});
   EXPECT_TRUE(IsShadowedAt(model, {5860, 0, 700}));
 }
@@ -207,7 +207,7 @@ TEST(BellyPlates, TestTheReflectionPoint) {
   EXPECT_FALSE(IsShadowed(OnePlate(), SegmentsOf(path)));
   path.AVPoint1 = kOnThePlate;
   EXPECT_TRUE(IsShadowed(OnePlate(), SegmentsOf(path)));
-  // It is both crossings: were the first one missed, the second would count.
+  // It is both crossings: if the first one were missed, the second would block.
   WaterSegments secondOnly = SegmentsOf(path);
   EXPECT_EQ(secondOnly.second.point, kOnThePlate);
   secondOnly.first.point = kBesideThePlate;
@@ -231,8 +231,9 @@ TEST(BellyPlates, ShadowAPathOfUnknownTypeWhereAPlateIsAtTheEquator) {
 }
 
 TEST(BellyPlates, ShadowAPathOfUnknownTypeWherePlatesReachTheAxis) {
-  // Near the top of the vessel and more than 60 degrees of azimuth wide, with
-  // its tolerance, a plate's edge is farther from its centre than the axis is.
+  // A plate near the top of the vessel that is more than 60 degrees of azimuth
+  // wide, with its tolerance: its edge is farther from its centre than the axis
+  // is.
   const BellyPlateModel model = PlatesAt({{100, 0, 5860}});
   EXPECT_TRUE(IsShadowed(model, Testing::UnknownSegments(), 6500.0));
   EXPECT_FALSE(IsShadowed(model, Testing::UnknownSegments(), 5900.0));
@@ -251,13 +252,13 @@ TEST(BellyPlates, ShadowNothingWhenThereAreNone) {
   }
 }
 
-TEST(BellyPlates, GoOnWithAPlateAtTheCentreWhichHasNoDirection) {
+TEST(BellyPlates, AcceptAPlateAtTheCentreWithoutADirection) {
   const RootWarnings warnings;
-  // No edge of such a plate is nearer than the path, at an angle of 0.
+  // The path is at angle 0 to such a plate, and no edge is nearer.
   EXPECT_FALSE(IsShadowedAt(PlatesAt({{0, 0, 0}}), kOnThePlate));
   EXPECT_EQ(RootWarnings::Messages(), std::vector<std::string>());
   EXPECT_TRUE(IsShadowedAt(PlatesAt({{0, 0, 0}, kOnThePlate}), kOnThePlate));
-  // With no height either, the edges cannot be put at the plate's distance.
+  // Without height, the edges cannot be scaled to the plate's distance.
   BellyPlateModel flat = PlatesAt({{0, 0, 0}});
   flat.BellyPlateHalfHeight = 0.0;
   EXPECT_FALSE(IsShadowedAt(flat, kOnThePlate));
@@ -314,7 +315,7 @@ TEST(LoadBellyPlateInfo, FollowsTheNameInTheVesselsEntry) {
   EXPECT_EQ(model.BellyPlatePositions, (std::vector<TVector3>{{1, 2, 3}}));
 }
 
-TEST(LoadBellyPlateInfo, LaysAGridFromTheLowerLeftCornerOfEveryPlate) {
+TEST(LoadBellyPlateInfo, BuildsAGridFromTheLowerLeftCornerOfEveryPlate) {
   PlateTables().Load();
   BellyPlateModel model;
   LoadBellyPlateInfo(DB::Get(), model, 7.0);
@@ -322,7 +323,7 @@ TEST(LoadBellyPlateInfo, LaysAGridFromTheLowerLeftCornerOfEveryPlate) {
   ExpectSamePoints(model.BellyPlateGridPoints, ExpectedGrid(kLocations, 7.0));
 }
 
-TEST(LoadBellyPlateInfo, LaysThe22500PointsOfTheDefaultTolerance) {
+TEST(LoadBellyPlateInfo, BuildsThe22500PointsOfTheDefaultTolerance) {
   PlateTables().Load();
   BellyPlateModel model;
   LoadBellyPlateInfo(DB::Get(), model, 150.0);
@@ -347,7 +348,7 @@ TEST(LoadBellyPlateInfo, DoesNotReachTheFarEdges) {
   EXPECT_LT(farthest, 0.99 * edges.right.Phi());
 }
 
-TEST(LoadBellyPlateInfo, CountsAFractionalToleranceAsOneMore) {
+TEST(LoadBellyPlateInfo, RoundsAFractionalToleranceUp) {
   PlateTables().Load();
   BellyPlateModel model;
   LoadBellyPlateInfo(DB::Get(), model, 2.5);
@@ -355,14 +356,14 @@ TEST(LoadBellyPlateInfo, CountsAFractionalToleranceAsOneMore) {
   ExpectSamePoints(model.BellyPlateGridPoints, ExpectedGrid(kLocations, 2.5));
 }
 
-TEST(LoadBellyPlateInfo, LaysASinglePointForASmallFraction) {
+TEST(LoadBellyPlateInfo, BuildsASinglePointForASmallFraction) {
   PlateTables().Load();
   BellyPlateModel model;
   LoadBellyPlateInfo(DB::Get(), model, 5e-324);
   EXPECT_EQ(model.BellyPlateGridPoints.size(), 2U);
 }
 
-TEST(LoadBellyPlateInfo, LaysNoGridWithoutAPositiveTolerance) {
+TEST(LoadBellyPlateInfo, BuildsNoGridWithoutAPositiveTolerance) {
   PlateTables().Load();
   for (const double tolerance : {0.0, -1.0, -150.0, std::nan("")}) {
     BellyPlateModel model;
@@ -372,7 +373,7 @@ TEST(LoadBellyPlateInfo, LaysNoGridWithoutAPositiveTolerance) {
   }
 }
 
-TEST(LoadBellyPlateInfo, AppendsToTheGridThatIsThere) {
+TEST(LoadBellyPlateInfo, AppendsToAnExistingGrid) {
   PlateTables().Load();
   BellyPlateModel model;
   LoadBellyPlateInfo(DB::Get(), model, 3.0);
@@ -385,7 +386,7 @@ TEST(LoadBellyPlateInfo, AppendsToTheGridThatIsThere) {
   EXPECT_EQ(model.BellyPlatePositions, kLocations);
 }
 
-TEST(LoadBellyPlateInfo, LetsRootWarnOfAPlateAtTheCentreWithoutHeight) {
+TEST(LoadBellyPlateInfo, LetsRootWarnAboutAPlateAtTheCentreWithoutHeight) {
   PlateTables()
       .Set("SOLID", "belly_plate_vintar", "octahedron_half_height", 0.0)
       .SetPositions("GEO_LOCATIONS", "belly_plates", {{0, 0, 0}})
@@ -399,7 +400,7 @@ TEST(LoadBellyPlateInfo, LetsRootWarnOfAPlateAtTheCentreWithoutHeight) {
             (std::vector<std::string>(3, Testing::kZeroVectorWarning)));
 }
 
-TEST(LoadBellyPlateInfo, StopsAtWhatIsMissingAndKeepsWhatItHasRead) {
+TEST(LoadBellyPlateInfo, StopsAtAMissingFieldAndKeepsWhatItHasRead) {
   PlateTables().Remove("SOLID", "belly_plate_vintar").Load();
   BellyPlateModel withoutSize;
   EXPECT_THROW(LoadBellyPlateInfo(DB::Get(), withoutSize, 2.0),

@@ -44,7 +44,7 @@ TEST(FillXYZPositions, ReplacesTheListByThePositionsInTheirOrder) {
   EXPECT_EQ(captured.Text(), "");
 }
 
-TEST(FillXYZPositions, WarnsTwiceAndLeavesTheListWhenLengthsDiffer) {
+TEST(FillXYZPositions, WarnsTwiceAndKeepsTheListWhenLengthsDiffer) {
   const std::vector<std::vector<Numbers>> inconsistent = {
       {{1, 2, 3}, {1, 2, 3}, {1, 2}},
       {{1, 2, 3}, {1, 2}, {1, 2, 3}},
@@ -81,7 +81,7 @@ TEST(FillXYZPositions, NamesTableAndIndexInItsWarning) {
             "(X,Y,Z) positions not initialised for (SOLID, av_pipe-1).\n");
 }
 
-TEST(FillXYZPositions, EmptiesTheListForThreeEmptyArrays) {
+TEST(FillXYZPositions, ClearsTheListForThreeEmptyArrays) {
   LoadCoordinates({}, {}, {});
   const Captured captured(warn);
   std::vector<TVector3> positions = kBefore;
@@ -90,7 +90,7 @@ TEST(FillXYZPositions, EmptiesTheListForThreeEmptyArrays) {
   EXPECT_EQ(captured.Text(), "");
 }
 
-TEST(FillXYZPositions, LeavesTheListWhenAFieldIsMissing) {
+TEST(FillXYZPositions, KeepsTheListWhenAFieldIsMissing) {
   for (const char* field : {"x", "y", "z"}) {
     SCOPED_TRACE(field);
     Tables()
@@ -105,14 +105,14 @@ TEST(FillXYZPositions, LeavesTheListWhenAFieldIsMissing) {
   }
 }
 
-TEST(FillXYZPositions, LeavesTheListWhenTheEntryIsMissing) {
+TEST(FillXYZPositions, KeepsTheListWhenTheEntryIsMissing) {
   Tables().Load();
   std::vector<TVector3> positions = kBefore;
   EXPECT_THROW(Fill(positions), DBNotFoundError);
   EXPECT_EQ(positions, kBefore);
 }
 
-TEST(FillXYZPositions, RefusesANumberInPlaceOfAList) {
+TEST(FillXYZPositions, RejectsANumberInsteadOfAList) {
   Tables()
       .SetPositions("GEO_LOCATIONS", "anchors", {{1, 2, 3}})
       .Set("GEO_LOCATIONS", "anchors", "y", 2.0)
@@ -122,7 +122,7 @@ TEST(FillXYZPositions, RefusesANumberInPlaceOfAList) {
   EXPECT_EQ(positions, kBefore);
 }
 
-TEST(FillXYZPositions, TakesTheFieldsThatItIsGiven) {
+TEST(FillXYZPositions, ReadsTheGivenFields) {
   Tables().SetPositions("SOLID", "rope", {{1, 2, 3}}, "rope_").Load();
   std::vector<TVector3> positions;
   FillXYZPositions(DB::Get(), positions, "SOLID", "rope", "rope_x", "rope_z",

@@ -22,7 +22,7 @@ Hardware Loaded(const Testing::Tables& tables) {
   return hardware;
 }
 
-TEST(Hardware, HasSomethingToTestOfEveryComponentThatHasItsParts) {
+TEST(Hardware, HasSomethingToTestForEveryComponentWithParts) {
   const Hardware hardware = Loaded(Testing::DetectorTables());
   for (const eComponent component : kShadowingComponents) {
     EXPECT_FALSE(hardware.HasNothingToTest(component)) << NameOf(component);
@@ -30,7 +30,7 @@ TEST(Hardware, HasSomethingToTestOfEveryComponentThatHasItsParts) {
   EXPECT_FALSE(hardware.HasNothingToTest(eComponent::kNone));
 }
 
-TEST(Hardware, HasNothingToTestOfComponentsThatAreLoadedWithoutParts) {
+TEST(Hardware, HasNothingToTestForComponentsLoadedWithoutParts) {
   Testing::Tables tables = Testing::DetectorTables();
   tables.Set("GEO_LOCATIONS", "rolls", "roll", std::vector<double>{});
   for (const char* index : {"rope_anchors", "plates", "anchors"}) {
@@ -45,7 +45,7 @@ TEST(Hardware, HasNothingToTestOfComponentsThatAreLoadedWithoutParts) {
   }
 }
 
-TEST(Hardware, ThatIsNotLoadedIsNotCalledEmpty) {
+TEST(Hardware, ThatIsNotLoadedDoesNotCountAsEmpty) {
   const Hardware hardware;
   for (const eComponent component : kShadowingComponents) {
     EXPECT_FALSE(hardware.HasNothingToTest(component)) << NameOf(component);

@@ -43,7 +43,7 @@ TEST(NCDAnchors, DoNotShadowAPointExactlyAtTheirReach) {
   EXPECT_FALSE(IsShadowedAt({5800, 0, Above(210.0)}));
 }
 
-TEST(NCDAnchors, ReachAsFarAsTheirHalfHeightAndTheToleranceTogether) {
+TEST(NCDAnchors, ReachAsFarAsTheirHalfHeightPlusTheTolerance) {
   const TVector3 point(5812, 34, 56);
   NCDAnchorModel model = TwoAnchors();
   model.NCDAnchorHalfZ = (point - model.NCDAnchorPositions[0]).Mag();
@@ -62,7 +62,7 @@ TEST(NCDAnchors, DoNotShadowASecondCrossingExactlyAtTheirReach) {
   EXPECT_TRUE(isShadowed(Below(210.0)));
 }
 
-TEST(NCDAnchors, AllReachFartherWithALargerToleranceAndRegardlessOfRadius) {
+TEST(NCDAnchors, ReachFartherWithALargerToleranceWhateverTheirRadius) {
   NCDAnchorModel model = TwoAnchors();
   for (const TVector3& anchor : model.NCDAnchorPositions) {
     const TVector3 point = anchor + TVector3(0, 0, 300);
@@ -83,7 +83,7 @@ TEST(NCDAnchors, ShadowAPathThroughTheWallThatLeavesNearOne) {
   LightPath path = TwoCrossings({0, 0, 5860}, {0, 5860, 0});
   EXPECT_TRUE(
       CheckForNCDAnchorShadowing(TwoAnchors(), kTolerance, SegmentsOf(path)));
-  path.LightPathType = kAVToWater;  // for which AVPoint2 does not count
+  path.LightPathType = kAVToWater;  // which does not use AVPoint2
   EXPECT_FALSE(
       CheckForNCDAnchorShadowing(TwoAnchors(), kTolerance, SegmentsOf(path)));
 }
@@ -158,7 +158,7 @@ TEST(LoadNCDAnchorInfo, FollowsTheNamesInTheVesselsEntry) {
   EXPECT_EQ(model.NCDAnchorPositions, (std::vector<TVector3>{{1, 2, 3}}));
 }
 
-TEST(LoadNCDAnchorInfo, StopsAtWhatIsMissingAndKeepsWhatItHasRead) {
+TEST(LoadNCDAnchorInfo, StopsAtAMissingFieldAndKeepsWhatItHasRead) {
   AnchorTables().RemoveField("SOLID", "ncd_anchor", "half_z").Load();
   NCDAnchorModel withoutSize;
   EXPECT_THROW(LoadNCDAnchorInfo(DB::Get(), withoutSize), DBNotFoundError);
@@ -176,7 +176,7 @@ TEST(LoadNCDAnchorInfo, StopsAtWhatIsMissingAndKeepsWhatItHasRead) {
   EXPECT_EQ(withoutLocations.NCDAnchorRadius, 40.0);
 }
 
-TEST(LoadNCDAnchorInfo, RefusesNamesThatAreMissingOrPointNowhere) {
+TEST(LoadNCDAnchorInfo, RejectsNamesThatAreMissingOrPointNowhere) {
   NCDAnchorModel model;
   for (const char* name : {"ncd_anchor_definition", "ncd_anchor_locations"}) {
     SCOPED_TRACE(name);

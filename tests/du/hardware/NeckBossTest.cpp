@@ -73,7 +73,7 @@ TEST(NeckBoss, ShadowsAPathThroughTheWallThatLeavesUnderIt) {
   const NeckBossModel model = BossWithAngle(0.15);
   LightPath path = TwoCrossings(kBesideTheBoss, kUnderTheBoss);
   EXPECT_TRUE(CheckForNeckBossShadowing(model, SegmentsOf(path)));
-  path.LightPathType = kAVToWater;  // for which only AVPoint1 counts
+  path.LightPathType = kAVToWater;  // which uses only AVPoint1
   EXPECT_FALSE(CheckForNeckBossShadowing(model, SegmentsOf(path)));
 }
 
@@ -136,7 +136,7 @@ TEST(LoadNeckBossInfo, PutsTheBaseAtNeckBossZWithoutHalfHeights) {
   EXPECT_EQ(model.NeckBossAngle, edge.Theta());
 }
 
-TEST(LoadNeckBossInfo, TakesABaseOutsideTheSphereAsItIs) {
+TEST(LoadNeckBossInfo, UsesABaseOutsideTheSphereUnchanged) {
   Tables tables = BossTables();
   tables.Set("GEO", "av", "neck_boss_z", 9000.0);
   tables.Load();
@@ -147,7 +147,7 @@ TEST(LoadNeckBossInfo, TakesABaseOutsideTheSphereAsItIs) {
   EXPECT_NE(captured.Text(), "");
 }
 
-TEST(LoadNeckBossInfo, LeavesTheAngleWhenAFieldIsMissing) {
+TEST(LoadNeckBossInfo, KeepsTheAngleWhenAFieldIsMissing) {
   const auto expectFailure = [](const Tables& tables) {
     tables.Load();
     NeckBossModel model = BossWithAngle(0.25);

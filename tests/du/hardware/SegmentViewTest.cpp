@@ -22,7 +22,7 @@ TEST(SegmentView, CopiesTheDirectionInItsSense) {
   EXPECT_EQ(back.direction, -kDirection);
 }
 
-TEST(SegmentView, CopiesZeroVectorsForASegmentThatIsNotThere) {
+TEST(SegmentView, CopiesZeroVectorsForAMissingSegment) {
   const WaterSegment none = SegmentView{kPoint, kDirection, 0.0}.Copy();
   EXPECT_EQ(none.point, TVector3());
   EXPECT_EQ(none.direction, TVector3());
@@ -36,7 +36,7 @@ void ExpectSame(const WaterSegments& actual, const WaterSegments& expected) {
   EXPECT_EQ(actual.second.direction, expected.second.direction);
 }
 
-/// One path of each type, and of two that have no name.
+/// A path of each type, and of two types without a name.
 std::vector<LightPath> PathsOfEachType() {
   std::vector<LightPath> paths;
   double x = 1;
@@ -55,7 +55,7 @@ std::vector<LightPath> PathsOfEachType() {
   return paths;
 }
 
-TEST(ViewsOf, SeeTheSegmentsOfThePath) {
+TEST(ViewsOf, GiveTheSegmentsOfThePath) {
   for (const LightPath& path : PathsOfEachType()) {
     SCOPED_TRACE(path.LightPathType);
     const PathShape& shape = ShapeOfType(path.LightPathType);
@@ -75,7 +75,7 @@ TEST(SegmentsOfColumns, AreThoseOfTheRecord) {
   }
 }
 
-TEST(ShapeOfTypeNamed, GoesByTheNameWhateverTheType) {
+TEST(ShapeOfTypeNamed, UsesTheNameWhateverTheType) {
   for (int type = -1; type <= kNumberOfLightPathTypes; ++type) {
     for (const std::string name :
          {"Light Path Uninitialised", "LightPath Uninitialised",

@@ -22,7 +22,7 @@ TEST(ShadowingComponents, AreNumberedFromOneInTheOrderOfTesting) {
   EXPECT_EQ(static_cast<int>(eComponent::kNone), 0);
 }
 
-TEST(FirstComponentThat, AsksInTheOrderOfTestingUntilOneBlocks) {
+TEST(FirstComponentThat, TestsInOrderUntilOneBlocks) {
   for (const eComponent blocking : kShadowingComponents) {
     std::vector<eComponent> asked;
     const eComponent found = FirstComponentThat([&](eComponent component) {
@@ -37,7 +37,7 @@ TEST(FirstComponentThat, AsksInTheOrderOfTestingUntilOneBlocks) {
   }
 }
 
-TEST(FirstComponentThat, IsNoneWhereNoneBlocks) {
+TEST(FirstComponentThat, IsNoneIfNoneBlocks) {
   EXPECT_EQ(FirstComponentThat([](eComponent) { return false; }),
             eComponent::kNone);
 }

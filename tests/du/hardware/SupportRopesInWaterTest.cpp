@@ -50,7 +50,7 @@ TEST(SupportRopes, BlockAPathInWaterFromItsStartInside) {
   const SupportRopeModel model = TwoRopes();
   EXPECT_TRUE(IsShadowed(model, InWater({0, 0, 1}, {9000, 0, 1}, {1, 0, 0})));
   EXPECT_FALSE(IsShadowed(model, InWater({0, 0, 1}, {9000, 0, 1}, ToNoRope())));
-  // The height of the feet plays no part here.
+  // The height of the feet does not matter here.
   EXPECT_TRUE(IsShadowed(model, InWater({0, 0, -9}, {9000, 0, 1}, {1, 0, 0})));
 }
 
@@ -60,7 +60,7 @@ TEST(SupportRopes, BlockAPathInWaterBackFromItsEndInside) {
   EXPECT_FALSE(IsShadowed(model, InWater({9000, 0, 1}, {0, 0, 1}, {1, 0, 0})));
 }
 
-TEST(SupportRopes, FindTheEndsOfAPathInWaterByTheirFlattenedDistance) {
+TEST(SupportRopes, UseTheFlattenedDistanceOfTheEndsOfAPathInWater) {
   EXPECT_FALSE(
       IsShadowed(TwoRopes(), InWater({0, 0, 0}, {4000, 0, 4000}, {1, 0, 0})));
   EXPECT_TRUE(IsShadowed(TwoRopes(),
@@ -94,20 +94,20 @@ bool IsShadowedInWater(const AVHDRopeModel& holdDownRopes,
                                       SegmentsOf(path));
 }
 
-TEST(SupportRopes, HandAPathWithAnEndExactlyOnTheirCylinderToTheHoldDownRopes) {
+TEST(SupportRopes, PassAPathWithAnEndExactlyOnTheirCylinderToTheHoldDownRopes) {
   const TVector3 on(kCylinderRadius, 0, 1);
   const TVector3 inside(Below(kCylinderRadius), 0, 1);
   const TVector3 outside(Above(kCylinderRadius), 0, 1);
   const TVector3 centre(0, 0, 1);
   const TVector3 away(9000, 0, 1);
-  // A hold-down rope to which every direction leads; but no end on the axis is
+  // A hold-down rope that is near every direction; but no end on the axis is
   // outside its cylinder.
   const AVHDRopeModel holdDownRopes = HoldDownRopeAt({1, 0, 0}, 100.0);
   for (const double sign : {1.0, -1.0}) {
     const auto byHoldDownRopes = [&](const TVector3& start,
                                      const TVector3& end) {
       const LightPath path = InWater(start, end, {sign, 0, 0});
-      // The angle tolerance of pi takes in every rope of either kind.
+      // The angle tolerance is above pi and includes every rope of either kind.
       const bool with = IsShadowedInWater(holdDownRopes, path, 4.0 * 4096.0);
       const bool without =
           IsShadowedInWater(AVHDRopeModel(), path, 4.0 * 4096.0);
@@ -134,13 +134,13 @@ TEST(SupportRopes, HandAPathWithAnEndExactlyOnTheirCylinderToTheHoldDownRopes) {
   }
 }
 
-TEST(SupportRopes, KeepAPathInsideTheirCylinderFromTheHoldDownRopes) {
-  // Even where it lies outside of the hold-down ropes' own cylinder.
+TEST(SupportRopes, DoNotPassAPathInsideTheirCylinderToTheHoldDownRopes) {
+  // Even if it is outside the hold-down ropes' own cylinder.
   const LightPath path = InWater({3000, 0, 0}, {3500, 0, 0}, {-1, 0, 0});
   EXPECT_FALSE(IsShadowedInWater(HoldDownRopeAt({-100, 0, 0}, 100.0), path));
 }
 
-TEST(SupportRopes, SpareAPathOutsideWhenThereAreNoHoldDownRopes) {
+TEST(SupportRopes, DoNotBlockAPathOutsideWithoutHoldDownRopes) {
   const LightPath path = InWater({8000, 0, 0}, {9000, 0, 0}, {-1, 0, 0});
   EXPECT_TRUE(IsShadowedInWater(HoldDownRopeAt({-4096, 0, 0}), path));
   EXPECT_FALSE(IsShadowedInWater(AVHDRopeModel(), path));
@@ -176,8 +176,8 @@ TEST(SupportRopes, MissAPathWithAnEndExactlyOnTheHoldDownRopesCylinder) {
 }
 
 TEST(SupportRopes, MissAPathInWaterWhoseEndsAreFarApart) {
-  // Limit: the angle of the tangent from the start to the hold-down ropes'
-  // cylinder. Equal angles miss.
+  // The limit is the angle of the tangent from the start to the hold-down
+  // ropes' cylinder. Equal angles miss.
   const TVector3 start = AtAzimuth(0.0, 4500.0);
   const double tangent = ClosestAngle(start, kCylinderRadius);
   const auto endWith = [](double y) { return TVector3(2000, y, 0); };
@@ -192,12 +192,12 @@ TEST(SupportRopes, MissAPathInWaterWhoseEndsAreFarApart) {
   EXPECT_TRUE(isShadowed(FindExact(3600, 9000, angle, Below(tangent))));
 }
 
-TEST(SupportRopes, MeasureTheEndsOfAPathOutsideWithoutTheirHeights) {
+TEST(SupportRopes, IgnoreTheHeightsOfTheEndsOfAPathOutside) {
   const auto isShadowed = [](const TVector3& start, const TVector3& end) {
     return IsShadowedInWater(HoldDownRopeAt({-kCylinderRadius, 0, 0}),
                              InWater(start, end, kInward));
   };
-  // Heights would move the ends too far apart...
+  // With their heights the ends would be too far apart ...
   const TVector3 high(8000, 0, 7000);
   EXPECT_GT(kStartOutside.Angle(high),
             ClosestAngle(kStartOutside, kCylinderRadius));
@@ -224,7 +224,7 @@ TEST(SupportRopes, FlattenTheFirstCrossingOfAPathOutsideAndNotTheSecond) {
 }
 
 TEST(SupportRopes, FollowAPathOutsideToTheHoldDownRopesCylinder) {
-  // Whose radius may differ from that of the support ropes.
+  // Its radius may differ from that of the support ropes.
   const LightPath path = InWater({8000, 0, 0}, {6500, 600, 0}, {-1, 0.3, 0});
   const TVector3 crossing = VectorToCylinderEdge(
       path.StartPos, path.InitialDirection, {0, 0, 0}, 5000.0);
@@ -239,7 +239,7 @@ TEST(SupportRopes, TestAPathOutsideWithTheirOwnToleranceAndRadius) {
   const LightPath path = InWater(kStartOutside, {9000, 0, 0}, kInward);
   const TVector3 first = Flattened(CrossingOf(kStartOutside, kInward));
   AVHDRopeModel ropes = HoldDownRopeAt(Rotated(first, 0.1));
-  ropes.AVHDRopeRadius = 1e6;  // is not theirs
+  ropes.AVHDRopeRadius = 1e6;  // not that of the support ropes
   const double limit =
       first.Angle(ropes.AVHDRopePositions[4]) * kCylinderRadius;
   SupportRopeModel model = TwoRopes();
@@ -256,12 +256,12 @@ TEST(SupportRopes, TestAPathOutsideAgainstBothEndsOfEveryHoldDownRope) {
   const TVector3 first = Flattened(CrossingOf(kStartOutside, kInward));
   AVHDRopeModel ropes = HoldDownRopeAt({0, 0, -1});
   EXPECT_FALSE(IsShadowedInWater(ropes, path));
-  // The first end is turned half round.
+  // The first end is rotated by half a turn.
   ropes.AVHDRopePositions[1] = -first;
   EXPECT_TRUE(IsShadowedInWater(ropes, path));
   ropes.AVHDRopePositions[1] = first;
   EXPECT_FALSE(IsShadowedInWater(ropes, path));
-  // Both are turned by the rolls.
+  // Both are rotated by the rolls.
   ropes.AVHDRopeRolls = {1.0, 2.0};
   ropes.AVHDRopePositions[1] = Rotated(-first, -2.0);
   EXPECT_TRUE(IsShadowedInWater(ropes, path));
@@ -277,7 +277,8 @@ double FarHeightFrom(double x) {
 }
 
 TEST(SupportRopes, TestAPathOutsideUpToExactlyTheDistanceOfTheirTop) {
-  // From the centre to the top, which is farther than the top is high.
+  // The distance from the centre to the top, which is more than the height of
+  // the top.
   const double distance = TopOfTheFirstRope().Mag();
   const auto isShadowedFrom = [](const std::optional<double>& x) {
     EXPECT_TRUE(x.has_value());

@@ -64,7 +64,7 @@ TEST(SupportRopes, DoNotTestASecondSegmentFromExactlyTheHeightOfTheirFeet) {
   EXPECT_TRUE(isShadowed(5e-324));
 }
 
-TEST(SupportRopes, TakeTheHeightOfTheFirstFootForAll) {
+TEST(SupportRopes, UseTheHeightOfTheFirstFootForAll) {
   SupportRopeModel model = TwoRopes();
   model.SupportRopePositions[1].SetZ(500.0);
   EXPECT_TRUE(IsShadowed(model, OneCrossing({0, 0, 1}, {0, 1, 0}), 1000.0));
@@ -90,7 +90,7 @@ TEST(SupportRopes, AreMissedAtExactlyTheAngleOfRadiusAndTolerance) {
 }
 
 TEST(SupportRopes, StandOnACylinderOfTheFirstFootsFullDistance) {
-  // The height of the foot counts in it.
+  // The distance includes the height of the foot.
   SupportRopeModel model = TwoRopes();
   model.SupportRopePositions[0].SetXYZ(0, 0, -kCylinderRadius);
   const TVector3 start(1000, 0, 1);
@@ -136,8 +136,8 @@ TEST(SupportRopes, BlockACrossingUpToExactlyTheirTop) {
 }
 
 TEST(SupportRopes, BlockNoCrossingFarBelowTheVesselEither) {
-  // Outside and heading out, a line meets the cylinder behind it, at a negative
-  // height.
+  // Outside and heading outwards, a line meets the cylinder behind its start,
+  // at a negative height.
   const TVector3 start(4200, 0, 1);
   const auto pathWith = [&](double slope) {
     return OneCrossing(start, {1, 0, slope});
@@ -172,7 +172,7 @@ TEST(SupportRopes, AreTestedFromEveryCrossingOfEachTypeOfPath) {
   EXPECT_EQ(deciding, Testing::EveryCrossing());
 }
 
-TEST(SupportRopes, AreTestedFromTheReflectionPointBackAndOn) {
+TEST(SupportRopes, AreTestedFromTheReflectionPointInBothDirections) {
   LightPath path = Testing::AllAt(kWaterReflection, kAboveTheFeet);
   path.InitialDirection = path.FinalDirection = ToNoRope();
   EXPECT_FALSE(IsShadowed(TwoRopes(), path));
@@ -243,7 +243,7 @@ struct ExpectedRopes {
   Points linePoints;
 };
 
-TEST(LoadSupportRopeInfo, MakesTwoRopesOfEveryAnchor) {
+TEST(LoadSupportRopeInfo, BuildsTwoRopesForEveryAnchor) {
   RopeTables().Load();
   SupportRopeModel model;
   LoadSupportRopeInfo(DB::Get(), model, kOuterAVRadius);
@@ -254,7 +254,7 @@ TEST(LoadSupportRopeInfo, MakesTwoRopesOfEveryAnchor) {
   EXPECT_EQ(model.SupportRopeLength, 6090.0);
 }
 
-TEST(LoadSupportRopeInfo, MakesTwoRopesAnd198LinePointsOfOneAnchor) {
+TEST(LoadSupportRopeInfo, BuildsTwoRopesAnd198LinePointsForOneAnchor) {
   RopeTables({{5920, 0, 5}}).Load();
   SupportRopeModel model;
   LoadSupportRopeInfo(DB::Get(), model, kOuterAVRadius);
@@ -290,7 +290,7 @@ TEST(LoadSupportRopeInfo, FollowsTheNamesInTheRopesEntry) {
   EXPECT_EQ(model.SupportRopePositions.size(), 2U);
 }
 
-TEST(LoadSupportRopeInfo, MakesNoRopeWithoutAnchors) {
+TEST(LoadSupportRopeInfo, BuildsNoRopeWithoutAnchors) {
   RopeTables({}).Load();
   SupportRopeModel model;
   LoadSupportRopeInfo(DB::Get(), model, kOuterAVRadius);
@@ -299,7 +299,7 @@ TEST(LoadSupportRopeInfo, MakesNoRopeWithoutAnchors) {
   EXPECT_FALSE(HasSupportRopes(model));
 }
 
-TEST(LoadSupportRopeInfo, MakesNoRopeOfListsOfDifferentLengths) {
+TEST(LoadSupportRopeInfo, BuildsNoRopeFromListsOfDifferentLengths) {
   RopeTables()
       .Set("GEO_LOCATIONS", "anchors", "x", std::vector<double>{1})
       .Load();
@@ -310,7 +310,7 @@ TEST(LoadSupportRopeInfo, MakesNoRopeOfListsOfDifferentLengths) {
   EXPECT_NE(captured.Text(), "");
 }
 
-TEST(LoadSupportRopeInfo, StopsAtWhatIsMissingAndKeepsWhatItHasRead) {
+TEST(LoadSupportRopeInfo, StopsAtAMissingFieldAndKeepsWhatItHasRead) {
   const auto load = [](const Tables& tables) {
     tables.Load();
     SupportRopeModel model;

@@ -49,7 +49,7 @@ void ExpectSegments(eLightPathType type, ePathKind kind,
                  second);
 }
 
-TEST(WaterSegments, LeaveFromTheOuterSurfaceOnWhenTheVesselIsCrossedOnce) {
+TEST(WaterSegments, StartAtTheOuterSurfaceIfTheVesselIsCrossedOnce) {
   ExpectSegments(kInnerAVToWater, ePathKind::kOneCrossing, {kPoint2, kFinal},
                  {kZero, kZero});
   ExpectSegments(kAVThroughInnerAVToWater, ePathKind::kOneCrossing,
@@ -58,7 +58,7 @@ TEST(WaterSegments, LeaveFromTheOuterSurfaceOnWhenTheVesselIsCrossedOnce) {
                  {kZero, kZero});
 }
 
-TEST(WaterSegments, TraceBackTheFirstStretchOfAPathThatStartsInWater) {
+TEST(WaterSegments, ReverseTheFirstPartOfAPathThatStartsInWater) {
   ExpectSegments(kWaterThroughInnerAV, ePathKind::kTwoCrossings,
                  {kPoint1, -kInitial}, {kPoint4, kFinal});
   ExpectSegments(kWaterThroughAV, ePathKind::kTwoCrossings,
@@ -103,7 +103,7 @@ TEST(ShapeOfName, AgreesWithTheShapeOfTheTypeOfThatName) {
   }
 }
 
-TEST(ShapeOfName, KnowsExactlyTheWrittenNames) {
+TEST(ShapeOfName, KnowsExactlyTheDefaultNames) {
   EXPECT_EQ(ShapeOfName("Scint/InnerAV->AV->Water").firstPoint,
             &LightPath::AVPoint2);
   EXPECT_EQ(ShapeOfName("AV->Scint/InnerAV->AV->Water").firstPoint,
@@ -135,7 +135,7 @@ TEST(ShapeOfName, MatchesNothingThatDiffersInCaseOrSpacing) {
   EXPECT_EQ(ShapeOfName(std::string("Water\0", 6)).kind, ePathKind::kUnknown);
 }
 
-TEST(ShapeOfType, IsUnknownForTypesWithoutANameOfTheirOwn) {
+TEST(ShapeOfType, IsUnknownForTypesWithoutADefaultName) {
   for (const int type : {-1, int{kNumberOfLightPathTypes},
                          int{kNumberOfLightPathTypes} + 1, 99}) {
     EXPECT_EQ(ShapeOfType(static_cast<eLightPathType>(type)).kind,
