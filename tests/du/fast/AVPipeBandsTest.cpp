@@ -24,7 +24,7 @@ eAnswer Judge(const Ball& ball) {
   return answer;
 }
 
-/// Where a point of the vessel lies, in degrees.
+/// The point at a polar angle and azimuth, in degrees.
 Point At(double theta, double phi, double radius = 5860.0) {
   TVector3 point;
   point.SetMagThetaPhi(radius, theta / kDegreesPerRadian,
@@ -32,7 +32,7 @@ Point At(double theta, double phi, double radius = 5860.0) {
   return {point.X(), point.Y(), point.Z()};
 }
 
-TEST(AVPipeBands, SayNothingWrongOfAnyPointOfABall) {
+TEST(AVPipeBands, GiveNoWrongAnswerForAnyPointOfABall) {
   Random random(25);
   AnswerTally anywhere;
   AnswerTally atTheLimits;
@@ -44,7 +44,7 @@ TEST(AVPipeBands, SayNothingWrongOfAnyPointOfABall) {
     const double radius = std::pow(10, random.Uniform(-4, 2.5));
     AskAboutBall(bands, {{point.X(), point.Y(), point.Z()}, radius}, random, {},
                  IsWithinAVPipeBands, anywhere);
-    // A ball that just touches a limit with its border.
+    // A ball whose border just touches a limit.
     const double angle = kDegreesPerRadian * std::asin(radius / 5860.0);
     const auto off = [&] {
       return (random.Chance(0.5) ? 1 : -1) * angle *
@@ -61,7 +61,7 @@ TEST(AVPipeBands, SayNothingWrongOfAnyPointOfABall) {
   atTheLimits.Expect(0.7);
 }
 
-TEST(AVPipeBands, AreSureOfSmallBallsInsideAndOutsideOfEachBand) {
+TEST(AVPipeBands, AreSureAboutSmallBallsInsideAndOutsideEachBand) {
   const auto expectBand = [](double theta, double halfWidth) {
     SCOPED_TRACE(theta);
     for (const double sign : {-1.0, 1.0}) {
@@ -83,14 +83,14 @@ TEST(AVPipeBands, AreSureOfSmallBallsInsideAndOutsideOfEachBand) {
   expectBand(170, 5);
 }
 
-TEST(AVPipeBands, AreUnsureWhereABallReachesFromOneBandIntoTheNext) {
+TEST(AVPipeBands, AreUnsureIfABallReachesFromOneBandIntoTheNext) {
   EXPECT_EQ(Judge({At(30, 102), 10.0}), eAnswer::kUnsure);
   EXPECT_EQ(Judge({At(120, 83), 10.0}), eAnswer::kUnsure);
-  // In the middle both of them block.
+  // In the middle, both bands block.
   EXPECT_EQ(Judge({At(30, 90), 10.0}), eAnswer::kBlocks);
 }
 
-TEST(AVPipeBands, AreUnsureOfABallAroundTheAxis) {
+TEST(AVPipeBands, AreUnsureAboutABallAroundTheAxis) {
   EXPECT_EQ(Judge({{0, 1, 5860}, 2.0}), eAnswer::kUnsure);
   EXPECT_EQ(Judge({{0, 0, 0}, 1.0}), eAnswer::kUnsure);
   EXPECT_EQ(Judge({{0, 0, 0}, 0.0}), eAnswer::kUnsure);

@@ -14,7 +14,7 @@ using eComponent = eShadowingComponent;
 
 constexpr BatchVerdict kNone = BatchVerdictOf(eComponent::kNone);
 
-/// The verdicts of a batch, from the one that counts first to the last.
+/// The verdicts of a batch, in the order in which they take precedence.
 std::vector<BatchVerdict> InOrder() {
   std::vector<BatchVerdict> verdicts = {kOpenVerdict};
   for (const eComponent component : kShadowingComponents) {
@@ -34,7 +34,7 @@ TEST(EarlierOf, GivesTheComponentThatIsTestedFirst) {
   }
 }
 
-TEST(RopeAnswer, IsWhatItWasMadeOf) {
+TEST(RopeAnswer, KeepsWhatItWasBuiltFrom) {
   for (const eAnswer answer :
        {eAnswer::kClear, eAnswer::kUnsure, eAnswer::kBlocks}) {
     for (const bool isBelowEnds : {false, true}) {
@@ -50,7 +50,7 @@ TEST(RopeAnswer, IsWhatItWasMadeOf) {
   EXPECT_EQ(RopeAnswer().Answer(), eAnswer::kUnsure);
 }
 
-/// The code of a cell of the map where one test gives an answer and all others
+/// The code of a map cell in which one test has the given answer and all others
 /// are clear.
 ShadowMap::Code CellWith(eMappedTest test, eAnswer answer) {
   std::size_t code = 0;
@@ -90,23 +90,24 @@ TEST_F(BatchTablesTest, LeaveOpenWhatAnEarlierComponentMayBlock) {
             BatchVerdictOf(eComponent::kAVHDRope));
 }
 
-TEST_F(BatchTablesTest, LookForSurfaceRopesOnlyAboveTheEndsOfTheOthers) {
+TEST_F(BatchTablesTest, TestSurfaceRopesOnlyAboveTheEndsOfVerticalRopes) {
   const auto cell = CellWith(eMappedTest::kHoldDownSurface, eAnswer::kBlocks);
   EXPECT_EQ(tables_.OnCrossing(kClearAbove, cell, false),
             BatchVerdictOf(eComponent::kAVHDRope));
   EXPECT_EQ(tables_.OnCrossing(kClearBelow, cell, false), kNone);
 }
 
-TEST_F(BatchTablesTest, LetThePipesBlockFirstSegmentsAlone) {
+TEST_F(BatchTablesTest, LetThePipesBlockOnlyFirstSegments) {
   const auto cell = CellWith(eMappedTest::kAVPipe, eAnswer::kBlocks);
   EXPECT_EQ(tables_.OnCrossing(kClearAbove, cell, true),
             BatchVerdictOf(eComponent::kAVPipe));
   EXPECT_EQ(tables_.OnCrossing(kClearAbove, cell, false), kNone);
 }
 
-TEST_F(BatchTablesTest, JudgePathsInWaterByTheRopesAlone) {
+TEST_F(BatchTablesTest, JudgePathsInWaterOnlyByTheRopes) {
   const auto find = [&](eAnswer answer) {
-    // Of any answer some azimuth cell has it, or one of the places behind them.
+    // Each answer is that of some azimuth cell, or of one of the entries after
+    // the tables.
     int place = 0;
     while (!(tables_.RopesAt(place).IsKnown() &&
              tables_.RopesAt(place).Answer() == answer)) {

@@ -7,14 +7,14 @@
 #include "du/fast/LazyLayers.hpp"
 #include "tests/du/Detector.hpp"
 
-// What the layers of a geometry with many parts take.
+// The memory of the layers of a geometry with many parts.
 
 namespace ZARN::DU {
 namespace {
 
 using Testing::Tables;
 
-/// A hundred hold-down ropes, in which there are 200,000 surface points.
+/// A hundred hold-down ropes with 200,000 surface points.
 Tables ManyRopes() {
   constexpr int kRopes = 100;
   std::vector<double> rollDegrees;
@@ -31,7 +31,7 @@ double MebibytesInUse() {
 
 TEST(LayersOfManyParts, TakeLittleMemory) {
   ShadowingCalculator calculator = Testing::InRun(ManyRopes());
-  constexpr double kMost = 64.0 / 10.0;  // of a thousand ropes 64
+  constexpr double kMost = 64.0 / 10.0;  // MiB; 64 for a thousand ropes
   constexpr double kMapOfAnySize = 4.0;
   for (const double tolerance : {150.0, 20.0, 0.0, -5.0}) {
     SCOPED_TRACE(tolerance);

@@ -36,13 +36,13 @@ eAnswer Judge(double bossAngle, const Ball& ball) {
   return answer;
 }
 
-TEST(NeckBossCap, SaysNothingWrongOfAnyPointOfABall) {
+TEST(NeckBossCap, GivesNoWrongAnswerForAnyPointOfABall) {
   Random random(26);
   AnswerTally tally;
   for (int i = 0; i < 5000; ++i) {
     const TVector3 point = 5860.0 * random.Direction();
     const double radius = std::pow(10, random.Uniform(-6, 3));
-    // The boss's edge just touches the ball, from inside or outside.
+    // The edge of the boss just touches the ball, from inside or outside.
     const double spread = std::asin(radius / point.Mag());
     const double angle = point.Theta() + (random.Chance(0.5) ? 1 : -1) *
                                              spread *
@@ -66,7 +66,7 @@ TEST(NeckBossCap, IsSureUnlessTheBallMeetsItsEdge) {
   EXPECT_EQ(Judge(0.2, BallAt(0.2 - 1e-6, 1e-3)), eAnswer::kBlocks);
 }
 
-TEST(NeckBossCap, BlocksNothingByAnAngleThatIsNotAboveZero) {
+TEST(NeckBossCap, BlocksNothingIfItsAngleIsNotAboveZero) {
   constexpr double kInfinity = std::numeric_limits<double>::infinity();
   for (const double angle : {-1.0, -kInfinity, std::nan("")}) {
     EXPECT_EQ(Judge(angle, BallAt(1.0, 10)), eAnswer::kClear) << angle;
@@ -76,7 +76,7 @@ TEST(NeckBossCap, BlocksNothingByAnAngleThatIsNotAboveZero) {
   EXPECT_EQ(Judge(kInfinity, BallAt(3.0, 10)), eAnswer::kBlocks);
 }
 
-TEST(NeckBossCap, IsUnsureOfABallAroundTheCentre) {
+TEST(NeckBossCap, IsUnsureAboutABallAroundTheCentre) {
   EXPECT_EQ(Judge(0.2, {{0, 0, 100}, 200}), eAnswer::kUnsure);
   EXPECT_EQ(Judge(0.2, {{0, 0, 0}, 0}), eAnswer::kUnsure);
 }

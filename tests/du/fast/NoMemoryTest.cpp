@@ -8,7 +8,7 @@
 #include "tests/du/RootWarnings.hpp"
 #include "tests/support/ScarceMemory.hpp"
 
-// What a calculator does where there is no memory for its layers.
+// A calculator without enough memory for its layers.
 
 namespace ZARN::DU {
 namespace {
@@ -56,7 +56,7 @@ TEST_F(NoMemory, LeavesBatchesToTheFormulas) {
   EXPECT_EQ(verdicts_, expected_);
 }
 
-TEST_F(NoMemory, LetsTolerancesBeStored) {
+TEST_F(NoMemory, AllowsTolerancesToBeSet) {
   {
     const ScarceMemory none(0);
     calculator_.SetAllGeometryTolerances(-1000.0);
@@ -64,7 +64,7 @@ TEST_F(NoMemory, LetsTolerancesBeStored) {
   EXPECT_EQ(calculator_.GetNCDAnchorTolerance(), -1000.0);
   calculator_.FindShadowing(paths_.data(), kPaths, verdicts_.data());
   EXPECT_NE(verdicts_, expected_);
-  // The next tolerances find memory again.
+  // When tolerances are set again, there is memory.
   calculator_.SetAllGeometryTolerances(150.0);
   calculator_.FindShadowing(paths_.data(), kPaths, verdicts_.data());
   EXPECT_EQ(verdicts_, expected_);

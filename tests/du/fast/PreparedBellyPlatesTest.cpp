@@ -27,7 +27,7 @@ using Testing::SegmentsOf;
 constexpr double kInfinity = std::numeric_limits<double>::infinity();
 constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
 
-/// Plates with a tolerance, by the formula and prepared.
+/// Plates with a tolerance, as model for the formula and prepared.
 struct Plates {
   Plates(const std::vector<TVector3>& centres, double halfHeight,
          double tolerance_, double outerAVRadius_ = 5860.0)
@@ -49,7 +49,7 @@ struct Plates {
   PreparedBellyPlates prepared;
 };
 
-/// Expect both to agree on some points, and give how many are blocked.
+/// Expect the two to agree on some points, and return how many are blocked.
 int ExpectSame(const Plates& plates, const std::vector<TVector3>& points) {
   int blocked = 0;
   for (const TVector3& point : points) {
@@ -91,8 +91,8 @@ std::vector<TVector3> PointsAt(const Plates& plates, Random& random) {
       point.SetZ(z);
       points.push_back(point);
     }
-    // The formula's own last bits at an edge: where its verdict changes on the
-    // way from the centre.
+    // The last bits at an edge of the formula: where its verdict changes
+    // between the centre and the outside.
     const auto at = [&](double phi) {
       TVector3 turned = centre;
       turned.SetZ(0.3 * band);
@@ -126,7 +126,7 @@ TEST(PreparedBellyPlates, GiveTheFormulasVerdictToTheLastBit) {
   EXPECT_LT(blocked, all * 4 / 5);
 }
 
-TEST(PreparedBellyPlates, GiveItForEveryToleranceAndRadius) {
+TEST(PreparedBellyPlates, GiveTheFormulasVerdictForEveryToleranceAndRadius) {
   Random random(28);
   for (const double tolerance : {0.0, -150.0, -600.0, -1e9, 1e-170, 2000.0, 2e4,
                                  1e9, 1e300, kInfinity, -kInfinity, kNaN}) {
@@ -140,7 +140,7 @@ TEST(PreparedBellyPlates, GiveItForEveryToleranceAndRadius) {
   }
 }
 
-TEST(PreparedBellyPlates, GiveItForPlatesAndPointsOfEverySize) {
+TEST(PreparedBellyPlates, GiveTheFormulasVerdictForPlatesAndPointsOfEverySize) {
   const std::vector<TVector3> places = {
       {5860, 0, 0},      {0, 0, 0},           {0, 0, 600},
       {0, 0, -600},      {0, 0, 100},         {0, 0, 5860},
@@ -158,7 +158,7 @@ TEST(PreparedBellyPlates, GiveItForPlatesAndPointsOfEverySize) {
   }
 }
 
-TEST(PreparedBellyPlates, BlockWithSomePlatesAsIfThereWereNoOthers) {
+TEST(PreparedBellyPlates, JudgeSomePlatesAsIfThereWereNoOthers) {
   Random random(82);
   int blocked = 0;
   int blockedByOthers = 0;
@@ -201,7 +201,7 @@ TEST(PreparedBellyPlates, BlockNothingWithoutAPlate) {
   EXPECT_EQ(none.prepared.Judge({{5860, 0, 0}, 1}, {}, open), eAnswer::kClear);
 }
 
-TEST(PreparedBellyPlatesAsABallTest, SayNothingWrongOfAnyPointOfABall) {
+TEST(PreparedBellyPlatesAsABallTest, GiveNoWrongAnswerForAnyPointOfABall) {
   Random random(29);
   AnswerTally anywhere;
   AnswerTally atTheEdges;
@@ -267,7 +267,7 @@ TEST(PreparedBellyPlatesAsABallTest, AreClearWithABandThatIsNotANumber) {
             eAnswer::kClear);
 }
 
-TEST(WarnsOfZeroVectors, ForetellsTheVectorLibrarysWarnings) {
+TEST(WarnsOfZeroVectors, PredictsTheWarningsOfRoot) {
   int warned = 0;
   const std::vector<TVector3> places = {
       {5860, 0, 0},   {0, 0, 0},      {0, 0, 600},      {0, 0, -600},
@@ -275,7 +275,7 @@ TEST(WarnsOfZeroVectors, ForetellsTheVectorLibrarysWarnings) {
       {5860, 0, 600}, {0, kNaN, 0}};
   for (const double halfHeight : {600.0, -600.0, 0.0, 1e-170}) {
     for (const TVector3& centre : places) {
-      // In a list, where it may be any.
+      // Inside a list, so that its position does not matter.
       const Plates plates({{0, 5860, 0}, centre, {5860, 0, 1}}, halfHeight,
                           900.0);
       const RootWarnings warnings;
@@ -291,7 +291,7 @@ TEST(WarnsOfZeroVectors, ForetellsTheVectorLibrarysWarnings) {
   EXPECT_FALSE(WarnsOfZeroVectors({}));
 }
 
-TEST(PreparedBellyPlates, NeverLetTheVectorLibraryWarn) {
+TEST(PreparedBellyPlates, NeverLetRootWarn) {
   const RootWarnings warnings;
   const Plates plates({{0, 0, 0}, {0, 0, 600}, {0, 0, -600}}, 600.0, 150.0);
   plates.prepared.HasPlateAt({5860, 0, 0});

@@ -21,8 +21,8 @@
 #include "tests/du/RootWarnings.hpp"
 #include "tests/support/Captured.hpp"
 
-// What a run prepares for its paths changes no verdict and no message, however
-// the calculator came to its state; and batches of paths.
+// The layers of a run change no verdict and no message, whatever happened to
+// the calculator before. Also batches of paths.
 
 namespace ZARN::DU {
 namespace {
@@ -46,7 +46,7 @@ const ShadowingCalculator& Detector() {
   return detector;
 }
 
-/// Paths around the detector, each eighth one of a type that cannot be judged.
+/// Paths around the detector, every eighth of a type that cannot be judged.
 Paths ManyPaths(std::size_t count) {
   Paths paths = PathsAtHardware(Detector(), 80).Make(count);
   constexpr std::array kUnusual = {kUninitialised, kUnnamedType,
@@ -82,8 +82,8 @@ Verdicts FindAllInColumns(const ShadowingCalculator& calculator,
   return verdicts;
 }
 
-/// Expect the verdicts of a calculator, asked in every way, to be those of its
-/// formulas, and give them.
+/// Expect a calculator to give the verdicts of its formulas, by every function
+/// that judges paths, and return them.
 Verdicts ExpectVerdictsOfTheFormulas(const ShadowingCalculator& calculator,
                                      const Paths& paths) {
   Verdicts expected;
@@ -98,7 +98,7 @@ Verdicts ExpectVerdictsOfTheFormulas(const ShadowingCalculator& calculator,
   return expected;
 }
 
-/// What a calculator writes while it does something, and what ROOT does.
+/// What a calculator writes during an action, and what ROOT writes.
 struct Written {
   template <class Action>
   explicit Written(const Action& action) {
@@ -145,7 +145,7 @@ TEST(FindShadowingOfManyPaths, WritesAsManyVerdictsAsThereArePaths) {
   }
 }
 
-TEST(FindShadowingOfManyPaths, ReadsNothingOfNoPath) {
+TEST(FindShadowingOfManyPaths, ReadsNothingForZeroPaths) {
   for (const std::size_t threads : {0U, 1U, 3U}) {
     Detector().FindShadowing(static_cast<const LightPath*>(nullptr), 0, nullptr,
                              threads);
@@ -154,7 +154,7 @@ TEST(FindShadowingOfManyPaths, ReadsNothingOfNoPath) {
 }
 
 TEST(FindShadowingOfManyPaths, GivesTheSameVerdictsOnSeveralThreads) {
-  // More than a thread is given at a time; most of them judged at once.
+  // More than one share of a thread; most paths are decided at once.
   Paths paths(50000, Testing::FreePath());
   Verdicts expected(paths.size(), eComponent::kNone);
   const Paths some = ManyPaths(1000);
@@ -176,7 +176,7 @@ TEST(FindShadowingOfManyPaths, FindsNothingBeforeTheFirstRun) {
             Verdicts(paths.size(), eComponent::kNone));
 }
 
-TEST(FindShadowingOfManyPaths, LeavesTheFlags) {
+TEST(FindShadowingOfManyPaths, KeepsTheFlags) {
   ShadowingCalculator calculator = Detector();
   LightPathCalculator blocked = Testing::CalculatorOf(Testing::BlockedPath());
   ASSERT_TRUE(calculator.CheckForShadowing(blocked));
@@ -187,7 +187,7 @@ TEST(FindShadowingOfManyPaths, LeavesTheFlags) {
 
 // Messages.
 
-/// A detector of whose plates the vector library warns.
+/// A detector with plates about which ROOT warns.
 Tables WarningTables() {
   return VariedTables().SetPositions("GEO_LOCATIONS", "plates",
                                      {{0, 0, 600}, {0, 5860, 40}});
@@ -196,7 +196,7 @@ Tables WarningTables() {
 TEST(FindShadowing, IsSilentWhateverTheGeometryAndThePaths) {
   Paths paths = ManyPaths(1000);
   for (std::size_t i = 0; i < paths.size(); i += 5) {
-    // Lines that miss, and numbers that are none.
+    // Lines that miss, NaN, and huge numbers.
     paths[i].StartPos *= 3;
     paths[i].InitialDirection.RotateZ(1.5);
     paths[i].FinalDirection.SetX(i % 2 == 0 ? std::nan("") : 1e300);
@@ -217,7 +217,7 @@ TEST(FindShadowing, IsSilentWhateverTheGeometryAndThePaths) {
   }
 }
 
-TEST(FindShadowing, IsSilentWithDiagnosticsOnAfterARunThatFailed) {
+TEST(FindShadowing, IsSilentWithDebugOnAfterABeginOfRunThatFailed) {
   ShadowingCalculator calculator = InRun(WarningTables());
   Tables().Load();
   EXPECT_THROW(calculator.BeginOfRun(), DBNotFoundError);
@@ -227,7 +227,7 @@ TEST(FindShadowing, IsSilentWithDiagnosticsOnAfterARunThatFailed) {
   EXPECT_EQ(diagnostics.Text(), "");
 }
 
-TEST(MakeLayers, IsSilentWithDiagnosticsOn) {
+TEST(MakeLayers, IsSilentWithDebugOn) {
   ShadowingCalculator calculator = InRun(WarningTables());
   const Captured diagnostics(debug);
   const Written written([&] {
@@ -239,7 +239,7 @@ TEST(MakeLayers, IsSilentWithDiagnosticsOn) {
   EXPECT_EQ(diagnostics.Text(), "");
 }
 
-/// The types of which a calculator may write messages.
+/// The types about which a calculator may write messages.
 std::vector<int> TypesWithMessages(const ShadowingCalculator& calculator) {
   std::vector<int> types;
   for (int type = -1; type <= kNumberOfLightPathTypes; ++type) {
@@ -272,16 +272,16 @@ const std::vector<int> kAllButWater = {-1,
                                        kWaterReflection,
                                        kNumberOfLightPathTypes};
 
-TEST(WritesMessages, NamesUnusualTypesAlways) {
+TEST(WritesMessages, IsTrueForUnusualTypes) {
   EXPECT_EQ(TypesWithMessages(Detector()), kUnusualTypes);
 }
 
-TEST(WritesMessages, NamesAllTypesWhileDiagnosticsAreOn) {
+TEST(WritesMessages, IsTrueForAllTypesWhileDebugIsOn) {
   const Captured diagnostics(debug);
   EXPECT_EQ(TypesWithMessages(Detector()), kAllTypes);
 }
 
-TEST(WritesMessages, NamesCrossingPathsWhereTheVectorLibraryWarnsOfAPlate) {
+TEST(WritesMessages, IsTrueForCrossingPathsIfRootWarnsAboutAPlate) {
   ShadowingCalculator calculator = InRun(WarningTables());
   EXPECT_EQ(TypesWithMessages(calculator), kAllButWater);
   Tables tables = WarningTables();
@@ -290,7 +290,7 @@ TEST(WritesMessages, NamesCrossingPathsWhereTheVectorLibraryWarnsOfAPlate) {
   EXPECT_EQ(TypesWithMessages(calculator), kUnusualTypes);
 }
 
-TEST(WritesMessages, NamesTheSameTypesBeforeAndAfterLayersAreMade) {
+TEST(WritesMessages, IsTheSameBeforeAndAfterLayersAreBuilt) {
   for (const Tables& tables : {VariedTables(), WarningTables()}) {
     const ShadowingCalculator calculator = InRun(tables);
     const std::vector<int> before = TypesWithMessages(calculator);
@@ -299,7 +299,7 @@ TEST(WritesMessages, NamesTheSameTypesBeforeAndAfterLayersAreMade) {
   }
 }
 
-TEST(WritesMessages, ForetellsWhatCheckForShadowingWrites) {
+TEST(WritesMessages, PredictsWhatCheckForShadowingWrites) {
   for (const Tables& tables : {VariedTables(), WarningTables()}) {
     ShadowingCalculator calculator = InRun(tables);
     std::map<int, bool> writes;
@@ -316,7 +316,7 @@ TEST(WritesMessages, ForetellsWhatCheckForShadowingWrites) {
   }
 }
 
-TEST(CheckForShadowing, TellsTheDiagnosticsAndFindsTheSameWhileTheyAreOn) {
+TEST(CheckForShadowing, WritesDebugMessagesAndFindsTheSameWhileDebugIsOn) {
   ShadowingCalculator calculator = InRun(VariedTables());
   int told = 0;
   for (const LightPath& path : ManyPaths(700)) {
@@ -330,9 +330,9 @@ TEST(CheckForShadowing, TellsTheDiagnosticsAndFindsTheSameWhileTheyAreOn) {
   EXPECT_GT(told, 0);
 }
 
-// However the calculator came to its state.
+// Whatever happened to the calculator before.
 
-TEST(SetAllGeometryTolerances, PreparesWhatDependsOnThemAnew) {
+TEST(SetAllGeometryTolerances, RebuildsTheLayers) {
   ShadowingCalculator calculator = Detector();
   const Paths paths = ManyPaths(700);
   const Verdicts before = ExpectVerdictsOfTheFormulas(calculator, paths);
@@ -345,7 +345,7 @@ TEST(SetAllGeometryTolerances, PreparesWhatDependsOnThemAnew) {
   }
 }
 
-TEST(BeginOfRun, PreparesTheNewGeometry) {
+TEST(BeginOfRun, BuildsLayersForTheNewGeometry) {
   ShadowingCalculator calculator = Detector();
   const Paths paths = ManyPaths(700);
   for (const eComponent component : kShadowingComponents) {
@@ -353,7 +353,7 @@ TEST(BeginOfRun, PreparesTheNewGeometry) {
     BeginOfRun(calculator, Only({component}));
     ExpectVerdictsOfTheFormulas(calculator, paths);
   }
-  // On a smaller vessel no path is where the map knows something.
+  // On a smaller vessel no path crosses where the map has answers.
   BeginOfRun(calculator, VariedTables().Set("SOLID", "acrylic_vessel_outer",
                                             "r_sphere", 3000.0));
   ExpectVerdictsOfTheFormulas(calculator, paths);
@@ -362,13 +362,13 @@ TEST(BeginOfRun, PreparesTheNewGeometry) {
             Verdicts(paths.size(), eComponent::kNone));
 }
 
-/// Expect nothing of what was prepared to be left in a calculator whose last
-/// run could not be set up, and expect it to be prepared again thereafter.
+/// Expect a calculator whose last BeginOfRun failed to have no layers left, and
+/// to build them again in the next run.
 void ExpectFormulasAlone(ShadowingCalculator& calculator,
                          const Verdicts& before) {
   const Paths paths = ManyPaths(700);
   EXPECT_NE(ExpectVerdictsOfTheFormulas(calculator, paths), before);
-  // Without a word on what the plates are, a warning is possible.
+  // Since the plates are not known, a warning is possible.
   EXPECT_EQ(TypesWithMessages(calculator), kAllButWater);
   calculator.SetAllGeometryTolerances(100.0);
   ExpectVerdictsOfTheFormulas(calculator, paths);
@@ -378,7 +378,7 @@ void ExpectFormulasAlone(ShadowingCalculator& calculator,
   EXPECT_EQ(TypesWithMessages(calculator), kUnusualTypes);
 }
 
-TEST(BeginOfRun, LeavesTheFormulasAloneWhereARadiusIsMissing) {
+TEST(BeginOfRun, UsesOnlyTheFormulasIfARadiusIsMissing) {
   ShadowingCalculator calculator = Detector();
   const Verdicts before = FindEach(calculator, ManyPaths(700));
   VariedTables().RemoveField("SOLID", "acrylic_vessel_outer", "r_neck").Load();
@@ -391,7 +391,7 @@ TEST(BeginOfRun, LeavesTheFormulasAloneWhereARadiusIsMissing) {
   throw std::runtime_error(text);
 }
 
-TEST(BeginOfRun, LeavesTheFormulasAloneWhereALoaderThrows) {
+TEST(BeginOfRun, UsesOnlyTheFormulasIfALoaderThrows) {
   ShadowingCalculator calculator = Detector();
   const Verdicts before = FindEach(calculator, ManyPaths(700));
   WarningTables()
@@ -409,7 +409,7 @@ TEST(BeginOfRun, LeavesTheFormulasAloneWhereALoaderThrows) {
   EXPECT_EQ(TypesWithMessages(calculator), kAllButWater);
 }
 
-TEST(Copies, KeepWhatIsPreparedForThemselves) {
+TEST(Copies, KeepTheirOwnLayers) {
   const Paths paths = ManyPaths(700);
   const Verdicts expected = FindEach(Detector(), paths);
   std::optional<ShadowingCalculator> first = Detector();

@@ -94,8 +94,8 @@ TEST(RopeDirections, AreNeverWrongAndMostlySure) {
   }
 }
 
-TEST(RopeDirections, KnowInTheirTableWhatASlightlyWrongAzimuthIs) {
-  // Crossings in single precision look into the table alone.
+TEST(RopeDirections, GiveNoWrongTableAnswerForASlightlyWrongAzimuth) {
+  // For crossings in single precision only the table is used.
   Random random(21);
   for (const eCrossings crossings : kWays) {
     AnswerTally tally;
@@ -118,7 +118,7 @@ TEST(RopeDirections, KnowInTheirTableWhatASlightlyWrongAzimuthIs) {
     }
     tally.ExpectNoneWrong();
     EXPECT_GT(tally.Count(eAnswer::kClear), tally.Count() / 5);
-    // In space, where the height counts, an azimuth blocks nothing by itself.
+    // In space the height matters, so an azimuth alone blocks nothing.
     EXPECT_EQ(tally.Count(eAnswer::kBlocks) > 0,
               crossings == eCrossings::kFlattened);
   }
@@ -134,7 +134,7 @@ TEST(RopeDirections, BlockNothingBeyondTheirHeights) {
     for (int i = 0; i < 50; ++i) {
       TVector3 crossing = AtTheLimit(random.Pick(ropes), tolerance,
                                      eCrossings::kInSpace, random);
-      // As wrong as single precision may be.
+      // With an error as large as that of single precision.
       const double height = kHalfPi - crossing.Theta();
       const double sine = std::sin(height + random.Uniform(-1, 1) * 0.99 *
                                                 RopeDirections::kHeightMargin);
@@ -147,7 +147,7 @@ TEST(RopeDirections, BlockNothingBeyondTheirHeights) {
   tally.ExpectNoneWrong();
 }
 
-TEST(RopeDirections, HaveHeightsAsNarrowAsToleranceAndMarginLet) {
+TEST(RopeDirections, HaveHeightsAsNarrowAsToleranceAndMarginAllow) {
   const RopeDirections directions({{6000, 0, 600}, {0, 6000, -300}}, 0.03,
                                   eCrossings::kInSpace, 64);
   const double widened = 0.03 + RopeDirections::kHeightMargin;
@@ -157,7 +157,7 @@ TEST(RopeDirections, HaveHeightsAsNarrowAsToleranceAndMarginLet) {
               1e-12);
 }
 
-TEST(RopeDirections, HaveNoHeightsWhereTheyReachOverThePole) {
+TEST(RopeDirections, HaveNoHeightLimitIfTheyReachOverThePole) {
   const RopeDirections steep({{100, 0, 6000}}, 0.03, eCrossings::kInSpace, 64);
   EXPECT_EQ(steep.HighestSine(), 2.0);
   EXPECT_GT(steep.LowestSine(), 0.9);
@@ -209,7 +209,7 @@ TEST(RopeDirections, AreRightForEveryTolerance) {
   }
 }
 
-TEST(RopeDirections, AreClearAllAroundWithoutARope) {
+TEST(RopeDirections, AreClearEverywhereWithoutARope) {
   for (const eCrossings crossings : kWays) {
     for (const double tolerance : {0.025, 4.0}) {
       const RopeDirections directions({}, tolerance, crossings, 64);
@@ -220,8 +220,8 @@ TEST(RopeDirections, AreClearAllAroundWithoutARope) {
   EXPECT_EQ(Judge(RopeDirections(), {6000, 0, 0}), eAnswer::kClear);
 }
 
-TEST(RopeDirections, AreUnsureAllAroundWithARopeThatCannotBeJudged) {
-  // The library's angle to some of them is not what products tell.
+TEST(RopeDirections, AreUnsureEverywhereWithARopeThatCannotBeJudged) {
+  // To some of them the angle of ROOT's vectors differs from that of products.
   for (const TVector3& rope :
        {TVector3(0, 0, 0), TVector3(0, 0, 6000), TVector3(1e-170, 0, 0),
         TVector3(1e200, 0, 0), TVector3(kNaN, 0, 0),
@@ -242,7 +242,7 @@ TEST(RopeDirections, AreUnsureAllAroundWithARopeThatCannotBeJudged) {
   }
 }
 
-TEST(RopeDirections, AnswerAlikeAtEveryDistance) {
+TEST(RopeDirections, GiveTheSameAnswerAtEveryDistance) {
   const RopeDirections directions({{6000, 0, 0}}, 0.025, eCrossings::kFlattened,
                                   1);
   for (const double length : {1e-3, 1.0, 1e5}) {
@@ -251,7 +251,7 @@ TEST(RopeDirections, AnswerAlikeAtEveryDistance) {
   }
 }
 
-/// Which way a rope is left in space.
+/// The direction of a rope rotated by an angle in a random direction.
 TVector3 TurnedFrom(const TVector3& rope, double angle, Random& random) {
   TVector3 turned = rope;
   turned.Rotate(angle, rope.Cross(random.Direction()).Unit());
@@ -264,9 +264,9 @@ Ropes SteepRope(double share) { return {{5000.0 * share, 0, 5000.0}}; }
 /// 0 to 1, mostly near 0.
 double Fraction(Random& random) { return std::pow(10, random.Uniform(-8, 0)); }
 
-TEST(RopeDirections, AreNeverWrongOfARopeThatIsNearlyTheAxis) {
-  // Such a rope is almost as far from all places on the horizon: the last bit
-  // of an angle becomes a large part of its shadow's width.
+TEST(RopeDirections, AreNeverWrongAboutARopeThatIsNearlyTheAxis) {
+  // Such a rope is at almost the same angle from all points on the horizon, so
+  // the last bit of an angle becomes a large part of the width of its shadow.
   Random random(86);
   for (const double share :
        {2e-13, 1e-11, 1e-9, 1e-8, 1e-7, 0.9e-6, 1.1e-6, 1e-4, 1e-2}) {
@@ -283,7 +283,7 @@ TEST(RopeDirections, AreNeverWrongOfARopeThatIsNearlyTheAxis) {
         const TVector3 crossing = Rotated({6000, 0, 0}, phi);
         const bool isNear = IsNear(ropes, tolerance, crossing);
         tally.Add(Judge(directions, crossing), isNear, crossing);
-        // As wrong as the algebra in single precision.
+        // With an error as large as that of the algebra in single precision.
         const TVector3 wrong =
             Rotated(crossing, random.Uniform(-1, 1) *
                                   double{CrossingBands<float>::kAzimuthError});
@@ -298,9 +298,9 @@ TEST(RopeDirections, AreNeverWrongOfARopeThatIsNearlyTheAxis) {
   }
 }
 
-TEST(RopeDirections, AreNeverWrongInSpaceOfARopeNearTheAxis) {
-  // An arc cosine's angle may be 5e-8 too small; the azimuth, by which the
-  // table looks for ropes, is then as wrong as that is seen from the axis.
+TEST(RopeDirections, AreNeverWrongInSpaceAboutARopeNearTheAxis) {
+  // An angle from an arc cosine may be 5e-8 too small. The azimuth by which the
+  // table finds ropes then has that error as seen from the axis.
   Random random(87);
   for (const double share : {1.1e-6, 1e-5, 1e-4, 1e-3}) {
     SCOPED_TRACE(share);
@@ -320,7 +320,7 @@ TEST(RopeDirections, AreNeverWrongInSpaceOfARopeNearTheAxis) {
   }
 }
 
-TEST(RopeDirections, AreSureInSpaceBesideALimitOfAThousandth) {
+TEST(RopeDirections, AreSureInSpaceNextToALimitOfAThousandth) {
   Random random(83);
   constexpr double kTolerance = 1e-3;
   for (const int cells : {1, 4096}) {
@@ -344,7 +344,7 @@ TEST(RopeDirections, AreSureInSpaceBesideALimitOfAThousandth) {
   }
 }
 
-TEST(RopeDirections, AreNeverWrongInSpaceOfACrossingThatIsAsWrongAsAlgebra) {
+TEST(RopeDirections, AreNeverWrongInSpaceForACrossingWithTheErrorOfTheAlgebra) {
   Random random(84);
   for (const double tolerance : {1e-4, 3e-4, 1e-3, 3e-3, 1e-2}) {
     SCOPED_TRACE(tolerance);
@@ -373,14 +373,14 @@ TEST(RopeDirections, AreNeverWrongInSpaceOfACrossingThatIsAsWrongAsAlgebra) {
                      random),
           atTheLimit);
     }
-    // Twice 1e-6 rad of the tolerance's own width.
+    // Twice 1e-6 rad, relative to the width of the tolerance.
     beside.Expect(3e-6 / tolerance);
     atTheLimit.Expect(0.95);
   }
 }
 
 TEST(RopeDirections, AreNeverWrongInSpaceForATinyTolerance) {
-  // The band around the limit may reach down to no angle at all.
+  // The band around the limit may reach down to angle 0.
   Random random(85);
   const TVector3 rope(6000, 0, 20);
   for (const double tolerance : {1e-9, 5e-7, 1e-6, 2e-6}) {

@@ -30,7 +30,7 @@ const ShadowingCalculator& Detector() {
   return detector;
 }
 
-/// A filter and the batch that belongs to it.
+/// A filter and its batch.
 struct Judges {
   explicit Judges(const ShadowingCalculator& detector,
                   const ShadowingLayers& layers = {})
@@ -58,8 +58,9 @@ struct Judges {
   ShadowingBatch batch;
 };
 
-/// Expect every kernel to say the same in both forms, and each verdict to be
-/// the formulas' or open; give the share of the open ones.
+/// Expect every kernel to give the same verdicts for records and columns, and
+/// each verdict to be that of the formulas or open; return the share of open
+/// ones.
 double ExpectRightOrOpen(const ShadowingCalculator& detector,
                          const std::vector<LightPath>& paths,
                          const ShadowingLayers& layers = {}) {
@@ -84,7 +85,7 @@ double ExpectRightOrOpen(const ShadowingCalculator& detector,
   return open / static_cast<double>(paths.size());
 }
 
-TEST(ShadowingBatch, IsNeverWrongOfPathsAtTheHardware) {
+TEST(ShadowingBatch, IsNeverWrongAboutPathsAtTheHardware) {
   EXPECT_LT(
       ExpectRightOrOpen(Detector(), PathsAtHardware(Detector(), 50).Make(8000)),
       0.5);
@@ -114,7 +115,7 @@ TEST(ShadowingBatch, LeavesFewOrdinaryPathsOfEachTypeOpen) {
   }
 }
 
-TEST(ShadowingBatch, IsNeverWrongOfEachComponentAlone) {
+TEST(ShadowingBatch, IsNeverWrongForEachComponentAlone) {
   const auto paths = PathsAtHardware(Detector(), 52).Make(2000);
   for (const eComponent component : kShadowingComponents) {
     SCOPED_TRACE(NameOf(component));
@@ -142,7 +143,7 @@ TEST(ShadowingBatch, IsNeverWrongForAnyTolerance) {
   }
 }
 
-TEST(ShadowingBatch, IsNeverWrongOfBadNumbers) {
+TEST(ShadowingBatch, IsNeverWrongForBadNumbers) {
   constexpr double kInfinity = std::numeric_limits<double>::infinity();
   constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
   auto paths = PathsAtHardware(Detector(), 55).Make(3000);
@@ -186,7 +187,7 @@ TEST(ShadowingBatch, JudgesAnyNumberOfPathsAndNoMore) {
     judges.batch.Judge(judges.filter, PathsInColumns(columns.Arrays()), count,
                        verdicts.data());
     EXPECT_EQ(verdicts, expected);
-    // From some place on in the columns.
+    // Starting somewhere inside the columns.
     const std::size_t first = kBatchPaths - count;
     judges.batch.Judge(judges.filter, PathsInColumns(columns.Arrays(), first),
                        count, verdicts.data());
@@ -253,7 +254,7 @@ TEST(ShadowingBatch, BlocksNothingBeforeTheFirstRun) {
   EXPECT_LT(ExpectRightOrOpen(empty, paths), 1.0);
 }
 
-TEST(ShadowingBatch, WorksWithACopyOfTheFilterThatItWasMadeFrom) {
+TEST(ShadowingBatch, WorksWithACopyOfTheFilterThatItWasBuiltFrom) {
   const auto paths = PathsAtHardware(Detector(), 61).Make(kBatchPaths);
   std::optional<ShadowingFilter> filter;
   filter.emplace(Detector().GetHardware(), ShadowingLayers());
@@ -285,8 +286,8 @@ std::vector<LightPath> PathsAtHeights(const ShadowingCalculator& detector,
   return paths;
 }
 
-/// A height, the numbers beside it in both precisions, and those as far from it
-/// as its margin for single precision.
+/// A height, its neighbours in both precisions, and the numbers at the distance
+/// of its margin for single precision.
 std::vector<double> HeightsAround(double height) {
   std::vector<double> heights = {height, Testing::Above(height),
                                  Testing::Below(height)};
@@ -297,7 +298,7 @@ std::vector<double> HeightsAround(double height) {
     float next = single;
     for (int i = 0; i < 3; ++i) {
       heights.push_back(double{next});
-      // Halfway it is rounded to one or the other.
+      // The number halfway is rounded to one or the other.
       const float after = std::nextafter(next, towards);
       heights.push_back(0.5 * (double{next} + double{after}));
       next = after;
@@ -311,7 +312,7 @@ std::vector<double> HeightsAround(double height) {
   return heights;
 }
 
-TEST(ShadowingBatch, IsNeverWrongOfCrossingsWhereOneKindOfRopesEnds) {
+TEST(ShadowingBatch, IsNeverWrongAboutCrossingsWhereOneKindOfRopesEnds) {
   const double ends = Detector().GetAVHDRopes().AVHDRopeEndPoints.front().Z();
   const double feet =
       Detector().GetSupportRopes().SupportRopePositions.front().Z();
@@ -359,9 +360,9 @@ TEST(ShadowingBatch, IsNeverWrongWhereBothKindsOfRopesAreMet) {
   EXPECT_LT(open, 1.0);
 }
 
-TEST(ShadowingBatch, LooksForNoSurfaceRopesBelowTheirEnds) {
-  // At the end of a rope stands the edge of a plate, so that the map is unsure
-  // there; directions along the vessel miss the vertical rope.
+TEST(ShadowingBatch, TestsNoSurfaceRopesBelowTheirEnds) {
+  // The edge of a plate is at the end of a rope, so the map is unsure there.
+  // Directions along the vessel miss the vertical rope.
   Testing::Tables tables =
       Only({eComponent::kAVHDRope, eComponent::kBellyPlate});
   TVector3 plate(0, 5860, 40);

@@ -36,8 +36,8 @@ const ShadowingCalculator& Detector() {
   return detector;
 }
 
-/// Expect the formulas' verdicts of a filter, and give how many paths it asked
-/// a formula for.
+/// Expect a filter to give the verdicts of the formulas, and return for how
+/// many paths it called a formula.
 int ExpectVerdictsOfTheFormulas(const ShadowingFilter& filter,
                                 const ShadowingCalculator& detector,
                                 const std::vector<LightPath>& paths) {
@@ -57,7 +57,7 @@ std::vector<LightPath> Paths(int count) {
   return PathsAtHardware(Detector(), 40).Make(static_cast<std::size_t>(count));
 }
 
-TEST(ShadowingFilter, FindsWhatTheFormulasFindAndSeldomAsksThem) {
+TEST(ShadowingFilter, FindsWhatTheFormulasFindAndRarelyCallsThem) {
   const ShadowingFilter filter(Detector().GetHardware(), {});
   constexpr int kPaths = 4000;
   const int open =
@@ -90,7 +90,7 @@ TEST(ShadowingFilter, FindsTheSameForEachComponentAlone) {
   }
 }
 
-TEST(ShadowingFilter, LeavesOutTheLayersThatAreOff) {
+TEST(ShadowingFilter, SkipsTheLayersThatAreOff) {
   const ShadowingFilter all(Detector().GetHardware(), {});
   EXPECT_NE(all.Map().At(Testing::kFreeSpot), ShadowMap::kNothingKnown);
   EXPECT_GT(all.HoldDownRopes().Radius2(), 0.0);
@@ -106,7 +106,7 @@ TEST(ShadowingFilter, LeavesOutTheLayersThatAreOff) {
   }
 }
 
-TEST(ShadowingFilter, OutlivesWhatItWasMadeFrom) {
+TEST(ShadowingFilter, OutlivesWhatItWasBuiltFrom) {
   std::optional<ShadowingCalculator> detector = Detector();
   const ShadowingFilter filter(detector->GetHardware(), {});
   detector->SetAllGeometryTolerances(-1000.0);
@@ -114,7 +114,7 @@ TEST(ShadowingFilter, OutlivesWhatItWasMadeFrom) {
   ExpectVerdictsOfTheFormulas(filter, Detector(), Paths(700));
 }
 
-TEST(ShadowingFilter, JudgesPathsInWaterRightAndMostlySurely) {
+TEST(ShadowingFilter, JudgesPathsInWaterCorrectlyAndIsMostlySure) {
   const ShadowingFilter filter(Detector().GetHardware(), {});
   AnswerTally holdDown;
   AnswerTally support;
@@ -149,7 +149,7 @@ TEST(ShadowingFilter, KnowsTheHeightsAtWhichRopesEnd) {
 }
 
 TEST(ShadowingFilter, HasTheVerdictsOfTheFormulasWhereMuchOfTheMapIsUnsure) {
-  // Thousands of anchors, whose rims cover much of the vessel.
+  // Thousands of anchors, whose borders cover much of the vessel.
   Testing::Random random(43);
   std::vector<TVector3> anchors;
   std::generate_n(std::back_inserter(anchors), 3000,
@@ -168,8 +168,8 @@ TEST(ShadowingFilter, HasTheVerdictsOfTheFormulasWhereMuchOfTheMapIsUnsure) {
   EXPECT_EQ(ExpectVerdictsOfTheFormulas(filter, detector, Paths(500)), 0);
 }
 
-TEST(ShadowingFilter, AsksAllAnchorsWhereNoTreeCanBeMadeOfThem) {
-  // So far away that its distances are a kilometre apart.
+TEST(ShadowingFilter, TestsAllAnchorsIfNoTreeCanBeBuilt) {
+  // So far away that neighbouring doubles are a kilometre apart.
   Testing::Tables tables = Only({eComponent::kNCDAnchor});
   tables.SetPositions("GEO_LOCATIONS", "anchors", {{1e19, 0, 0}});
   tables.Set("SOLID", "anchor", "half_z", 1e19);
@@ -188,7 +188,7 @@ TEST(ShadowingFilter, AsksAllAnchorsWhereNoTreeCanBeMadeOfThem) {
   ExpectVerdictsOfTheFormulas(filter, detector, paths);
 }
 
-TEST(ShadowingFilter, SeesHoldDownRopesOnlyInARunThatHasThem) {
+TEST(ShadowingFilter, UsesHoldDownRopesOnlyInARunThatHasThem) {
   EXPECT_TRUE(ShadowingFilter(Detector().GetHardware(), {}).HasRopesToEnter());
   const ShadowingCalculator without = InRun(Only({eComponent::kSupportRope}));
   EXPECT_FALSE(ShadowingFilter(without.GetHardware(), {}).HasRopesToEnter());
@@ -200,10 +200,10 @@ TEST(ShadowingFilter, BlocksNothingBeforeTheFirstRun) {
   EXPECT_EQ(ExpectVerdictsOfTheFormulas(filter, empty, Paths(70)), 0);
 }
 
-/// The formulas' verdict on a segment of which it is known what the vertical
-/// ropes do.
+/// The verdict of the formulas on a segment for which the answers of the
+/// vertical ropes are known.
 ///
-/// @pre a point of a segment that is above the ends lies there
+/// @pre if the segment is above the ends, so is @p point
 eComponent FindByFormulasAt(const ShadowingCalculator& detector,
                             const TVector3& point, const KnownRopes& ropes) {
   const WaterSegments segments = Testing::SegmentsOf(OneCrossing(point));
@@ -238,8 +238,8 @@ eComponent FindByFormulasAt(const ShadowingCalculator& detector,
              : eComponent::kNone;
 }
 
-/// The cells of the map that a point on it may be found in: in double precision
-/// and in single.
+/// The cells of the map in which a point may be found, in double and in single
+/// precision.
 std::array<std::size_t, 2> CellsOf(const ShadowMap& map,
                                    const TVector3& point) {
   const int inSingle =
@@ -284,7 +284,7 @@ TEST(ShadowingFilter, FindsAtACrossingWhatTheFormulasFindThere) {
 }
 
 TEST(ShadowingFilter, FindsAtACrossingTheVerdictOnTheWholePath) {
-  // What is known of the ropes is here what they really do.
+  // Here the ropes' known answers are the true ones.
   const ShadowingFilter filter(Detector().GetHardware(), {});
   int atSupportRopes = 0;
   for (const LightPath& path : Paths(8000)) {
@@ -326,7 +326,7 @@ TEST(ShadowingFilter, FindsTheFirstOfTheComponentsAtACrossing) {
       eComponent::kNCDAnchor, eComponent::kAVPipe, eComponent::kNeckBoss};
   EXPECT_EQ(find(last, {true, true, true}), eComponent::kSupportRope);
   EXPECT_EQ(find(last, {true, false, true}), eComponent::kNCDAnchor);
-  // The pipes count at a path's first crossing alone.
+  // The pipes are tested only at the first crossing of a path.
   const std::vector<eComponent> lower = {eComponent::kAVPipe,
                                          eComponent::kNeckBoss};
   EXPECT_EQ(find(lower, {true, false, true}), eComponent::kAVPipe);

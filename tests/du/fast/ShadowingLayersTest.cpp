@@ -31,8 +31,8 @@ Verdicts FindAll(const ShadowingCalculator& calculator,
   return verdicts;
 }
 
-/// Whether one path after the other, and all in one batch, have the formulas'
-/// verdicts.
+/// Expect the verdicts of the formulas from single calls and from one batch of
+/// all paths.
 void ExpectVerdictsOfTheFormulas(const ShadowingCalculator& calculator,
                                  const std::vector<LightPath>& paths) {
   Verdicts expected;
@@ -53,7 +53,7 @@ TEST(ShadowingLayers, ChangeNoVerdict) {
   }
 }
 
-TEST(ShadowingLayers, ChangeNoVerdictOfFurtherRunsAndTolerances) {
+TEST(ShadowingLayers, ChangeNoVerdictInLaterRunsOrForOtherTolerances) {
   ShadowingCalculator calculator;
   calculator.UseLayers({true, false, false});
   BeginOfRun(calculator, Testing::VariedTables());
@@ -67,7 +67,7 @@ TEST(ShadowingLayers, ChangeNoVerdictOfFurtherRunsAndTolerances) {
   ExpectVerdictsOfTheFormulas(calculator, paths);
 }
 
-TEST(ShadowingLayers, AreAllOnUnlessSaidOtherwise) {
+TEST(ShadowingLayers, AreAllOnByDefault) {
   const ShadowingLayers layers;
   EXPECT_TRUE(layers.algebra && layers.tables && layers.map);
 }

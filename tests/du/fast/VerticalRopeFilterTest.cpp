@@ -34,7 +34,7 @@ VerticalRopeFilter Filter(eCrossings crossings,
   return {limits, RopeDirections(kRopes, kTolerance, crossings, 4096)};
 }
 
-/// What the filter spares: the crossing, its height, and the ropes.
+/// What the filter replaces: the crossing, its height, and the ropes.
 bool IsBlocked(const SegmentView& segment, eCrossings crossings) {
   const WaterSegment copy = segment.Copy();
   TVector3 crossing = VectorToCylinderEdge(
@@ -89,7 +89,7 @@ TEST_P(VerticalRopeFilterTest, IsNeverWrongAndNearlyAlwaysSure) {
 
 TEST_P(VerticalRopeFilterTest, IsNeverWrongAtARopesEdge) {
   for (int i = 0; i < 20000; ++i) {
-    // Straight out from the axis, nearly at an edge of a rope.
+    // Straight away from the axis, almost to an edge of a rope.
     const TVector3& rope = random_.Pick(kRopes);
     TVector3 out =
         Rotated({1, 0, 0}, rope.Phi() + (random_.Chance(0.5) ? 1 : -1) *
@@ -104,9 +104,9 @@ TEST_P(VerticalRopeFilterTest, IsNeverWrongAtARopesEdge) {
 
 TEST_P(VerticalRopeFilterTest, IsNeverWrongAtTheRopesEnds) {
   for (int i = 0; i < 20000; ++i) {
-    // Over the axis to a rope, so steeply that the crossing is nearly as high
-    // as the ropes go: it climbs by the direction's z over the way to the
-    // cylinder.
+    // Across the axis to a rope, so steeply that the crossing is almost at the
+    // limit of the ropes' height: it rises by the direction's z along the
+    // distance to the cylinder.
     const TVector3 out = Rotated({1, 0, 0}, random_.Pick(kRopes).Phi());
     const double start = random_.Uniform(500, 3000);
     const double sine =
@@ -119,7 +119,7 @@ TEST_P(VerticalRopeFilterTest, IsNeverWrongAtTheRopesEnds) {
   }
   tally_.ExpectNoneWrong();
   EXPECT_GT(tally_.Count(eAnswer::kClear), tally_.Count() / 5);
-  // So high up the angle in space is never near to a rope's.
+  // At this height the angle in space is never near that of a rope.
   EXPECT_EQ(tally_.Count(eAnswer::kBlocks) > tally_.Count() / 10,
             GetParam() == eCrossings::kFlattened);
 }
@@ -134,7 +134,7 @@ TEST_P(VerticalRopeFilterTest, LeavesWhatIsNotFiniteOrHasNoLengthOpen) {
       EXPECT_EQ(Judge(filter_, {point, v, 1.0}, GetParam()), eAnswer::kUnsure);
       TVector3 p = point;
       p[axis] = bad;
-      if (axis == 2) continue;  // a height plays no part
+      if (axis == 2) continue;  // heights do not matter
       EXPECT_EQ(Judge(filter_, {p, direction, 1.0}, GetParam()),
                 eAnswer::kUnsure);
     }
@@ -150,7 +150,7 @@ TEST_P(VerticalRopeFilterTest, LeavesWhatIsNotFiniteOrHasNoLengthOpen) {
             eAnswer::kUnsure);
 }
 
-TEST_P(VerticalRopeFilterTest, JudgesNothingWithoutACylinderThatItTrusts) {
+TEST_P(VerticalRopeFilterTest, JudgesNothingWithoutAReliableCylinder) {
   const TVector3 direction(1, 0, 0);
   const auto judges = [&](const RopeCylinderLimits& limits) {
     const VerticalRopeFilter filter = Filter(GetParam(), limits);
@@ -176,8 +176,9 @@ TEST_P(VerticalRopeFilterTest, JudgesNothingWithoutACylinderThatItTrusts) {
 }
 
 TEST(VerticalRopeFilter, LeavesTheHeightAfterALongWayOpen) {
-  // The formula takes the path for level, for the cosine of so small an angle
-  // is 1, and misses the rope by 3e-7; in truth the path rises by 1.8 mm.
+  // The formula treats the path as horizontal, because the cosine of such a
+  // small angle is 1, and misses the rope by 3e-7; in fact the path rises by
+  // 1.8 mm.
   constexpr double kRadius = 1100.0;
   const TVector3 rope(-1099.5840796, 0, 30.2465173);
   const TVector3 start(99000, 0, 0);
@@ -193,13 +194,14 @@ TEST(VerticalRopeFilter, LeavesTheHeightAfterALongWayOpen) {
   const SegmentView segment = {start, direction, 1.0};
   EXPECT_EQ(filter(eCrossings::kInSpace).JudgeInSpace(segment),
             eAnswer::kUnsure);
-  // Without its height the crossing is as sure as any.
+  // Without its height the crossing is sure.
   EXPECT_EQ(filter(eCrossings::kFlattened).JudgeFlattened(segment),
             eAnswer::kClear);
 }
 
 TEST(VerticalRopeFilter, KeepsTheHeightInTheAngleOnlyInSpace) {
-  // Out at a rope's azimuth, but high above where the rope's angle is taken.
+  // Outwards at a rope's azimuth, but high above the point to which the rope's
+  // angle is measured.
   const TVector3 point(3000, 0, 0);
   const TVector3 up(0.8, 0, 0.6);
   const SegmentView segment = {point, up, 1.0};
@@ -209,7 +211,7 @@ TEST(VerticalRopeFilter, KeepsTheHeightInTheAngleOnlyInSpace) {
             eAnswer::kClear);
 }
 
-TEST(VerticalRopeFilter, TellsTheSquaresOfItsLimits) {
+TEST(VerticalRopeFilter, GivesTheSquaresOfItsLimits) {
   const VerticalRopeFilter filter = Filter(eCrossings::kFlattened);
   EXPECT_EQ(filter.Radius2(), 5880.0 * 5880.0);
   EXPECT_EQ(filter.Height2(), 6138.0 * 6138.0);
