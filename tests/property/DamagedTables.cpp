@@ -14,7 +14,7 @@ struct Field {
   const char* field;
 };
 
-/// Every field that the calculator reads, but for those of the vessel.
+/// Every field that the calculator reads, except those of the vessel.
 constexpr std::array kFields = {
     Field{"GEO", "hold_down_ropes", "solid_definition"},
     Field{"GEO", "hold_down_ropes", "locations"},

@@ -61,7 +61,7 @@ TVector3 Cylindrical(double rho, double phi, double z) {
   return {rho * std::cos(phi), rho * std::sin(phi), z};
 }
 
-/// A height in the order of those near the equator, zero included.
+/// A height of the size of those near the equator, zero included.
 double SmallHeight(Random& random) {
   constexpr std::array kHeights = {0.0, 5.0, 5.0, -5.0, 300.0, -400.0};
   return random.Chance(0.8) ? random.Pick(kHeights)
@@ -156,12 +156,12 @@ Numbers MakeNumbers(Random& random) {
     n.bossHalfHeight1 = random.Uniform(0.0, 300.0);
     n.bossHalfHeight2 = random.Uniform(0.0, 300.0);
   }
-  // Whole numbers make exact limits likelier.
+  // Whole numbers make exact limits more likely.
   if (random.Chance(0.5)) RoundAll(n);
   return n;
 }
 
-// What follows makes a geometry odd; every function is one way.
+// Functions that make a geometry unusual, each in one way.
 
 void SetOddScalar(Numbers& n, Random& random) {
   constexpr std::array kValues = {0.0,
@@ -220,7 +220,7 @@ void DegenerateRope(Numbers& n, Random& random) {
     case 1:
       n.rope[4] = TVector3();
       break;
-    case 2:  // the middle of the rope falls on the centre of the vessel
+    case 2:  // the middle of the rope is at the vessel's centre
       n.rope[1] = TVector3(5880.0, 0, 0);
       n.rope[4] = TVector3(-5880.0, 0, 0);
       break;
@@ -228,11 +228,11 @@ void DegenerateRope(Numbers& n, Random& random) {
       n.rope[2] = TVector3();
       n.rope[3] = TVector3();
       break;
-    case 4:  // the ends beyond the sphere on which the ropes end
+    case 4:  // ends beyond the sphere on which ropes end
       n.rope[1] = TVector3(8600.0, 300.0, 0);
       n.rope[4] = TVector3(-8000.0, 4000.0, 0);
       break;
-    case 5:  // at the end of that sphere, where a rope has no length
+    case 5:  // an end on that sphere: a rope without length
       n.rope[1] = TVector3(0, 8500.0, 0);
       break;
     case 6:  // legs without length
@@ -283,8 +283,8 @@ void RepeatPipePoints(Numbers& n, Random& random) {
 }
 
 void SinkSupports(Numbers& n, Random& random) {
-  // Below the centre, so that even paths without points are followed; and now
-  // and then beyond the sphere of the ropes.
+  // Below the centre, so that even paths without points are followed; sometimes
+  // beyond the sphere on which the ropes end.
   const double z = random.Chance(0.7) ? -300.0 : -9000.0;
   for (TVector3& v : n.supports) v.SetZ(z);
 }
@@ -299,7 +299,7 @@ void PlatesOnAxis(Numbers& n, Random& random) {
   n.plates[random.Below(n.plates.size())].SetXYZ(0.0, 0.0, z);
 }
 
-/// A position so small that squares of it have few digits or none.
+/// A position so small that its square has few digits or underflows.
 void ShrinkAPosition(Numbers& n, Random& random) {
   std::vector<TVector3>& list = *random.Pick(n.Lists());
   if (list.empty()) return;
@@ -319,7 +319,8 @@ void HundredsOfParts(Numbers& n, Random& random) {
 }
 
 /// Hold-down ropes that end above the feet of the support ropes, so that points
-/// between are tested against both; or far below, so that some meet none.
+/// between are tested against both; or far below them, so that some points are
+/// tested against neither.
 void CrossHeights(Numbers& n, Random& random) {
   if (n.rope.size() < 6) return;
   n.rope[1].SetZ(random.Uniform(-4000.0, 4000.0));
@@ -328,7 +329,7 @@ void CrossHeights(Numbers& n, Random& random) {
   for (TVector3& v : n.supports) v.SetZ(z);
 }
 
-/// Both kinds of ropes on one cylinder, to the last bit.
+/// Both kinds of ropes on exactly the same cylinder.
 void ShareCylinder(Numbers& n, Random& random) {
   if (n.rope.size() < 6 || n.rollDegrees.empty()) return;
   n.rollDegrees[0] = 0.0;

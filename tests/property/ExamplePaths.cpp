@@ -11,7 +11,7 @@ namespace ZARN::Testing {
 
 namespace {
 
-/// The fields of a row; the file has no quoted ones.
+/// The fields of a row; the file has no quoted fields.
 std::vector<std::string> Split(const std::string& row) {
   std::vector<std::string> fields;
   std::istringstream in(row + ",");

@@ -9,13 +9,13 @@
 
 namespace ZARN::Testing {
 
-/// Whether paths of a type have a vector that their water segments are made of.
+/// Whether the water segments of paths of a type use a vector.
 bool UsesVector(DU::eLightPathType type, TVector3 DU::LightPath::*vector);
 
 /// Light paths as columns.
 class PathColumns {
  public:
-  /// What becomes of the arrays that no path uses.
+  /// What to do with arrays that no path uses.
   enum class eUnused { kFilled, kNull };
 
   PathColumns(const std::vector<DU::LightPath>& paths, eUnused unused);
@@ -24,7 +24,7 @@ class PathColumns {
   ~PathColumns() = default;
 
   const DU::LightPathArrays& Arrays() const { return arrays_; }
-  /// The arrays from the path @p first on.
+  /// The arrays, starting at the path @p first.
   DU::LightPathArrays From(std::size_t first) const;
 
  private:

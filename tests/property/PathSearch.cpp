@@ -10,8 +10,8 @@ constexpr std::size_t kDrawnPerThousand = 120;
 constexpr int kSteps = 60;
 constexpr int kShakes = 180;
 constexpr int kBeside = 60;
-/// An interval of a path's coordinates shorter than this is a relative distance
-/// below PathMaker::kAtLimit.
+/// Between paths that are less than this fraction apart, the relative distance
+/// is below PathMaker::kAtLimit.
 constexpr double kNear = 0x1p-42;
 
 }  // namespace
@@ -45,7 +45,7 @@ void PathSearch::Run(std::size_t paths) {
     const Judged a = random_.Pick(drawn_);
     const Judged* const b = FindOther(a);
     if (b == nullptr) {
-      // Nothing differs between paths of this type: look at one more path.
+      // All paths of this type have the same outcome: try one more path.
       Draw();
     } else {
       Bisect(a, b->path);
@@ -81,7 +81,7 @@ void PathSearch::Bisect(const Judged& a, const TestPath& b) {
     const double t = random_.Chance(0.5) ? low : high;
     Ask(maker_.Shaken(PathMaker::Between(a.path, b, t)), true);
   }
-  // Where single precision begins to tell one side from the other.
+  // At distances where single precision starts to distinguish the two sides.
   for (int i = 0; i < kBeside && !IsOver(); ++i) {
     const double away = std::pow(10.0, random_.Uniform(-5.0, -1.0));
     const double t = random_.Chance(0.5) ? low - away : high + away;

@@ -11,21 +11,21 @@
 
 namespace ZARN::Testing {
 
-/// Looks for paths on which two calculators may differ: draws some, then
-/// narrows down the way between two that have different outcomes until they
-/// differ in the last bits, and shakes what it found.
+/// Searches for paths on which two calculators may differ: draws some, then
+/// bisects between two that have different outcomes until they differ only in
+/// the last bits, and changes the result slightly.
 class PathSearch {
  public:
-  /// Judges a path, which lies at a limit or not, and numbers its outcome; none
-  /// ends the search.
+  /// Judges a path that is or is not near a limit, and returns a number for the
+  /// outcome; nullopt ends the search.
   using Judge = std::function<std::optional<int>(const TestPath&, bool isNear)>;
 
-  /// @param model  a loaded calculator; must outlive this and not change
+  /// @param model  a loaded calculator; must outlive this object and not change
   PathSearch(const Reference::PlainShadowingCalculator& model, Random& random,
              Judge judge)
       : maker_(model, random), random_(random), judge_(std::move(judge)) {}
 
-  /// Have this many paths judged, or as many as it takes to end the search.
+  /// Let this many paths be judged, or fewer if the search ends.
   void Run(std::size_t paths);
 
  private:

@@ -45,8 +45,9 @@ PathMaker::Ropes PathMaker::MakeRopes(const std::vector<TVector3>& directions,
           std::sqrt(std::max(0.0, kRopeSphere * kRopeSphere - perp2))};
 }
 
-/// How near to its limit the next path is built: mostly as near as counts, else
-/// at the distances up to which single precision cannot tell.
+/// Choose how near to its limit the next path is built: mostly so near that it
+/// counts as at the limit, else at the distances that single precision cannot
+/// resolve.
 void PathMaker::ChooseCloseness() {
   closeness_ = random_.Chance(0.88) ? kAtLimit
                                     : std::pow(10.0, random_.Uniform(-8, -1.5));
@@ -67,8 +68,8 @@ TestPath PathMaker::Draw() {
         AnyPath(static_cast<DU::eLightPathType>(random_.Pick(kUnknown)));
     return result;
   }
-  // Every second path in water or through the vessel from outside: those have
-  // the most cases.
+  // Every second path is in water or crosses the vessel from outside: those
+  // have the most cases.
   constexpr std::array kTypes = {DU::kInnerAVToWater,
                                  DU::kAVThroughInnerAVToWater,
                                  DU::kAVToWater,
@@ -146,7 +147,7 @@ void PathMaker::Rename(TestPath& path) {
     return;
   }
   path.naming = eNaming::kRenamed;
-  // Now and then a type goes by the name of another one.
+  // Sometimes a type has the name of another one.
   path.name = random_.Chance(0.3) ? random_.Pick(DU::kLightPathTypeNames)
                                   : random_.Pick(kNames);
 }
@@ -166,8 +167,8 @@ void PathMaker::PutSpecialValues(DU::LightPath& path) {
   }
 }
 
-/// Directions far from unit length, and points far from the vessel: to where
-/// squares, and products of squares, are no longer ordinary numbers.
+/// Use directions far from unit length, and points far from the vessel, up to
+/// where squares and products of squares overflow or underflow.
 void PathMaker::ChangeLengths(DU::LightPath& path) {
   constexpr std::array kExponents = {-166.0, -162.0, -157.0, -154.0, -80.0,
                                      -10.0,  -1.0,   0.0,    0.0,    1.0,
@@ -184,7 +185,7 @@ void PathMaker::ChangeLengths(DU::LightPath& path) {
   }
 }
 
-/// Points off the vessel's sphere, by 1e-12 to 1e3 mm.
+/// Move points off the vessel's sphere, by 1e-12 to 1e3 mm.
 void PathMaker::LeaveVessel(DU::LightPath& path) {
   const double distance = std::pow(10.0, random_.Uniform(-12.0, 3.0));
   const double sign = random_.Chance(0.5) ? 1.0 : -1.0;
@@ -209,7 +210,7 @@ double PathMaker::Nudged(double x) {
   }
 }
 
-/// A distance from a limit, in radians or as a share.
+/// A distance from a limit, in radians or as a fraction.
 double PathMaker::Aside() {
   if (closeness_ <= kAtLimit) {
     return random_.Uniform(-1.0, 1.0) * kAtLimit *

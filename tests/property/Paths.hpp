@@ -10,18 +10,18 @@
 
 namespace ZARN::Testing {
 
-/// By what name a path's type goes.
+/// The name of a path's type.
 enum class eNaming {
-  kOwnName,  ///< the one of the system, or none for a type it does not know
-  kRenamed,  ///< another
-  kUnnamed   ///< its name is removed
+  kOwnName,  ///< the default name; none for an unknown type
+  kRenamed,  ///< another name
+  kUnnamed   ///< the name is removed
 };
 
 struct TestPath {
   DU::LightPath path;
   eNaming naming = eNaming::kOwnName;
-  std::string name;        ///< of a renamed type
-  bool isAtLimit = false;  ///< built to lie within 1e-12 of some limit
+  std::string name;        ///< if the type is renamed
+  bool isAtLimit = false;  ///< built to be within 1e-12 of a limit
 };
 
 /// The vectors of a light path, in the order in which Describe writes them.
@@ -32,25 +32,25 @@ inline constexpr std::array kVectors = {
     &DU::LightPath::AVPoint3,       &DU::LightPath::AVPoint4};
 
 /// Makes paths for one geometry: anywhere, aimed at one of its components, or
-/// built to lie on a limit, a few last bits beside it, or at any distance from
-/// there to that of single precision.
+/// built to be exactly at a limit, a few last bits away from it, or at any
+/// distance from there to that of single precision.
 class PathMaker {
  public:
-  /// What counts as at a limit: a relative distance.
+  /// The relative distance that counts as at a limit.
   static constexpr double kAtLimit = 1e-12;
 
-  /// @param model  a loaded calculator, whose lists and tolerances are aimed
-  ///               at; must outlive this and not change
+  /// @param model  a loaded calculator, at whose lists and tolerances paths are
+  ///               aimed; must outlive this object and not change
   PathMaker(const Reference::PlainShadowingCalculator& model, Random& random);
 
   TestPath Draw();
 
-  /// The path a share @p t of the way from @p a to @p b. Where a vector is as
-  /// long in both, it keeps its length: points on the vessel stay there.
+  /// The path at a fraction @p t of the way from @p a to @p b. A vector that
+  /// has the same length in both keeps it: points on the vessel stay there.
   static TestPath Between(const TestPath& a, const TestPath& b, double t);
 
-  /// @p path, which lies at a limit, with some coordinates moved by a few last
-  /// bits, or by up to kAtLimit.
+  /// @p path, which is at a limit, with some coordinates changed by a few last
+  /// bits or by up to kAtLimit.
   TestPath Shaken(TestPath path);
 
   static bool IsFinite(const TestPath& path);
@@ -62,10 +62,10 @@ class PathMaker {
     TVector3 direction;
     bool isAtLimit = false;
   };
-  /// The ropes of one kind, as the tests of crossings see them.
+  /// The ropes of one kind, as used by the tests of crossings.
   struct Ropes {
     std::vector<TVector3> directions;
-    double cylinder = 0.0;   ///< radius of the cylinder on which they stand
+    double cylinder = 0.0;   ///< radius of the cylinder of the ropes
     double tolerance = 0.0;  ///< rad
     double firstZ = 0.0;     ///< height that decides which test a point gets
     double height = 0.0;     ///< limit of a crossing's height
@@ -75,7 +75,7 @@ class PathMaker {
     double height;
   };
 
-  /// A radius to aim at where the tables give none that makes sense.
+  /// A radius to aim at: @p radius if it is usable, else @p otherwise.
   static double Sensible(double radius, double otherwise) {
     return radius > 1.0 && radius < 1e6 ? radius : otherwise;
   }
@@ -139,16 +139,16 @@ class PathMaker {
   Random& random_;
   Ropes holdDown_;
   Ropes support_;
-  double closeness_ = kAtLimit;  ///< of the path being made to its limit
+  double closeness_ = kAtLimit;  ///< distance of the next path from its limit
 };
 
-/// A tolerance at which the edge of some rope's shadow lies on an edge of cells
-/// of an azimuth table (4,096 of them, see AzimuthCell.hpp), where a slip of
-/// one into the other is not hidden by a cell that is unsure as a whole.
+/// A tolerance at which the edge of some rope's shadow is on an edge of cells
+/// of an azimuth table (4,096 cells, see AzimuthCell.hpp), where a mistake in a
+/// cell is not hidden by an unsure cell.
 double SharpTolerance(const Reference::PlainShadowingCalculator& model,
                       Random& random);
 
-/// All coordinates of a path in hexadecimal, so that it can be run again.
+/// All coordinates of a path in hexadecimal, to reproduce it.
 std::string Describe(const TestPath& path);
 
 }  // namespace ZARN::Testing

@@ -22,8 +22,8 @@ TVector3 Spherical(double r, double theta, double phi) {
           r * std::sin(theta) * std::sin(phi), r * std::cos(theta)};
 }
 
-/// @p distance away from @p centre along its longest axis, where the sum and
-/// the difference that the tests form are most likely exact.
+/// A point @p distance away from @p centre along its longest axis, where the
+/// sums and differences that the tests compute are most likely exact.
 TVector3 BesideAlongLongestAxis(TVector3 centre, double distance) {
   int longest = 0;
   for (int i = 1; i < 3; ++i) {
@@ -38,7 +38,7 @@ TVector3 BesideAlongLongestAxis(TVector3 centre, double distance) {
 void PathMaker::AimSegments(TestPath& path) {
   const bool second = random_.Chance(0.4);
   Segment segment = AimedSegment();
-  // A component that is not there has no limits: look for another one.
+  // A missing component has no limits: try another one.
   for (int attempt = 0; attempt < 3 && !segment.isAtLimit; ++attempt) {
     if (random_.Chance(0.2)) break;
     segment = AimedSegment();
@@ -76,7 +76,7 @@ void PathMaker::SetSegment(DU::LightPath& path, bool second,
 }
 
 PathMaker::Segment PathMaker::AimedSegment() {
-  // The ropes more often: they have the most limits.
+  // The ropes are chosen more often: they have the most limits.
   switch (random_.Below(17)) {
     case 0:
     case 1:
@@ -108,8 +108,8 @@ PathMaker::Segment PathMaker::AimedSegment() {
   }
 }
 
-/// A point at the border of what lies within reach of a list's points: as far
-/// as the reach from the nearest of them.
+/// A point at the border of the region within reach of some points: the nearest
+/// of them is exactly at that distance.
 PathMaker::Segment PathMaker::AtReach(const std::vector<TVector3>& points,
                                       double reach) {
   Segment segment{random_.Direction(), random_.Direction(), false};
@@ -142,7 +142,8 @@ PathMaker::Segment PathMaker::AtReach(const std::vector<TVector3>& points,
     p = *nearest + Divide(wanted, way.Mag()) * way;
     if (onVessel) p *= Divide(vessel, p.Mag());
   }
-  // A point beyond the reach of the vessel's sphere has no such place on it.
+  // If the point is beyond the reach of the vessel's sphere, no such place is
+  // on it.
   segment.isAtLimit =
       std::abs((p - *nearest).Mag() - wanted) <= kAtLimit * vessel;
   return segment;
@@ -199,8 +200,8 @@ PathMaker::Segment PathMaker::AtBellyPlate() {
     z = sign * Nudged(band);
     phi = p.Phi() + random_.Uniform(-0.9, 0.9) * halfWidth;
   } else if (kind < 0.8) {
-    // The azimuth at which the point, put to the plate's height, is as far from
-    // its centre as the plate's edge.
+    // The azimuth at which the point, moved to the plate's height, is at the
+    // same angle from the plate's centre as the plate's edge.
     TVector3 edge = p;
     edge.RotateZ(halfWidth);
     const double rho = OnVessel(0.0, z).Perp();
@@ -231,7 +232,7 @@ PathMaker::Segment PathMaker::AtAVPipe() {
     segment.isAtLimit = true;
     constexpr std::array kBands = {30.0, 120.0};
     if (random_.Chance(0.5)) theta = random_.Pick(kBands);
-    // The band is narrower the further down; on its limits either may count.
+    // The band gets narrower downwards; at its limits either width may apply.
     const double above = theta > 100.0 ? 10.0 : 15.0;
     const double below = theta > 100.0 ? 5.0 : 10.0;
     const double half = theta < 30.0 ? 15.0 : theta > 120.0 ? 5.0 : 10.0;
@@ -272,7 +273,8 @@ PathMaker::Segment PathMaker::AtHeightLimit() {
   return segment;
 }
 
-/// Leaves the vessel so that it crosses the cylinder at the edge of a rope.
+/// A segment that leaves the vessel and crosses the cylinder at the edge of a
+/// rope.
 PathMaker::Segment PathMaker::AtRopeEdge() {
   const bool holdDown = random_.Chance(0.5);
   Segment segment = holdDown ? AtVerticalRope() : AtSupportRope();
@@ -290,8 +292,8 @@ PathMaker::Segment PathMaker::AtRopeEdge() {
   return segment;
 }
 
-/// Leaves the vessel towards a rope so steeply that it crosses the cylinder
-/// where the ropes end.
+/// A segment that leaves the vessel towards a rope, so steeply that it crosses
+/// the cylinder where the ropes end.
 PathMaker::Segment PathMaker::AtCrossingHeight() {
   const bool holdDown = random_.Chance(0.5);
   Segment segment = holdDown ? AtVerticalRope() : AtSupportRope();
@@ -306,8 +308,8 @@ PathMaker::Segment PathMaker::AtCrossingHeight() {
   return segment;
 }
 
-/// Begins on the cylinder on which ropes stand, where the far crossing may be
-/// the start itself.
+/// A segment that starts on the cylinder of the ropes, where the far crossing
+/// may be the start itself.
 PathMaker::Segment PathMaker::OnRopeCylinder() {
   const bool holdDown = random_.Chance(0.5);
   Segment segment = holdDown ? AtVerticalRope() : AtSupportRope();
@@ -345,8 +347,8 @@ TVector3 PathMaker::OnVessel(double phi, double z) const {
 
 TVector3 PathMaker::Outward(double phi) {
   const double kind = random_.Uniform(0.0, 1.0);
-  // Straight up or down the horizontal part is nothing, and the angle that the
-  // height comes from is a right angle to the last bit.
+  // Vertically the horizontal part is zero, and the angle that gives the height
+  // is exactly a right angle.
   if (kind < 0.05) return {0.0, 0.0, random_.Chance(0.5) ? 1.0 : -1.0};
   TVector3 direction(std::cos(phi), std::sin(phi), 0.0);
   if (kind < 0.1) {

@@ -49,9 +49,9 @@ void PathMaker::AimWater(TestPath& path) {
   }
 }
 
-/// Turn the path so that its line, from one of its ends, crosses a cylinder at
-/// the edge of a rope. Any pairing of cylinder and ropes: those that no test
-/// makes are near no limit, but the tests mix them.
+/// Rotate the path so that its line, from one of its ends, crosses a cylinder
+/// at the edge of a rope. Cylinder and ropes are paired at random: pairs that
+/// no test uses are near no limit, but the tests mix them.
 void PathMaker::PutCrossingAtEdge(TestPath& path) {
   DU::LightPath& p = path.path;
   const bool first = random_.Chance(0.5);
@@ -59,8 +59,8 @@ void PathMaker::PutCrossingAtEdge(TestPath& path) {
   const Ropes& ropes = random_.Chance(0.8) ? cylinder : AnyRopes();
   if (ropes.directions.empty()) return;
   if (random_.Chance(0.3)) {
-    // Nearly a tangent, where the crossing moves most for the direction, and
-    // single precision errs most.
+    // Nearly a tangent, where the crossing changes most with the direction and
+    // single precision has the largest errors.
     const TVector3& from = first ? p.StartPos : p.EndPos;
     const double sine = std::min(1.0, Divide(cylinder.cylinder, from.Perp()));
     const double turned =
@@ -76,7 +76,7 @@ void PathMaker::PutCrossingAtEdge(TestPath& path) {
       first ? p.StartPos : p.EndPos,
       first ? p.InitialDirection : -p.InitialDirection, cylinder.cylinder);
   TVector3 tested = crossing.flat;
-  // Only one test keeps the height.
+  // Only one test uses the height.
   if (!first && random_.Chance(0.4)) tested.SetZ(crossing.height);
   const double turn =
       TurnToEdge(tested, ropes,
@@ -111,8 +111,8 @@ void PathMaker::PutSquareCrossing(TestPath& path) {
   to.RotateZ(from.Phi() - before);
 }
 
-/// Give the path a direction that touches the cylinder, where the crossing
-/// comes to be or not, and lies square to the direction.
+/// Give the path a direction that touches the cylinder: there the crossing
+/// appears or vanishes, and is perpendicular to the direction.
 void PathMaker::PutTangent(TestPath& path) {
   DU::LightPath& p = path.path;
   const bool first = random_.Chance(0.5);
@@ -201,8 +201,8 @@ void PathMaker::PutHighCrossing(TestPath& path) {
                     RandomHeight());
   p.EndPos.SetXYZ(end * std::cos(endPhi), end * std::sin(endPhi),
                   RandomHeight());
-  // Inward, so steep that the far side is met as high as the ropes' sphere
-  // reaches: (start + radius) times the sine of the slope.
+  // Inwards, so steep that the far side is met at the height that the ropes'
+  // sphere reaches: (start + radius) times the sine of the slope.
   double sine = kRopeSphere / (start + radius);
   path.isAtLimit = random_.Chance(0.5);
   sine = path.isAtLimit ? Nudged(sine) : sine * random_.Uniform(0.95, 1.05);
@@ -211,7 +211,7 @@ void PathMaker::PutHighCrossing(TestPath& path) {
   p.InitialDirection.SetXYZ(-cosine * std::cos(phi), -cosine * std::sin(phi),
                             random_.Chance(0.5) ? sine : -sine);
   if (random_.Chance(0.1)) {
-    // A crossing without a height is beyond no rope's end.
+    // A crossing whose height is NaN is not beyond the end of any rope.
     p.InitialDirection.SetZ(std::numeric_limits<double>::quiet_NaN());
     path.isAtLimit = false;
   }

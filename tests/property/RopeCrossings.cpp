@@ -9,16 +9,16 @@ namespace ZARN::Testing {
 using Reference::Divide;
 using Reference::kPi;
 
-/// Turn a point and give it a direction so that it crosses the cylinder behind
-/// a rope, with the angle between crossing and direction a right one to the
-/// last bit: the height is then kept, where it is beyond all ropes one bit
-/// beside. Only a direction that is no unit vector seen from above can do that.
+/// Rotate a point and give it a direction so that it crosses the cylinder
+/// behind a rope at exactly a right angle between crossing and direction: then
+/// no height is added, while one bit away the crossing is beyond all ropes.
+/// Only a direction that is not a unit vector as seen from above can do that.
 bool PathMaker::TurnToSquareCrossing(TVector3& point, TVector3& direction,
                                      const Ropes& ropes) {
   const double ratio = Divide(ropes.cylinder, point.Perp());
   const double flat =
       ratio > 1.0 ? random_.Uniform(0.05, 0.49) : random_.Uniform(0.55, 0.97);
-  // From the far crossing and its product with the direction being 0.
+  // This follows from the far crossing, whose product with the direction is 0.
   const double share = 1.0 / flat - 1.0;
   const double cosine2 = Divide(1.0 - ratio * ratio, 1.0 - share * share);
   if (!(cosine2 <= 1.0)) return false;
@@ -47,8 +47,8 @@ bool PathMaker::TurnToSquareCrossing(TVector3& point, TVector3& direction,
   return true;
 }
 
-/// Where a line meets a cylinder, as the formulas have it: a direction that is
-/// shorter in the plane does not reach the cylinder.
+/// Where a line meets a cylinder by the formulas: a direction that is shorter
+/// in the plane does not reach the cylinder.
 PathMaker::Crossing PathMaker::CrossingOf(const TVector3& point,
                                           const TVector3& direction,
                                           double radius) {
@@ -65,8 +65,8 @@ PathMaker::Crossing PathMaker::CrossingOf(const TVector3& point,
   return {flat, (flat - p).Mag() * std::tan(flat.Unit().Angle(direction))};
 }
 
-/// The angle by which a crossing must be turned about the z axis to lie at the
-/// edge of some rope; NaN if it cannot.
+/// The angle by which a crossing must be rotated about the z axis to be at the
+/// edge of a rope; NaN if there is none.
 double PathMaker::TurnToEdge(const TVector3& crossing, const Ropes& ropes,
                              double tolerance) {
   const TVector3& rope = random_.Pick(ropes.directions);
@@ -78,8 +78,9 @@ double PathMaker::TurnToEdge(const TVector3& crossing, const Ropes& ropes,
   return rope.Phi() + sign * std::acos(cosine) - crossing.Phi() + Aside();
 }
 
-/// A direction as long as the given one, up or down like it, that crosses the
-/// cylinder at a height. The steepest that was tried where none does.
+/// A direction as long as the given one and with the same sign of z that
+/// crosses the cylinder at @p height; if there is none, the steepest one that
+/// was tried.
 TVector3 PathMaker::SlopedForHeight(const TVector3& point, TVector3 direction,
                                     double radius, double height) {
   const double length = direction.Mag();
