@@ -38,7 +38,7 @@ class Batches : public testing::Test {
         });
     search.Run(kPaths);
     judged_ = pair_.Checked();
-    // The search asks for like paths one after the other.
+    // The search gives similar paths one after the other.
     for (std::size_t i = judged_.Size(); i > 1; --i) {
       const std::size_t other = random_.Below(i);
       std::swap(judged_.paths[i - 1], judged_.paths[other]);
@@ -63,7 +63,7 @@ class Batches : public testing::Test {
     return ofType;
   }
 
-  /// So many that they are shared out to threads.
+  /// So many paths that they are shared among threads.
   JudgedPaths Repeated(int times) const {
     JudgedPaths many;
     for (int i = 0; i < times; ++i) {
@@ -81,7 +81,7 @@ class Batches : public testing::Test {
   JudgedPaths judged_;
 };
 
-TEST_F(Batches, HaveAnyNumberOfPaths) {
+TEST_F(Batches, CanHaveAnyNumberOfPaths) {
   constexpr std::array<std::size_t, 17> kCounts = {
       0, 1, 2, 7, 8, 15, 16, 17, 31, 63, 64, 65, 127, 128, 129, 1023, 1025};
   for (const std::size_t count : kCounts) {
@@ -92,7 +92,7 @@ TEST_F(Batches, HaveAnyNumberOfPaths) {
   }
 }
 
-TEST_F(Batches, MayBePartOfLongerArrays) {
+TEST_F(Batches, CanBePartOfLongerArrays) {
   const PathColumns columns(judged_.paths, PathColumns::eUnused::kFilled);
   for (const std::size_t first : {1U, 3U, 64U, 777U}) {
     const JudgedPaths slice = Slice(first, 1500);
@@ -123,7 +123,7 @@ TEST_F(Batches, OfTypesOutsideTheEnumerationNeedNoColumn) {
                                  0x10000 + DU::kAVToWater,
                                  std::numeric_limits<int>::min(),
                                  std::numeric_limits<int>::max()};
-  // All unknown types are alike.
+  // All unknown types have the same verdict.
   const Component verdict =
       OfType(DU::kNumberOfLightPathTypes).verdicts.front();
   JudgedPaths unknown;
@@ -151,7 +151,7 @@ TEST_F(Batches, AreJudgedOnAnyNumberOfThreads) {
   EXPECT_EQ(ColumnsDifference(Real(), Slice(0, 3), 16), "");
 }
 
-TEST_F(Batches, MayBeAskedOfOneCalculatorBySeveralThreads) {
+TEST_F(Batches, CanBeJudgedByOneCalculatorOnSeveralThreads) {
   const JudgedPaths many = Repeated(5);
   std::array<std::string, 3> differences;
   std::vector<std::thread> threads;
@@ -164,7 +164,7 @@ TEST_F(Batches, MayBeAskedOfOneCalculatorBySeveralThreads) {
   for (const std::string& difference : differences) EXPECT_EQ(difference, "");
 }
 
-TEST_F(Batches, AreJudgedAlikeByEveryKernel) {
+TEST_F(Batches, AreJudgedTheSameByEveryKernel) {
   std::size_t open = 0;
   for (const double tolerance : {150.0, 0.0, 20.0, 300.0}) {
     pair_.SetAllGeometryTolerances(tolerance);
@@ -178,7 +178,7 @@ TEST_F(Batches, AreJudgedAlikeByEveryKernel) {
   }
 }
 
-TEST_F(Batches, WriteNothingWhileDiagnosticsAreOn) {
+TEST_F(Batches, WriteNothingWhileDebugIsOn) {
   pair_.SwitchDebug(true);
   EXPECT_TRUE(pair_.CheckBatches()) << pair_.Difference();
 }
@@ -197,7 +197,7 @@ TEST_F(Batches, DoNotDependOnWhichLayersAreOn) {
   }
 }
 
-TEST(BatchesBeforeARun, FindNothingInTheWay) {
+TEST(BatchesBeforeARun, AreClear) {
   const DU::ShadowingCalculator calculator;
   JudgedPaths free;
   for (int type = -1; type <= DU::kNumberOfLightPathTypes; ++type) {

@@ -14,8 +14,8 @@ namespace {
 
 using Component = DU::eShadowingComponent;
 
-/// Room for the verdicts of a batch, with some more on either side that must
-/// stay as they are. The first verdict lies at no round address.
+/// Memory for the verdicts of a batch, with guard elements on both sides that
+/// must not change. The first verdict is not at an aligned address.
 class VerdictRoom {
  public:
   explicit VerdictRoom(std::size_t count)

@@ -25,15 +25,16 @@ struct JudgedPaths {
   }
 };
 
-/// A path in hexadecimal and two verdicts.
+/// Text with a path in hexadecimal and two verdicts.
 std::string DescribeDifference(const DU::LightPath& path,
                                DU::eShadowingComponent found,
                                DU::eShadowingComponent plain);
 
-// Each of these has all paths judged and returns what differed first, empty if
-// nothing did; a verdict written before or after the batch's own counts, too.
+// Each of these judges all paths and returns the first difference, empty if
+// there is none; a verdict written before or after those of the batch counts as
+// one.
 
-/// One after the other.
+/// By single calls.
 std::string SingleDifference(const DU::ShadowingCalculator& calculator,
                              const JudgedPaths& judged);
 
@@ -45,14 +46,14 @@ std::string RecordsDifference(const DU::ShadowingCalculator& calculator,
 std::string ColumnsDifference(const DU::ShadowingCalculator& calculator,
                               const JudgedPaths& judged, std::size_t threads);
 
-/// By the batch kernels alone, every one that this processor has, as records
-/// and as columns. What they leave open is right; but all leave open the same.
+/// By each batch kernel of this processor alone, as records and as columns.
+/// Verdicts may be left open, but by all kernels for the same paths.
 ///
-/// @param open  how many of them the kernels leave open is added
+/// @param open  the number of paths that the kernels leave open is added to it
 std::string KernelDifference(const DU::ShadowingCalculator& calculator,
                              const JudgedPaths& judged, std::size_t& open);
 
-/// One by one and as batches on 1 and on 3 threads.
+/// By single calls and as batches on 1 and on 3 threads.
 std::string AnyDifference(const DU::ShadowingCalculator& calculator,
                           const JudgedPaths& judged);
 

@@ -12,8 +12,8 @@ namespace ZARN::Testing {
 
 namespace {
 
-/// A NaN's sign is no part of the formulas: it depends on which operand the
-/// compiler puts first. So "-nan" counts as "nan".
+/// The formulas do not define the sign of a NaN: it depends on which operand
+/// the compiler puts first. So "-nan" is compared as "nan".
 std::string WithoutNanSigns(std::string text) {
   for (std::size_t at = text.find("-nan"); at != std::string::npos;
        at = text.find("-nan", at)) {
@@ -61,8 +61,8 @@ void CalculatorPair::BeginState() {
   pathsInState_ = 0;
 }
 
-/// The first paths of each state are the formulas' alone, all others the
-/// layers'.
+/// The first paths of each state are judged by the formulas, all others by the
+/// layers.
 void CalculatorPair::MakeLayersSoon() {
   constexpr int kPathsByFormulas = 2;
   if (pathsInState_++ == kPathsByFormulas) real_.MakeLayers();
@@ -82,7 +82,7 @@ void CalculatorPair::SetAllGeometryTolerances(double tolerance) {
 void CalculatorPair::Replace(eReplacement replacement) {
   switch (replacement) {
     case eReplacement::kCopy: {
-      // The copy must not lean on what it was copied from.
+      // The copy must not depend on its source.
       auto original = std::make_unique<DU::ShadowingCalculator>(real_);
       const DU::ShadowingCalculator copy(*original);
       original.reset();
@@ -127,7 +127,7 @@ bool CalculatorPair::BeginOfRun() {
   const std::string plainThrew = TypeThrownBy([&] { plain_.BeginOfRun(); });
   plainRoot_ = root_.Text();
   threw_ = !realThrew.empty();
-  // Each geometry starts with the names of the system.
+  // Each geometry starts with the default names.
   realPath_ = DU::LightPathCalculator();
   plainPath_ = DU::LightPathCalculator();
   if (realThrew != plainThrew) {
@@ -135,7 +135,7 @@ bool CalculatorPair::BeginOfRun() {
   }
   const std::string state = StateDifference(real_, plain_);
   if (!state.empty()) return Differ(state);
-  // A text at which a calculator failed is cut at another place in each.
+  // If a message made a calculator fail, the two texts end at different places.
   return threw_ || HaveSameTexts();
 }
 
@@ -166,7 +166,7 @@ bool CalculatorPair::Check(const TestPath& path) {
              plainPath_.LightPathTypeNames()) {
     same = Differ("the type names differ afterwards");
   } else {
-    same = HaveSameTexts() && WroteAsForetold(path) && FindsTheSame(path);
+    same = HaveSameTexts() && WroteAsPredicted(path) && FindsTheSame(path);
   }
   Unname(path);
   return same;
@@ -195,12 +195,12 @@ bool CalculatorPair::WroteNothing(const char* what) {
   return written.empty() || Differ(what + (" wrote: " + written));
 }
 
-bool CalculatorPair::WroteAsForetold(const TestPath& path) {
+bool CalculatorPair::WroteAsPredicted(const TestPath& path) {
   const bool wrote = !plainWarn_.Text().empty() ||
                      !plainDebug_.Text().empty() || !plainRoot_.empty();
   return path.naming != eNaming::kOwnName || !wrote ||
          real_.WritesMessages(path.path.LightPathType) ||
-         Differ("messages that WritesMessages does not foretell");
+         Differ("messages that WritesMessages does not predict");
 }
 
 bool CalculatorPair::CheckBatches() {
@@ -227,11 +227,11 @@ bool CalculatorPair::HaveSameTexts() {
                   plainWarn_.Text());
   }
   if (!AreSameTexts(realDebug_.Text(), plainDebug_.Text())) {
-    return Differ("real's diagnostics:\n" + realDebug_.Text() + "plain's:\n" +
-                  plainDebug_.Text());
+    return Differ("real's debug messages:\n" + realDebug_.Text() +
+                  "plain's:\n" + plainDebug_.Text());
   }
   if (realRoot_ != plainRoot_) {
-    return Differ("real's vector warnings:\n" + realRoot_ + "plain's:\n" +
+    return Differ("real's ROOT warnings:\n" + realRoot_ + "plain's:\n" +
                   plainRoot_);
   }
   return true;
@@ -261,7 +261,7 @@ void CalculatorPair::Name(const TestPath& path) {
 }
 
 void CalculatorPair::Unname(const TestPath& path) {
-  // A name that a look-up added for a type of no name stays, so that later
+  // A name that a look-up added for a type without a name stays, so that later
   // paths of that type find it.
   if (path.naming == eNaming::kOwnName) return;
   const DU::eLightPathType type = path.path.LightPathType;

@@ -14,12 +14,12 @@
 
 namespace ZARN::Testing {
 
-/// The real calculator and the plain one, asked the same questions.
+/// The real calculator and the plain one, with the same input.
 ///
-/// Each question compares all that can be seen from outside: the answer, the
-/// flags, what is written to ZARN::warn and ZARN::debug, the vector library's
-/// own warnings, and the names that the path has afterwards. While a pair lives
-/// it holds the log streams and ROOT's handler.
+/// Every call compares everything that is visible from outside: the result, the
+/// flags, messages to ZARN::warn and ZARN::debug, warnings of ROOT, and the
+/// type names of the path afterwards. During its lifetime a pair owns the
+/// outputs of the log streams and the handler of ROOT.
 class CalculatorPair {
  public:
   CalculatorPair();
@@ -30,54 +30,56 @@ class CalculatorPair {
   void SwitchDebug(bool on);
   void SetAllGeometryTolerances(double tolerance);
 
-  /// What becomes of the real calculator, which shall make no difference.
+  /// How the real calculator is replaced, which must make no difference.
   enum class eReplacement {
-    kCopy,         ///< a copy takes its place
-    kAssigned,     ///< one that had a run of its own is assigned from it
-    kMoved,        ///< it is moved elsewhere
-    kMovedAndBack  ///< and from there back into what was left of it
+    kCopy,         ///< by a copy of it
+    kAssigned,     ///< by a copy, after its tolerances were changed
+    kMoved,        ///< moved away, and back into a new one
+    kMovedAndBack  ///< moved away, and back into itself
   };
   void Replace(eReplacement replacement);
   void UseLayers(const DU::ShadowingLayers& layers);
 
-  /// @return whether both did the same, which may be to throw; Difference()
-  ///         tells if not
+  /// @return whether both did the same, which may be to throw; if not,
+  ///         Difference() says what differs
   bool BeginOfRun();
 
   /// Whether the last BeginOfRun threw.
   bool Threw() const { return threw_; }
 
-  /// Let what either calculator does fail where it writes a text.
+  /// Make both calculators throw when they write a message.
   ///
-  /// @param text  of any of their messages; empty: never more
+  /// @param text  part of the message; empty: never throw
   void ThrowAt(const std::string& text);
 
-  /// Have both judge a path, the real one through FindShadowing as well if the
-  /// path goes by its type's own name. FindShadowing must write nothing, and
-  /// WritesMessages must foretell what CheckForShadowing writes.
+  /// Let both judge a path, and the real one also by FindShadowing if the type
+  /// of the path has its default name. FindShadowing must write nothing, and
+  /// WritesMessages must predict whether CheckForShadowing writes.
   ///
-  /// @return whether both did the same; Difference() tells if not
+  /// @return whether both did the same; if not, Difference() says what differs
   bool Check(const TestPath& path);
 
-  /// Have the real calculator judge all paths once more that Check saw since
-  /// the last run or change of tolerances, and that go by their own names: one
-  /// by one, and as batches. Nothing must be written.
+  /// Let the real calculator judge again all paths with default names that
+  /// Check has seen since the last run or change of tolerances: by single calls
+  /// and as batches. It must write nothing.
   ///
-  /// @return whether it judged them as before; Difference() tells if not
+  /// @return whether it judged them as before; if not, Difference() says what
+  ///         differs
   bool CheckBatches();
   const JudgedPaths& Checked() const { return checked_; }
 
-  /// Whether nothing was written by the real calculator since the last Check;
-  /// Difference() tells what was.
+  /// Whether the real calculator has written nothing since the last Check; if
+  /// not, Difference() says what.
   bool WroteNothing(const char* what);
   const DU::ShadowingCalculator& Real() const { return real_; }
 
-  /// What the last Check found, as a number that differs where the outcome
-  /// does: which component, and how many lines of diagnostics.
+  /// The outcome of the last Check as a number that depends on the component
+  /// and on the number of debug lines.
   int Outcome() const { return outcome_; }
   DU::eShadowingComponent Blocking() const { return blocking_; }
 
-  /// What differed last. Made on demand, since nearly every comparison agrees.
+  /// The last difference. Its text is built only when needed, since nearly all
+  /// comparisons agree.
   const std::string& Difference() const { return difference_; }
 
   const Reference::PlainShadowingCalculator& Plain() const { return plain_; }
@@ -92,7 +94,7 @@ class CalculatorPair {
   void Name(const TestPath& path);
   void Unname(const TestPath& path);
   bool FindsTheSame(const TestPath& path);
-  bool WroteAsForetold(const TestPath& path);
+  bool WroteAsPredicted(const TestPath& path);
 
   TextSink realWarn_;
   TextSink realDebug_;

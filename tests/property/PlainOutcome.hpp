@@ -8,7 +8,7 @@
 
 namespace ZARN::Testing {
 
-/// Which component the plain calculator found in the last path's way.
+/// The component that the plain calculator found to block the last path.
 inline DU::eShadowingComponent BlockingOf(
     const Reference::PlainShadowingCalculator& plain) {
   using Component = DU::eShadowingComponent;
@@ -21,8 +21,8 @@ inline DU::eShadowingComponent BlockingOf(
   return Component::kNone;
 }
 
-/// What the plain calculator found as a number that differs where the outcome
-/// does: which component, and how many lines of diagnostics.
+/// The outcome of the plain calculator as a number that depends on the
+/// component and on the number of debug lines.
 inline int OutcomeOf(const Reference::PlainShadowingCalculator& plain,
                      const std::string& diagnostics) {
   constexpr int kComponents = 8;

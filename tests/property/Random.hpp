@@ -10,8 +10,8 @@
 
 namespace ZARN::Testing {
 
-/// Random numbers from a seed; the same with every compiler, which the
-/// distributions of the standard library do not promise.
+/// Random numbers from a seed. They are the same with every compiler, which the
+/// distributions of the standard library do not guarantee.
 class Random {
  public:
   explicit Random(std::uint64_t seed) : engine_(seed) {}
@@ -39,7 +39,7 @@ class Random {
     return list[Below(list.size())];
   }
 
-  /// Evenly spread on the unit sphere.
+  /// Uniformly distributed on the unit sphere.
   TVector3 Direction() {
     const double z = Uniform(-1.0, 1.0);
     const double phi = Uniform(-3.2, 3.2);

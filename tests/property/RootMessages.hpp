@@ -7,8 +7,8 @@
 
 namespace ZARN::Testing {
 
-/// Collects ROOT's own messages for as long as it lives. ROOT has one handler a
-/// process, so there may be one of these at a time.
+/// Collects the messages of ROOT during its lifetime. ROOT has one handler per
+/// process, so only one of these may exist at a time.
 class RootMessages {
  public:
   RootMessages() : previous_(SetErrorHandler(&RootMessages::Take)) {
@@ -24,7 +24,7 @@ class RootMessages {
   const std::string& Text() const { return text_; }
   void Empty() { text_.clear(); }
 
-  /// Throw at a message with this text; empty: never more.
+  /// Throw at a message with this text; empty: never throw.
   void ThrowAt(const std::string& text) { throwAt_ = text; }
 
  private:

@@ -17,7 +17,7 @@ void Print(std::ostream& out, const TVector3& value) {
   out << "(" << value.X() << ", " << value.Y() << ", " << value.Z() << ")";
 }
 
-/// Collects the first difference only: the rest usually follows from it.
+/// Keeps only the first difference: the others usually follow from it.
 class Comparison {
  public:
   template <class Value>

@@ -7,10 +7,10 @@
 
 namespace ZARN::Testing {
 
-/// Compare all that the two calculators hold: flags, tolerances, radii and
+/// Compare the complete state of two calculators: flags, tolerances, radii and
 /// every list, bit for bit (a NaN equals a NaN).
 ///
-/// @return what differs first; empty if nothing does
+/// @return the first difference; empty if there is none
 std::string StateDifference(const DU::ShadowingCalculator& real,
                             const Reference::PlainShadowingCalculator& plain);
 

@@ -7,8 +7,8 @@
 
 namespace ZARN::Testing {
 
-/// A stream into a string that can be looked at and emptied without a copy:
-/// every path has four of them compared.
+/// A stream into a string that can be read and cleared without a copy: four of
+/// them are compared for every path.
 class TextSink : public std::ostream {
  public:
   TextSink() : std::ostream(nullptr) { rdbuf(&buffer_); }
@@ -16,17 +16,17 @@ class TextSink : public std::ostream {
   const std::string& Text() const { return buffer_.text; }
   void Empty() { buffer_.text.clear(); }
 
-  /// Take text or drop it.
+  /// Keep text or drop it.
   void Switch(bool on) {
     isOn_ = on;
     exceptions(std::ios::goodbit);
     clear(on ? std::ios::goodbit : std::ios::badbit);
   }
 
-  /// Throw once this text is part of what was written; empty: never more.
+  /// Throw as soon as this text has been written; empty: never throw.
   void ThrowAt(const std::string& text) {
     buffer_.throwAt = text;
-    Switch(isOn_);  // an exception has left it in a bad state
+    Switch(isOn_);  // an exception leaves it in a bad state
     if (!text.empty() && isOn_) exceptions(std::ios::badbit);
   }
 
