@@ -12,18 +12,18 @@
 #include "tests/property/Random.hpp"
 #include "tests/support/Tables.hpp"
 
-// A BeginOfRun that throws leaves lists, radii and flags as they then stand:
-// some of the new run, some empty, some of the run before. Verdicts are those
-// of the formulas on just these, whatever was prepared for the run before.
+// A BeginOfRun that throws leaves a mixture of lists, radii and flags: some of
+// the new run, some empty, some of the run before. Verdicts must be those of
+// the formulas for exactly this state, whatever layers the run before had.
 
 namespace ZARN::Testing {
 namespace {
 
-/// A failure of a run's set-up.
+/// A way in which BeginOfRun fails.
 struct Failure {
   const char* name;
   void (*damage)(Tables&);
-  /// The message at which the set-up fails; empty: it fails by itself.
+  /// The message that throws; empty: BeginOfRun fails without it.
   const char* throwAt = "";
 };
 
@@ -54,7 +54,7 @@ const std::array kFailures = {
     Failure{"HoldDownRopePositions",
             [](Tables& t) { DropLastX(t, "SOLID", "down_rope", "rope_x"); },
             kUnequal},
-    // The end points are there by then, and some surface points.
+    // By then the end points are loaded, and some surface points.
     Failure{"HoldDownRopeSurface",
             [](Tables& t) {
               t.SetPositions("SOLID", "down_rope",
@@ -83,7 +83,7 @@ const std::array kFailures = {
     Failure{"BellyPlatePositions",
             [](Tables& t) { DropLastX(t, "GEO_LOCATIONS", "plates"); },
             kUnequal},
-    // The plates' positions are there by then.
+    // By then the plates' positions are loaded.
     Failure{"BellyPlateGrid",
             [](Tables& t) {
               t.Set("SOLID", "belly_plate_vintar", "octahedron_half_height",
@@ -111,7 +111,7 @@ const std::array kFailures = {
 
 class FailedRuns : public testing::TestWithParam<Failure> {};
 
-/// Judge paths that are looked for in the geometry as it stands.
+/// Judge paths that are searched for in the current geometry.
 void CheckPaths(CalculatorPair& pair, Random& random, std::size_t count) {
   PathSearch search(
       pair.Plain(), random, [&pair](const TestPath& path, bool /*isNear*/) {
@@ -142,7 +142,7 @@ Tables CompleteTables(Random& random) {
   }
 }
 
-TEST_P(FailedRuns, LeaveWhatTheFormulasThenJudgeBy) {
+TEST_P(FailedRuns, LeaveAStateThatTheFormulasJudgeBy) {
   const Failure& failure = GetParam();
   Random random(20240229);
   const Tables before = CompleteTables(random);

@@ -14,31 +14,31 @@
 #include "tests/property/ExamplePaths.hpp"
 #include "tests/support/Captured.hpp"
 
-// A filter that knows nothing gives no wrong verdict. These tests fail if one
+// A filter that decides nothing gives no wrong verdict. These tests fail if one
 // stops filtering: on computed paths in the reference detector, each layer must
-// decide nearly all that it is asked.
+// decide nearly all cases.
 
 namespace ZARN::Testing {
 namespace {
 
 using DU::eAnswer;
 
-/// How often a layer was asked, and did not know.
+/// How many cases a layer got, and for how many it was unsure.
 struct Share {
-  int asked = 0;
+  int cases = 0;
   int unsure = 0;
 
   void Count(bool isUnsure) {
-    ++asked;
+    ++cases;
     if (isUnsure) ++unsure;
   }
   void Count(eAnswer answer) { Count(answer == eAnswer::kUnsure); }
-  double Percent() const { return 100.0 * unsure / asked; }
+  double Percent() const { return 100.0 * unsure / cases; }
 };
 
-/// Fails for a layer that was asked too little to tell.
+/// Also fails if a layer got too few cases.
 void ExpectUnsureBelow(double percent, const Share& share) {
-  EXPECT_GT(share.asked, 1000);
+  EXPECT_GT(share.cases, 1000);
   EXPECT_LT(share.Percent(), percent);
 }
 
@@ -50,7 +50,7 @@ class Layers : public testing::Test {
     const Captured captured(warn);
     DB::Get().Clear();
     LoadJsonTables(DB::Get(), ZARN_DATA_DIR "/reference-detector");
-    calculator_.SetAllGeometryTolerances(1.0);  // the grid plays no part
+    calculator_.SetAllGeometryTolerances(1.0);  // the grid does not matter
     calculator_.BeginOfRun();
   }
 
@@ -58,7 +58,7 @@ class Layers : public testing::Test {
     return {calculator_.GetHardware(), layers};
   }
 
-  /// All segments that begin on the vessel.
+  /// Call @p work with all segments that start on the vessel.
   template <class Work>
   void ForEachCrossing(const Work& work) const {
     for (const DU::LightPath& path : paths_) {
@@ -81,7 +81,7 @@ class Layers : public testing::Test {
   DU::ShadowingCalculator calculator_;
 };
 
-TEST_F(Layers, TheMapKnowsNearlyAllCrossings) {
+TEST_F(Layers, TheMapDecidesNearlyAllCrossings) {
   constexpr std::array kTests = {
       DU::eMappedTest::kHoldDownSurface, DU::eMappedTest::kBellyPlate,
       DU::eMappedTest::kNCDAnchor, DU::eMappedTest::kAVPipe,
@@ -105,7 +105,7 @@ TEST_F(Layers, TheMapKnowsNearlyAllCrossings) {
   }
 }
 
-TEST_F(Layers, TheAlgebraKnowsNearlyAllCrossingsOfRopeCylinders) {
+TEST_F(Layers, TheAlgebraDecidesNearlyAllCrossingsOfRopeCylinders) {
   const DU::ShadowingFilter filter = Filter();
   Share holdDown;
   Share support;
@@ -123,7 +123,7 @@ TEST_F(Layers, TheAlgebraKnowsNearlyAllCrossingsOfRopeCylinders) {
   RecordProperty("support", std::to_string(support.Percent()));
 }
 
-TEST_F(Layers, TheAlgebraKnowsNearlyAllPathsInWater) {
+TEST_F(Layers, TheAlgebraDecidesNearlyAllPathsInWater) {
   const DU::ShadowingFilter filter = Filter();
   Share holdDown;
   Share support;
@@ -138,7 +138,7 @@ TEST_F(Layers, TheAlgebraKnowsNearlyAllPathsInWater) {
   RecordProperty("support", std::to_string(support.Percent()));
 }
 
-TEST_F(Layers, TheTablesKnowNearlyAllAzimuths) {
+TEST_F(Layers, TheTablesDecideNearlyAllAzimuths) {
   const DU::ShadowingFilter filter = Filter();
   Share holdDown;
   Share support;
@@ -156,7 +156,7 @@ TEST_F(Layers, TheTablesKnowNearlyAllAzimuths) {
   RecordProperty("support", std::to_string(support.Percent()));
 }
 
-TEST_F(Layers, EveryKernelKnowsNearlyAllPaths) {
+TEST_F(Layers, EveryKernelDecidesNearlyAllPaths) {
   const DU::ShadowingFilter filter = Filter();
   DU::ShadowingBatch batch(filter);
   for (const DU::eKernel kernel : DU::AvailableKernels()) {
@@ -175,7 +175,7 @@ TEST_F(Layers, EveryKernelKnowsNearlyAllPaths) {
     }
     for (std::size_t type = 1; type < shares.size(); ++type) {
       SCOPED_TRACE(DU::kLightPathTypeNames[type]);
-      EXPECT_GT(shares[type].asked, 100);
+      EXPECT_GT(shares[type].cases, 100);
       EXPECT_LT(shares[type].Percent(), 15.0);
       RecordProperty("kernel" + std::to_string(static_cast<int>(kernel)) +
                          "type" + std::to_string(type),
@@ -184,7 +184,7 @@ TEST_F(Layers, EveryKernelKnowsNearlyAllPaths) {
   }
 }
 
-TEST_F(Layers, KnowNothingWhereTheyAreOff) {
+TEST_F(Layers, DecideNothingIfTheyAreOff) {
   const DU::ShadowingFilter filter = Filter({false, false, false});
   ForEachCrossing([&](const DU::SegmentView& segment) {
     ASSERT_EQ(filter.Map().At(segment.point), DU::ShadowMap::kNothingKnown);

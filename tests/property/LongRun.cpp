@@ -30,17 +30,17 @@
 #include "tests/property/TextSink.hpp"
 #include "tests/reference/PlainShadowingCalculator.hpp"
 
-// shadowing_long_run: the property tests' comparison of verdicts for as many
-// paths as there is time for, on several threads. It compares verdicts only:
-// messages belong to streams that all threads share, and to the tests.
+// shadowing_long_run: compares verdicts like the property tests, for as many
+// paths as there is time for, on several threads. Messages are not compared:
+// all threads share their streams, and the tests cover them.
 
 namespace ZARN::Testing {
 namespace {
 
 using Component = DU::eShadowingComponent;
 
-/// One round in so many is on the reference detector, the others on invented
-/// ones, where the plain calculator has fewer points to go through.
+/// One round in this many uses the reference detector; the others use random
+/// ones, where the plain calculator has fewer points to test.
 constexpr std::uint64_t kReferenceEvery = 32;
 constexpr std::size_t kPathsPerRound = 20000;
 constexpr std::size_t kTypes = DU::kNumberOfLightPathTypes + 1;
@@ -59,8 +59,9 @@ struct Tally {
   std::uint64_t paths = 0;
   std::uint64_t referencePaths = 0;
   std::uint64_t nearLimits = 0;
-  std::size_t open = 0;  ///< by the batch kernels
-  /// By type, the last for those outside the enumeration, and component.
+  std::size_t open = 0;  ///< left open by the batch kernels
+  /// Indexed by type (the last is for types outside the enumeration) and
+  /// component.
   std::array<std::array<std::uint64_t, kComponents>, kTypes> found{};
 
   void Add(DU::eLightPathType type, Component component, bool isNear) {
@@ -93,7 +94,7 @@ class Calculators {
     debug_.Switch(false);
   }
 
-  /// The database and the log belong to all threads.
+  /// The database and the log are shared by all threads.
   template <class Load>
   void BeginOfRun(const Load& load) {
     const std::lock_guard<std::mutex> lock(database_);
@@ -107,8 +108,8 @@ class Calculators {
     plain_.SetAllGeometryTolerances(tolerance);
   }
 
-  /// The plain calculator's outcome; with diagnostics these count, too, so that
-  /// the search finds the paths that begin to meet a cylinder.
+  /// The outcome of the plain calculator, including its debug messages if they
+  /// are on, so that the search finds the paths that just meet a cylinder.
   int Judge(const DU::LightPath& path) {
     debug_.Empty();
     path_.SetLightPath(path);
@@ -144,7 +145,7 @@ class Worker {
  public:
   explicit Worker(const Options& options) : options_(options) {}
 
-  /// @return what differed, empty if nothing did
+  /// @return the first difference, empty if there is none
   std::string Run(std::uint64_t round) {
     Random random(options_.seed * 1000003U + round);
     Calculators& calculators = SetUp(round, random);
@@ -178,7 +179,7 @@ class Worker {
         isReference_ ? reference_ : invented_;
     if (calculators == nullptr) {
       calculators = std::make_unique<Calculators>();
-      // Of the belly plates' grid nothing is tested.
+      // The grid on the belly plates is not compared.
       calculators->SetAllGeometryTolerances(0.0);
       if (isReference_) {
         calculators->BeginOfRun([this] {
@@ -195,19 +196,19 @@ class Worker {
                      ? SharpTolerance(calculators->Plain(), random)
                      : AnyTolerance(random);
     calculators->SetAllGeometryTolerances(tolerance_);
-    // In the other rounds they are made when they pay.
+    // In the other rounds they are built when that pays off.
     if (random.Chance(0.75)) calculators->Real().MakeLayers();
     calculators->CountDiagnostics(random.Chance(0.25));
     return *calculators;
   }
 
-  /// Few: their surface points take most of the plain calculator's time.
+  /// Few ropes: their surface points take most of the plain calculator's time.
   static std::size_t MostRopes(Random& random) {
     constexpr std::array<std::size_t, 8> kMost = {0, 0, 0, 0, 1, 1, 1, 10};
     return random.Pick(kMost);
   }
 
-  /// One that has radii; the others end the run's set-up.
+  /// Load a random geometry that has radii; without them BeginOfRun fails.
   static void LoadInvented(Random& random) {
     while (true) {
       MakeDetector(random, MostRopes(random)).tables.Load();
@@ -287,8 +288,8 @@ void Print(const Tally& tally) {
 }
 
 int Run(const Options& options) {
-  // The plain calculator lets ROOT warn of vectors without length; this drops
-  // the warnings before any lock.
+  // The plain calculator makes ROOT warn about zero vectors; this drops the
+  // warnings before ROOT takes a lock.
   gErrorIgnoreLevel = kFatal;
   TextSink nowhere;
   nowhere.Switch(false);
@@ -335,9 +336,9 @@ int Run(const Options& options) {
 int main(int argc, char** argv) {
   ZARN::Testing::Options options;
   CLI::App app(
-      "Have light paths judged by the calculator, path by path and in batches, "
-      "and by the plain formulas. Ends with 1 at the first difference.");
-  app.add_option("--paths", options.paths, "How many, at least")
+      "Compare the calculator's verdicts, by single calls and in batches, with "
+      "those of the plain formulas. Exits with 1 at the first difference.");
+  app.add_option("--paths", options.paths, "Minimum number of paths")
       ->check(CLI::PositiveNumber)
       ->capture_default_str();
   app.add_option("--threads", options.threads)
@@ -345,8 +346,9 @@ int main(int argc, char** argv) {
       ->capture_default_str();
   app.add_option("--seed", options.seed)->capture_default_str();
   app.add_option("--round", options.round,
-                 "Only this one, to look at a difference again");
-  app.add_option("--data", options.data, "The reference detector's tables")
+                 "Run only this round, to reproduce a difference");
+  app.add_option("--data", options.data,
+                 "Folder with the tables of the reference detector")
       ->capture_default_str();
   CLI11_PARSE(app, argc, argv);
   return ZARN::Testing::Run(options);

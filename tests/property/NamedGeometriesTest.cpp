@@ -9,14 +9,14 @@
 #include "tests/property/Random.hpp"
 #include "tests/support/Tables.hpp"
 
-// Geometries that random ones do not come upon. Each names in a sentence the
-// mistake that it tells from the right thing.
+// Geometries that random ones do not reach. Each comment names the mistake that
+// the test detects.
 
 namespace ZARN::Testing {
 namespace {
 
-/// A vessel and one hold-down rope that is its own template, with the two
-/// points where it meets the ring around the neck.
+/// A vessel and one hold-down rope that is not rotated, with the two points
+/// where it meets the ring around the neck.
 Tables RopeTables(const TVector3& p2, const TVector3& p3) {
   Tables tables = VesselTables();
   tables.Set("GEO", "hold_down_ropes", "solid_definition", std::string("rope"));
@@ -42,16 +42,16 @@ void ExpectTheSameRope(const TVector3& p2, const TVector3& p3) {
   EXPECT_GT(pair.Plain().AVHDRopeSurfacePoints.size(), 2000U);
 }
 
-// A walker that is set out afresh from the template point at every step: the
-// walkers are two vectors that turn on from step to step, and the rounding of
-// one turn goes into the next.
-TEST(NamedGeometries, ArcWalkersKeepTheRoundingOfEveryTurn) {
+// Mistake: restarting the walker from the template point at every step. The two
+// walkers are vectors that are rotated from step to step, and the rounding
+// error of one rotation goes into the next.
+TEST(NamedGeometries, ArcWalkersKeepTheRoundingOfEveryRotation) {
   ExpectTheSameRope({2970.804, 417.519, 5022.201},
                     {-2696.382, 1315.113, 5022.201});
 }
 
-// An arc that counts its own limit: here a walker's angle to the end from which
-// it set out is the arc's width to the last bit.
+// Mistake: an arc that includes its limit. Here the angle of a walker to the
+// end where it started is exactly the width of the arc.
 TEST(NamedGeometries, AWalkerAtTheArcsWidthFromItsStartIsNotASample) {
   ExpectTheSameRope(
       {0x1.b6cp+11, 0.0, 0x1.b6cp+11},
@@ -61,7 +61,7 @@ TEST(NamedGeometries, AWalkerAtTheArcsWidthFromItsStartIsNotASample) {
       {-0x1.62bffffffffffp+11, -0x1.4841773b50c62p+11, 0x1.0d0a7361e6366p+10});
 }
 
-// The same at the arc's other end.
+// The same at the other end of the arc.
 TEST(NamedGeometries, AWalkerAtTheArcsWidthFromItsEndIsNotASample) {
   ExpectTheSameRope(
       {0x1.bef8dbdbb191ep+11, -0x1.7cdb6575b022cp+10, 0x1.878p+10},
@@ -71,7 +71,7 @@ TEST(NamedGeometries, AWalkerAtTheArcsWidthFromItsEndIsNotASample) {
       {-0x1.4ccp+11, -0x1.6f0b626e4b69ep-42, -0x1.3f2p+11});
 }
 
-// Counts and offsets that do not fit hundreds of ropes with their hundreds of
+// Mistake: counts and offsets too small for hundreds of ropes with hundreds of
 // thousands of points.
 TEST(NamedGeometries, HundredsOfRopesAreJudgedAsByThePlainCalculator) {
   Random random(150);

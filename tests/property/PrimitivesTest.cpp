@@ -15,15 +15,15 @@
 #include "tests/reference/PlainShadowingCalculator.hpp"
 #include "tests/support/Tables.hpp"
 
-// The calculator asks the primitives for some of their answers only (never for
-// a near crossing, for one), so they are compared by themselves as well.
+// The calculator uses only some results of the primitives (for example never a
+// near crossing), so they are also compared directly.
 
 namespace ZARN::Testing {
 namespace {
 
 constexpr int kCalls = 300000;
 
-/// The plain calculator, and what both sides write.
+/// The plain calculator, and the messages of both sides.
 class Primitives : public testing::Test {
  protected:
   Primitives() : plain_(plainWarn_, plainDebug_) {
@@ -124,7 +124,8 @@ TEST_F(Primitives, FillPositionsAsThePlainOnesDo) {
       tables.Set("T", "i", field, numbers);
     }
     tables.Load();
-    // Old contents go where the arrays fit, and stay where they do not.
+    // Old contents are replaced if the arrays have the same length, and kept
+    // otherwise.
     std::vector<TVector3> real(random_.Below(5), TVector3(1, 2, 3));
     std::vector<TVector3> plain = real;
     DU::FillXYZPositions(DB::Get(), real, "T", "i", "x", "y", "z");

@@ -24,7 +24,7 @@ namespace {
 
 constexpr int kShards = 8;
 constexpr int kPathsPerGeometry = 1000;
-/// 1,000 in all unless ZARN_PROPERTY_GEOMETRIES gives another number: programs
+/// 1,000 in total unless ZARN_PROPERTY_GEOMETRIES sets another number: programs
 /// built with sanitizers are several times slower.
 int GeometriesPerShard() {
   const char* text = std::getenv("ZARN_PROPERTY_GEOMETRIES");
@@ -33,14 +33,14 @@ int GeometriesPerShard() {
   return static_cast<int>(std::max(1L, all / kShards));
 }
 
-/// What the paths were, so that a test that never comes near a limit fails.
+/// Counts of paths, so that a test that never comes near a limit fails.
 struct Tally {
   int paths = 0;
   int nearLimits = 0;
   std::array<std::array<int, DU::kNumberOfLightPathTypes>, 7> blocked{};
   int unusualNames = 0;
   std::size_t byKernels = 0;
-  std::size_t open = 0;  ///< of those, left open
+  std::size_t open = 0;  ///< of these, left open
 };
 
 void ExpectThatEverythingOccurred(const Tally& tally) {
@@ -120,7 +120,8 @@ bool RandomGeometries::Check(const TestPath& path, bool isNear) {
   return false;
 }
 
-/// All paths of the geometry once more, with all layers and with some of them.
+/// Judge all paths of the geometry again, with all layers and with some of
+/// them.
 bool RandomGeometries::CheckBatches(Random& random) {
   constexpr std::array<DU::ShadowingLayers, 4> kFewer = {{
       {false, true, true},
@@ -219,7 +220,7 @@ TEST_P(RandomGeometries, AreJudgedAsByThePlainCalculator) {
   }
 
   EXPECT_EQ(tally_.paths, geometries * kPathsPerGeometry);
-  // With few geometries rare cases need not occur.
+  // With few geometries some rare cases may not occur.
   if (geometries >= 100) ExpectThatEverythingOccurred(tally_);
   RecordProperty("paths", tally_.paths);
   RecordProperty("nearLimits", tally_.nearLimits);
