@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <charconv>
 #include <cmath>
+#include <iostream>
 #include <thread>
 
 #include "app/Usage.hpp"
@@ -27,6 +28,16 @@ void Begin(const RunOptions& options, Calculator& calculator) {
     throw IO::BadInput(options.geometry + ": " + error.what());
   } catch (const DBValueError& error) {
     throw IO::BadInput(options.geometry + ": " + error.what());
+  }
+}
+
+/// The fixed messages of the calculator do not tell which table is missing.
+void TellLoadErrors(const RunOptions& options,
+                    const DU::ShadowingCalculator& calculator) {
+  for (const DU::eShadowingComponent component : DU::kShadowingComponents) {
+    if (calculator.IsInfoLoaded(component)) continue;
+    std::cerr << options.geometry << ": " << DU::NameOf(component)
+              << " is off: " << calculator.GetLoadError(component) << "\n";
   }
 }
 
@@ -87,6 +98,7 @@ void LoadTables(const RunOptions& options) {
 
 void BeginRun(const RunOptions& options, DU::ShadowingCalculator& calculator) {
   Begin(options, calculator);
+  TellLoadErrors(options, calculator);
   if (options.tolerance.has_value()) {
     calculator.SetAllGeometryTolerances(*options.tolerance);
   }

@@ -40,7 +40,8 @@ std::vector<std::string> FilesOf(const RunOptions& options);
 /// @throws TableFileError
 void LoadTables(const RunOptions& options);
 
-/// Begin the run. LoadTables comes first.
+/// Begin the run. LoadTables comes first. Standard error tells of each
+/// component that is off what is missing in its tables.
 ///
 /// @throws IO::BadInput naming the tables and what is missing or wrong in them
 void BeginRun(const RunOptions& options, DU::ShadowingCalculator& calculator);

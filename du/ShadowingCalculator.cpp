@@ -52,13 +52,16 @@ void ShadowingCalculator::BeginOfRun(const TableSet& tables) {
 void ShadowingCalculator::LoadGuarded(const TableSet& tables,
                                       eShadowingComponent component) {
   const LoadMessages messages = LoadMessagesOf(component);
+  std::string& loadError = LoadErrors[static_cast<std::size_t>(component)];
   try {
     Parts.Load(tables, component);
     Parts.SetInfoLoaded(component, true);
+    loadError.clear();
     warn << messages.onSuccess;
-  } catch (const DBNotFoundError&) {
+  } catch (const DBNotFoundError& error) {
     warn << messages.onFailure;
     Parts.SetInfoLoaded(component, false);
+    loadError = error.what();
   }
 }
 

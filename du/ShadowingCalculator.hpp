@@ -1,5 +1,6 @@
 #pragma once
 
+#include <array>
 #include <cstddef>
 #include <memory>
 #include <string>
@@ -137,6 +138,13 @@ class ShadowingCalculator {
     return Parts.IsInfoLoaded(component);
   }
 
+  /// Why a component could not be loaded for this run: the text of the error,
+  /// which names table, index and field. Empty where it is loaded, before the
+  /// first run and for kNone.
+  const std::string& GetLoadError(eShadowingComponent component) const {
+    return LoadErrors[static_cast<std::size_t>(component)];
+  }
+
   /// Whether a component's test runs: the component is loaded and has the items
   /// that its test indexes unchecked. A test that does not run writes no
   /// messages.
@@ -181,6 +189,7 @@ class ShadowingCalculator {
   bool Shadowed = false;
 
   Hardware Parts;
+  std::array<std::string, kNumberOfComponents + 1> LoadErrors;
   // Whether ROOT's vectors may warn about a belly plate; also true during
   // BeginOfRun and after one that failed.
   bool PlatesMayWarn = false;

@@ -38,6 +38,15 @@ class Messages(BothTest):
                 self.assertEqual(counts[component], ("nothing to test", None))
                 self.assertEqual(counts["AVPipe"], ("not loaded", None))
 
+    def test_a_component_that_is_off_is_told_with_what_is_missing(self):
+        misspelt = entry("SOLID", "ncd_anchor", {"half_z": 60.0, "rmax": 40.0})
+        geometry = self.tables(*OPTICS, ANCHOR[0], misspelt, ANCHOR[2])
+        told = self.run_on(self.input(), geometry=geometry).err
+        self.assertIn(f"\n{geometry}: NCDAnchor is off: "
+                      "table SOLID, index ncd_anchor: there is no field r_max\n", told)
+        told = self.run_on(self.input(), geometry=self.tables(*OPTICS, *ANCHOR)).err
+        self.assertNotIn("NCDAnchor is off", told)
+
     def test_a_component_that_is_loaded_and_meets_nothing_counts_zero(self):
         geometry = self.tables(*OPTICS, *PLATE)
         counts = self.run_on(self.input(), geometry=geometry).counts()
