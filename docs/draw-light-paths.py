@@ -1,10 +1,10 @@
 #!/usr/bin/env python3
 """Draw light-paths.svg: the light paths from one event to a ring of PMTs.
 
-    docs/draw-light-paths.py ZARN-SHADOW [FILE]
+    docs/draw-light-paths.py ZARN-SHADOW [FOLDER]
 
 runs the command on the reference detector and writes the drawing beside this
-script, or to FILE.
+script, or to FOLDER.
 """
 
 import csv
@@ -84,8 +84,8 @@ def drawing(ring, verdicts, paths):
 
 
 def main():
-    target = pathlib.Path(sys.argv[2]) if len(sys.argv) > 2 else HERE / "light-paths.svg"
-    target.write_text("\n".join(drawing(*scan(sys.argv[1]))) + "\n")
+    folder = pathlib.Path(sys.argv[2]) if len(sys.argv) > 2 else HERE
+    (folder / "light-paths.svg").write_text("\n".join(drawing(*scan(sys.argv[1]))) + "\n")
 
 
 if __name__ == "__main__":
