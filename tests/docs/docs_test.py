@@ -1,22 +1,44 @@
 #!/usr/bin/env python3
 """What the documents quote is true."""
 
+import json
 import os
 import pathlib
 import re
+import shlex
+import shutil
 import subprocess
+import sys
 import tempfile
 import unittest
 
 SOURCE = pathlib.Path(os.environ["ZARN_SOURCE_DIR"])
 ZARN_SHADOW = os.environ["ZARN_SHADOW"]
+VERDICT_SHARES = os.environ["ZARN_VERDICT_SHARES"]
+DETECTOR = SOURCE / "data" / "reference-detector"
+README = (SOURCE / "README.md").read_text()
 COMMANDS = (SOURCE / "docs" / "commands.md").read_text()
+VERDICTS = (SOURCE / "docs" / "verdicts.md").read_text()
 PAGES = [p for p in SOURCE.rglob("*.md")
          if not {"build", ".venv"} & set(p.relative_to(SOURCE).parts)]
 
 
 def blocks(text, language):
     return re.findall(rf"^```{language}\n(.*?)^```$", text, re.MULTILINE | re.DOTALL)
+
+
+def commands(text):
+    """The command lines of a page, each as a list of words."""
+    lines = "\n".join(blocks(text, "sh")).replace("\\\n", " ").splitlines()
+    examples = re.findall(r"^Example:\n((?:  .*\n)+)", text.replace("\\\n", " "), re.MULTILINE)
+    lines += "".join(examples).splitlines()
+    return [words for words in (shlex.split(line, comments=True) for line in lines) if words]
+
+
+def with_data(folder):
+    """A folder in which the pages' commands find data/."""
+    (pathlib.Path(folder) / "data").symlink_to(SOURCE / "data")
+    return folder
 
 
 def unindented(text):
@@ -50,12 +72,106 @@ class Documents(unittest.TestCase):
                                   capture_output=True, text=True, check=True).stdout
             self.assertEqual(text, said.strip())
 
-    def test_the_drawing_shows_what_the_command_finds(self):
-        with tempfile.NamedTemporaryFile(suffix=".svg") as drawn:
-            subprocess.run([SOURCE / "docs" / "draw-light-paths.py", ZARN_SHADOW, drawn.name],
-                           check=True)
-            self.assertEqual(pathlib.Path(drawn.name).read_text(),
-                             (SOURCE / "docs" / "light-paths.svg").read_text())
+    def test_the_drawings_show_what_the_programs_find(self):
+        shown = {p.name: p.read_text() for p in (SOURCE / "docs").glob("*.svg")}
+        del shown["performance.svg"]  # of times, which no two runs share
+        for script, program in (("draw-light-paths.py", ZARN_SHADOW),
+                                ("draw-verdicts.py", ZARN_SHADOW),
+                                ("draw-flow.py", VERDICT_SHARES)):
+            with tempfile.TemporaryDirectory() as folder:
+                subprocess.run([SOURCE / "docs" / script, program, folder], check=True)
+                drawn = {p.name: p.read_text() for p in pathlib.Path(folder).iterdir()}
+            self.assertNotEqual(drawn, {})
+            for name, text in drawn.items():
+                # Not assertEqual, which would print both.
+                self.assertTrue(text == shown.pop(name, None),
+                                f"docs/{name} is not what docs/{script} draws now")
+        self.assertEqual(list(shown), [])
+
+    def test_every_command_shown_can_be_given(self):
+        for page in PAGES:
+            for words in commands(page.read_text()):
+                with self.subTest(page=page.name, command=shlex.join(words)):
+                    self.give(words)
+
+    def give(self, words):
+        """Run what takes seconds; of the rest see that it is there."""
+        if words[0] == "zarn-shadow":
+            with tempfile.TemporaryDirectory() as folder:
+                result = subprocess.run([ZARN_SHADOW, *words[1:]], cwd=with_data(folder),
+                                        capture_output=True, text=True)
+            self.assertEqual(result.returncode, 0, result.stderr)
+        elif words[0] == "cmake":
+            presets = json.loads((SOURCE / "CMakePresets.json").read_text())
+            kind = {"--preset": "configure", "--build": "build", "--workflow": "workflow",
+                    "--install": None}[words[1]]
+            if kind is not None:
+                self.assertIn(words[words.index("--preset") + 1],
+                              [preset["name"] for preset in presets[f"{kind}Presets"]])
+        else:
+            self.assertTrue(os.access(SOURCE / words[0], os.X_OK))
+
+    def test_the_counts_shown_are_those_of_the_source_scan(self):
+        (demo,) = blocks(README, "text")
+        self.assertEqual(demo.split(), self.counts("150"))
+        shares = re.findall(r"^\| (\w+) \| ([\d.]+ %) \| ([\d.]+ %) \|$", VERDICTS, re.MULTILINE)
+        at_0, at_150 = (dict(zip(words, words[2:])) for words in
+                        (self.counts("0"), self.counts("150")))
+        self.assertEqual(len(shares), 7)
+        for component, *shown in shares:
+            name = "shadowed" if component == "any" else component
+            self.assertEqual([float(share[:-2]) for share in shown],
+                             [float(at_0[name]), float(at_150[name])], component)
+        any_at_0, any_at_150 = (f"{float(at['shadowed']):.1f} %" for at in (at_0, at_150))
+        self.assertIn(f"blocks {any_at_0} at a tolerance of 0, and {any_at_150} at 150 mm",
+                      " ".join(VERDICTS.split()))
+        self.assertIn(f"at 0 the hardware itself blocks {any_at_0}", " ".join(README.split()))
+
+    @staticmethod
+    def counts(tolerance):
+        """The words of the table that a scan of the source prints, up to the times."""
+        said = subprocess.run(
+            [ZARN_SHADOW, "scan", "--events", SOURCE / "data" / "source-scan.csv", "--pmts",
+             SOURCE / "data" / "pmts.csv", "--geometry", DETECTOR, "--tolerance", tolerance,
+             "-o", "/dev/null"], capture_output=True, text=True, check=True).stderr
+        words = said[said.index("pairs"):].split()
+        return words[:words.index("seconds")]
+
+    def test_a_path_away_from_all_ropes_is_blocked_as_shown(self):
+        start, end = re.search(r"from\(([-\d.,]+)\)to\(([-\d.,]+)\)",
+                               "".join(VERDICTS.split())).groups()
+        with tempfile.TemporaryDirectory() as folder:
+            (pathlib.Path(folder) / "pmts.csv").write_text("pmt,x,y,z\n0," + end)
+            verdicts = subprocess.run(
+                [ZARN_SHADOW, "scan", f"--at={start}", "--pmts", "pmts.csv", "--geometry", DETECTOR],
+                cwd=folder, capture_output=True, text=True, check=True).stdout
+        self.assertIn(",Water,1,SupportRope\n", verdicts)
+
+    def test_the_tables_shown_can_be_read(self):
+        with tempfile.TemporaryDirectory() as folder:
+            shutil.copytree(DETECTOR, pathlib.Path(folder) / "tables")
+            for i, block in enumerate(blocks(COMMANDS, "json")):
+                (pathlib.Path(folder) / "tables" / f"shown-{i}.json").write_text(block)
+            result = subprocess.run([ZARN_SHADOW, "scan", "--at=0,0,0", "--pmts",
+                                     SOURCE / "data" / "pmts.csv", "--geometry", "tables"],
+                                    cwd=folder, capture_output=True, text=True)
+        self.assertEqual(result.returncode, 0, result.stderr)
+
+    def test_the_verdicts_in_a_ROOT_file_are_read_as_shown(self):
+        (program,) = blocks(COMMANDS, "python")
+        python = next((p for p in (SOURCE / ".venv" / "bin" / "python", sys.executable)
+                       if subprocess.run([p, "-c", "import ROOT"], capture_output=True)
+                       .returncode == 0), None)
+        if python is None:
+            self.skipTest("no ROOT for Python")
+        with tempfile.TemporaryDirectory() as folder:
+            subprocess.run([ZARN_SHADOW, "scan", "--at=0,0,0", "--pmts",
+                            SOURCE / "data" / "pmts.csv", "--geometry", DETECTOR, "-o",
+                            "verdicts.root"], cwd=folder, capture_output=True, check=True)
+            result = subprocess.run([python, "-c", program], cwd=folder, capture_output=True,
+                                    text=True)
+        self.assertEqual(result.returncode, 0, result.stderr)
+        self.assertGreater(int(result.stdout), 0)
 
     def test_the_positions_and_paths_shown_have_the_verdicts_shown(self):
         events, pmts, scanned, paths, checked = blocks(COMMANDS, "csv")
@@ -66,8 +182,7 @@ class Documents(unittest.TestCase):
                     (["scan", "--events", "events.csv", "--pmts", "pmts.csv"], None, scanned),
                     (["check", "-"], paths, checked)):
                 result = subprocess.run(
-                    [ZARN_SHADOW, *arguments, "--geometry",
-                     str(SOURCE / "data" / "reference-detector")],
+                    [ZARN_SHADOW, *arguments, "--geometry", str(DETECTOR)],
                     input=text, cwd=folder, capture_output=True, text=True)
                 self.assertEqual((result.returncode, result.stdout), (0, verdicts),
                                  result.stderr)
