@@ -6,7 +6,6 @@ import os
 import pathlib
 import re
 import shlex
-import shutil
 import subprocess
 import sys
 import tempfile
@@ -146,16 +145,6 @@ class Documents(unittest.TestCase):
                 [ZARN_SHADOW, "scan", f"--at={start}", "--pmts", "pmts.csv", "--geometry", DETECTOR],
                 cwd=folder, capture_output=True, text=True, check=True).stdout
         self.assertIn(",Water,1,SupportRope\n", verdicts)
-
-    def test_the_tables_shown_can_be_read(self):
-        with tempfile.TemporaryDirectory() as folder:
-            shutil.copytree(DETECTOR, pathlib.Path(folder) / "tables")
-            for i, block in enumerate(blocks(COMMANDS, "json")):
-                (pathlib.Path(folder) / "tables" / f"shown-{i}.json").write_text(block)
-            result = subprocess.run([ZARN_SHADOW, "scan", "--at=0,0,0", "--pmts",
-                                     SOURCE / "data" / "pmts.csv", "--geometry", "tables"],
-                                    cwd=folder, capture_output=True, text=True)
-        self.assertEqual(result.returncode, 0, result.stderr)
 
     def test_the_verdicts_in_a_ROOT_file_are_read_as_shown(self):
         (program,) = blocks(COMMANDS, "python")
