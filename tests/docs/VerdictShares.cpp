@@ -185,8 +185,8 @@ struct Shares {
   std::size_t batchLeft = 0;    ///< by the single call
 };
 
-/// Count some paths; false where the walk and the calculator disagree.
-bool Count(const ShadowingCalculator& calculator, const ShadowingFilter& filter,
+/// Count some paths; false where the walk and the filter disagree.
+bool Count(const Hardware& hardware, const ShadowingFilter& filter,
            const ShadowingBatch& batch, const std::vector<LightPath>& paths,
            Shares& shares) {
   std::array<BatchVerdict, kBatchPaths> verdicts;
@@ -198,8 +198,15 @@ bool Count(const ShadowingCalculator& calculator, const ShadowingFilter& filter,
     }
     const LightPath& path = paths[i];
     const auto views = ViewsOf(path, ShapeOfType(path.LightPathType));
-    Walk walk(calculator.GetHardware(), filter, views);
-    if (walk.Find() != calculator.FindShadowing(path)) return false;
+    Walk walk(hardware, filter, views);
+    bool asksFormula = false;
+    const HardwareFormulas formulas = {hardware, views};
+    const auto verdict = filter.Find(views, [&](const auto&... question) {
+      asksFormula = true;
+      return formulas(question...);
+    });
+    if (walk.Find() != verdict) return false;
+    if (asksFormula && walk.Slowest() != eStep::kFormula) return false;
     ++shares.paths;
     ++shares.single[static_cast<std::size_t>(walk.Slowest())];
     if (verdicts[inBlock] == kOpenVerdict) {
@@ -248,9 +255,9 @@ int Run(const std::string& data) {
   const auto pmts = ReadPositions(data + "/pmts.csv", "pmt");
   Shares shares;
   for (const auto& event : ReadPositions(data + "/source-scan.csv", "event")) {
-    if (!Count(calculator, filter, batch, PathsFrom(event, pmts, lightPath),
-               shares)) {
-      std::cerr << "verdict_shares: the walk and the verdicts differ\n";
+    if (!Count(calculator.GetHardware(), filter, batch,
+               PathsFrom(event, pmts, lightPath), shares)) {
+      std::cerr << "verdict_shares: the walk and the filter differ\n";
       return 1;
     }
   }

@@ -2,6 +2,7 @@
 """What the documents quote is true."""
 
 import json
+import math
 import os
 import pathlib
 import re
@@ -135,6 +136,34 @@ class Documents(unittest.TestCase):
              "-o", "/dev/null"], capture_output=True, text=True, check=True).stderr
         words = said[said.index("pairs"):].split()
         return words[:words.index("seconds")]
+
+    def test_the_lengths_shown_follow_from_the_tables(self):
+        tables = {(entry["table"], entry["index"]): entry["fields"]
+                  for file in DETECTOR.glob("*.json") for entry in json.loads(file.read_text())}
+        rope = tables["SOLID", "hold_down_rope"]
+        cylinder = math.hypot(rope["rope_x"][1], rope["rope_y"][1], rope["rope_z"][1])
+        support = tables["GEO_LOCATIONS", "hold_up_rope_anchors"]
+        outside = math.hypot(support["x"][0], support["y"][0], support["z"][0])
+        boss = tables["SOLID", "neck_boss"]
+        foot = tables["GEO", "av"]["neck_boss_z"] - boss["half_height1"] - boss["half_height2"]
+        limit = math.degrees(math.acos(foot / tables["SOLID", "acrylic_vessel_inner"]["r_sphere"]))
+        plate = 2 * tables["SOLID", "belly_plate_vintar"]["octahedron_half_height"]
+        anchor = tables["SOLID", "ncd_anchor"]["half_z"]
+        page = " ".join(VERDICTS.split())
+        for words in (
+                f"radius {cylinder:,.0f} mm",
+                f"not above {math.sqrt(8500**2 - cylinder**2):,.0f} mm",
+                f"a rope of {rope['r_rope']:g} mm blocks {rope['r_rope'] + 150:g} mm",
+                f"radius {outside:,.0f} mm",
+                f"not above {math.sqrt(8500**2 - outside**2):,.0f} mm",
+                "a rope of {0:g} mm blocks {1:g} mm".format(
+                    *(tables["SOLID", "hold_up_rope"]["r_rope"] + t for t in (0, 150))),
+                f"asin({cylinder:,.0f} mm / distance of the start) apart: "
+                f"{math.degrees(math.asin(cylinder / 7000)):.0f} degrees for a start 7 m",
+                f"a square of {plate:,.0f} mm", f"the square has {plate + 300:,.0f} mm",
+                f"{anchor:g} mm become {anchor + 150:g} mm",
+                f"= {foot:,.0f} mm", f"polar angle, {limit:.2f} degrees"):
+            self.assertIn(words, page)
 
     def test_a_path_away_from_all_ropes_is_blocked_as_shown(self):
         start, end = re.search(r"from\(([-\d.,]+)\)to\(([-\d.,]+)\)",
