@@ -42,7 +42,8 @@ def draw_flow():
     drawing.text(20, 176, "One path a call", colour="second")
     box(drawing, 20, 190, 140, 58, "Light path", "computed, or yours")
     box(drawing, 190, 190, 150, 58, "Water segments", "by the path\u2019s type")
-    box(drawing, 370, 176, 190, 86, "Map, tables, algebra", "decide the cases that", "they can prove")
+    box(drawing, 370, 176, 190, 86, "Map, tables, algebra", "decide the cases that",
+        "they can prove")
     drawing.rect(610, 146, 150, 146, radius=6, fill="panel", stroke="vessel", pen=1.4)
     drawing.text(685, 168, "Formulas", size=14, bold=True, anchor="middle")
     for i, name in enumerate(("hold-down ropes", "support ropes", "belly plates", "NCD anchors",
@@ -92,7 +93,8 @@ SINGLE = (("Map", "a cell of the vessel", "knows the answer"),
           ("Formula", "of one component,", "as it is written"))
 BATCH = (("Map and tables", "in single precision,", "many paths at a time"),
          ("Algebra", "the few points and", "plates of the cell"),
-         ("Single call", "the row above,", "for what is still open"))
+         ("Single call", "as above, in double", "precision"),
+         ("Formula", "of one component,", "as it is written"))
 
 
 def draw_shares(paths, single, batch):

@@ -293,7 +293,7 @@ def draw_support_ropes(judge):
 
 
 def draw_belly_plates(judge):
-    drawing = Drawing(660, 220, "Belly plates: which light they block")
+    drawing = Drawing(500, 220, "Belly plates: which light they block")
     scale, columns, rows, size = 12.5, 120, 80, 2  # mm a pixel
     left, top = 16, 44
     middle = (left + columns * size / 2, top + rows * size / 2)

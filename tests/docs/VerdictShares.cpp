@@ -182,7 +182,7 @@ struct Shares {
   std::array<std::size_t, kSteps> single = {};
   std::size_t batchAtOnce = 0;  ///< by the kernel and its tables
   std::size_t batchInCell = 0;  ///< and by the points and plates of the cell
-  std::size_t batchLeft = 0;    ///< by the single call
+  std::size_t batchLeft = 0;    ///< by the single call, without a formula
 };
 
 /// Count some paths; false where the walk and the filter disagree.
@@ -209,6 +209,7 @@ bool Count(const Hardware& hardware, const ShadowingFilter& filter,
     if (asksFormula && walk.Slowest() != eStep::kFormula) return false;
     ++shares.paths;
     ++shares.single[static_cast<std::size_t>(walk.Slowest())];
+    if (walk.Slowest() == eStep::kFormula) continue;  // in a batch as well
     if (verdicts[inBlock] == kOpenVerdict) {
       ++shares.batchLeft;
     } else if (walk.Slowest() > eStep::kTable) {
@@ -264,7 +265,7 @@ int Run(const std::string& data) {
   std::cout << "paths " << shares.paths << "\nsingle";
   for (const std::size_t count : shares.single) std::cout << ' ' << count;
   std::cout << "\nbatch " << shares.batchAtOnce << ' ' << shares.batchInCell
-            << ' ' << shares.batchLeft << "\n";
+            << ' ' << shares.batchLeft << ' ' << shares.single.back() << "\n";
   return 0;
 }
 

@@ -171,7 +171,8 @@ class Documents(unittest.TestCase):
         with tempfile.TemporaryDirectory() as folder:
             (pathlib.Path(folder) / "pmts.csv").write_text("pmt,x,y,z\n0," + end)
             verdicts = subprocess.run(
-                [ZARN_SHADOW, "scan", f"--at={start}", "--pmts", "pmts.csv", "--geometry", DETECTOR],
+                [ZARN_SHADOW, "scan", f"--at={start}", "--pmts", "pmts.csv",
+                 "--geometry", DETECTOR],
                 cwd=folder, capture_output=True, text=True, check=True).stdout
         self.assertIn(",Water,1,SupportRope\n", verdicts)
 
