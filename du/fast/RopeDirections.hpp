@@ -29,7 +29,7 @@ class RopeDirections {
   /// twice the error of a crossing found by algebra (CrossingBands), flattened
   /// or with its height.
   static constexpr double kAngleBand = 1e-9;
-  static constexpr double kAngleBandInSpace = 1e-6;
+  static constexpr double kAngleBandInSpace = 2e-6;
   /// A cosine nearer to that of the tolerance than this is left open. The error
   /// of the formula's angle is at most 14 u in its cosine, u = 2^-53: scalar
   /// product and lengths 10, arc cosine 4 (which need not even be monotonic).

@@ -41,8 +41,8 @@ namespace ZARN::DU {
 ///    kAzimuthError times the tangent. kLeastCosine2InSpace limits the tangent
 ///    to 1,000, in single precision to 100. If the formula's angle is small, it
 ///    comes from an arc cosine with an error of up to 5e-8; over a way of up to
-///    kLongestWay times the distance from the axis this becomes 2.5e-7. All of
-///    these are below kSpaceError.
+///    kLongestWay times the distance from the axis this becomes 2.5e-7. The
+///    sum is below kSpaceError.
 ///
 /// kLeastCosine2 excludes the discontinuity of the formula: a direction exactly
 /// perpendicular to the crossing adds no height, and one bit away from that the
@@ -62,7 +62,7 @@ template <>
 struct CrossingBands<double> {
   static constexpr double kWayError = 2e-12;      // times s
   static constexpr double kAzimuthError = 3e-10;  // rad
-  static constexpr double kSpaceError = 4e-7;     // rad
+  static constexpr double kSpaceError = 7e-7;     // rad
 
   static constexpr double kLeastD = 1e-6;        // times s^2
   static constexpr double kLeastEdge2 = 1e-4;    // times s^2, of the crossing
@@ -89,7 +89,7 @@ struct CrossingBands<float> {
   static constexpr float kHeightBand = 2e-3F;
 };
 
-/// Whether the bands satisfy steps 3 to 5.
+/// Whether the bands satisfy steps 3 to 6.
 template <class Real>
 constexpr bool AreBandsWideEnough() {
   using Bands = CrossingBands<Real>;
@@ -97,7 +97,12 @@ constexpr bool AreBandsWideEnough() {
              2 * Bands::kWayError * Bands::kWayError &&
          Bands::kWayBand > 3 * Real(1.42) * Bands::kWayError &&
          Bands::kHeightBand >
-             3 * (2 * Bands::kAzimuthError + Real(1.42) * Bands::kWayError);
+             3 * (2 * Bands::kAzimuthError + Real(1.42) * Bands::kWayError) &&
+         (Bands::kSpaceError - Real(2.5e-7)) *
+                 (Bands::kSpaceError - Real(2.5e-7)) *
+                 Bands::kLeastCosine2InSpace >
+             Real(1.21) * Real(1.21) * Bands::kAzimuthError *
+                 Bands::kAzimuthError;
 }
 static_assert(AreBandsWideEnough<double>() && AreBandsWideEnough<float>());
 
