@@ -3,7 +3,7 @@
 #include <sstream>
 #include <string>
 
-// Whether ZARN_ASSERT checks. The macro ZARN_ASSERTIONS comes from the CMake
+// Whether ZARN_ASSERT checks anything. ZARN_ASSERTIONS comes from the CMake
 // option of that name, which the presets for development set.
 #ifdef ZARN_ASSERTIONS
 #define ZARN_HAS_ASSERTIONS true
@@ -11,15 +11,15 @@
 #define ZARN_HAS_ASSERTIONS false
 #endif
 
-/// Check what our own code guarantees: end the program where @p condition does
-/// not hold, with the place, the condition and some numbers on standard error.
+/// Check a guarantee of our own code: if @p condition is false, print the
+/// place, the condition and some numbers to standard error, and abort.
 ///
 ///     ZARN_ASSERT(cell < cells, cell, cells);
 ///
-/// Compiled to nothing unless ZARN_ASSERTIONS is defined. What a caller's path,
-/// table or tolerance can hold is not asserted: it has a defined result. Not
-/// for headers that are installed or that batch kernels include, which would be
-/// compiled both with it and without.
+/// Compiled to nothing unless ZARN_ASSERTIONS is defined. Do not assert what
+/// depends on a caller's path, table or tolerance: every value has a defined
+/// result. Do not use it in headers that are installed or included by batch
+/// kernels: those are compiled both with and without it.
 #define ZARN_ASSERT(condition, ...)                                          \
   (!ZARN_HAS_ASSERTIONS || (condition)                                       \
        ? static_cast<void>(0)                                                \
@@ -39,7 +39,7 @@ template <class... Numbers>
   text.precision(kDigitsOfADouble);
   text << condition << " does not hold: " << names << " = ";
   const char* separator = "";
-  // The sign makes a number of what would be written as a character.
+  // Unary plus prints a character type as a number.
   ((text << separator << +numbers, separator = ", "), ...);
   AbortAt(file, line, text.str());
 }

@@ -6,14 +6,14 @@ namespace ZARN {
 
 /// Terminal colours for text on standard output.
 ///
-/// Every unit that includes this header has its own copies (internal linkage),
-/// set while the unit's statics are initialised: the escape sequence when
-/// standard output is a terminal, otherwise the empty string. isatty is asked
-/// once per colour, in this order. The names that start with a B before the
-/// colour (BBLACK, BRED, ...) are the bold variants; CLR resets.
+/// Every translation unit that includes this header has its own copies
+/// (internal linkage), set when its statics are initialised: the escape
+/// sequence if standard output is a terminal, otherwise the empty string.
+/// isatty is called once per colour, in this order. Names with an extra B at
+/// the start (BBLACK, BRED, ...) are the bold variants; CLR resets.
 ///
-/// The system's own messages carry no colour: their texts are compared, logged
-/// and searched as they stand.
+/// The system's own messages have no colour: their exact texts are compared,
+/// logged and searched.
 const char* const BLACK = isatty(1) ? "\033[30m" : "";
 const char* const BBLACK = isatty(1) ? "\033[30;1m" : "";
 const char* const RED = isatty(1) ? "\033[31m" : "";

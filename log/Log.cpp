@@ -15,8 +15,8 @@ namespace {
 
 std::mutex outputLock;
 
-/// Messages that this thread has begun and not ended. What is left when the
-/// thread ends is sent then, so that no text is lost.
+/// Unfinished messages of this thread. They are sent when the thread ends, so
+/// that no text is lost.
 struct UnsentTexts {
   std::map<otext*, std::string> byStream;
   UnsentTexts() = default;
@@ -30,7 +30,7 @@ struct UnsentTexts {
 thread_local UnsentTexts unsent;
 
 std::ostream& StandardError() {
-  // A static constructor of another unit may write before std::cerr is made.
+  // The constructor of another unit's static may write before std::cerr exists.
   static const std::ios_base::Init standardStreams;
   return std::cerr;
 }

@@ -1,4 +1,4 @@
-// Off in this file, whatever the build has.
+// Off in this file, whatever the build sets.
 #undef ZARN_ASSERTIONS
 #include "log/Assert.hpp"
 
@@ -7,7 +7,7 @@
 namespace ZARN {
 namespace {
 
-TEST(AssertOff, DoesNotAskForTheCondition) {
+TEST(AssertOff, DoesNotEvaluateTheCondition) {
   int asked = 0;
   ZARN_ASSERT(++asked == 0, ++asked);
   EXPECT_EQ(asked, 0);

@@ -1,4 +1,4 @@
-// On in this file, whatever the build has.
+// On in this file, whatever the build sets.
 #undef ZARN_ASSERTIONS
 #define ZARN_ASSERTIONS
 #include "log/Assert.hpp"
@@ -10,13 +10,13 @@
 namespace ZARN {
 namespace {
 
-TEST(Assert, IsSilentWhereTheConditionHolds) {
+TEST(Assert, DoesNothingIfTheConditionHolds) {
   int asked = 0;
   ZARN_ASSERT(++asked == 1, asked);
   EXPECT_EQ(asked, 1);
 }
 
-TEST(AssertDeathTest, TellsConditionAndNumbersAndEndsTheProgram) {
+TEST(AssertDeathTest, PrintsConditionAndNumbersAndAborts) {
   const int cell = 17;
   const std::uint8_t cells = 16;
   EXPECT_DEATH(ZARN_ASSERT(cell < cells, cell, cells),
@@ -24,12 +24,12 @@ TEST(AssertDeathTest, TellsConditionAndNumbersAndEndsTheProgram) {
                "cell, cells = 17, 16\n");
 }
 
-TEST(AssertDeathTest, TellsAllDigitsOfANumber) {
+TEST(AssertDeathTest, PrintsAllDigitsOfANumber) {
   const double third = 1.0 / 3.0;
   EXPECT_DEATH(ZARN_ASSERT(third > 1.0, third), "= 0.33333333333333331\n");
 }
 
-TEST(Assert, MayStandInAConstantExpression) {
+TEST(Assert, WorksInAConstantExpression) {
   constexpr auto kHalf = [](int number) {
     ZARN_ASSERT(number % 2 == 0, number);
     return number / 2;

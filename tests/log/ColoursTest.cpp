@@ -27,7 +27,7 @@ std::string OutputOnATerminal() {
 }
 
 std::string OutputOnAPipe() {
-  // NOLINTNEXTLINE(cert-env33-c): a program of this build, by its whole path
+  // NOLINTNEXTLINE(cert-env33-c): a program of this build, by its full path
   FILE* const pipe = popen(ZARN_PRINT_COLOURS, "r");
   std::string output;
   for (int c = 0; (c = std::fgetc(pipe)) != EOF;) {
@@ -37,14 +37,14 @@ std::string OutputOnAPipe() {
   return output;
 }
 
-TEST(Colours, AreEscapeSequencesWhereStandardOutputIsATerminal) {
+TEST(Colours, AreEscapeSequencesOnATerminal) {
   EXPECT_EQ(OutputOnATerminal(),
             "\033[30m,\033[30;1m,\033[31m,\033[31;1m,\033[32m,\033[32;1m,"
             "\033[33m,\033[33;1m,\033[34m,\033[34;1m,\033[35m,\033[35;1m,"
             "\033[36m,\033[36;1m,\033[37m,\033[37;1m,\033[m,");
 }
 
-TEST(Colours, AreEmptyWhereStandardOutputIsNoTerminal) {
+TEST(Colours, AreEmptyOnAPipe) {
   EXPECT_EQ(OutputOnAPipe(), ",,,,,,,,,,,,,,,,,");
 }
 

@@ -18,7 +18,7 @@ namespace {
 
 using Testing::Captured;
 
-TEST(Log, WritesTheTextAloneWithoutPrefixOrColour) {
+TEST(Log, WritesOnlyTheTextWithoutPrefixOrColour) {
   const Captured captured(warn);
   warn << "a message\n";
   EXPECT_EQ(captured.Text(), "a message\n");
@@ -30,7 +30,7 @@ TEST(Log, ChainsTextsNumbersAndEndl) {
   EXPECT_EQ(captured.Text(), "x = 1.5, name\n");
 }
 
-TEST(Log, PrintsNumbersAsAStreamDoesByDefault) {
+TEST(Log, PrintsNumbersLikeAStreamByDefault) {
   for (const double value :
        {0.0, -0.0, 1.0, 150.0, 1.0 / 3.0, 1e6, 1e5, 123456789.0, 1e-5, 1e300,
         5e-324, -33800000.0, std::numeric_limits<double>::infinity(),
@@ -44,13 +44,13 @@ TEST(Log, PrintsNumbersAsAStreamDoesByDefault) {
   }
 }
 
-TEST(Log, WritesWarningsToStandardErrorAtFirst) {
+TEST(Log, WritesWarningsToStandardErrorByDefault) {
   testing::internal::CaptureStderr();
   warn << "to standard error\n";
   EXPECT_EQ(testing::internal::GetCapturedStderr(), "to standard error\n");
 }
 
-TEST(Log, KeepsDiagnosticsSilentUntilSwitchedOn) {
+TEST(Log, DropsDiagnosticsUntilSwitchedOn) {
   std::ostringstream output;
   debug.SetOutput(&output);
   debug << "unheard\n";
@@ -62,7 +62,7 @@ TEST(Log, KeepsDiagnosticsSilentUntilSwitchedOn) {
   EXPECT_EQ(output.str(), "heard\n");
 }
 
-TEST(Log, SendsAnUnfinishedMessageToTheOutputItWasBegunFor) {
+TEST(Log, SendsAnUnfinishedMessageToTheOldOutput) {
   std::ostringstream first;
   std::ostringstream second;
   warn.SetOutput(&first);
@@ -91,7 +91,7 @@ std::vector<std::string> SortedLines(const std::string& text) {
   return lines;
 }
 
-TEST(Log, WritesMessagesOfSeveralThreadsWhole) {
+TEST(Log, DoesNotMixMessagesOfSeveralThreads) {
   constexpr int kThreads = 4;
   constexpr int kMessages = 500;
   std::ostringstream output;  // both streams share it

@@ -16,6 +16,6 @@ void PrintColours() {
 }  // namespace
 }  // namespace ZARN
 
-/// Prints every colour, for the test that runs it with standard output on a
-/// terminal and off it.
+/// Prints every colour; the test runs it with and without a terminal as
+/// standard output.
 int main() { ZARN::PrintColours(); }

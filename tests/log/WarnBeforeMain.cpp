@@ -2,8 +2,8 @@
 
 namespace {
 
-/// This unit includes nothing that makes std::cerr, and is initialised before
-/// those that do.
+/// Writes before main. This unit includes nothing that creates std::cerr, and
+/// is initialised before units that do.
 struct Warner {
   Warner() { ZARN::warn << "written before main\n"; }
 };
