@@ -4,13 +4,13 @@
 
 namespace ZARN {
 
-/// The constants database: the set of tables that the whole process shares, and
-/// that calculators read unless they are given a set of their own.
+/// The constants database: the table set that the whole process shares.
+/// Calculators read it unless they are given a table set of their own.
 ///
-///     ZARN::TableSet tables = ZARN::DB::Get();  // a copy, independent of it
+///     ZARN::TableSet tables = ZARN::DB::Get();  // an independent copy
 class DB final : public TableSet {
  public:
-  /// The one database of the process, made at the first call.
+  /// The only database of the process, created by the first call.
   static DB& Get();
 
   DB(const DB&) = delete;

@@ -5,14 +5,14 @@
 
 namespace ZARN {
 
-/// A table, an entry or a field is missing, or a field has another type than
-/// the one asked for. The text names table, index, field, run and pass.
+/// A table, an entry or a field is missing, or a field does not have the
+/// requested type. The text names table, index, field, run and pass.
 class DBNotFoundError : public std::runtime_error {
  public:
   using std::runtime_error::runtime_error;
 };
 
-/// A field holds a value that cannot be. The text names table, index and field.
+/// A field has an invalid value. The text names table, index and field.
 class DBValueError : public std::runtime_error {
  public:
   DBValueError(const std::string& table, const std::string& index,
@@ -21,14 +21,14 @@ class DBValueError : public std::runtime_error {
                            ": the field " + field + " " + reason) {}
 };
 
-/// A table file that cannot be used. The text names the file, the line and the
-/// JSON path of what is wrong with it.
+/// A table file cannot be read or is invalid. The text names the file and, if
+/// it is invalid, the line and the JSON path.
 class TableFileError : public std::runtime_error {
  public:
   using std::runtime_error::runtime_error;
 };
 
-/// A link handle that holds nothing was dereferenced.
+/// An empty link handle was dereferenced.
 class null_dereference : public std::runtime_error {
  public:
   explicit null_dereference(const std::string& text)

@@ -8,8 +8,8 @@
 
 namespace ZARN {
 
-/// A view of one table entry, from which fields are read by name. It keeps its
-/// entry alive, whatever happens to its set meanwhile.
+/// Reads fields of one table entry by name. Keeps the entry alive, even if its
+/// table set changes or is destroyed.
 class DBLink {
  public:
   explicit DBLink(std::shared_ptr<const TableEntry> entry);
@@ -22,7 +22,7 @@ class DBLink {
   /// @throws DBNotFoundError if the field is missing or not a string
   std::string GetS(const std::string& field) const;
 
-  /// Whether the field is one number, and not an array or a string.
+  /// Whether the field is a single number, not an array or a string.
   ///
   /// @throws DBNotFoundError if the field is missing
   bool IsNumber(const std::string& field) const;

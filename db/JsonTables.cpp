@@ -18,7 +18,7 @@ namespace {
 using Json::Node;
 using eKind = Json::Node::eKind;
 
-/// Turns the tree of one text into entries.
+/// Converts the JSON tree of one text to table entries.
 class TableReader {
  public:
   explicit TableReader(const std::string& name) : name_(name) {}
@@ -33,7 +33,7 @@ class TableReader {
 
  private:
   TableEntry ReadEntry(const Node& node) const {
-    Require(node, eKind::kObject, "a table entry, which is an object");
+    Require(node, eKind::kObject, "a table entry (a JSON object)");
     TableEntry entry;
     bool hasTable = false;
     bool hasIndex = false;
@@ -125,8 +125,8 @@ class TableReader {
 namespace fs = std::filesystem;
 
 std::string ReadWholeFile(const std::string& path) {
-  // Above any real set of tables; keeps a wrong path (a raw data file) from
-  // taking all memory.
+  // Larger than any real table file; stops a wrong path (e.g. a raw data file)
+  // from using all memory.
   constexpr std::size_t kMaxBytes = 256UL << 20U;
   std::ifstream file(path, std::ios::binary);
   std::string text;

@@ -15,19 +15,19 @@ namespace ZARN {
 ///       {"table": "GEO", "index": "hold_up_ropes", "runs": [1000, null],
 ///        "pass": 1, "fields": {"solid_definition": "rope"}} ]
 ///
-/// "table", "index" and "fields" are required; "runs" is the inclusive range of
-/// runs (null: open; default: all runs), "pass" a whole number from 0 (default
+/// "table", "index" and "fields" are required. "runs" is the inclusive range of
+/// runs (null: no limit; default: all runs), "pass" an integer >= 0 (default
 /// 0). A field is a number, an array of numbers or a string.
 ///
 /// @param text  JSON, UTF-8
-/// @param name  what to call the text in errors, usually its file name
-/// @throws TableFileError for anything else: other keys, another shape, a key
-///         given twice, a number that a double cannot hold
+/// @param name  name of the text in error messages, usually the file name
+/// @throws TableFileError for anything else: unknown keys, a wrong structure, a
+///         key given twice, a number that a double cannot hold
 std::vector<TableEntry> ParseJsonTables(const std::string& text,
                                         const std::string& name);
 
-/// The files that hold the tables at a path: the file itself, or every *.json
-/// file of a directory, in the order of their names.
+/// The table files at a path: the file itself, or every *.json file of a
+/// directory, sorted by name.
 ///
 /// @throws TableFileError if a directory cannot be read or holds no *.json
 std::vector<std::string> TableFiles(const std::string& path);
@@ -38,8 +38,8 @@ std::vector<std::string> TableFiles(const std::string& path);
 ///         cannot be read or is above 256 MiB
 std::vector<TableEntry> ReadJsonTables(const std::string& path);
 
-/// Add to @p tables what ReadJsonTables reads. If that throws, they are as they
-/// were, also where only the last file of a directory is bad.
+/// Add the entries of ReadJsonTables to @p tables. If it throws, @p tables is
+/// unchanged, even if only the last file of a directory is bad.
 void LoadJsonTables(TableSet& tables, const std::string& path);
 
 }  // namespace ZARN

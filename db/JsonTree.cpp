@@ -10,8 +10,8 @@
 namespace ZARN::Json {
 namespace {
 
-/// Reads the text for the parser and counts the lines that went by. The parser
-/// copies its iterators, so the count lives outside.
+/// Feeds the text to the parser and counts its lines. The parser copies its
+/// iterators, so the count is stored outside.
 class LineCountingIterator {
  public:
   using iterator_category = std::input_iterator_tag;
@@ -23,9 +23,9 @@ class LineCountingIterator {
   LineCountingIterator(const char* at, int* line) : at_(at), line_(line) {}
 
   reference operator*() const { return *at_; }
-  /// A newline counts when the character after it is read: a number is known to
-  /// have ended only when the character behind it has been read, which must not
-  /// move the number to the next line.
+  /// A newline is counted when the character after it is read. The parser reads
+  /// one character past a number to find its end; the number must not move to
+  /// the next line because of that.
   LineCountingIterator& operator++() {
     if (previousWasNewline_) ++*line_;
     previousWasNewline_ = *at_ == '\n';
@@ -45,8 +45,8 @@ class LineCountingIterator {
   bool previousWasNewline_ = false;
 };
 
-/// A member's step in a JSON path: .name, or ["a name"] where the name would
-/// read as something else.
+/// A member in a JSON path: .name, or ["a name"] if the name has other than
+/// letters, digits, _ and -.
 std::string MemberStep(const std::string& name) {
   const bool plain =
       !name.empty() && std::all_of(name.begin(), name.end(), [](char c) {
@@ -56,7 +56,7 @@ std::string MemberStep(const std::string& name) {
   return plain ? "." + name : "[\"" + name + "\"]";
 }
 
-/// Receives the parser's events and grows the tree.
+/// Builds the tree from the parser's events.
 class TreeBuilder {
  public:
   using number_integer_t = nlohmann::json::number_integer_t;
@@ -87,7 +87,7 @@ class TreeBuilder {
   bool number_unsigned(number_unsigned_t value) {
     Node& node = Place(Node::eKind::kNumber);
     node.number = static_cast<double>(value);
-    // Larger ones stay without an integer: nothing here counts that far.
+    // Larger values get no integer; no field here needs one.
     if (value <=
         static_cast<number_unsigned_t>(std::numeric_limits<long long>::max())) {
       node.integer = static_cast<long long>(value);
@@ -123,8 +123,8 @@ class TreeBuilder {
 
   bool parse_error(std::size_t /*position*/, const std::string& /*token*/,
                    const nlohmann::json::exception& error) {
-    // The library's text begins with its own name in brackets and, of a syntax
-    // error, the place: both are told already.
+    // The library's text starts with its own name in brackets and, for a syntax
+    // error, the place, which our message already has.
     std::string reason = error.what();
     reason.erase(0, reason.find("] ") + 2);
     if (reason.rfind("parse error at line ", 0) == 0) {
@@ -134,12 +134,11 @@ class TreeBuilder {
   }
 
  private:
-  /// Array of entries, entry, fields, array of numbers; more is refused before
-  /// it costs memory.
+  /// Tables need four levels: array of entries, entry, fields, array of
+  /// numbers. The limit rejects deep nesting before it uses much memory.
   static constexpr std::size_t kMaxDepth = 8;
 
-  /// The path of the value that comes next, or of the object whose key comes
-  /// next.
+  /// The path of the next value, or of the object whose key comes next.
   std::string PathOfNext() const {
     if (open_.empty()) return "$";
     const Node& parent = *open_.back();
@@ -169,7 +168,8 @@ class TreeBuilder {
   bool Open(Node::eKind kind) {
     Node& node = Place(kind);
     if (open_.size() == kMaxDepth) {
-      Refuse(name_, *line_, node.path, "nested deeper than tables are");
+      Refuse(name_, *line_, node.path,
+             "nesting too deep (limit " + std::to_string(kMaxDepth) + ")");
     }
     open_.push_back(&node);
     return true;
@@ -183,8 +183,8 @@ class TreeBuilder {
   const std::string& name_;
   const int* line_;
   Node root_;
-  std::vector<Node*> open_;  // a parent grows only while its last child is not
-                             // open, so the pointers stay valid
+  // A parent gets no new child while a child is open, so pointers stay valid.
+  std::vector<Node*> open_;
 };
 
 }  // namespace

@@ -7,23 +7,22 @@
 
 namespace ZARN::Json {
 
-/// A JSON value that knows its place in the text, so that whoever reads it can
-/// say where it is wrong.
+/// A JSON value with its place in the text, for error messages.
 struct Node {
   enum class eKind { kNull, kBoolean, kNumber, kString, kArray, kObject };
 
   eKind kind = eKind::kNull;
-  int line = 1;                      ///< where the value stands, from 1
+  int line = 1;                      ///< line of the value, from 1
   std::string path;                  ///< JSON path, e.g. $[3].fields.x[0]
   double number = 0.0;               ///< of a number
   std::optional<long long> integer;  ///< of a number written as a whole number
   std::string text;                  ///< of a string
   std::vector<Node> items;           ///< of an array
-  std::vector<std::pair<std::string, Node>>
-      members;  ///< of an object, as given
+  /// Of an object, in file order.
+  std::vector<std::pair<std::string, Node>> members;
 };
 
-/// Say that something is wrong at a place: throws TableFileError with
+/// Report an error at a place: throws TableFileError with
 /// "<name>:<line>: <path>: <reason>".
 [[noreturn]] void Refuse(const std::string& name, int line,
                          const std::string& path, const std::string& reason);
@@ -31,8 +30,7 @@ struct Node {
 /// Parse JSON text into a tree.
 ///
 /// @throws TableFileError for text that is not JSON, a key given twice in one
-///         object, a number that a double cannot hold, or more nesting than
-///         tables have
+///         object, a number that a double cannot hold, or too deep nesting
 Node ParseTree(const std::string& text, const std::string& name);
 
 }  // namespace ZARN::Json

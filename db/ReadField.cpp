@@ -3,8 +3,8 @@
 namespace ZARN {
 namespace {
 
-/// A link to the entry of a field; where there is none, the error tells which
-/// field was wanted.
+/// A link to the entry that should have a field; if there is no entry, the
+/// error also names the field.
 simple_ptr_nocopy<DBLink> LinkTo(const TableSet& tables,
                                  const std::string& table,
                                  const std::string& index,

@@ -7,10 +7,9 @@
 
 namespace ZARN {
 
-// Each read takes a link of its own with pass -1, the highest pass, and
-// releases it at once. Numbers are given as they are stored. All throw
-// DBNotFoundError if the table, the entry or the field is missing or the field
-// has another type.
+// Each read takes its own link with pass -1, the highest pass, and releases it
+// at once. Numbers are returned as stored. All throw DBNotFoundError if the
+// table, the entry or the field is missing or the field has another type.
 
 double ReadNumber(const TableSet& tables, const std::string& table,
                   const std::string& index, const std::string& field);
@@ -21,7 +20,7 @@ std::vector<double> ReadNumbers(const TableSet& tables,
 std::string ReadString(const TableSet& tables, const std::string& table,
                        const std::string& index, const std::string& field);
 
-/// Whether a field is one number, and not an array or a string.
+/// Whether a field is a single number, not an array or a string.
 bool IsNumber(const TableSet& tables, const std::string& table,
               const std::string& index, const std::string& field);
 

@@ -6,14 +6,14 @@
 
 namespace ZARN {
 
-/// Handle with a shared count: copies of the handle share the object ("nocopy":
+/// Reference-counted handle: copies of the handle share the object ("nocopy":
 /// the object itself is never copied), and the last one deletes it.
 ///
-/// The count is not atomic: the copies of one handle stay in one thread.
+/// The count is not atomic: use all copies of one handle in one thread.
 template <class T>
 class simple_ptr_nocopy {
  public:
-  /// @param object  taken over; may be null
+  /// @param object  the handle takes ownership; may be null
   explicit simple_ptr_nocopy(T* object = nullptr) try
       : object_(object), count_(new unsigned(1)) {
   } catch (...) {
@@ -38,7 +38,7 @@ class simple_ptr_nocopy {
     delete count_;
   }
 
-  /// @throws null_dereference if the handle holds nothing
+  /// @throws null_dereference if the handle is empty
   T* operator->() const {
     if (object_ == nullptr) {
       throw null_dereference(

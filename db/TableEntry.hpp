@@ -10,8 +10,8 @@ namespace ZARN {
 
 /// The inclusive range of runs for which an entry is valid.
 struct RunRange {
-  int first = std::numeric_limits<int>::min();  ///< the lowest int: open
-  int last = std::numeric_limits<int>::max();   ///< the highest int: open
+  int first = std::numeric_limits<int>::min();  ///< lowest int: no limit
+  int last = std::numeric_limits<int>::max();   ///< highest int: no limit
 
   bool Contains(int run) const { return first <= run && run <= last; }
 };
@@ -19,12 +19,12 @@ struct RunRange {
 /// One value of an entry: a number, an array of numbers, or a string.
 using TableField = std::variant<double, std::vector<double>, std::string>;
 
-/// One entry of one table, the unit in which sources fill a set of tables.
+/// One entry of one table; table sources add whole entries to a set.
 struct TableEntry {
   std::string table;
   std::string index;
   RunRange runs;
-  int pass = 0;  ///< >= 0; a higher pass supersedes a lower one
+  int pass = 0;  ///< >= 0; a higher pass replaces a lower one
   std::map<std::string, TableField> fields;
 };
 

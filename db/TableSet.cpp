@@ -3,7 +3,7 @@
 namespace ZARN {
 
 void TableSet::Add(std::vector<TableEntry> entries) {
-  auto grown = entries_;  // holds pointers, so the copy is cheap
+  auto grown = entries_;  // copies pointers only
   for (TableEntry& entry : entries) {
     auto& sameKey = grown[Key(entry.table, entry.index)];
     sameKey.push_back(std::make_shared<const TableEntry>(std::move(entry)));

@@ -21,32 +21,32 @@ namespace ZARN {
 ///     tables.SetRun(20000);
 ///     calculator.BeginOfRun(tables);  // reads these, not ZARN::DB::Get()
 ///
-/// It lives in memory; sources (db/JsonTables.hpp) fill it. Numbers are stored
-/// as they come: lengths in mm and angles in rad, as their readers expect.
-/// Copies share the entries, which never change, and are independent otherwise.
-/// Links may be taken from several threads as long as none changes this set.
+/// The tables are in memory; sources (db/JsonTables.hpp) fill them. Numbers are
+/// stored unchanged: lengths in mm and angles in rad, as their readers expect.
+/// Copies share the entries, which never change, but are otherwise independent.
+/// Taking links is thread-safe while no thread changes this set.
 class TableSet {
  public:
-  /// A pass argument: the highest pass there is.
+  /// Pass argument that selects the highest pass.
   static constexpr int kHighestPass = -1;
 
-  /// Add entries. Later ones win over earlier ones of the same table, index
-  /// and pass. If this throws, none is added.
+  /// Add entries. Of those valid for a run with the same table, index and pass,
+  /// the one added last is used. If this throws, none is added.
   void Add(std::vector<TableEntry> entries);
 
-  /// Remove all entries; the run stays.
+  /// Remove all entries; keep the run.
   void Clear();
 
-  /// The run for which links are taken; 0 at first.
+  /// The run for which links are taken; initially 0.
   void SetRun(int run) { run_ = run; }
   int GetRun() const { return run_; }
 
-  /// Take a link to an entry that is valid for the run of this set.
+  /// Take a link to an entry that is valid for the current run.
   ///
   /// @param table  table name
   /// @param index  entry name
-  /// @param pass   a pass number, of which the entry added last is taken, or
-  ///               kHighestPass
+  /// @param pass   a pass number or kHighestPass; if several entries match, the
+  ///               one added last is used
   /// @throws DBNotFoundError if there is no such entry
   simple_ptr_nocopy<DBLink> GetLink(std::string table, std::string index,
                                     int pass) const;
@@ -55,7 +55,7 @@ class TableSet {
   using Key = std::pair<std::string, std::string>;  // table, index
   using Entries = std::vector<std::shared_ptr<const TableEntry>>;
 
-  std::map<Key, Entries> entries_;  // each list in the order of adding
+  std::map<Key, Entries> entries_;  // each list in the order added
   int run_ = 0;
 };
 

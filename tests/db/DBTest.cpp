@@ -10,7 +10,7 @@
 namespace ZARN {
 namespace {
 
-TEST(DB, IsOneForTheProcessAlsoWhenSeveralThreadsAskFirst) {
+TEST(DB, IsOneObjectForAllThreads) {
   std::vector<DB*> seen(8);
   std::vector<std::thread> threads;
   threads.reserve(seen.size());

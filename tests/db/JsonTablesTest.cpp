@@ -23,7 +23,7 @@ std::vector<TableEntry> Parse(const std::string& text) {
   return ParseJsonTables(text, "geo.json");
 }
 
-std::string Refusal(const std::string& text) {
+std::string ErrorText(const std::string& text) {
   return TextOf<TableFileError>([&] { Parse(text); });
 }
 
@@ -38,7 +38,7 @@ std::string WithKey(const std::string& keyAndValue) {
          "}]";
 }
 
-TEST(JsonTables, ReadsEntriesWithAllTheyCanHave) {
+TEST(JsonTables, ReadsEntriesWithAllKeys) {
   const auto entries = Parse(R"([
     {"table": "SOLID", "index": "acrylic_vessel_inner",
      "fields": {"r_sphere": 5800.0, "count": 3, "x": [1, -2.5, 1e3],
@@ -80,58 +80,59 @@ TEST(JsonTables, ReadsNumbersToTheNearestDouble) {
 }
 
 TEST(JsonTables, RefusesUnknownKeys) {
-  EXPECT_EQ(Refusal(WithKey("\"Pass\": 1")),
+  EXPECT_EQ(ErrorText(WithKey("\"Pass\": 1")),
             "geo.json:1: $[0].Pass: unknown key; an entry has table, index, "
             "runs, pass and fields");
-  EXPECT_EQ(Refusal(WithKey("\"a key\": 1")),
+  EXPECT_EQ(ErrorText(WithKey("\"a key\": 1")),
             "geo.json:1: $[0][\"a key\"]: unknown key; an entry has table, "
             "index, runs, pass and fields");
 }
 
 TEST(JsonTables, RefusesMissingKeys) {
-  EXPECT_EQ(Refusal("[\n\n{\"index\": \"a\", \"fields\": {}}]"),
+  EXPECT_EQ(ErrorText("[\n\n{\"index\": \"a\", \"fields\": {}}]"),
             "geo.json:3: $[0]: the key \"table\" is missing");
-  EXPECT_EQ(Refusal("[{\"table\": \"a\", \"fields\": {}}]"),
+  EXPECT_EQ(ErrorText("[{\"table\": \"a\", \"fields\": {}}]"),
             "geo.json:1: $[0]: the key \"index\" is missing");
-  EXPECT_EQ(Refusal("[{\"table\": \"a\", \"index\": \"b\"}]"),
+  EXPECT_EQ(ErrorText("[{\"table\": \"a\", \"index\": \"b\"}]"),
             "geo.json:1: $[0]: the key \"fields\" is missing");
 }
 
-TEST(JsonTables, RefusesAnotherShape) {
-  EXPECT_EQ(Refusal("{}"), "geo.json:1: $: expected an array of table entries");
-  EXPECT_EQ(Refusal("[1]"),
-            "geo.json:1: $[0]: expected a table entry, which is an object");
-  EXPECT_EQ(Refusal("[{\"table\": 1, \"index\": \"b\", \"fields\": {}}]"),
+TEST(JsonTables, RefusesAWrongStructure) {
+  EXPECT_EQ(ErrorText("{}"),
+            "geo.json:1: $: expected an array of table entries");
+  EXPECT_EQ(ErrorText("[1]"),
+            "geo.json:1: $[0]: expected a table entry (a JSON object)");
+  EXPECT_EQ(ErrorText("[{\"table\": 1, \"index\": \"b\", \"fields\": {}}]"),
             "geo.json:1: $[0].table: expected a string");
-  EXPECT_EQ(Refusal("[{\"table\": \"a\", \"index\": \"b\", \"fields\": []}]"),
+  EXPECT_EQ(ErrorText("[{\"table\": \"a\", \"index\": \"b\", \"fields\": []}]"),
             "geo.json:1: $[0].fields: expected an object of fields");
   const std::string wanted =
       "geo.json:1: $[0].fields.f: expected a number, an array of numbers or a "
       "string";
   for (const char* const json : {"null", "true", "{}"}) {
-    EXPECT_EQ(Refusal(WithField(json)), wanted) << json;
+    EXPECT_EQ(ErrorText(WithField(json)), wanted) << json;
   }
-  EXPECT_EQ(Refusal(WithField("[1, \"2\"]")),
+  EXPECT_EQ(ErrorText(WithField("[1, \"2\"]")),
             "geo.json:1: $[0].fields.f[1]: expected a number");
-  EXPECT_EQ(Refusal(WithField("[[1]]")),
+  EXPECT_EQ(ErrorText(WithField("[[1]]")),
             "geo.json:1: $[0].fields.f[0]: expected a number");
 }
 
 TEST(JsonTables, RefusesBadRunsAndPasses) {
-  EXPECT_EQ(Refusal(WithKey("\"runs\": 5")),
+  EXPECT_EQ(ErrorText(WithKey("\"runs\": 5")),
             "geo.json:1: $[0].runs: expected a range [first run, last run]");
-  EXPECT_EQ(Refusal(WithKey("\"runs\": [1]")),
+  EXPECT_EQ(ErrorText(WithKey("\"runs\": [1]")),
             "geo.json:1: $[0].runs: expected two runs, found 1");
-  EXPECT_EQ(Refusal(WithKey("\"runs\": [5, 4]")),
+  EXPECT_EQ(ErrorText(WithKey("\"runs\": [5, 4]")),
             "geo.json:1: $[0].runs[1]: the last run is before the first");
-  EXPECT_EQ(Refusal(WithKey("\"runs\": [1.5, 4]")),
+  EXPECT_EQ(ErrorText(WithKey("\"runs\": [1.5, 4]")),
             "geo.json:1: $[0].runs[0]: expected a whole number from "
             "-2147483648 to 2147483647");
   const std::string passes =
       "geo.json:1: $[0].pass: expected a whole number from 0 to 2147483647";
   for (const char* const json :
        {"-1", "1.0", "2147483648", "18446744073709551615", "\"1\"", "null"}) {
-    EXPECT_EQ(Refusal(WithKey(std::string("\"pass\": ") + json)), passes)
+    EXPECT_EQ(ErrorText(WithKey(std::string("\"pass\": ") + json)), passes)
         << json;
   }
 }
@@ -147,44 +148,43 @@ TEST(JsonTables, AcceptsARangeOfOneRunAndOpenRanges) {
 }
 
 TEST(JsonTables, RefusesAKeyGivenTwice) {
-  EXPECT_EQ(Refusal("[{\"table\": \"a\",\n\"table\": \"b\"}]"),
+  EXPECT_EQ(ErrorText("[{\"table\": \"a\",\n\"table\": \"b\"}]"),
             "geo.json:2: $[0]: the key \"table\" is given twice");
-  EXPECT_EQ(Refusal(WithField("1,\n\n\"f\": 2")),
+  EXPECT_EQ(ErrorText(WithField("1,\n\n\"f\": 2")),
             "geo.json:3: $[0].fields: the key \"f\" is given twice");
 }
 
-TEST(JsonTables, RefusesWhatIsNoNumberOfADouble) {
-  EXPECT_EQ(Refusal(WithField("[1,\n1e999]")),
+TEST(JsonTables, RefusesNumbersThatADoubleCannotHold) {
+  EXPECT_EQ(ErrorText(WithField("[1,\n1e999]")),
             "geo.json:2: $[0].fields.f[1]: number overflow parsing '1e999'");
   for (const char* const json :
        {"NaN", "Infinity", "-Infinity", "+1", "0x10", "01", "1.", ".5"}) {
-    const std::string refusal = Refusal(WithField(json));
-    EXPECT_EQ(refusal.rfind("geo.json:1: $[0].fields", 0), 0U) << refusal;
-    EXPECT_NE(refusal.find(": syntax error"), std::string::npos) << refusal;
+    const std::string error = ErrorText(WithField(json));
+    EXPECT_EQ(error.rfind("geo.json:1: $[0].fields", 0), 0U) << error;
+    EXPECT_NE(error.find(": syntax error"), std::string::npos) << error;
   }
 }
 
-TEST(JsonTables, RefusesWhatIsNoJson) {
+TEST(JsonTables, RefusesTextThatIsNotJson) {
   for (const char* const text :
        {"", "[", "[{]", "[] []", "[{\"table\" 1}]", "// comment\n[]",
         "[\"\xFF\"]", "[\"a\nb\"]"}) {
-    const std::string refusal = Refusal(text);
-    EXPECT_EQ(refusal.rfind("geo.json:", 0), 0U) << text << ": " << refusal;
-    EXPECT_NE(refusal.find(": $"), std::string::npos)
-        << text << ": " << refusal;
+    const std::string error = ErrorText(text);
+    EXPECT_EQ(error.rfind("geo.json:", 0), 0U) << text << ": " << error;
+    EXPECT_NE(error.find(": $"), std::string::npos) << text << ": " << error;
   }
 }
 
-TEST(JsonTables, RefusesDeepNestingBeforeItCostsMemory) {
-  const std::string refusal = Refusal(std::string(100000, '['));
-  EXPECT_EQ(refusal,
-            "geo.json:1: $[0][0][0][0][0][0][0][0]: nested deeper than tables "
-            "are");
+TEST(JsonTables, RefusesDeepNestingBeforeItUsesMuchMemory) {
+  const std::string error = ErrorText(std::string(100000, '['));
+  EXPECT_EQ(error,
+            "geo.json:1: $[0][0][0][0][0][0][0][0]: nesting too deep "
+            "(limit 8)");
 }
 
-TEST(JsonTables, NamesTheLineOfANumberThatEndsItsLine) {
-  EXPECT_EQ(Refusal("[\n1\n]"),
-            "geo.json:2: $[0]: expected a table entry, which is an object");
+TEST(JsonTables, NamesTheLineOfANumberAtTheEndOfALine) {
+  EXPECT_EQ(ErrorText("[\n1\n]"),
+            "geo.json:2: $[0]: expected a table entry (a JSON object)");
 }
 
 class JsonTablesOnDisk : public testing::Test {
@@ -218,7 +218,7 @@ TEST_F(JsonTablesOnDisk, LoadsAFile) {
   EXPECT_EQ(LoadedValue(), 1.5);
 }
 
-TEST_F(JsonTablesOnDisk, LoadsAFileIntoTheDatabaseOfTheProcess) {
+TEST_F(JsonTablesOnDisk, LoadsAFileIntoTheProcessWideDatabase) {
   Write("geo.json", WithField("1.5"));
   DB::Get().Clear();
   LoadJsonTables(DB::Get(), Path("geo.json"));
@@ -226,7 +226,7 @@ TEST_F(JsonTablesOnDisk, LoadsAFileIntoTheDatabaseOfTheProcess) {
   DB::Get().Clear();
 }
 
-TEST_F(JsonTablesOnDisk, LoadsADirectoryByNameSoThatTheLastNameWins) {
+TEST_F(JsonTablesOnDisk, LoadsADirectoryInNameOrderSoThatTheLastFileWins) {
   Write("b.json", WithField("2"));
   Write("a.json", WithField("1"));
   Write("c.txt", "no table");
@@ -234,7 +234,7 @@ TEST_F(JsonTablesOnDisk, LoadsADirectoryByNameSoThatTheLastNameWins) {
   EXPECT_EQ(LoadedValue(), 2.0);
 }
 
-TEST_F(JsonTablesOnDisk, LeavesTheTablesAsTheyWereWhenAFileIsRefused) {
+TEST_F(JsonTablesOnDisk, LeavesTheTablesUnchangedIfAFileIsRefused) {
   Write("a.json", WithField("1"));
   LoadJsonTables(tables_, folder_.string());
   Write("a.json", WithField("2"));
@@ -243,7 +243,7 @@ TEST_F(JsonTablesOnDisk, LeavesTheTablesAsTheyWereWhenAFileIsRefused) {
   EXPECT_EQ(LoadedValue(), 1.0);
 }
 
-TEST_F(JsonTablesOnDisk, NamesTheFileOfADirectoryThatIsRefused) {
+TEST_F(JsonTablesOnDisk, NamesTheBadFileOfADirectory) {
   Write("a.json", WithField("1"));
   Write("b.json", WithField("\n\ntrue"));
   EXPECT_EQ(TextOf<TableFileError>([&] { ReadJsonTables(folder_.string()); }),
@@ -252,7 +252,7 @@ TEST_F(JsonTablesOnDisk, NamesTheFileOfADirectoryThatIsRefused) {
                 "of numbers or a string");
 }
 
-TEST_F(JsonTablesOnDisk, RefusesWhatCannotBeRead) {
+TEST_F(JsonTablesOnDisk, RefusesAMissingFileAndAnEmptyDirectory) {
   EXPECT_EQ(TextOf<TableFileError>([&] { ReadJsonTables(Path("none.json")); }),
             Path("none.json") + ": cannot be read: No such file or directory");
   EXPECT_EQ(TextOf<TableFileError>([&] { ReadJsonTables(folder_.string()); }),

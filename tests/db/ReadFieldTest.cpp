@@ -24,7 +24,7 @@ class ReadFieldsTest : public testing::Test {
   TableSet tables_;
 };
 
-TEST_F(ReadFieldsTest, GivesFieldsOfEachType) {
+TEST_F(ReadFieldsTest, ReturnsFieldsOfEachType) {
   EXPECT_EQ(ReadNumber(tables_, "SOLID", "rope", "number"), 12.5);
   EXPECT_EQ(ReadNumbers(tables_, "SOLID", "rope", "numbers"), (Numbers{1, 2}));
   EXPECT_EQ(ReadString(tables_, "SOLID", "rope", "text"), "a name");
@@ -42,14 +42,14 @@ TEST_F(ReadFieldsTest, RefusesFieldsOfAnotherType) {
   }
 }
 
-TEST_F(ReadFieldsTest, RefusesWhatIsMissing) {
+TEST_F(ReadFieldsTest, RefusesMissingFieldsEntriesAndTables) {
   EXPECT_THROW(ReadNumber(tables_, "SOLID", "rope", "length"), DBNotFoundError);
   EXPECT_THROW(ReadNumber(tables_, "SOLID", "ropes", "number"),
                DBNotFoundError);
   EXPECT_THROW(ReadNumber(tables_, "GEO", "rope", "number"), DBNotFoundError);
 }
 
-TEST_F(ReadFieldsTest, SaysWhichFieldAMissingEntryWouldHaveHad) {
+TEST_F(ReadFieldsTest, NamesTheFieldIfTheEntryIsMissing) {
   try {
     ReadString(tables_, "GEO", "rope", "solid");
     FAIL() << "no error";
@@ -68,12 +68,12 @@ TEST_F(ReadFieldsTest, TakesTheHighestPass) {
   entry.fields["number"] = 99.0;
   tables_.Add({entry});
   EXPECT_EQ(ReadNumber(tables_, "SOLID", "rope", "number"), 99.0);
-  // The entry of the highest pass stands for itself: no field is taken from a
-  // lower one.
+  // Only the entry with the highest pass is used: missing fields are not taken
+  // from a lower pass.
   EXPECT_THROW(ReadString(tables_, "SOLID", "rope", "text"), DBNotFoundError);
 }
 
-TEST_F(ReadFieldsTest, TellsNumbersFromOtherFields) {
+TEST_F(ReadFieldsTest, DistinguishesNumbersFromOtherFields) {
   EXPECT_TRUE(IsNumber(tables_, "SOLID", "rope", "number"));
   EXPECT_FALSE(IsNumber(tables_, "SOLID", "rope", "numbers"));
   EXPECT_FALSE(IsNumber(tables_, "SOLID", "rope", "text"));

@@ -9,7 +9,7 @@ namespace {
 
 using Testing::TextOf;
 
-/// Counts how many of it are alive.
+/// Counts its living instances.
 struct Counted {
   explicit Counted(int* counter) : alive(counter) { ++*alive; }
   Counted(const Counted&) = delete;
@@ -38,7 +38,7 @@ TEST(SimplePtrNoCopy, DeletesTheObjectWithTheLastHandle) {
   EXPECT_EQ(alive, 0);
 }
 
-TEST(SimplePtrNoCopy, ThrowsWhenAnEmptyHandleIsDereferenced) {
+TEST(SimplePtrNoCopy, ThrowsIfAnEmptyHandleIsDereferenced) {
   const simple_ptr_nocopy<Counted> empty;
   EXPECT_EQ(TextOf<null_dereference>([&] { (void)empty->alive; }),
             "null pointer dereferenced in simple_ptr_nocopy::operator->");

@@ -34,7 +34,7 @@ class TableSetTest : public testing::Test {
   TableSet tables_;
 };
 
-TEST_F(TableSetTest, GivesFieldsOfTheThreeTypes) {
+TEST_F(TableSetTest, ReturnsFieldsOfTheThreeTypes) {
   TableEntry entry = Entry("SOLID", "rope", 12.5);
   entry.fields["x"] = std::vector<double>{1.0, 2.0};
   entry.fields["name"] = std::string("rope-a");
@@ -85,7 +85,7 @@ TEST_F(TableSetTest, RunRangesIncludeBothEnds) {
   EXPECT_THROW(ValueAt(21), DBNotFoundError);
 }
 
-TEST_F(TableSetTest, TakesTheHighestPassAmongTheEntriesOfTheRun) {
+TEST_F(TableSetTest, TakesTheHighestPassValidForTheRun) {
   tables_.Add({Entry("GEO", "av", 2.0, {10, 20}, 2),
                Entry("GEO", "av", 1.0, {}, 1), Entry("GEO", "av", 0.0)});
   EXPECT_EQ(ValueAt(15), 2.0);
@@ -100,7 +100,7 @@ TEST_F(TableSetTest, TakesTheEntryAddedLastAmongEqualPasses) {
   EXPECT_EQ(ValueAt(0, 0), 3.0);
 }
 
-TEST_F(TableSetTest, TakesExactlyThePassThatIsAskedFor) {
+TEST_F(TableSetTest, TakesExactlyTheRequestedPass) {
   tables_.Add({Entry("GEO", "av", 0.0), Entry("GEO", "av", 1.0, {}, 1)});
   EXPECT_EQ(ValueAt(0, 0), 0.0);
   EXPECT_EQ(ValueAt(0, 1), 1.0);
