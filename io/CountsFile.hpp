@@ -9,26 +9,26 @@
 
 namespace ZARN::IO {
 
-/// A CSV file with one row of counts for each PMT, or for each event: its name,
-/// paths, shadowed, fraction (empty without paths) and by, the component that
-/// shadows most.
+/// A CSV file with one row of counts per PMT or per event. Columns: the name,
+/// paths, shadowed, fraction (empty if there are no paths) and by, the
+/// component that shadows most paths.
 class CountsFile {
  public:
   /// @param path        as for OutputFile
-  /// @param nameColumn  what the column of names is called
+  /// @param nameColumn  header of the name column
   /// @throws as OutputFile
   CountsFile(const std::optional<std::string>& path,
              const std::string& nameColumn);
 
-  /// @param cell      the name, as a cell of CSV
-  /// @param paths     how many light paths there are
-  /// @param shadowed  how many of them are shadowed
+  /// @param cell      the name as a CSV cell
+  /// @param paths     number of light paths
+  /// @param shadowed  number of shadowed light paths
   /// @param by        the component that shadows most, kNone for none
   /// @throws as OutputFile::Write
   void Write(const std::string& cell, std::uint64_t paths,
              std::uint64_t shadowed, DU::eShadowingComponent by);
 
-  /// As OutputFile's.
+  /// As in OutputFile.
   void Finish() { file_.Finish(); }
   void Commit() { file_.Commit(); }
 

@@ -10,20 +10,21 @@ namespace ZARN::IO {
 namespace {
 
 bool HasOddQuotes(const char* begin, const char* end) {
-  // Most texts have none, which is seen faster than counted.
+  // Most texts have no quote; memchr finds that out faster than counting.
   const auto size = static_cast<std::size_t>(end - begin);
   const auto* const first =
       static_cast<const char*>(std::memchr(begin, '"', size));
   return first != nullptr && std::count(first, end, '"') % 2 != 0;
 }
 
-/// Whether a row that begins with this text is too long whatever follows, so
-/// that CsvRows needs no more of it.
+/// Whether a row that starts with this text is too long, whatever follows, so
+/// that CsvRows can reject it already.
 ///
-/// A byte of text is written with at most two, and an empty cell with three. A
-/// row that has come this far within its limit has empty cells without quotes
-/// from there on, which are counted to the end; anything else exceeds it. The
-/// last byte may belong with the next.
+/// A byte of text takes at most two bytes in the file (a doubled quote), an
+/// empty cell at most three (two quotes and a comma). After kFar bytes the row
+/// has therefore used up its limit, and only bare commas may follow: CsvRows
+/// does not limit their number, but counts them. The last byte is ignored,
+/// because its meaning may depend on the next one.
 bool IsTooLong(std::string_view text) {
   constexpr std::size_t kFar = 4 * CsvRows::kMaxRowSize;
   return text.size() > kFar &&
@@ -54,9 +55,10 @@ bool CsvBlocks::Next(CsvBlock& block) {
   }
 }
 
-/// Where in the text that was just read the last row ends; 0 if none does. A
-/// line ends a row unless a quote is open, and in every row that is well formed
-/// up to there, quotes open and close in turn.
+/// Where the last complete row ends in the text that was just read; 0 if there
+/// is none. A newline ends a row unless a quote is open. In well-formed rows,
+/// quotes open and close in turn, so an even number of quotes means that none
+/// is open.
 std::size_t CsvBlocks::EndOfLastRow(const char* text, std::size_t size) {
   isWithinQuotes_ ^= HasOddQuotes(text, text + size);
   bool isWithinQuotes = isWithinQuotes_;

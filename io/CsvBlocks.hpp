@@ -7,34 +7,34 @@
 
 namespace ZARN::IO {
 
-/// Some text of a table, cut where rows end. Reading it (CsvRows) writes to it.
+/// Part of a table, cut at the end of a row. CsvRows modifies it while reading.
 struct CsvBlock {
   std::vector<char> bytes;
-  std::size_t begin = 0;  ///< of the text in bytes
+  std::size_t begin = 0;  ///< start of the text in bytes
   std::size_t end = 0;
 };
 
-/// Cuts a file into blocks of whole rows, without a look at their cells, so
-/// that threads can read a block each.
+/// Cuts a file into blocks of whole rows without reading their cells, so that
+/// several threads can read one block each.
 ///
-/// The file is read, not mapped: pipes and files are then alike, and a file
-/// that is cut short meanwhile merely ends sooner.
+/// The file is read, not mapped: this works for pipes too, and a file that is
+/// truncated meanwhile just ends earlier.
 class CsvBlocks {
  public:
   static constexpr std::size_t kBlockSize = 256UL * 1024;
 
   /// @param input      must outlive this
-  /// @param blockSize  how much is read at once
+  /// @param blockSize  bytes per read
   explicit CsvBlocks(InputFile& input, std::size_t blockSize = kBlockSize)
       : input_(input), blockSize_(blockSize) {}
 
-  /// Go on to the next block; false at the end of the file. What has come of a
-  /// slow pipe is a block as soon as it has a whole line.
+  /// Read the next block; false at the end of the file. From a slow pipe, a
+  /// block is returned as soon as it has a whole row.
   ///
   /// @throws as InputFile::Read
   bool Next(CsvBlock& block);
 
-  /// Whether Next would have to wait for more to come.
+  /// Whether Next would block waiting for input.
   bool WouldWait() const { return input_.WouldWait(); }
 
  private:
@@ -42,7 +42,7 @@ class CsvBlocks {
 
   InputFile& input_;
   std::size_t blockSize_;
-  std::vector<char> rest_;       // the beginning of a row that goes on
+  std::vector<char> rest_;       // start of a row whose end is not read yet
   bool isWithinQuotes_ = false;  // at the end of what was read
 };
 

@@ -6,8 +6,8 @@
 namespace ZARN::IO {
 namespace {
 
-/// The first @p c from @p begin on; @p end if there is none. (The library finds
-/// it many bytes at a time.)
+/// The first @p c in [begin, end); @p end if there is none. memchr checks many
+/// bytes at a time.
 char* Find(char c, char* begin, char* end) {
   const auto size = static_cast<std::size_t>(end - begin);
   void* const found = std::memchr(begin, c, size);
@@ -61,13 +61,13 @@ void CsvRows::PassLineEnd() {
   ++lines_;
 }
 
-/// Whether the line is a row that only has to be cut at its commas.
+/// Whether the row is on one line and needs only to be split at its commas.
 bool CsvRows::IsPlain() const {
   return textEnd_ - at_ <= static_cast<std::ptrdiff_t>(kMaxRowSize) &&
          Find('"', at_, textEnd_) == textEnd_;
 }
 
-/// What ReadCell does, for a whole row.
+/// Same result as ReadCell for all cells of the row.
 void CsvRows::ReadPlainRow() {
   char* begin = at_;
   char* const end = textEnd_;
@@ -80,7 +80,7 @@ void CsvRows::ReadPlainRow() {
   PassLineEnd();
 }
 
-/// Read the next cell and go past its end.
+/// Read the next cell and move past its end.
 CsvRows::eEnd CsvRows::ReadCell() {
   if (at_ != textEnd_ && *at_ == '"') {
     ReadQuoted();
@@ -101,14 +101,14 @@ void CsvRows::ReadUnquoted() {
   char* const quote = Find('"', begin, at_);
   if (quote != begin) CheckSize(static_cast<std::size_t>(quote - begin));
   if (quote != at_) {
-    throw Error(count_, "there is a quote within a cell that is not quoted");
+    throw Error(count_, "quote in an unquoted cell");
   }
   Add(begin, at_);
 }
 
 void CsvRows::ReadQuoted() {
   char* const begin = ++at_;
-  char* text = begin;  // where it ends by now
+  char* text = begin;  // end of the text so far
   while (true) {
     char* const quote = Find('"', at_, end_);
     lines_ += static_cast<std::uint64_t>(std::count(at_, quote, '\n'));
@@ -124,7 +124,7 @@ void CsvRows::ReadQuoted() {
   CheckSize(static_cast<std::size_t>(text - begin));
   if (at_ > lineEnd_) FindLineEnd();
   if (at_ != textEnd_ && *at_ != ',') {
-    throw Error(count_, "there is text behind the closing quote");
+    throw Error(count_, "text after the closing quote");
   }
   Add(begin, text);
 }
@@ -140,8 +140,8 @@ void CsvRows::Add(const char* begin, const char* end) {
   ++count_;
 }
 
-/// Check the limit with the next cell, or a part of it. Where there are only
-/// ends of cells it is not asked for.
+/// Check the limit, including the next cell or part of it. Not called for empty
+/// unquoted cells, whose number is checked at the end of the row.
 void CsvRows::CheckSize(std::size_t cellSize) const {
   if (textSize_ + cellSize + count_ > kMaxRowSize) {
     throw Error(count_,

@@ -12,7 +12,7 @@
 
 namespace ZARN::IO {
 
-/// How much of a table: of it all, or of a block.
+/// Size of a table or of a part of it.
 struct CsvExtent {
   std::uint64_t bytes = 0;
   std::uint64_t lines = 0;
@@ -26,8 +26,8 @@ struct CsvExtent {
   }
 };
 
-/// What is wrong in a block, and where: lines, rows and columns count from 0,
-/// the first two from the beginning of the block.
+/// An error in a block, and its place. Lines, rows and columns count from 0;
+/// lines and rows start at the beginning of the block.
 class CsvError : public std::runtime_error {
  public:
   struct Place {
@@ -46,17 +46,17 @@ class CsvError : public std::runtime_error {
 
 /// Reads the rows of a block of CSV (RFC 4180), one after the other.
 ///
-/// Cells are taken as they stand, never trimmed. Lines end with LF or CRLF;
-/// blank ones are skipped and not counted as rows.
+/// Cells are not trimmed. Lines end with LF or CRLF. Blank lines are skipped
+/// and not counted as rows.
 class CsvRows {
  public:
-  /// Without a limit, one missing closing quote would take the whole file into
+  /// Without a limit, one missing closing quote would read the whole file into
   /// memory.
   static constexpr std::size_t kMaxRowSize = 1024UL * 1024;
 
-  /// @param block    must outlive this, and is written to: a doubled quote
-  ///                 becomes a single one in its place
-  /// @param columns  how many cells each row must have; any number without
+  /// @param block    must outlive this object; it is modified: doubled quotes
+  ///                 become single ones in place
+  /// @param columns  number of cells that each row must have; nullopt for any
   explicit CsvRows(CsvBlock& block,
                    std::optional<std::size_t> columns = std::nullopt);
 
@@ -72,14 +72,14 @@ class CsvRows {
   }
   std::size_t Cells() const { return count_; }
 
-  /// What was read so far: up to the end of the current row, with what quotes
-  /// carry on to further lines.
+  /// Size of the text read so far, up to the end of the current row, which may
+  /// span several lines.
   CsvExtent Read() const;
 
-  /// The line in which the current row begins, from 0.
+  /// The line in which the current row starts, from 0.
   std::uint64_t RowLine() const { return rowLine_; }
 
-  /// That a cell of the current row is wrong.
+  /// The error for a cell of the current row.
   CsvError Error(std::size_t column, const std::string& reason) const {
     return {{rowLine_, rows_ - 1, column}, reason};
   }
@@ -105,14 +105,14 @@ class CsvRows {
   const char* begin_;
   char* at_;
   char* end_;
-  // Of the line that at_ stands in:
+  // Of the line that contains at_:
   char* lineEnd_ = nullptr;  // its LF, or the end of the block
-  char* textEnd_ = nullptr;  // before that, and before a CR there
+  char* textEnd_ = nullptr;  // end of its text, before LF or CRLF
 
   std::optional<std::size_t> columns_;
   std::vector<Span> cells_;
-  std::size_t count_ = 0;     // of the current row's cells
-  std::size_t textSize_ = 0;  // of them all
+  std::size_t count_ = 0;     // cells in the current row
+  std::size_t textSize_ = 0;  // bytes in these cells
   std::uint64_t lines_ = 0;
   std::uint64_t rowLine_ = 0;
   std::uint64_t rows_ = 0;

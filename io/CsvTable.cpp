@@ -29,8 +29,8 @@ CsvTable::CsvTable(InputFile& input, std::size_t blockSize)
   throw BadInput(name_ + ": the file has no header row");
 }
 
-/// Read the header and take it away from the block; false if only blank lines
-/// are in there.
+/// Read the header and remove it from the block; false if the block has only
+/// blank lines.
 bool CsvTable::ReadHeader(CsvBlock& block) {
   CsvRows rows(block);
   bool isFound = false;
@@ -44,7 +44,7 @@ bool CsvTable::ReadHeader(CsvBlock& block) {
     const std::string name(rows.Cell(column));
     const bool isNew = columnOf_.emplace(name, column).second;
     if (!isNew && !name.empty()) {
-      FailHeader("the column " + Quoted(name) + " is named twice");
+      FailHeader("the column " + Quoted(name) + " appears twice");
     }
     columns_.push_back(name);
   }
@@ -103,7 +103,7 @@ void CsvTable::Fail(const CsvError& error) const {
     text += " (row " + std::to_string(taken_.rows + place.row) + "), ";
     text += place.column < columns_.size()
                 ? "column " + Printable(columns_[place.column])
-                : "column " + std::to_string(place.column + 1) + " (not named)";
+                : "column " + std::to_string(place.column + 1) + " (unnamed)";
   }
   throw BadInput(text + ": " + error.what());
 }

@@ -15,9 +15,9 @@
 
 namespace ZARN::IO {
 
-/// A table in CSV with a header row, read row by row, or block by block where
-/// threads share the work. A UTF-8 byte-order mark is skipped; see CsvRows for
-/// the rest.
+/// A CSV table with a header row, read row by row, or block by block to share
+/// the work among threads. A UTF-8 byte-order mark is skipped; for the format
+/// see CsvRows.
 ///
 /// Every error is a BadInput that names the file, the line (the first is 1),
 /// the row (the first is 0) and the column.
@@ -26,21 +26,21 @@ class CsvTable {
   /// Reads the header.
   ///
   /// @param input      must outlive the table
-  /// @param blockSize  as for CsvBlocks; what is read does not depend on it
+  /// @param blockSize  as for CsvBlocks; does not change the result
   /// @throws BadInput if there is no header or it names a column twice
   explicit CsvTable(InputFile& input,
                     std::size_t blockSize = CsvBlocks::kBlockSize);
 
-  /// Where the column of this name stands; nullopt if there is none.
+  /// Position of the column with this name; nullopt if there is none.
   std::optional<std::size_t> FindColumn(std::string_view name) const;
 
-  /// Where the columns of these names stand.
+  /// Positions of the columns with these names.
   ///
-  /// @throws BadInput naming all that are missing
+  /// @throws BadInput naming all missing columns
   std::vector<std::size_t> RequireColumns(
       const std::vector<std::string>& names) const;
 
-  /// Say that the header is wrong.
+  /// Report an error in the header.
   [[noreturn]] void FailHeader(const std::string& reason) const;
 
   // Row by row:
@@ -63,18 +63,18 @@ class CsvTable {
     return taken_.bytes + (rows_.has_value() ? rows_->Read().bytes : 0);
   }
 
-  /// Say that a cell of the current row is wrong.
+  /// Report an error in a cell of the current row.
   [[noreturn]] void Fail(std::size_t column, const std::string& reason) const {
     Fail(rows_->Error(column, reason));
   }
 
-  // Block by block: one thread takes the blocks and, in the same order, counts
-  // them again when they are read; meanwhile others may read them.
+  // Block by block: one thread calls NextBlock, and Count for each block in the
+  // same order once its rows are read. Any thread may read the rows of a block.
 
-  /// Go on to the next block of rows; false after the last.
+  /// Take the next block of rows; false after the last.
   bool NextBlock(CsvBlock& block);
 
-  /// Whether NextBlock would have to wait for more to come.
+  /// Whether NextBlock would block waiting for input.
   bool WouldWait() const { return blocks_.WouldWait(); }
 
   /// The rows of a block.
@@ -82,10 +82,10 @@ class CsvTable {
     return CsvRows(block, columns_.size());
   }
 
-  /// Count a block whose rows were all read.
+  /// Count a block after all its rows were read.
   void Count(const CsvExtent& block) { taken_ += block; }
 
-  /// Say what is wrong in the block behind those that were counted.
+  /// Report an error in the first block that is not counted yet.
   [[noreturn]] void Fail(const CsvError& error) const;
 
  private:
@@ -93,8 +93,8 @@ class CsvTable {
 
   std::string name_;  // of the file
   CsvBlocks blocks_;
-  CsvBlock first_;   // the rows behind the header, until they are taken
-  CsvExtent taken_;  // the header, and blocks that were read
+  CsvBlock first_;   // the rows after the header, until they are taken
+  CsvExtent taken_;  // size of the header and the counted blocks
 
   CsvBlock block_;               // the current one when read row by row,
   std::optional<CsvRows> rows_;  // and its rows

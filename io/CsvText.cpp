@@ -8,7 +8,7 @@ namespace {
 
 template <class Value>
 void AppendDigits(std::string& text, Value value) {
-  std::array<char, 32> digits;  // the longest takes 24
+  std::array<char, 32> digits;  // at most 24 are used
   const auto result =
       std::to_chars(digits.data(), digits.data() + digits.size(), value);
   text.append(digits.data(), result.ptr);

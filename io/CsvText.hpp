@@ -6,7 +6,7 @@
 
 namespace ZARN::IO {
 
-/// A text as one cell of CSV (RFC 4180), in quotes where it needs them.
+/// Text as a CSV cell (RFC 4180), quoted if needed.
 std::string CsvCell(std::string_view text);
 
 /// Append the shortest decimal that reads back as the same double.

@@ -16,7 +16,7 @@ namespace fs = std::filesystem;
 
 bool AreSame(const std::string& a, const std::string& b) {
   if (a == "-" || b == "-") return a == b;
-  // A terminal or /dev/null takes more than one.
+  // A terminal or /dev/null may be used more than once.
   if (!CanReplace(a)) return false;
   std::error_code error;
   if (fs::equivalent(a, b, error)) return true;
@@ -26,7 +26,7 @@ bool AreSame(const std::string& a, const std::string& b) {
   return place(a) == place(b);
 }
 
-/// The names with "-" for each that stands for a standard stream.
+/// The names, with "-" in place of each name of this standard stream.
 std::vector<std::string> WithDashFor(int stream,
                                      std::vector<std::string> names) {
   std::replace_if(
@@ -36,7 +36,7 @@ std::vector<std::string> WithDashFor(int stream,
   return names;
 }
 
-/// Both names, where one file has two.
+/// The name of the file, or both names if they differ.
 std::string NamesOf(const std::string& a, const std::string& b) {
   if (a == "-") return "standard output";
   return a == b ? a : a + " (" + b + ")";
@@ -51,7 +51,7 @@ void RequireDistinctFiles(const std::vector<std::string>& inputFiles,
   for (std::size_t i = 0; i < inputs.size(); ++i) {
     for (std::size_t k = 0; k < i; ++k) {
       if (inputs[i] == "-" && inputs[k] == "-") {
-        throw BadInput("standard input is named twice");
+        throw BadInput("standard input is used twice");
       }
     }
   }
@@ -59,8 +59,7 @@ void RequireDistinctFiles(const std::vector<std::string>& inputFiles,
     const std::string& output = outputs[i];
     for (std::size_t k = 0; k < i; ++k) {
       if (!AreSame(output, outputs[k])) continue;
-      throw BadInput(NamesOf(outputs[k], output) +
-                     ": is named for two outputs");
+      throw BadInput(NamesOf(outputs[k], output) + ": is used for two outputs");
     }
     for (const std::string& input : inputs) {
       if (output != "-" && AreSame(output, input)) {

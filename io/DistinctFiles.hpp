@@ -5,8 +5,8 @@
 
 namespace ZARN::IO {
 
-/// Refuse file arguments that get in each other's way: two outputs to one
-/// place, an output that would replace an input, two inputs from one pipe.
+/// Refuse file arguments that conflict: two outputs to the same file, an output
+/// that would replace an input, standard input used twice.
 ///
 /// @param inputFiles   as for InputFile
 /// @param outputFiles  as for OutputFile, and only those that were given

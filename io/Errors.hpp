@@ -4,7 +4,7 @@
 
 namespace ZARN::IO {
 
-/// What the user gave (a file, a column, a number) cannot be used. The text
+/// Input from the user (a file, a column, a number) cannot be used. The text
 /// names the place.
 class BadInput : public std::runtime_error {
  public:
@@ -17,8 +17,8 @@ class OutputFailure : public std::runtime_error {
   using std::runtime_error::runtime_error;
 };
 
-/// Nobody reads standard output any more, which is no fault: what reads it (a
-/// pager, head) has seen enough.
+/// Standard output was closed by its reader. This is not an error: the reader
+/// (a pager, head) needs no more.
 class ClosedPipe : public OutputFailure {
  public:
   using OutputFailure::OutputFailure;

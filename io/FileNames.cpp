@@ -11,21 +11,21 @@ namespace {
 
 namespace fs = std::filesystem;
 
-/// Follow the links of a name one by one, and stop where @p isEnd says so.
+/// Follow symbolic links one by one until @p isEnd is true.
 template <class IsEnd>
 fs::path FollowLinks(const std::string& name, const IsEnd& isEnd) {
-  constexpr int kMaxLinks = 40;  // as the kernel has it; more is a circle
+  constexpr int kMaxLinks = 40;  // the kernel's limit; more is a loop
   std::error_code error;
   fs::path place = fs::absolute(name, error);
   for (int links = 0; links < kMaxLinks && !isEnd(place); ++links) {
     const fs::path next = fs::read_symlink(place, error);
-    if (error) break;  // no link (any more)
+    if (error) break;  // not a link
     place = place.parent_path() / next;
   }
   return place;
 }
 
-/// Whether a place lies in the folder of this process's open descriptors.
+/// Whether a path is in the folder of this process's open descriptors.
 bool IsDescriptor(const fs::path& place) {
   std::error_code error;
   const fs::path folder = fs::canonical(place.parent_path(), error);

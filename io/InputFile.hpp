@@ -11,25 +11,25 @@ class InputFile {
  public:
   /// @param path  "-" is standard input
   /// @throws BadInput if it cannot be opened, and what the interrupt check
-  ///         throws while a pipe waits for its other end
+  ///         throws while opening a pipe waits for a writer
   explicit InputFile(const std::string& path);
   InputFile(const InputFile&) = delete;
   InputFile& operator=(const InputFile&) = delete;
   ~InputFile();
 
-  /// What to call it in messages.
+  /// Name for messages.
   const std::string& Name() const { return name_; }
 
-  /// Read up to @p size bytes; 0 at the end of the file and ever
-  /// after (a terminal would wait for more).
+  /// Read up to @p size bytes; 0 at the end of the file and from then on, also
+  /// on a terminal.
   ///
   /// @throws BadInput if reading fails; what the interrupt check throws
   std::size_t Read(char* buffer, std::size_t size);
 
-  /// Whether Read would have to wait for something to come.
+  /// Whether Read would block waiting for input.
   bool WouldWait() const;
 
-  /// Size of a regular file; 0 where it is not known.
+  /// Size of a regular file; 0 if unknown.
   std::uint64_t Size() const { return size_; }
 
  private:

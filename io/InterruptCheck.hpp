@@ -5,10 +5,10 @@ namespace ZARN::IO {
 /// A function that throws if the program was asked to stop.
 using InterruptCheck = void (*)();
 
-/// Set what all reading and writing calls before it waits, and when a signal
-/// interrupted its wait (the handler must be installed without SA_RESTART).
-/// What the check throws leaves from the read or write; otherwise the wait goes
-/// on, as it does without a check. Holds for the whole process and is
+/// Set the function that every read and write calls before it waits, and after
+/// a signal interrupted its wait (install the handler without SA_RESTART). An
+/// exception from the check leaves the read or write; otherwise the wait
+/// continues. The check applies to the whole process; setting it is
 /// thread-safe.
 ///
 /// @param check  null for none

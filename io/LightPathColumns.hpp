@@ -9,7 +9,7 @@
 
 namespace ZARN::IO {
 
-/// A vector of light paths in CSV: the columns <name>_x, <name>_y and <name>_z.
+/// A vector of a light path: its CSV columns are <name>_x, <name>_y, <name>_z.
 struct LightPathVector {
   const char* name;
   TVector3 DU::LightPath::*member;
@@ -25,7 +25,7 @@ inline constexpr std::array<LightPathVector, 8> kLightPathVectors = {
      {"av3", &DU::LightPath::AVPoint3},
      {"av4", &DU::LightPath::AVPoint4}}};
 
-/// The names of all columns: "type", and those of the vectors in their order.
+/// The names of all columns: "type", then those of the vectors in order.
 inline std::vector<std::string> LightPathColumns() {
   std::vector<std::string> names = {"type"};
   for (const LightPathVector& vector : kLightPathVectors) {

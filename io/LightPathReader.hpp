@@ -14,7 +14,7 @@ namespace ZARN::IO {
 /// initial_*, final_*, av1_* to av4_*, in any order; others are ignored.
 class LightPathReader {
  public:
-  /// The type of paths whose type has a name outside the eight.
+  /// The type of paths whose type name is not one of the eight.
   static constexpr auto kUnknownType =
       static_cast<DU::eLightPathType>(DU::kNumberOfLightPathTypes);
 
@@ -26,13 +26,13 @@ class LightPathReader {
   CsvTable& Table() { return table_; }
   const CsvTable& Table() const { return table_; }
 
-  /// Go to the next of the rows and read it into @p path; false after the last.
-  /// An empty coordinate is 0.
+  /// Read the next row into @p path; false after the last. An empty coordinate
+  /// is 0.
   ///
   /// @throws CsvError
   bool Next(CsvRows& rows, DU::LightPath& path) const;
 
-  /// The name of the current row's type as it stands.
+  /// The type name in the current row, unchanged.
   std::string_view TypeName(const CsvRows& rows) const {
     return rows.Cell(columns_[0]);
   }

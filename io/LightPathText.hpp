@@ -6,12 +6,11 @@
 
 namespace ZARN::IO {
 
-/// The header of light paths in CSV as LightPathReader takes it, from "type"
-/// on.
+/// The CSV header of light paths as LightPathReader reads it, from "type" on.
 std::string LightPathHeader();
 
-/// Append a path as its cells, without the end of the line. Numbers read back
-/// as the same doubles; points that the type does not use are left empty.
+/// Append the cells of a path, without a line end. Numbers read back as the
+/// same doubles; points that the type does not use are empty.
 ///
 /// @param path  of one of the named types
 void AppendLightPath(std::string& text, const DU::LightPath& path);

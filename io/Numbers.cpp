@@ -10,7 +10,7 @@
 namespace ZARN::IO {
 namespace {
 
-/// from_chars does not tell too small from too large; strtod does.
+/// from_chars does not distinguish too small from too large; strtod does.
 double RoundedToDouble(std::string_view cell) {
   static const locale_t plain = newlocale(LC_ALL_MASK, "C", nullptr);
   return strtod_l(std::string(cell).c_str(), nullptr, plain);

@@ -4,17 +4,17 @@
 
 namespace ZARN::IO {
 
-/// A number that was read, or why it is none.
+/// A parsed number, or why parsing failed.
 struct NumberOrReason {
   double value = 0.0;
-  const char* reason = nullptr;  ///< null when there is a value
+  const char* reason = nullptr;  ///< null if there is a value
 };
 
-/// The number that a whole cell holds, whatever the locale.
+/// Parse a whole cell as a number, the same in every locale.
 ///
-/// Decimal and exponent notation, a leading + or -, inf and nan. What is too
-/// small for a double becomes the nearest one; what is too large is refused,
-/// and so are blanks and anything else.
+/// Accepts decimal and exponent notation, a leading + or -, inf and nan. A
+/// number too small for a double becomes the nearest double. A number too large
+/// is refused, and so are blanks and anything else.
 NumberOrReason ParseNumber(std::string_view cell);
 
 }  // namespace ZARN::IO

@@ -90,7 +90,7 @@ void OutputFile::Commit() {
 
 void OutputFile::FailWithErrno() const {
   if (errno == EPIPE && descriptor_ == STDOUT_FILENO) {
-    throw ClosedPipe(name_ + " is read no more");
+    throw ClosedPipe(name_ + " was closed by its reader");
   }
   throw OutputFailure(
       name_ + ": cannot be written: " + std::generic_category().message(errno));

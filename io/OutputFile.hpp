@@ -8,33 +8,33 @@
 
 namespace ZARN::IO {
 
-/// A file that appears whole or not at all.
+/// A file that appears complete or not at all.
 ///
 /// Text goes to a PendingFile, which replaces the target when Commit is called.
-/// A target that is no regular file (a pipe, a terminal, a device), or that is
-/// already open (standard output, /dev/fd/3), is written directly.
+/// A target that is not a regular file (a pipe, a terminal, a device), or that
+/// is already open (standard output, /dev/fd/3), is written directly.
 class OutputFile {
  public:
   /// @param path  nullopt and "-" are standard output
   /// @throws BadInput for an empty name, OutputFailure if it cannot be opened,
-  ///         and what the interrupt check throws while a pipe waits for its
-  ///         other end
+  ///         and what the interrupt check throws while opening a pipe waits for
+  ///         a reader
   explicit OutputFile(const std::optional<std::string>& path);
   OutputFile(const OutputFile&) = delete;
   OutputFile& operator=(const OutputFile&) = delete;
   ~OutputFile();
 
-  /// @throws OutputFailure if writing fails, of it ClosedPipe if nobody reads
-  ///         standard output any more; what the interrupt check throws
+  /// @throws OutputFailure if writing fails, ClosedPipe if standard output was
+  ///         closed by its reader; what the interrupt check throws
   void Write(std::string_view text);
 
-  /// Write what is left. Where a command writes several files, all are finished
-  /// before the first is committed.
+  /// Write buffered text. If a command writes several files, finish all before
+  /// committing the first.
   ///
   /// @throws as Write
   void Finish();
 
-  /// Put the finished file in its place.
+  /// Move the finished file to its final name.
   ///
   /// @throws OutputFailure
   void Commit();

@@ -17,15 +17,15 @@ namespace {
 
 namespace fs = std::filesystem;
 
-/// The temporary file beside a target, as mkostemp takes it. The target's name
-/// is shortened, so that the longest one leaves room.
+/// Pattern for mkostemp: a temporary file in the target's folder. The target's
+/// name is shortened, so that the result does not exceed the limit for names.
 std::string TemporaryPattern(const fs::path& target) {
   constexpr std::size_t kMaxNameLength = 200;
   const std::string name = target.filename().string().substr(0, kMaxNameLength);
   return (target.parent_path() / ("." + name + ".zarn-tmp-XXXXXX")).string();
 }
 
-/// The permissions that an ordinary file would have here.
+/// The permissions of the target, or those that a new file would get.
 mode_t PermissionsFor(const std::string& target) {
   struct stat status = {};
   if (stat(target.c_str(), &status) == 0) return status.st_mode & 0777U;
@@ -40,10 +40,10 @@ PendingFile::PendingFile(const std::string& path)
     : name_(path), target_(TargetOf(path)) {
   struct stat status = {};
   if (stat(target_.c_str(), &status) == 0) {
-    // Replacing it would go past its protection.
+    // rename would ignore a write protection of the target.
     if (access(target_.c_str(), W_OK) != 0) FailWithErrno();
   } else if (errno != ENOENT) {
-    FailWithErrno();  // a name too long, say: the temporary one is shorter
+    FailWithErrno();  // e.g. name too long: the temporary name is shorter
   }
   temporary_ = TemporaryPattern(target_);
   descriptor_ = mkostemp(temporary_.data(), O_CLOEXEC);
@@ -57,7 +57,7 @@ PendingFile::~PendingFile() {
 }
 
 void PendingFile::Finish() {
-  // On disk before it is in place: a crash must not leave an empty target.
+  // Sync before the rename, so that a crash cannot leave an empty target.
   if (fsync(descriptor_) != 0) FailWithErrno();
   // Some file systems report a failed write only when the file is closed.
   const int written = descriptor_;

@@ -4,17 +4,18 @@
 
 namespace ZARN::IO {
 
-/// A temporary file beside its target, which takes the target's place when
-/// Commit is called. Finish comes first: of several files, all are complete on
-/// disk before the first takes its place.
+/// A temporary file in the folder of its target. Commit renames it to the
+/// target. Call Finish first: with several files, all must be complete on disk
+/// before the first is renamed.
 ///
 /// Without Commit (an error, an interrupt) it is removed, and an existing
-/// target is as it was. A killed process leaves it behind, named
+/// target is unchanged. A killed process leaves it behind as
 /// .<target>.zarn-tmp-<six characters>.
 class PendingFile {
  public:
-  /// @param path  CanReplace(path)
-  /// @throws OutputFailure if it cannot be made, or the target is protected
+  /// @param path  a name for which CanReplace is true
+  /// @throws OutputFailure if it cannot be created or the target is
+  ///         write-protected
   explicit PendingFile(const std::string& path);
   PendingFile(const PendingFile&) = delete;
   PendingFile& operator=(const PendingFile&) = delete;
@@ -23,12 +24,12 @@ class PendingFile {
   const std::string& TemporaryPath() const { return temporary_; }
   int Descriptor() const { return descriptor_; }
 
-  /// Bring what was written to disk; nothing can be written after that.
+  /// Write everything to disk and close the file.
   ///
   /// @throws OutputFailure
   void Finish();
 
-  /// Put the finished file in the target's place.
+  /// Rename the finished file to the target.
   ///
   /// @throws OutputFailure
   void Commit();
@@ -38,7 +39,7 @@ class PendingFile {
 
   std::string name_;       // in messages
   std::string target_;     // with links resolved
-  std::string temporary_;  // empty once it is in place
+  std::string temporary_;  // empty after Commit
   int descriptor_ = -1;
 };
 

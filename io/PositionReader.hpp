@@ -13,8 +13,8 @@ namespace ZARN::IO {
 
 /// An event or a PMT.
 struct NamedPosition {
-  std::string name;   ///< as it was given
-  std::string cell;   ///< the same as a cell of CSV
+  std::string name;   ///< as in the file
+  std::string cell;   ///< the same as a CSV cell
   TVector3 position;  ///< mm
 };
 
@@ -23,14 +23,14 @@ struct NamedPosition {
 class PositionReader {
  public:
   /// @param input       must outlive the reader
-  /// @param nameColumn  what the column of names is called
+  /// @param nameColumn  header of the column of names
   /// @throws BadInput if a column is missing
   PositionReader(InputFile& input, const std::string& nameColumn);
 
   /// Read the next position into @p item; false after the last.
   ///
   /// @throws BadInput naming file, line, row and column; also for an empty
-  ///         coordinate, which must not pass for the centre
+  ///         coordinate, which must not be read as 0
   bool Next(NamedPosition& item);
 
   /// Bytes of the file up to the end of the current row.

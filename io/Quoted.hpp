@@ -5,9 +5,8 @@
 
 namespace ZARN::IO {
 
-/// Text from a file as it is shown in messages: on one line, control characters
-/// written out (so that a file cannot command the terminal), and the end of
-/// long ones left out.
+/// Text from a file, for messages: control characters are escaped, so that a
+/// file cannot control the terminal, and long text is truncated.
 std::string Printable(std::string_view text);
 
 /// The same in quotes, for text that may be empty or end in a blank.

@@ -14,13 +14,13 @@
 namespace ZARN::IO {
 namespace {
 
-/// The library's errors as the command's.
+/// Turn ROOT's exceptions into OutputFailure.
 template <class Work>
 void Writing(const std::string& name, const Work& work) {
   try {
     work();
   } catch (const ROOT::RException& error) {
-    // Behind the reason comes where in the library it was found.
+    // The lines after the first say where in ROOT the error occurred.
     const std::string report = error.GetError().GetReport();
     throw OutputFailure(
         name + ": cannot be written: " + report.substr(0, report.find('\n')));
@@ -29,8 +29,8 @@ void Writing(const std::string& name, const Work& work) {
 
 const std::string& Replaceable(const std::string& path) {
   if (CanReplace(path)) return path;
-  throw OutputFailure(path +
-                      ": cannot be written: a ROOT file wants a regular file");
+  throw OutputFailure(
+      path + ": cannot be written: ROOT output requires a regular file");
 }
 
 std::string Describe(const VerdictNTuple::Origin& origin) {
@@ -65,8 +65,8 @@ VerdictNTuple::VerdictNTuple(const std::string& path, const Origin& origin)
 }
 
 VerdictNTuple::~VerdictNTuple() {
-  // A writer that is not finished writes what it has, and complains on standard
-  // error where it cannot: of a file that is thrown away.
+  // An unfinished writer writes what it has buffered, and prints an error if
+  // that fails. Keep it silent: this file is discarded.
   const int level = gErrorIgnoreLevel;
   gErrorIgnoreLevel = kFatal;
   writer_.reset();

@@ -14,14 +14,15 @@ class RNTupleWriter;
 
 namespace ZARN::IO {
 
-/// A ROOT file with an RNTuple of verdicts, which appears whole or not at all.
+/// A ROOT file with an RNTuple of verdicts, which appears complete or not at
+/// all.
 ///
 /// The RNTuple is called "verdicts" and has the fields event, pmt, type, by
 /// (strings) and shadowed (0, 1, or -1 for no path). Its description is a JSON
-/// object that tells its Origin.
+/// object with the Origin.
 class VerdictNTuple {
  public:
-  /// What the verdicts were made with.
+  /// How the verdicts were made.
   struct Origin {
     std::string program;
     std::string version;
@@ -30,26 +31,25 @@ class VerdictNTuple {
     double wavelength;  ///< nm
   };
 
-  /// @param path  a regular file, or none: a pipe or a device cannot take a
-  /// ROOT
-  ///              file, in which positions matter
-  /// @throws OutputFailure if the file cannot be made
+  /// @param path  a regular file, or a new name; ROOT needs to seek, which
+  ///              pipes and devices cannot do
+  /// @throws OutputFailure if the file cannot be created
   VerdictNTuple(const std::string& path, const Origin& origin);
   ~VerdictNTuple();
 
   /// Add the verdict on the light path from an event to a PMT.
   ///
-  /// @param type  kUninitialised where there is no path
+  /// @param type  kUninitialised if there is no path
   /// @throws OutputFailure if writing fails
   void Fill(const std::string& event, const std::string& pmt,
             DU::eLightPathType type, DU::eShadowingComponent by);
 
-  /// Write what is left.
+  /// Write buffered data.
   ///
   /// @throws OutputFailure
   void Finish();
 
-  /// Put the finished file in its place.
+  /// Move the finished file to its final name.
   ///
   /// @throws OutputFailure
   void Commit() { file_.Commit(); }

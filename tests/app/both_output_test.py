@@ -241,7 +241,7 @@ class ScanOutput(Output, ScanDriver):
         for name in ("-", "/dev/stdout", "/dev/fd/1"):
             for options in (["--paths", name], ["-o", "/dev/stdout", "--paths", name]):
                 result = self.run_on(self.input(), *options, status=2)
-                self.assertIn("standard output: is named for two outputs", result.err)
+                self.assertIn("standard output: is used for two outputs", result.err)
 
 
 if __name__ == "__main__":

@@ -165,8 +165,8 @@ class Threads(CheckTest):
 
     def test_wrong_quotes_in_a_late_block_are_told_with_their_line(self):
         for wrong, reason in (('"never closed', "the closing quote is missing"),
-                              ('a "quote" within', "within a cell"),
-                              ('"text"behind', "behind the closing quote")):
+                              ('a "quote" within', "quote in an unquoted cell"),
+                              ('"text"behind', "text after the closing quote")):
             rows, _ = self.many_rows(12_000)
             rows[11_500] = path("Water") + "," + wrong + "\n"
             lines = self.text_of(rows[:11_500]).count("\n")

@@ -11,7 +11,7 @@ using DU::eShadowingComponent;
 
 class CountsFileTest : public Testing::InFolder {};
 
-TEST_F(CountsFileTest, WritesARowForEach) {
+TEST_F(CountsFileTest, WritesOneRowPerCall) {
   CountsFile file("counts.csv", "pmt");
   file.Write("a", 4, 1, eShadowingComponent::kAVHDRope);
   file.Write("\"b,c\"", 1, 0, eShadowingComponent::kNone);

@@ -34,7 +34,7 @@ class CsvBlocksTest : public Testing::InFolder {
   }
 };
 
-TEST_F(CsvBlocksTest, CutsWhereTheLastRowEndsThatWasRead) {
+TEST_F(CsvBlocksTest, CutsAtTheEndOfTheLastCompleteRow) {
   EXPECT_EQ(Cut("a,b\n1,2\n3,4\n5", 9), (Texts{"a,b\n1,2\n", "3,4\n", "5"}));
   EXPECT_EQ(Cut("a,b\n1,2\n3,4\n5", 8), (Texts{"a,b\n1,2\n", "3,4\n", "5"}));
   EXPECT_EQ(Cut("a\r\n\r\nb\r\n", 1), (Texts{"a\r\n", "\r\n", "b\r\n"}));
@@ -55,7 +55,7 @@ TEST_F(CsvBlocksTest, DoesNotCutWithinQuotes) {
   EXPECT_EQ(Cut("1\n\"2\n3\n", 100), (Texts{"1\n", "\"2\n3\n"}));
 }
 
-TEST_F(CsvBlocksTest, GivesTheWholeFileWhateverTheSizeOfItsBlocks) {
+TEST_F(CsvBlocksTest, ReturnsTheWholeFileForEveryBlockSize) {
   std::string text;
   for (int i = 0; i < 60; ++i) {
     text += "\"" + std::string(static_cast<std::size_t>(i * 7 % 13), '\n') +
@@ -71,9 +71,9 @@ TEST_F(CsvBlocksTest, GivesTheWholeFileWhateverTheSizeOfItsBlocks) {
   }
 }
 
-TEST_F(CsvBlocksTest, GivesWhatHasComeOfASlowPipe) {
+TEST_F(CsvBlocksTest, ReturnsCompleteRowsOfASlowPipe) {
   ASSERT_EQ(mkfifo("pipe", 0600), 0);
-  // Opened to read as well, this end does not wait for the other.
+  // Opening for reading and writing does not wait for the other end.
   const int writer = open("pipe", O_RDWR | O_CLOEXEC);
   ASSERT_GE(writer, 0);
   const auto feed = [writer](std::string_view text) {
@@ -100,9 +100,9 @@ TEST_F(CsvBlocksTest, GivesWhatHasComeOfASlowPipe) {
   EXPECT_FALSE(blocks.WouldWait());
 }
 
-/// An endless row must not be read to its end, unless its cells are to be
-/// counted.
-TEST_F(CsvBlocksTest, EndsABlockWithinARowThatIsTooLongInAnyCase) {
+/// An endless row must not be read to its end. A row of bare commas is: its
+/// cells are counted.
+TEST_F(CsvBlocksTest, EndsABlockWithinARowThatIsTooLong) {
   constexpr std::size_t kMiB = 1024UL * 1024;
   for (const char c : {'x', '"', '\r', '\0'}) {
     const Texts texts = Cut("a\n" + std::string(10 * kMiB, c), kMiB);

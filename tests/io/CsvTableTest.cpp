@@ -43,8 +43,8 @@ class CsvTableTest : public Testing::InFolder {
     return rows;
   }
 
-  /// What the BadInput says; empty if there was none.
-  std::string Complaint(const std::string& text) {
+  /// The text of the BadInput; empty if there was none.
+  std::string ErrorText(const std::string& text) {
     try {
       Read(text, 0);
     } catch (const BadInput& error) {
@@ -53,26 +53,26 @@ class CsvTableTest : public Testing::InFolder {
     return "";
   }
 
-  /// Everything that a table of two columns tells: of each row its number,
-  /// cells and end, and what is wrong behind the last.
-  std::vector<std::string> Story(const std::string& text,
-                                 std::size_t blockSize) {
-    std::vector<std::string> story;
+  /// Everything read from a table of two columns: number, end and cells of each
+  /// row, and the error after the last.
+  std::vector<std::string> Contents(const std::string& text,
+                                    std::size_t blockSize) {
+    std::vector<std::string> contents;
     try {
       CsvTable& table = Open(text, blockSize);
       while (table.NextRow()) {
-        story.push_back(std::to_string(table.Row()) + " " +
-                        std::to_string(table.BytesTaken()));
+        contents.push_back(std::to_string(table.Row()) + " " +
+                           std::to_string(table.BytesTaken()));
         for (std::size_t i = 0; i < 2; ++i) {
-          story.emplace_back(table.Cell(i));
+          contents.emplace_back(table.Cell(i));
         }
         if (table.Cell(0) == "wrong") table.Fail(1, "so it is");
       }
-      story.push_back("end " + std::to_string(table.BytesTaken()));
+      contents.push_back("end " + std::to_string(table.BytesTaken()));
     } catch (const BadInput& error) {
-      story.emplace_back(error.what());
+      contents.emplace_back(error.what());
     }
-    return story;
+    return contents;
   }
 
  private:
@@ -80,12 +80,12 @@ class CsvTableTest : public Testing::InFolder {
   std::unique_ptr<CsvTable> table_;
 };
 
-TEST_F(CsvTableTest, ReadsCellsAsTheyStand) {
+TEST_F(CsvTableTest, ReadsCellsUnchanged) {
   EXPECT_EQ(Read("a,b\n1,2\n x , \ty\n,\n", 2),
             (Rows{{"1", "2"}, {" x ", " \ty"}, {"", ""}}));
 }
 
-TEST_F(CsvTableTest, FindsColumnsByTheirWholeName) {
+TEST_F(CsvTableTest, FindsColumnsByTheirFullName) {
   CsvTable& table = Open("b,\"a\",, c,\n");
   EXPECT_EQ(table.FindColumn("b"), 0U);
   EXPECT_EQ(table.FindColumn("a"), 1U);
@@ -94,7 +94,7 @@ TEST_F(CsvTableTest, FindsColumnsByTheirWholeName) {
   EXPECT_EQ(table.FindColumn("A"), std::nullopt);
 }
 
-TEST_F(CsvTableTest, TakesQuotesAway) {
+TEST_F(CsvTableTest, RemovesQuotes) {
   EXPECT_EQ(Read("a,b\n\"1\",\"\"\n\"x,y\",\"say "
                  "\"\"no\"\"\"\n\"\"\"\",\"\"\"\"\"\"\n",
                  2),
@@ -114,7 +114,7 @@ TEST_F(CsvTableTest, KeepsAnyByte) {
   EXPECT_EQ(Read("a\n\"" + all + "\"\n", 1), (Rows{{all}}));
 }
 
-TEST_F(CsvTableTest, AcceptsBothLineEndsAndNoneAtTheEnd) {
+TEST_F(CsvTableTest, AcceptsBothLineEndsAndNoLineEndAtTheEndOfFile) {
   const Rows wanted = {{"1", "2"}, {"3", "4"}};
   EXPECT_EQ(Read("a,b\n1,2\n3,4\n", 2), wanted);
   EXPECT_EQ(Read("a,b\r\n1,2\r\n3,4\r\n", 2), wanted);
@@ -128,7 +128,7 @@ TEST_F(CsvTableTest, SkipsBlankLines) {
   EXPECT_EQ(Read("\n\r\na\n\n1\n\r\n\n2\n\n\n", 1), (Rows{{"1"}, {"2"}}));
 }
 
-TEST_F(CsvTableTest, DoesNotTakeQuotesForABlankLine) {
+TEST_F(CsvTableTest, DoesNotTreatEmptyQuotesAsABlankLine) {
   EXPECT_EQ(Read("a\n\"\"\n\n\"\"\n", 1), (Rows{{""}, {""}}));
 }
 
@@ -140,7 +140,7 @@ TEST_F(CsvTableTest, SkipsOneByteOrderMark) {
   EXPECT_EQ(Open(mark + "a\n").BytesTaken(), 5U);
 }
 
-TEST_F(CsvTableTest, TakesPartOfAByteOrderMarkForText) {
+TEST_F(CsvTableTest, TreatsPartOfAByteOrderMarkAsText) {
   EXPECT_EQ(Open("\xEF"
                  "a\n")
                 .FindColumn("\xEF"
@@ -156,59 +156,57 @@ TEST_F(CsvTableTest, TakesPartOfAByteOrderMarkForText) {
 TEST_F(CsvTableTest, RefusesAFileWithoutAHeader) {
   for (const char* text :
        {"", "\n", "\r\n\n", "\xEF\xBB\xBF", "\xEF\xBB\xBF\n"}) {
-    EXPECT_EQ(Complaint(text), "table.csv: the file has no header row");
+    EXPECT_EQ(ErrorText(text), "table.csv: the file has no header row");
   }
 }
 
-TEST_F(CsvTableTest, RefusesAColumnThatIsNamedTwice) {
-  EXPECT_EQ(Complaint("a,b,a\n"),
-            "table.csv: line 1 (the header): the column \"a\" is named twice");
-  EXPECT_EQ(Complaint("\n\na,a\n"),
-            "table.csv: line 3 (the header): the column \"a\" is named twice");
-  EXPECT_EQ(Complaint("a,,\n1,2,3\n"), "") << "columns without a name";
+TEST_F(CsvTableTest, RefusesAColumnThatAppearsTwice) {
+  EXPECT_EQ(ErrorText("a,b,a\n"),
+            "table.csv: line 1 (the header): the column \"a\" appears twice");
+  EXPECT_EQ(ErrorText("\n\na,a\n"),
+            "table.csv: line 3 (the header): the column \"a\" appears twice");
+  EXPECT_EQ(ErrorText("a,,\n1,2,3\n"), "") << "columns without a name";
 }
 
-TEST_F(CsvTableTest, RefusesARowOfTheWrongLength) {
-  EXPECT_THAT(Complaint("a,b,c\n1,2,3\n1,2\n"),
+TEST_F(CsvTableTest, RefusesARowWithTheWrongNumberOfCells) {
+  EXPECT_THAT(ErrorText("a,b,c\n1,2,3\n1,2\n"),
               ::testing::HasSubstr("table.csv: line 3 (row 1), column c: "));
-  EXPECT_NE(Complaint("a,b\n1,2,3\n").find("line 2 (row 0)"),
+  EXPECT_NE(ErrorText("a,b\n1,2,3\n").find("line 2 (row 0)"),
             std::string::npos);
-  EXPECT_NE(Complaint("a,b\n \n").find("line 2 (row 0)"), std::string::npos);
+  EXPECT_NE(ErrorText("a,b\n \n").find("line 2 (row 0)"), std::string::npos);
 }
 
-TEST_F(CsvTableTest, ShowsNoControlCharactersOfAColumnsName) {
-  const std::string complaint = Complaint("a,\x1B[2J\n1\n");
-  EXPECT_EQ(complaint.find('\x1B'), std::string::npos);
-  EXPECT_THAT(complaint, testing::HasSubstr("column \\x1b[2J"));
+TEST_F(CsvTableTest, EscapesControlCharactersInAColumnName) {
+  const std::string error = ErrorText("a,\x1B[2J\n1\n");
+  EXPECT_EQ(error.find('\x1B'), std::string::npos);
+  EXPECT_THAT(error, testing::HasSubstr("column \\x1b[2J"));
 }
 
 TEST_F(CsvTableTest, RefusesWrongQuotes) {
   EXPECT_EQ(
-      Complaint("a,b\n1,2\n\n3,\"4\n5"),
+      ErrorText("a,b\n1,2\n\n3,\"4\n5"),
       "table.csv: line 4 (row 1), column b: the closing quote is missing");
+  EXPECT_EQ(ErrorText("a,b\n1,x\"y\"\n"),
+            "table.csv: line 2 (row 0), column b: quote in an unquoted cell");
   EXPECT_EQ(
-      Complaint("a,b\n1,x\"y\"\n"),
-      "table.csv: line 2 (row 0), column b: there is a quote within a cell "
-      "that is not quoted");
-  EXPECT_EQ(Complaint("a,b\n\"1\"x,2\n"),
-            "table.csv: line 2 (row 0), column a: there is text behind the "
-            "closing quote");
-  EXPECT_NE(Complaint("a,\"b\n").find("line 1 (the header), column 2"),
+      ErrorText("a,b\n\"1\"x,2\n"),
+      "table.csv: line 2 (row 0), column a: text after the closing quote");
+  EXPECT_NE(ErrorText("a,\"b\n").find("line 1 (the header), column 2"),
             std::string::npos);
 }
 
 TEST_F(CsvTableTest, CountsLinesWithinQuotes) {
-  EXPECT_NE(Complaint("a,\"b\nb\"\n\"1\n\n\",2\n1\n").find("line 6 (row 1)"),
+  EXPECT_NE(ErrorText("a,\"b\nb\"\n\"1\n\n\",2\n1\n").find("line 6 (row 1)"),
             std::string::npos);
 }
 
-TEST_F(CsvTableTest, TakesALoneCarriageReturnForText) {
+TEST_F(CsvTableTest, TreatsALoneCarriageReturnAsText) {
   EXPECT_EQ(Read("a,b\n1\r2,\r\r\n\r3,4\n", 2),
             (Rows{{"1\r2", "\r"}, {"\r3", "4"}}));
-  EXPECT_NE(Complaint("a\n\"1\"\r2\n"), "");
+  EXPECT_NE(ErrorText("a\n\"1\"\r2\n"), "");
 }
 
-TEST_F(CsvTableTest, FailNamesThePlaceOfTheCurrentRow) {
+TEST_F(CsvTableTest, FailNamesThePlaceOfTheCell) {
   CsvTable& table = Open("a,b\n\n1,2\n");
   ASSERT_TRUE(table.NextRow());
   try {
@@ -220,27 +218,27 @@ TEST_F(CsvTableTest, FailNamesThePlaceOfTheCurrentRow) {
   }
 }
 
-TEST_F(CsvTableTest, TakesLongRowsUpToALimit) {
+TEST_F(CsvTableTest, AcceptsLongRowsUpToALimit) {
   const std::string fits(1024UL * 1024, 'x');
   EXPECT_EQ(Read("a\n" + fits + "\n", 1), (Rows{{fits}}));
-  EXPECT_NE(Complaint("a\n" + fits + "x\n"), "");
-  EXPECT_NE(Complaint("a,b\n" + fits + ",x\n"), "");
+  EXPECT_NE(ErrorText("a\n" + fits + "x\n"), "");
+  EXPECT_NE(ErrorText("a,b\n" + fits + ",x\n"), "");
   EXPECT_EQ(Read("a,b\n" + fits.substr(2) + ",x\n", 2),
             (Rows{{fits.substr(2), "x"}}));
-  EXPECT_THAT(Complaint("a,b\n" + fits.substr(1) + ",x\n"),
+  EXPECT_THAT(ErrorText("a,b\n" + fits.substr(1) + ",x\n"),
               testing::HasSubstr("column b: the row is longer than 1 MiB"))
       << "the end of a cell counts, too";
-  EXPECT_NE(Complaint("a,b\n1,2\n3,\"" + fits + "\n").find("line 3 (row 1)"),
+  EXPECT_NE(ErrorText("a,b\n1,2\n3,\"" + fits + "\n").find("line 3 (row 1)"),
             std::string::npos);
 }
 
 TEST_F(CsvTableTest, RefusesARowWithFarTooManyCells) {
-  EXPECT_NE(Complaint("a\n" + std::string(3UL * 1024 * 1024, ',') + "\n"), "");
+  EXPECT_NE(ErrorText("a\n" + std::string(3UL * 1024 * 1024, ',') + "\n"), "");
 }
 
-/// The same text, moved byte by byte over the end of the first 256 KiB that are
-/// read at once.
-TEST_F(CsvTableTest, ReadsAlikeWhereverItsBufferEnds) {
+/// The same text, shifted byte by byte across the end of the first 256 KiB,
+/// which are read at once.
+TEST_F(CsvTableTest, ReadsTheSameWhereverTheBufferEnds) {
   constexpr std::size_t kBuffer = 256UL * 1024;
   const std::string text =
       "\"q\"\"u\r\no\",1\r\n\r\n\n2,\"\"\"\"\r\n\xEF\xBB\xBF,\"x\"\r";
@@ -257,9 +255,9 @@ TEST_F(CsvTableTest, ReadsAlikeWhereverItsBufferEnds) {
   }
 }
 
-/// Blocks are cut where rows end: with few bytes at a time, a block ends at
-/// every row of these texts.
-TEST_F(CsvTableTest, ReadsAlikeWithBlocksOfEverySize) {
+/// Blocks are cut at row ends: with a small block size, a block ends at every
+/// row of these texts.
+TEST_F(CsvTableTest, ReadsTheSameWithBlocksOfEverySize) {
   for (const std::string text :
        {"a,b\n1,2\n3,4\n", "\xEF\xBB\xBF\n\r\na,\"b\nb\"\r\n\r\n1,2\r\n\n\n3,4",
         "a,b\n\"q\"\"u\r\no\",1\r\n\r\n\n2,\"\"\"\"\r\n\n\"\n\n\",\"x\"\r",
@@ -269,14 +267,14 @@ TEST_F(CsvTableTest, ReadsAlikeWithBlocksOfEverySize) {
         "a,b\n1,2\n1,x\"y\n1,\"2\"\n", "a,\"b\n1,2\n1,2\n", "a,a\n1,2\n",
         "a,b\n1\r,\r2\r\r\n\r3,4\r"}) {
     SCOPED_TRACE(::testing::PrintToString(text));
-    const auto wanted = Story(text, CsvBlocks::kBlockSize);
+    const auto wanted = Contents(text, CsvBlocks::kBlockSize);
     for (std::size_t size = 1; size <= text.size(); ++size) {
-      ASSERT_EQ(Story(text, size), wanted) << "blocks of " << size;
+      ASSERT_EQ(Contents(text, size), wanted) << "blocks of " << size;
     }
   }
 }
 
-TEST_F(CsvTableTest, GivesItsRowsAsBlocksThatAreReadOnTheirOwn) {
+TEST_F(CsvTableTest, ReturnsBlocksThatCanBeReadIndependently) {
   CsvTable& table = Open("\n\na,b\n1,2\n\n\"3\n\",4\n\n5,6\n7\n", 2);
   Rows rows;
   std::vector<CsvBlock> blocks;
@@ -290,7 +288,8 @@ TEST_F(CsvTableTest, GivesItsRowsAsBlocksThatAreReadOnTheirOwn) {
         rows.push_back({std::string(read.Cell(0)), std::string(read.Cell(1))});
       }
     } catch (const CsvError& error) {
-      EXPECT_EQ(error.Where().line, 0U) << "of its block";
+      EXPECT_EQ(error.Where().line, 0U)
+          << "counted from the start of its block";
       EXPECT_EQ(error.Where().row, 0U);
       EXPECT_EQ(error.Where().column, 1U);
       try {
@@ -306,10 +305,10 @@ TEST_F(CsvTableTest, GivesItsRowsAsBlocksThatAreReadOnTheirOwn) {
   EXPECT_EQ(rows, (Rows{{"1", "2"}, {"3\n", "4"}, {"5", "6"}}));
 }
 
-TEST_F(CsvTableTest, TellsLinesRightFarIntoALongFile) {
+TEST_F(CsvTableTest, ReportsTheRightLineFarIntoALongFile) {
   std::string text = "a,b\n";
   for (int i = 0; i < 50000; ++i) text += "\"two\nlines\",2\r\n\n";
-  EXPECT_NE(Complaint(text + "1\n").find("line 150002 (row 50000), column b"),
+  EXPECT_NE(ErrorText(text + "1\n").find("line 150002 (row 50000), column b"),
             std::string::npos);
 }
 

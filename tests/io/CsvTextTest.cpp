@@ -11,7 +11,7 @@
 namespace ZARN::IO {
 namespace {
 
-TEST(CsvCell, LeavesPlainTextAsItIs) {
+TEST(CsvCell, LeavesPlainTextUnchanged) {
   for (const char* text :
        {"", "a", " a b ", "-1.5e3", "'", "\xC3\xA4", "a;b"}) {
     EXPECT_EQ(CsvCell(text), text);
@@ -39,7 +39,7 @@ TEST(AppendNumber, ReadsBackAsTheSameDouble) {
   }
 }
 
-TEST(AppendNumber, IsShort) {
+TEST(AppendNumber, WritesTheShortestText) {
   std::string text;
   AppendNumber(text, 0.1);
   AppendNumber(text, -8300.0);

@@ -16,7 +16,7 @@ namespace fs = std::filesystem;
 
 class FileNamesTest : public Testing::InFolder {};
 
-TEST_F(FileNamesTest, TellsWhatNamesAnOpenDescriptor) {
+TEST_F(FileNamesTest, FindsTheDescriptorThatANameRefersTo) {
   fs::create_symlink("/dev/stdout", "link");
   fs::create_symlink("link", "link to a link");
   fs::create_symlink("/dev/fd", "folder");
@@ -31,7 +31,7 @@ TEST_F(FileNamesTest, TellsWhatNamesAnOpenDescriptor) {
   EXPECT_EQ(DescriptorNamed("/dev/fd/12345"), 12345) << "need not be open";
 }
 
-TEST_F(FileNamesTest, TellsThatOtherNamesDoNot) {
+TEST_F(FileNamesTest, FindsNoDescriptorForOtherNames) {
   Put("1", "");
   fs::create_symlink("1", "to a file");
   fs::create_symlink("circle", "circle");
@@ -42,7 +42,7 @@ TEST_F(FileNamesTest, TellsThatOtherNamesDoNot) {
   }
 }
 
-TEST_F(FileNamesTest, TellsWhatCanBeReplaced) {
+TEST_F(FileNamesTest, CanReplaceRegularFilesOnly) {
   Put("file", "");
   fs::create_symlink("file", "link");
   fs::create_directory("folder");
@@ -55,14 +55,14 @@ TEST_F(FileNamesTest, TellsWhatCanBeReplaced) {
   }
 }
 
-TEST_F(FileNamesTest, FollowsLinksToWhereAFileWillStand) {
+TEST_F(FileNamesTest, FollowsLinksToTheTarget) {
   fs::create_directory("folder");
   fs::create_symlink("folder/there", "link");
   EXPECT_EQ(TargetOf("link"), fs::absolute("folder/there").string());
   EXPECT_EQ(TargetOf("plain"), fs::absolute("plain").string());
 }
 
-TEST_F(FileNamesTest, TellsWhichNameAsksForARootFile) {
+TEST_F(FileNamesTest, RecognisesRootFileNames) {
   for (const char* name : {"x.root", ".root", "a/b.csv.root"}) {
     EXPECT_TRUE(IsRootFileName(name)) << name;
   }

@@ -13,7 +13,7 @@ namespace {
 
 class LightPathTextTest : public Testing::InFolder {};
 
-/// A path whose every number is another one that decimals cannot hold.
+/// A path of different numbers that have no exact decimal form.
 DU::LightPath Path(DU::eLightPathType type) {
   double next = 1.0 / 3.0;
   const auto vector = [&next] {
@@ -66,7 +66,7 @@ TEST_F(LightPathTextTest, IsReadBackAsTheSamePath) {
   EXPECT_FALSE(reader.Next(rows, read));
 }
 
-TEST_F(LightPathTextTest, LeavesPointsEmptyThatTheTypeDoesNotUse) {
+TEST_F(LightPathTextTest, LeavesUnusedPointsEmpty) {
   DU::LightPath path;
   path.LightPathType = DU::kAVToWater;
   path.AVPoint1 = {1, 2, 3};

@@ -21,7 +21,7 @@ std::uint64_t Bits(double value) {
   return bits;
 }
 
-/// Expects a number with exactly these bits: -0 is not 0.
+/// Compares all bits, so -0 is not 0.
 void ExpectNumber(const std::string& cell, double wanted) {
   const NumberOrReason number = ParseNumber(cell);
   ASSERT_EQ(number.reason, nullptr) << cell << " " << number.reason;
@@ -78,7 +78,7 @@ TEST(ParseNumber, AcceptsInfinityAndNaN) {
   }
 }
 
-TEST(ParseNumber, RefusesWhatIsNotWhollyANumber) {
+TEST(ParseNumber, RefusesCellsThatAreNotEntirelyANumber) {
   for (const char* cell : {"",
                            ".",
                            "-",
@@ -136,7 +136,7 @@ TEST(ParseNumber, DoesNotStopAtANulByte) {
   ExpectReason(std::string("1e-400\0x", 8), "is not a number");
 }
 
-TEST(ParseNumber, LooksAtTheCellAlone) {
+TEST(ParseNumber, ReadsOnlyTheCell) {
   const std::string row = "1.5e3,7";
   const std::string_view cells = row;
   EXPECT_EQ(ParseNumber(cells.substr(0, 3)).value, 1.5);
@@ -145,7 +145,7 @@ TEST(ParseNumber, LooksAtTheCellAlone) {
   EXPECT_NE(ParseNumber(cells.substr(0, 0)).reason, nullptr);
 }
 
-TEST(ParseNumber, TakesTheNearestDoubleOfWhatIsTooSmall) {
+TEST(ParseNumber, RoundsTooSmallNumbersToTheNearestDouble) {
   ExpectNumber("4.9e-324", kLowest);
   ExpectNumber("3e-324", kLowest);
   ExpectNumber("2.5e-324", kLowest);
@@ -161,7 +161,7 @@ TEST(ParseNumber, TakesTheNearestDoubleOfWhatIsTooSmall) {
 }
 
 TEST(ParseNumber, RoundsHalfTheLowestDoubleToEven) {
-  // All digits of 2^-1075, half way between 0 and the lowest double.
+  // All digits of 2^-1075, halfway between 0 and the smallest double.
   const std::string half =
       "0." + std::string(323, '0') +
       "247032822920623272088284396434110686182529901307162382212792841250"
@@ -181,7 +181,7 @@ TEST(ParseNumber, RoundsHalfTheLowestDoubleToEven) {
   ExpectNumber(half + "0000000001", kLowest);
 }
 
-TEST(ParseNumber, RefusesWhatIsTooLarge) {
+TEST(ParseNumber, RefusesTooLargeNumbers) {
   ExpectNumber("1.7976931348623157e308", std::numeric_limits<double>::max());
   ExpectNumber("1.7976931348623158e308", std::numeric_limits<double>::max());
   for (const char* cell : {"1.7976931348623159e308", "1e309", "+1e400",
@@ -214,10 +214,10 @@ TEST(ParseNumber, ReadsBackExactlyWhatWasWritten) {
   }
 }
 
-TEST(ParseNumber, ReadsAlikeInEveryLocale) {
+TEST(ParseNumber, ReadsTheSameInEveryLocale) {
   const std::string before = std::setlocale(LC_ALL, nullptr);
   for (const char* name : {"de_DE", "de_DE.UTF-8", "fr_FR.UTF-8", "C.UTF-8"}) {
-    (void)std::setlocale(LC_ALL, name);  // stays as it is where there is none
+    (void)std::setlocale(LC_ALL, name);  // unchanged if not installed
     ExpectNumber("1.5", 1.5);
     ExpectNumber("3e-324", kLowest);
     ExpectReason("1,5", "is not a number");

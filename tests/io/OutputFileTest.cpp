@@ -29,7 +29,7 @@ class OutputFileTest : public Testing::InFolder {
     file.Commit();
   }
 
-  /// What is in the folder that does not bear one of the names.
+  /// Names of the other files in the folder.
   static std::vector<std::string> Others(
       const std::vector<std::string>& names) {
     std::vector<std::string> others;
@@ -43,7 +43,7 @@ class OutputFileTest : public Testing::InFolder {
   }
 };
 
-TEST_F(OutputFileTest, AppearsWhenItIsCommitted) {
+TEST_F(OutputFileTest, AppearsAtCommit) {
   OutputFile file("out");
   file.Write("one\n");
   file.Write("two\n");
@@ -55,7 +55,7 @@ TEST_F(OutputFileTest, AppearsWhenItIsCommitted) {
   EXPECT_TRUE(Others({"out"}).empty());
 }
 
-TEST_F(OutputFileTest, ReplacesAnExistingFileWhenItIsCommitted) {
+TEST_F(OutputFileTest, ReplacesAnExistingFileAtCommit) {
   Put("out", std::string(1000, 'o'));
   {
     OutputFile file("out");
@@ -68,7 +68,7 @@ TEST_F(OutputFileTest, ReplacesAnExistingFileWhenItIsCommitted) {
   EXPECT_EQ(Text("out"), "new");
 }
 
-TEST_F(OutputFileTest, LeavesEverythingAsItWasWithoutACommit) {
+TEST_F(OutputFileTest, ChangesNothingWithoutCommit) {
   Put("old", "old");
   {
     OutputFile old("old");
@@ -86,7 +86,7 @@ TEST_F(OutputFileTest, MayBeEmpty) {
   EXPECT_EQ(fs::file_size("out"), 0U);
 }
 
-TEST_F(OutputFileTest, WritesTextOfAnyLengthInItsOrder) {
+TEST_F(OutputFileTest, WritesTextOfAnyLengthInOrder) {
   std::string whole;
   OutputFile file("out");
   for (std::size_t length :
@@ -110,15 +110,15 @@ TEST_F(OutputFileTest, KeepsTheTargetsPermissions) {
   }
 }
 
-TEST_F(OutputFileTest, GivesANewFileWhatTheUmaskLeaves) {
+TEST_F(OutputFileTest, GivesANewFileThePermissionsOfTheUmask) {
   const mode_t before = umask(027);
   WriteWhole("out", "new");
   const mode_t during = umask(before);
-  EXPECT_EQ(during, 027U) << "the umask is put back";
+  EXPECT_EQ(during, 027U) << "the umask is restored";
   EXPECT_EQ(fs::status("out").permissions(), fs::perms(0640));
 }
 
-TEST_F(OutputFileTest, LeavesALinkAndReplacesItsFile) {
+TEST_F(OutputFileTest, KeepsALinkAndReplacesItsTarget) {
   fs::create_directory("folder");
   Put("folder/real", "old");
   fs::create_symlink("folder/real", "link");
@@ -129,7 +129,7 @@ TEST_F(OutputFileTest, LeavesALinkAndReplacesItsFile) {
   EXPECT_EQ(Text("folder/real"), "new");
 }
 
-TEST_F(OutputFileTest, LeavesALinkWhoseFileIsNotThereYet) {
+TEST_F(OutputFileTest, KeepsALinkWhoseTargetDoesNotExistYet) {
   fs::create_symlink("real", "link");
   WriteWhole("link", "new");
   EXPECT_TRUE(fs::is_symlink("link"));
@@ -159,7 +159,7 @@ TEST_F(OutputFileTest, CannotBeOpenedInAMissingFolder) {
   EXPECT_THROW(OutputFile{std::string()}, BadInput);
 }
 
-TEST_F(OutputFileTest, NamesTheFileAndTheReasonWhenItFails) {
+TEST_F(OutputFileTest, NamesTheFileAndTheReasonOfAFailure) {
   try {
     const OutputFile file("missing/out");
     FAIL();
@@ -175,8 +175,8 @@ TEST_F(OutputFileTest, FailsOnAFullDevice) {
                OutputFailure);
 }
 
-/// A limit on the size of files stands for a full disk.
-TEST_F(OutputFileTest, LeavesEverythingAsItWasOnAFullDisk) {
+/// A limit on file size simulates a full disk.
+TEST_F(OutputFileTest, ChangesNothingOnAFullDisk) {
   Put("old", "old");
   struct rlimit before = {};
   ASSERT_EQ(getrlimit(RLIMIT_FSIZE, &before), 0);
@@ -193,7 +193,7 @@ TEST_F(OutputFileTest, LeavesEverythingAsItWasOnAFullDisk) {
   EXPECT_TRUE(Others({"old", "fits"}).empty());
 }
 
-TEST_F(OutputFileTest, SparesTheFilesOfARunThatGoesOn) {
+TEST_F(OutputFileTest, DoesNotTouchTheTemporaryFileOfAnotherRun) {
   OutputFile first("out");
   first.Write("first");
   WriteWhole("out", "second");

@@ -24,7 +24,7 @@ class PositionReaderTest : public Testing::InFolder {
     return items;
   }
 
-  static std::string Complaint(const std::string& text) {
+  static std::string ErrorText(const std::string& text) {
     try {
       Read(text);
     } catch (const BadInput& error) {
@@ -46,19 +46,19 @@ TEST_F(PositionReaderTest, ReadsNamesAndPositionsFromColumnsInAnyOrder) {
   EXPECT_EQ(items[1].position, TVector3(4, 5.5, -6000));
 }
 
-TEST_F(PositionReaderTest, TakesPositionsThatAreNotFinite) {
+TEST_F(PositionReaderTest, AcceptsPositionsThatAreNotFinite) {
   const auto items = Read("pmt,x,y,z\na,nan,-inf,0\n");
   EXPECT_TRUE(std::isnan(items.at(0).position.X()));
   EXPECT_TRUE(std::isinf(items.at(0).position.Y()));
 }
 
 TEST_F(PositionReaderTest, RefusesAnEmptyCoordinateAndNamesItsPlace) {
-  EXPECT_EQ(Complaint("pmt,x,y,z\na,1,2,3\nb,1,,3\n"),
+  EXPECT_EQ(ErrorText("pmt,x,y,z\na,1,2,3\nb,1,,3\n"),
             "pmts.csv: line 3 (row 1), column y: \"\" is not a number");
 }
 
-TEST_F(PositionReaderTest, NamesEveryColumnThatIsMissing) {
-  EXPECT_EQ(Complaint("event,x,Y,z\n"),
+TEST_F(PositionReaderTest, NamesEveryMissingColumn) {
+  EXPECT_EQ(ErrorText("event,x,Y,z\n"),
             "pmts.csv: line 1 (the header): missing columns: pmt, y");
 }
 

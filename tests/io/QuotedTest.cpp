@@ -7,17 +7,17 @@
 namespace ZARN::IO {
 namespace {
 
-TEST(Quoted, ShowsPlainTextAsItIs) {
+TEST(Quoted, ShowsPlainTextUnchanged) {
   EXPECT_EQ(Quoted(""), "\"\"");
   EXPECT_EQ(Quoted("AV->Water \xC3\xA9"), "\"AV->Water \xC3\xA9\"");
 }
 
-TEST(Quoted, WritesControlCharactersOut) {
+TEST(Quoted, EscapesControlCharacters) {
   using namespace std::string_literals;
   EXPECT_EQ(Quoted("\x1B[2J\n\0\x7F"s), "\"\\x1b[2J\\x0a\\x00\\x7f\"");
 }
 
-TEST(Quoted, LeavesTheEndOfLongTextOut) {
+TEST(Quoted, TruncatesLongText) {
   EXPECT_EQ(Quoted(std::string(60, 'x')), "\"" + std::string(60, 'x') + "\"");
   EXPECT_EQ(Quoted(std::string(61, 'x')),
             "\"" + std::string(60, 'x') + "...\"");

@@ -18,7 +18,7 @@ class VerdictNTupleTest : public Testing::InFolder {};
 
 const VerdictNTuple::Origin kOrigin = {"zarn-shadow", "1.2.3", 7, 150.5, 420.0};
 
-TEST_F(VerdictNTupleTest, KeepsEveryVerdictAndWhereItCameFrom) {
+TEST_F(VerdictNTupleTest, StoresEveryVerdictAndItsOrigin) {
   {
     VerdictNTuple file("verdicts.root", kOrigin);
     file.Fill("z=1", "a,\"b\"", DU::kAVToWater, eShadowingComponent::kAVPipe);
@@ -54,7 +54,7 @@ TEST_F(VerdictNTupleTest, KeepsEveryVerdictAndWhereItCameFrom) {
   EXPECT_EQ(by(2), "no path");
 }
 
-TEST_F(VerdictNTupleTest, LeavesTheFormerFileWithoutCommit) {
+TEST_F(VerdictNTupleTest, KeepsTheOldFileWithoutCommit) {
   Put("verdicts.root", "former");
   {
     VerdictNTuple file("verdicts.root", kOrigin);
@@ -69,7 +69,7 @@ TEST_F(VerdictNTupleTest, LeavesTheFormerFileWithoutCommit) {
   EXPECT_EQ(files, 1U) << "a temporary file is left";
 }
 
-TEST_F(VerdictNTupleTest, SaysThatItCannotWrite) {
+TEST_F(VerdictNTupleTest, ThrowsIfItCannotWrite) {
   EXPECT_THROW(VerdictNTuple("nowhere/verdicts.root", kOrigin), OutputFailure);
 }
 

@@ -9,7 +9,7 @@ namespace {
 
 using DU::eShadowingComponent;
 
-TEST(VerdictText, TellsWhetherAPathIsShadowedAndByWhat) {
+TEST(VerdictText, WritesWhetherAPathIsShadowedAndByWhat) {
   std::string text = "7,";
   AppendVerdict(text, eShadowingComponent::kBellyPlate);
   EXPECT_EQ(text, "7,1,BellyPlate");
@@ -18,7 +18,7 @@ TEST(VerdictText, TellsWhetherAPathIsShadowedAndByWhat) {
   EXPECT_EQ(text, "0,");
 }
 
-TEST(VerdictText, TellsTheTypeOfThePathOrThatThereIsNone) {
+TEST(VerdictText, WritesTheTypeOfThePathOrNoPath) {
   std::string text = "a,b,";
   AppendPathVerdict(text, DU::kAVToWater, eShadowingComponent::kAVPipe);
   EXPECT_EQ(text, "a,b,AV->Water,1,AVPipe");
