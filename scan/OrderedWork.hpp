@@ -16,25 +16,25 @@
 
 namespace ZARN::Scan {
 
-/// Does work on items on several threads and gives them back in their order.
-/// The threads live as long as this. One thread, the owner's, puts items in and
-/// takes them out; where it would have to wait, it works, too.
+/// Processes items on several threads and returns them in order. The threads
+/// live as long as this object. One thread, the owner's, pushes and pops;
+/// instead of waiting, it processes items too.
 ///
-/// ROOT's executor takes no more threads than there are cores, and hides its
-/// locks from the thread sanitizer.
+/// Why not ROOT's executor: it uses no more threads than there are cores, and
+/// hides its locks from the thread sanitizer.
 template <class Item>
 class OrderedWork {
  public:
-  /// Done to every item once. Workers count from 0 to threads - 1; each works
-  /// on one item at a time, and the owner's thread is worker 0.
+  /// Called once for every item. Workers count from 0 to threads - 1; each
+  /// processes one item at a time, and the owner's thread is worker 0.
   using Work = std::function<void(Item& item, std::size_t worker)>;
 
-  /// @param threads  how many at most; they are started when there is work
+  /// @param threads  maximum number; threads are started when there is work
   OrderedWork(std::size_t threads, Work work)
       : maxThreads_(threads), work_(std::move(work)) {}
   OrderedWork(const OrderedWork&) = delete;
   OrderedWork& operator=(const OrderedWork&) = delete;
-  /// Items whose work has not begun are left out.
+  /// Items that no thread has started are dropped.
   ~OrderedWork() {
     {
       const std::lock_guard<std::mutex> lock(guard_);
@@ -44,7 +44,7 @@ class OrderedWork {
     for (std::thread& thread : threads_) thread.join();
   }
 
-  /// Items that were put in and not yet taken out.
+  /// Number of items pushed and not yet popped.
   std::size_t Size() const { return slots_.size(); }
 
   void Push(Item item) {
@@ -56,8 +56,8 @@ class OrderedWork {
     if (threads_.size() + 1 < std::min(maxThreads_, Size())) StartThread();
   }
 
-  /// Take the oldest item out when its work is done. Where that threw, the
-  /// exception leaves from here.
+  /// Wait until the oldest item is processed and return it. If processing it
+  /// threw, the exception is thrown here.
   Item Pop() {
     std::unique_lock<std::mutex> lock(guard_);
     while (!slots_.front().isDone) {
@@ -86,7 +86,7 @@ class OrderedWork {
     try {
       threads_.push_back(StartWorkerThread([this, worker] { Run(worker); }));
     } catch (const std::system_error&) {
-      // No more threads to be had: those that there are do the work.
+      // The system gives no more threads; those already started do the work.
       maxThreads_ = worker;
     }
   }
@@ -102,7 +102,7 @@ class OrderedWork {
   }
 
   void WorkOnNext(std::unique_lock<std::mutex>& lock, std::size_t worker) {
-    Slot& slot = slots_[begun_++];  // stays where it is
+    Slot& slot = slots_[begun_++];  // a deque does not move its elements
     lock.unlock();
     try {
       work_(slot.item, worker);
@@ -122,7 +122,7 @@ class OrderedWork {
   std::condition_variable workCame_;
   std::condition_variable workEnded_;
   std::deque<Slot> slots_;  // the oldest first; only the owner adds and removes
-  std::size_t begun_ = 0;   // the first of them
+  std::size_t begun_ = 0;   // number of slots whose work has started
   bool isEnding_ = false;
 };
 

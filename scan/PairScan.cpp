@@ -24,8 +24,8 @@ const std::vector<PairChunk>& PairScan::FindVerdicts(const Pairs& pairs,
     work_.Push({&pairs, begin, next, number});
     begin = next;
   }
-  // The pairs belong to the caller: no thread may be at work on them when an
-  // exception leaves.
+  // The caller owns the pairs: no thread may still use them when an exception
+  // leaves.
   std::exception_ptr failure;
   while (work_.Size() > 0) {
     try {

@@ -12,8 +12,8 @@
 
 namespace ZARN::Scan {
 
-/// Every event of a list with every PMT of another: the pairs are numbered from
-/// 0 in the order of the events, and for each event of the PMTs.
+/// All pairs of an event and a PMT, numbered from 0: first the first event with
+/// each PMT, then the second, and so on.
 struct Pairs {
   const std::vector<TVector3>& events;  ///< positions, mm
   const std::vector<TVector3>& pmts;
@@ -26,55 +26,55 @@ struct Pairs {
 /// The verdict on one path from an event to a PMT.
 struct PairVerdict {
   std::size_t pair = 0;
-  /// kUninitialised where there is no path.
+  /// kUninitialised if there is no path.
   DU::eLightPathType type = DU::kUninitialised;
   DU::eShadowingComponent by = DU::eShadowingComponent::kNone;
 
   bool HasPath() const { return type != DU::kUninitialised; }
 };
 
-/// What was found for some pairs in a row.
+/// The results for some consecutive pairs.
 struct PairChunk {
-  /// A direct verdict for each pair, with a reflected one directly after it
-  /// where there is one.
+  /// For each pair the verdict on the direct path, directly followed by that on
+  /// the reflected path if there is one.
   std::vector<PairVerdict> verdicts;
-  /// The light path of each verdict that has one, where they are asked for.
+  /// The light path of each verdict that has one; see Settings::withPaths.
   std::vector<DU::LightPath> paths;
 };
 
-/// Computes and judges the light paths of pairs of an event and a PMT, on
+/// Computes and judges the light paths of pairs of an event and a PMT on
 /// several threads.
 ///
 ///     ZARN::Scan::PairScan scan(shadowing, lightPath, {threads});
 ///     const ZARN::Scan::Pairs pairs = {events, pmts};
 ///     for (const auto& chunk : scan.FindVerdicts(pairs, 0, pairs.Count())) ...
 ///
-/// A scan serves one thread. What it finds does not depend on the number of
-/// threads.
+/// Use a scan from one thread at a time. The results do not depend on the
+/// number of threads.
 class PairScan {
  public:
-  /// How many pairs a chunk has, but for the last: small enough to share out
-  /// evenly, large enough that taking one is free.
+  /// Pairs per chunk (the last may be smaller): few enough to spread the work
+  /// evenly, enough that taking a chunk costs next to nothing.
   static constexpr std::size_t kChunkSize = 256;
 
   struct Settings {
     std::size_t threads = 1;       ///< at least one
-    bool withReflections = false;  ///< judge reflected light, too
+    bool withReflections = false;  ///< judge reflected light too
     bool withPaths = false;        ///< keep the light paths
-    /// Called with each chunk and its number among those of a call of
-    /// FindVerdicts, on the thread that judged it and so for several chunks at
-    /// once. What it throws leaves from that call.
+    /// Called with each chunk and its number within the FindVerdicts call, on
+    /// the thread that judged it, so for several chunks at the same time.
+    /// FindVerdicts throws what it throws.
     std::function<void(std::size_t number, const PairChunk& chunk)> onChunk =
         nullptr;
   };
 
-  /// @param shadowing  must outlive the scan; its run has begun
-  /// @param lightPath  as each thread begins with it; its run has begun
+  /// @param shadowing  must outlive the scan; BeginOfRun was called
+  /// @param lightPath  copied for each thread; BeginOfRun was called
   PairScan(const DU::ShadowingCalculator& shadowing,
            const DU::LightPathCalculator& lightPath, Settings settings);
 
   /// Judge the pairs from @p begin up to @p end. Memory grows with their
-  /// number: of very many, judge some after the other.
+  /// number; judge a large number in several calls.
   ///
   /// @return chunks in the order of the pairs; valid until the next call
   const std::vector<PairChunk>& FindVerdicts(const Pairs& pairs,
@@ -82,7 +82,7 @@ class PairScan {
                                              std::size_t end);
 
  private:
-  /// What one thread does at a time.
+  /// The work of one thread on one chunk.
   struct Part {
     const Pairs* pairs;
     std::size_t begin;
@@ -98,7 +98,7 @@ class PairScan {
   Settings settings_;
   std::vector<DU::LightPathCalculator> lightPaths_;  // one for each thread
   std::vector<PairChunk> chunks_;
-  std::atomic<bool> isStopping_ = false;  // what has not begun is left out
+  std::atomic<bool> isStopping_ = false;  // skip what has not started
   OrderedWork<Part> work_;
 };
 

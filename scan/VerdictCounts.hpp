@@ -14,7 +14,7 @@ class VerdictCounts {
     ++counts_[static_cast<std::size_t>(verdict)];
   }
 
-  /// How many paths had this verdict.
+  /// Number of paths with this verdict.
   std::uint64_t Of(DU::eShadowingComponent verdict) const {
     return counts_[static_cast<std::size_t>(verdict)];
   }
@@ -22,8 +22,8 @@ class VerdictCounts {
   std::uint64_t Paths() const;
   std::uint64_t Shadowed() const;
 
-  /// The component that shadows most, of several the one that is tested first;
-  /// kNone where nothing does.
+  /// The component that shadows most paths; among equals the one that is tested
+  /// first; kNone if no path is shadowed.
   DU::eShadowingComponent MostFrequent() const;
 
  private:

@@ -6,7 +6,7 @@
 namespace ZARN::Scan {
 namespace {
 
-/// While it lives, threads that this one starts inherit the mask.
+/// Blocks the signals in this thread; threads started meanwhile inherit that.
 class BlockedStopSignals {
  public:
   BlockedStopSignals() {

@@ -5,11 +5,11 @@
 
 namespace ZARN::Scan {
 
-/// Start a thread that is spared the signals that ask a program to stop
-/// (SIGINT, SIGTERM, SIGHUP): they go to another thread. A thread that works
-/// must not be the one to hear of an interrupt while another waits for input.
+/// Start a thread with the stop signals (SIGINT, SIGTERM, SIGHUP) blocked, so
+/// that another thread receives them. If a worker received the interrupt, a
+/// thread that waits for input would go on waiting.
 ///
-/// @throws std::system_error if there are no more threads to be had
+/// @throws std::system_error if no thread can be started
 std::thread StartWorkerThread(std::function<void()> work);
 
 }  // namespace ZARN::Scan

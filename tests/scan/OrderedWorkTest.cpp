@@ -14,9 +14,10 @@
 namespace ZARN::Scan {
 namespace {
 
-constexpr auto kLate = std::chrono::seconds(60);  // only a hang takes so long
+constexpr auto kLate =
+    std::chrono::seconds(60);  // only reached if a thread hangs
 
-TEST(OrderedWork, DoesEveryItemOnceAndGivesThemBackInTheirOrder) {
+TEST(OrderedWork, ProcessesEveryItemOnceAndReturnsThemInOrder) {
   for (const std::size_t threads : {1U, 2U, 7U, 100U}) {
     for (const int count : {0, 1, 2, 50}) {
       OrderedWork<int> work(threads,
@@ -29,7 +30,7 @@ TEST(OrderedWork, DoesEveryItemOnceAndGivesThemBackInTheirOrder) {
   }
 }
 
-TEST(OrderedWork, KeepsTheOrderWhereItemsComeAndGo) {
+TEST(OrderedWork, KeepsTheOrderWhenPushAndPopAlternate) {
   for (const std::size_t threads : {1U, 3U}) {
     OrderedWork<int> work(threads, [](int&, std::size_t) {});
     int pushed = 0;
@@ -42,7 +43,7 @@ TEST(OrderedWork, KeepsTheOrderWhereItemsComeAndGo) {
   }
 }
 
-TEST(OrderedWork, KeepsAsManyThreadsBusyAsItIsGiven) {
+TEST(OrderedWork, UsesAllItsThreads) {
   constexpr std::size_t kThreads = 5;
   std::atomic<std::size_t> waiting = 0;
   std::atomic<bool> isLate = false;
@@ -56,10 +57,10 @@ TEST(OrderedWork, KeepsAsManyThreadsBusyAsItIsGiven) {
   });
   for (std::size_t i = 0; i < kThreads; ++i) work.Push(0);
   while (work.Size() > 0) work.Pop();
-  EXPECT_FALSE(isLate) << "five items at once never came together";
+  EXPECT_FALSE(isLate) << "five items were never in work at the same time";
 }
 
-TEST(OrderedWork, NumbersItsWorkersWhichStayTheSameThreads) {
+TEST(OrderedWork, GivesEachThreadAFixedWorkerNumber) {
   constexpr std::size_t kThreads = 3;
   std::vector<std::set<std::thread::id>> threads(kThreads);
   std::vector<std::atomic<int>> inUse(kThreads);
@@ -77,12 +78,12 @@ TEST(OrderedWork, NumbersItsWorkersWhichStayTheSameThreads) {
       while (work.Size() > 0) work.Pop();
     }
   }
-  EXPECT_FALSE(isShared) << "two threads had one number at once";
+  EXPECT_FALSE(isShared) << "two threads had the same number";
   for (const auto& ids : threads) EXPECT_LE(ids.size(), 1U);
   for (const auto& id : threads[0]) EXPECT_EQ(id, std::this_thread::get_id());
 }
 
-TEST(OrderedWork, NeedsNoOtherThreadForOneOrForOneItem) {
+TEST(OrderedWork, UsesNoOtherThreadForOneThreadOrOneItem) {
   const auto own = std::this_thread::get_id();
   const auto expectOwn = [own](int&, std::size_t worker) {
     EXPECT_EQ(std::this_thread::get_id(), own);
@@ -93,12 +94,12 @@ TEST(OrderedWork, NeedsNoOtherThreadForOneOrForOneItem) {
   while (oneThread.Size() > 0) oneThread.Pop();
   OrderedWork<int> oneItem(8, expectOwn);
   oneItem.Push(0);
-  // Another thread, if there were one, would take it now.
+  // If there were another thread, it would take the item now.
   std::this_thread::sleep_for(std::chrono::milliseconds(50));
   oneItem.Pop();
 }
 
-TEST(OrderedWork, GivesAnExceptionInThePlaceOfItsItem) {
+TEST(OrderedWork, ThrowsTheExceptionInPlaceOfItsItem) {
   for (const std::size_t threads : {1U, 4U}) {
     OrderedWork<int> work(threads, [](int& item, std::size_t) {
       if (item % 10 == 5) throw std::runtime_error(std::to_string(item));
@@ -116,7 +117,7 @@ TEST(OrderedWork, GivesAnExceptionInThePlaceOfItsItem) {
   }
 }
 
-TEST(OrderedWork, LeavesOutAtItsEndWhatHasNotBegun) {
+TEST(OrderedWork, DropsItemsThatHaveNotStartedWhenDestroyed) {
   std::atomic<int> done = 0;
   {
     OrderedWork<int> work(4, [&](int&, std::size_t) {
@@ -130,7 +131,7 @@ TEST(OrderedWork, LeavesOutAtItsEndWhatHasNotBegun) {
   EXPECT_LT(done, 10000);
 }
 
-/// A thread that waits for input must be the one that an interrupt wakes.
+/// The owner's thread may wait for input, so it must receive the interrupt.
 TEST(OrderedWork, LeavesSignalsToTheOwnersThread) {
   std::atomic<bool> hasBegun = false;
   std::atomic<int> unblocked = 0;

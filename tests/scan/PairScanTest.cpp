@@ -39,7 +39,7 @@ class PairScanTest : public ::testing::Test {
                {0, 5830, 0}, {0, 7000, 10}, pmts_.front()};
   }
 
-  /// The verdicts that one pair after the other gets, and their paths.
+  /// Verdicts and paths of all pairs, judged one by one.
   PairChunk JudgedOneByOne(bool withReflections) {
     PairChunk all;
     const auto take = [&](std::size_t pair) {
@@ -94,7 +94,7 @@ class PairScanTest : public ::testing::Test {
   std::vector<TVector3> pmts_;
 };
 
-TEST_F(PairScanTest, JudgesEveryPairInOrderWhateverTheNumberOfThreads) {
+TEST_F(PairScanTest, JudgesEveryPairInOrderWithAnyNumberOfThreads) {
   const Pairs pairs = {events_, pmts_};
   ASSERT_GT(pairs.Count(), PairScan::kChunkSize) << "more than one chunk";
   for (const bool withReflections : {false, true}) {
@@ -106,7 +106,7 @@ TEST_F(PairScanTest, JudgesEveryPairInOrderWhateverTheNumberOfThreads) {
   }
 }
 
-TEST_F(PairScanTest, JudgesAnyPartOfThePairsAgainAndAgain) {
+TEST_F(PairScanTest, JudgesAnyPartOfThePairsRepeatedly) {
   const Pairs pairs = {events_, pmts_};
   const PairChunk wanted = JudgedOneByOne(false);
   PairScan scan(shadowing_, lightPath_, {2, false, true});
@@ -120,7 +120,7 @@ TEST_F(PairScanTest, JudgesAnyPartOfThePairsAgainAndAgain) {
   EXPECT_TRUE(scan.FindVerdicts(pairs, 5, 5).empty());
 }
 
-TEST_F(PairScanTest, KeepsLightPathsOnlyWhereTheyAreAskedFor) {
+TEST_F(PairScanTest, KeepsLightPathsOnlyOnRequest) {
   const Pairs pairs = {events_, pmts_};
   PairScan scan(shadowing_, lightPath_, {});
   for (const PairChunk& chunk : scan.FindVerdicts(pairs, 0, pairs.Count())) {
@@ -144,7 +144,7 @@ TEST_F(PairScanTest, CallsBackWithEachChunkOnce) {
   }
 }
 
-TEST_F(PairScanTest, LeavesOutTheOtherChunksWhenTheCallbackThrows) {
+TEST_F(PairScanTest, SkipsTheOtherChunksWhenTheCallbackThrows) {
   const Pairs pairs = {events_, pmts_};
   int calls = 0;
   PairScan scan(shadowing_, lightPath_, {1, false, false, [&](auto, auto&) {
@@ -155,7 +155,7 @@ TEST_F(PairScanTest, LeavesOutTheOtherChunksWhenTheCallbackThrows) {
   EXPECT_EQ(calls, 1);
 }
 
-TEST_F(PairScanTest, GivesTheCallerWhatTheCallbackThrowsWhenAllThreadsAreDone) {
+TEST_F(PairScanTest, RethrowsAfterAllThreadsAreDone) {
   const Pairs pairs = {events_, pmts_};
   const PairChunk wanted = JudgedOneByOne(false);
   for (const std::size_t threads : {1U, 3U}) {
@@ -174,7 +174,7 @@ TEST_F(PairScanTest, GivesTheCallerWhatTheCallbackThrowsWhenAllThreadsAreDone) {
                    }});
     EXPECT_THROW(scan.FindVerdicts(pairs, 0, pairs.Count()),
                  std::runtime_error);
-    EXPECT_EQ(atWork, 0) << "a thread is still at work";
+    EXPECT_EQ(atWork, 0) << "a thread is still working";
     mayThrow = false;
     ExpectSame(Joined(scan.FindVerdicts(pairs, 0, pairs.Count())), wanted);
   }

@@ -23,7 +23,7 @@ TEST(VerdictCounts, CountsPathsAndShadowedOnes) {
   EXPECT_EQ(counts.MostFrequent(), eShadowingComponent::kNeckBoss);
 }
 
-TEST(VerdictCounts, NamesTheComponentTestedFirstOfTwoThatAreLevel) {
+TEST(VerdictCounts, NamesTheComponentTestedFirstOnATie) {
   VerdictCounts counts;
   counts.Add(eShadowingComponent::kAVPipe);
   counts.Add(eShadowingComponent::kBellyPlate);

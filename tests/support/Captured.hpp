@@ -7,8 +7,8 @@
 
 namespace ZARN::Testing {
 
-/// Collects what is written to an otext for as long as it lives, and switches
-/// the stream on meanwhile.
+/// Switches an otext on and collects its output for as long as this object
+/// exists.
 class Captured {
  public:
   explicit Captured(otext& stream) : stream_(stream), wasOn_(stream.IsOn()) {

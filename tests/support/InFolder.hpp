@@ -10,7 +10,7 @@
 
 namespace ZARN::Testing {
 
-/// A test with an empty folder of its own, which is the current one meanwhile.
+/// A test that runs in its own empty folder.
 class InFolder : public ::testing::Test {
  protected:
   void SetUp() override {

@@ -4,8 +4,9 @@
 
 namespace ZARN::Testing {
 
-/// While it lives, requests for more bytes than this find no memory. Only in
-/// programs that ScarceMemory.cpp is part of: it replaces operator new.
+/// While it exists, requests for more bytes than this fail with std::bad_alloc.
+/// Only for programs that compile ScarceMemory.cpp, which replaces operator
+/// new.
 class ScarceMemory {
  public:
   explicit ScarceMemory(std::size_t largestRequest);

@@ -9,11 +9,10 @@
 
 namespace ZARN::Testing {
 
-/// A set of tables that a test builds and changes field by field before it puts
-/// them into the database.
+/// Tables that a test builds and changes field by field before loading them.
 class Tables {
  public:
-  /// Set one field, making its entry if need be.
+  /// Set one field, creating its entry if needed.
   Tables& Set(const std::string& table, const std::string& index,
               const std::string& field, TableField value) {
     entries_[{table, index}][field] = std::move(value);
@@ -48,14 +47,14 @@ class Tables {
     return *this;
   }
 
-  /// These tables as a set of their own.
+  /// These tables as a table set.
   TableSet AsSet() const {
     TableSet set;
     set.Add(Entries());
     return set;
   }
 
-  /// Replace the database's content by these tables.
+  /// Replace the content of the process-wide database by these tables.
   void Load() const {
     DB& db = DB::Get();
     db.Clear();

@@ -5,8 +5,8 @@
 
 namespace ZARN::Testing {
 
-/// The text of the exception of this type that @p action throws; says so if it
-/// throws none. Exceptions of other types pass.
+/// The text of the exception of this type that @p action throws, or a text that
+/// says that nothing was thrown. Exceptions of other types are not caught.
 template <class Exception, class Action>
 std::string TextOf(Action&& action) {
   try {
