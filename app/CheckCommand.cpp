@@ -32,7 +32,7 @@ constexpr const char* kFooter =
     "  start_x, _y, _z      start of the path, mm\n"
     "  end_x, _y, _z        its end at the PMT, mm\n"
     "  initial_x, _y, _z    direction of travel at the start\n"
-    "  final_x, _y, _z      direction of travel on the last stretch\n"
+    "  final_x, _y, _z      direction of travel at the end\n"
     "  av1_x ... av4_z      up to four points on the vessel, mm\n"
     "An empty coordinate is 0. Other columns are ignored.\n\n"
     "The verdicts are CSV:\n"
@@ -42,7 +42,8 @@ constexpr const char* kFooter =
     "                       AVPipe, NeckBoss, or empty\n"
     "Set-up messages, warnings and a table of counts go to standard "
     "error.\n\n"
-    "Exit status: 0; 1 output cannot be written; 2 bad usage or input;\n"
+    "Exit status: 0 success; 1 output cannot be written; 2 bad usage or "
+    "input;\n"
     "130 interrupted.\n\n"
     "Example:\n"
     "  zarn-shadow check data/example-paths.csv \\\n"
@@ -56,15 +57,15 @@ struct CheckOptions {
   bool debug = false;
 };
 
-/// What is counted, and what is written, in the order of the rows.
+/// Counts the verdicts and writes them in the order of the rows.
 class CheckResults {
  public:
   explicit CheckResults(const CheckOptions& options) : output_(options.output) {
     output_.Write("row,shadowed,by\n");
   }
 
-  /// Take the verdicts on the next paths. @p calculator judges those that were
-  /// not because of their messages.
+  /// Add the verdicts on the next paths. @p calculator judges the paths with
+  /// messages, which were left out so far.
   void Take(const PathCheck::CheckedBlock& block,
             DU::ShadowingCalculator& calculator) {
     auto withMessages = block.withMessages.begin();
@@ -89,9 +90,8 @@ class CheckResults {
   void Print(const DU::ShadowingCalculator& calculator, double seconds) const {
     PrintCounts(std::cerr, counts_, calculator, seconds);
     if (unknownTypes_ == 0) return;
-    std::cerr << "paths whose type has an unknown name: "
-              << Grouped(unknownTypes_) << ", the first "
-              << IO::Quoted(firstUnknownType_) << "\n";
+    std::cerr << "paths with an unknown type name: " << Grouped(unknownTypes_)
+              << ", the first " << IO::Quoted(firstUnknownType_) << "\n";
   }
 
  private:
@@ -162,7 +162,7 @@ void Check(const CheckOptions& options) {
 
 void AddCheckCommand(CLI::App& app) {
   CLI::App* const command = app.add_subcommand(
-      "check", "Tell for every light path of a CSV file what blocks it");
+      "check", "Report what blocks each light path of a CSV file");
   const auto options = std::make_shared<CheckOptions>();
   command
       ->add_option("PATHS", options->paths,

@@ -6,8 +6,8 @@ class App;
 
 namespace ZARN::App {
 
-/// Add the subcommand "check": light paths in, verdicts out. It runs while the
-/// arguments are parsed and may throw what app/Failure.hpp lists.
+/// Add the subcommand "check", which reads light paths and writes verdicts. It
+/// runs while the arguments are parsed; main.cpp lists what it may throw.
 void AddCheckCommand(CLI::App& app);
 
 }  // namespace ZARN::App

@@ -9,14 +9,14 @@
 
 namespace ZARN::App {
 
-/// Print a line of the table at the end of a command.
+/// Print one line of the table that a command prints at its end.
 void PrintCount(std::ostream& out, const std::string& label,
                 std::uint64_t count);
 
-/// Print verdict counts as the table at the end of a command.
+/// Print verdict counts in the same form.
 ///
-/// @param calculator  tells which components were loaded
-/// @param seconds     how long the paths took
+/// @param calculator  knows which components were loaded
+/// @param seconds     time spent on the paths
 void PrintCounts(std::ostream& out, const Scan::VerdictCounts& counts,
                  const DU::ShadowingCalculator& calculator, double seconds);
 

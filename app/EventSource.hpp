@@ -11,8 +11,7 @@
 
 namespace ZARN::App {
 
-/// Events as they come, some at a time: however many there are, only those
-/// being worked on are in memory.
+/// Reads events in batches, so that memory does not grow with their number.
 class EventSource {
  public:
   /// @param path  CSV file of events, as for IO::InputFile
@@ -25,17 +24,17 @@ class EventSource {
   EventSource(const EventSource&) = delete;
   EventSource& operator=(const EventSource&) = delete;
 
-  /// Go on to the next events; false after the last.
+  /// Read the next batch of events; false after the last.
   ///
-  /// @param pmts  how many PMTs each will be judged with: with few, more events
-  ///              are taken at once
+  /// @param pmts  number of PMTs that each event is judged with; fewer PMTs
+  ///              make larger batches
   /// @throws as IO::PositionReader::Next
   bool Next(std::size_t pmts);
 
   const std::vector<IO::NamedPosition>& Events() const { return events_; }
 
-  /// The part of all events that is done when @p share of the current ones is;
-  /// nothing where their number is not known.
+  /// Fraction of all events done when @p share of the current batch is done;
+  /// nullopt if the total is unknown.
   std::optional<double> Done(double share) const;
 
  private:
@@ -43,7 +42,7 @@ class EventSource {
   std::optional<IO::PositionReader> reader_;
   std::vector<IO::NamedPosition> events_;
   bool isAtEnd_ = false;
-  std::uint64_t bytesBefore_ = 0;  // up to the current events
+  std::uint64_t bytesBefore_ = 0;  // file position before the current batch
 };
 
 }  // namespace ZARN::App

@@ -4,7 +4,7 @@
 
 namespace ZARN::App {
 
-/// @p value with its thousands set apart: 1234567 is "1,234,567".
+/// @p value with thousands separators: 1234567 is "1,234,567".
 std::string Grouped(unsigned long long value);
 
 }  // namespace ZARN::App

@@ -8,7 +8,7 @@
 namespace ZARN::App {
 namespace {
 
-/// Paths that are judged at once; as records they stay near the processor.
+/// Paths judged in one call; few enough to stay in the processor's cache.
 constexpr std::size_t kBatchSize = 64;
 
 }  // namespace
@@ -17,7 +17,7 @@ PathCheck::PathCheck(const DU::ShadowingCalculator& calculator,
                      IO::LightPathReader& reader, std::size_t threads)
     : calculator_(calculator),
       reader_(reader),
-      // While a thread waits for the oldest, the others go on to the next.
+      // While one thread waits for the oldest block, others can continue.
       maxBlocks_(threads == 1 ? 1 : 2 * threads),
       batches_(threads),
       work_(threads, [this](CheckedBlock& checked, std::size_t worker) {
@@ -26,7 +26,7 @@ PathCheck::PathCheck(const DU::ShadowingCalculator& calculator,
 
 const PathCheck::CheckedBlock* PathCheck::Next() {
   while (MayReadOn()) {
-    CheckedBlock next = std::move(current_);  // its memory serves again
+    CheckedBlock next = std::move(current_);  // reuse its buffers
     if (Read(next.text)) work_.Push(std::move(next));
   }
   if (work_.Size() > 0) {

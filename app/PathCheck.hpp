@@ -15,18 +15,18 @@ namespace ZARN::App {
 /// Judges the light paths of a table block by block, on several threads.
 class PathCheck {
  public:
-  /// A path that was not judged because messages may come with its verdict:
-  /// they belong in the order of the rows.
+  /// A path that was not judged here, because its verdict may write messages:
+  /// the caller judges it, so that messages come in the order of the rows.
   struct PathWithMessages {
     std::size_t index;  ///< among the paths of its block
     std::string_view typeName;
     DU::LightPath path;
   };
 
-  /// What was found for a block of rows.
+  /// The results for a block of rows.
   struct CheckedBlock {
     IO::CsvBlock text;
-    /// Of its paths in their order, up to an error; kNone for those with
+    /// One for each path in order, up to an error; kNone for paths with
     /// messages.
     std::vector<DU::eShadowingComponent> verdicts;
     std::vector<PathWithMessages> withMessages;
@@ -34,20 +34,19 @@ class PathCheck {
     std::optional<IO::CsvError> error;
   };
 
-  /// @param calculator  must outlive this; its run has begun
+  /// @param calculator  must outlive this; BeginOfRun was called
   /// @param reader      must outlive this
   PathCheck(const DU::ShadowingCalculator& calculator,
             IO::LightPathReader& reader, std::size_t threads);
 
-  /// What was found for the next block; null after the last. Valid until the
-  /// next call.
+  /// The results for the next block; null after the last. Valid until the next
+  /// call.
   ///
-  /// Where more of the file would have to be waited for, what has come is
+  /// If reading would block waiting for input, the blocks read so far are
   /// judged first.
   ///
-  /// @throws IO::BadInput if the file cannot be read, behind all blocks that
-  /// could;
-  ///         Interrupted if a signal came
+  /// @throws IO::BadInput if the file cannot be read, after all blocks that
+  ///         could be read; Interrupted after a signal
   const CheckedBlock* Next();
 
  private:
@@ -59,8 +58,8 @@ class PathCheck {
   const DU::ShadowingCalculator& calculator_;
   IO::LightPathReader& reader_;
   bool isAtEnd_ = false;
-  std::exception_ptr failure_;  // why the file ended there
-  std::size_t maxBlocks_;       // that are worked on at once
+  std::exception_ptr failure_;  // why reading stopped
+  std::size_t maxBlocks_;       // limit for blocks in work
   CheckedBlock current_;
   std::vector<std::vector<DU::LightPath>> batches_;  // one for each thread
   Scan::OrderedWork<CheckedBlock> work_;

@@ -14,7 +14,7 @@ namespace ZARN::App {
 
 namespace {
 
-/// In words, as long as one would say it.
+/// A duration in a unit that suits its length.
 std::string Duration(double seconds) {
   constexpr double kMinute = 60;
   constexpr double kHour = 60 * kMinute;
@@ -28,7 +28,7 @@ std::string Duration(double seconds) {
 
 }  // namespace
 
-/// Passes messages on to standard error, on a line of their own.
+/// Forwards messages to standard error after clearing the bar.
 class ProgressBar::ClearingBuffer : public std::streambuf {
  public:
   explicit ClearingBuffer(ProgressBar& bar) : bar_(bar) {}
@@ -64,7 +64,7 @@ void ProgressBar::Update(std::uint64_t count, std::optional<double> done) {
 }
 
 void ProgressBar::Draw(std::uint64_t count, std::optional<double> done) {
-  constexpr int kWidth = 20;  // short of 80 columns with all behind it
+  constexpr int kWidth = 20;  // the line with all numbers fits 80 columns
   const double part = std::min(1.0, done.value_or(0.0));
   std::string line = "\r\033[K";
   if (done.has_value()) {

@@ -8,11 +8,11 @@
 
 namespace ZARN::App {
 
-/// Shows on standard error how far long work has come: a bar and the time left
-/// where the whole is known, and a count with its rate.
+/// Shows the progress of long work on standard error: a bar and the time left
+/// if the total is known, and always a count with its rate.
 ///
-/// Nothing is shown unless standard error is a terminal, and nothing in the
-/// first second. The bar goes away at the end, and makes room for messages.
+/// Shows nothing if standard error is not a terminal, and nothing during the
+/// first second. The bar is removed at the end and before messages.
 class ProgressBar {
  public:
   ProgressBar();
@@ -20,16 +20,16 @@ class ProgressBar {
   ProgressBar& operator=(const ProgressBar&) = delete;
   ~ProgressBar();
 
-  /// A stream to standard error for messages while the work goes on.
+  /// A stream to standard error for messages during the work.
   std::ostream& Messages() { return *messages_; }
 
-  /// Tell how far the work is; cheap enough to call for every item.
+  /// Report progress; cheap enough to call for every item.
   ///
   /// @param count  items done
-  /// @param done   part of the whole, 0 to 1, where it is known
+  /// @param done   fraction done, 0 to 1, if known
   void Update(std::uint64_t count, std::optional<double> done);
 
-  /// Take the bar away.
+  /// Remove the bar.
   void Finish();
 
  private:
@@ -46,7 +46,7 @@ class ProgressBar {
   std::unique_ptr<std::ostream> messages_;
 };
 
-/// Part of a whole; nothing where the whole is not known (0).
+/// part / whole; nullopt if the whole is unknown (0).
 std::optional<double> Share(std::uint64_t part, std::uint64_t whole);
 
 }  // namespace ZARN::App

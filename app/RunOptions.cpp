@@ -31,7 +31,7 @@ void Begin(const RunOptions& options, Calculator& calculator) {
   }
 }
 
-/// The fixed messages of the calculator do not tell which table is missing.
+/// The fixed messages of the calculator do not say which table is missing.
 void TellLoadErrors(const RunOptions& options,
                     const DU::ShadowingCalculator& calculator) {
   for (const DU::eShadowingComponent component : DU::kShadowingComponents) {
@@ -46,8 +46,8 @@ void TellLoadErrors(const RunOptions& options,
 void AddRunOptions(CLI::App& command, RunOptions& options) {
   command
       .add_option("--geometry", options.geometry,
-                  "Geometry tables, lengths in mm: a JSON file, or a "
-                  "directory of *.json")
+                  "Geometry tables in mm: a JSON file, or a directory of "
+                  "*.json files")
       ->required()
       ->type_name("TABLES");
   command
@@ -64,7 +64,8 @@ void AddRunOptions(CLI::App& command, RunOptions& options) {
           [&options](const std::string& text) {
             options.tolerance = NumberOf("--tolerance", text);
           },
-          "Margin around the hardware in mm (default: 150)")
+          "Margin in mm around ropes, belly plates and NCD anchors "
+          "(default: 150)")
       ->type_name("MM");
 }
 
@@ -78,7 +79,7 @@ void AddThreadsOption(CLI::App& command, std::size_t& threads) {
             const int number = WholeNumberOf("--threads", text);
             if (number < 1 || number > kMost) {
               throw BadUsage("--threads: " + IO::Quoted(text) +
-                             " is not from 1 to 1024");
+                             " is out of range (1 to 1024)");
             }
             threads = static_cast<std::size_t>(number);
           },
@@ -112,7 +113,7 @@ void RequireCsvName(const std::string& option,
                     const std::optional<std::string>& file) {
   if (!file.has_value() || !IO::IsRootFileName(*file)) return;
   throw BadUsage(option + ": " + IO::Quoted(*file) +
-                 " is named as a ROOT file, but CSV is written there");
+                 " is the name of a ROOT file, but this output is CSV");
 }
 
 int WholeNumberOf(const std::string& option, const std::string& text) {

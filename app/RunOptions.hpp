@@ -18,44 +18,44 @@ class ShadowingCalculator;
 
 namespace App {
 
-/// Which tables are read, for which run, and what is changed after that.
+/// Which tables are read, for which run, and with which tolerance.
 struct RunOptions {
   std::string geometry;
   int run = 0;
   std::optional<double> tolerance;  // mm
 };
 
-/// Add --threads; @p threads must outlive the parsing and becomes the number of
-/// cores where the option is not given.
+/// Add --threads; @p threads must outlive the parsing. Its default is the
+/// number of cores.
 void AddThreadsOption(CLI::App& command, std::size_t& threads);
 
 /// Add --geometry, --run and --tolerance; @p options must outlive the parsing.
 void AddRunOptions(CLI::App& command, RunOptions& options);
 
-/// The files that the tables are read from.
+/// The files from which the tables are read.
 std::vector<std::string> FilesOf(const RunOptions& options);
 
-/// Fill the database with the tables.
+/// Fill the process-wide database with the tables.
 ///
 /// @throws TableFileError
 void LoadTables(const RunOptions& options);
 
-/// Begin the run. LoadTables comes first. Standard error tells of each
-/// component that is off what is missing in its tables.
+/// Call the calculator's BeginOfRun; call LoadTables before. For each component
+/// that is off, print to standard error what is missing in its tables.
 ///
 /// @throws IO::BadInput naming the tables and what is missing or wrong in them
 void BeginRun(const RunOptions& options, DU::ShadowingCalculator& calculator);
 void BeginRun(const RunOptions& options, DU::LightPathCalculator& calculator);
 
-/// Refuse a name that asks for a ROOT file where only CSV is written.
+/// Refuse the name of a ROOT file for an output that is always CSV.
 ///
 /// @throws BadUsage
 void RequireCsvName(const std::string& option,
                     const std::optional<std::string>& file);
 
-/// Read an option's value, or throw BadUsage naming the option. The
-/// argument library's own conversions take octal, hexadecimal and blanks, and
-/// round numbers twice.
+/// Read an option's value, or throw BadUsage naming the option. CLI11's own
+/// conversions accept octal and hexadecimal numbers and blanks, and round
+/// numbers twice.
 int WholeNumberOf(const std::string& option, const std::string& text);
 double NumberOf(const std::string& option, const std::string& text);
 

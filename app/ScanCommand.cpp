@@ -24,7 +24,7 @@
 namespace ZARN::App {
 namespace {
 
-/// What is counted.
+/// What a scan counts.
 struct ScanCounts {
   std::uint64_t pairs = 0;
   std::uint64_t withoutPath = 0;
@@ -55,7 +55,7 @@ std::vector<TVector3> PositionsOf(const std::vector<IO::NamedPosition>& items) {
   return positions;
 }
 
-/// Judge the pairs of some events, a slice at a time.
+/// Judge the pairs of some events, one slice after the other.
 void ScanEvents(Scan::PairScan& scan, const Scan::Pairs& pairs,
                 ScanOutputs& outputs, ScanCounts& counts,
                 const std::function<void(double)>& tellShareDone) {
@@ -137,7 +137,7 @@ void RunScan(const ScanOptions& options) {
 
 void AddScanCommand(CLI::App& app) {
   CLI::App* const command = app.add_subcommand(
-      "scan", "Tell for every event and every PMT what blocks the light");
+      "scan", "Report what blocks the light from each event to each PMT");
   const auto options = std::make_shared<ScanOptions>();
   AddScanOptions(*command, *options);
   command->callback([options] {

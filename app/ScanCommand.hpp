@@ -6,8 +6,8 @@ class App;
 
 namespace ZARN::App {
 
-/// Add the subcommand "scan": events and PMTs in, shadowed PMTs out. It runs
-/// while the arguments are parsed and may throw what app/Failure.hpp lists.
+/// Add the subcommand "scan", which reads events and PMTs and writes verdicts.
+/// It runs while the arguments are parsed; main.cpp lists what it may throw.
 void AddScanCommand(CLI::App& app);
 
 }  // namespace ZARN::App

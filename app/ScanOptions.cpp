@@ -14,34 +14,35 @@ namespace {
 
 constexpr const char* kFooter =
     "EVENTS and PMTS have a header row and these columns, in any order:\n"
-    "  event / pmt          any name; carried through\n"
+    "  event / pmt          any name; copied to the output\n"
     "  x, y, z              position, mm\n"
     "Other columns are ignored. The light is refracted at the vessel's\n"
-    "surfaces; its media are the entries inner_av, acrylic and water of the\n"
-    "table OPTICS.\n\n"
-    "The verdicts go to standard output unless -o names a file, in the "
-    "order\nof the events and for each of the PMTs:\n"
+    "surfaces; the refractive indices are read from the entries inner_av,\n"
+    "acrylic and water of the table OPTICS.\n\n"
+    "The verdicts go to standard output unless -o names a file: for each "
+    "event,\nin order, one row per PMT:\n"
     "  event, pmt           the names\n"
     "  type                 the path's type, e.g. AV->Water\n"
-    "  shadowed             0 or 1; -1 in an RNTuple where there is no path\n"
+    "  shadowed             0 or 1; -1 in an RNTuple if there is no path\n"
     "  by                   AVHDRope, SupportRope, BellyPlate, NCDAnchor,\n"
     "                       AVPipe, NeckBoss, or empty; no path (type and\n"
-    "                       shadowed are then empty) where total reflection\n"
-    "                       leaves none, to a PMT that is not in the water,\n"
-    "                       from an event at the PMT or a place not finite\n"
+    "                       shadowed are then empty) if total reflection\n"
+    "                       leaves none, the PMT is not in the water, the\n"
+    "                       event is at the PMT or a position is not finite\n"
     "The counts are CSV: pmt or event, paths, shadowed, fraction, and by, "
     "the\n"
-    "component that blocks most. - is standard output for any one file.\n"
-    "check on PATHS gives the same verdicts with the same tables, run and\n"
+    "component that blocks most. Any one output can be - (standard output).\n"
+    "check gives the same verdicts for PATHS with the same tables, run and\n"
     "tolerance.\n\n"
-    "Exit status: 0; 1 output cannot be written; 2 bad usage or input;\n"
+    "Exit status: 0 success; 1 output cannot be written; 2 bad usage or "
+    "input;\n"
     "130 interrupted.\n\n"
     "Example:\n"
     "  zarn-shadow scan --events data/source-scan.csv --pmts data/pmts.csv "
     "\\\n"
     "      --geometry data/reference-detector -o verdicts.csv";
 
-/// A text without the blanks at its ends.
+/// The text without blanks at its ends.
 std::string WithoutBlanks(const std::string& text) {
   const std::size_t begin = text.find_first_not_of(' ');
   if (begin == std::string::npos) return "";
@@ -56,7 +57,7 @@ TVector3 PositionOf(const std::string& option, const std::string& text) {
     const bool isLast = i + 1 == values.size();
     if ((comma == std::string::npos) != isLast) {
       throw BadUsage(option + ": " + IO::Quoted(text) +
-                     " is not three numbers with commas between");
+                     " is not three numbers separated by commas");
     }
     values[i] =
         NumberOf(option, WithoutBlanks(text.substr(begin, comma - begin)));
@@ -76,7 +77,7 @@ void AddInputs(CLI::App& command, ScanOptions& options) {
           [&options](const std::string& text) {
             options.at = PositionOf("--at", text);
           },
-          "Instead of a file one event, named 0, at this position in mm")
+          "One event, named 0, at this position in mm, instead of a file")
       ->type_name("X,Y,Z");
   command
       .add_option("--pmts", options.pmts,
@@ -93,7 +94,7 @@ void AddWavelength(CLI::App& command, ScanOptions& options) {
             options.wavelength = NumberOf("--wavelength", text);
             if (options.wavelength > 0) return;
             throw BadUsage("--wavelength: " + IO::Quoted(text) +
-                           " is not above 0");
+                           " is not greater than 0");
           },
           "Wavelength of the light in nm (default: 400)")
       ->type_name("NM");
@@ -102,12 +103,12 @@ void AddWavelength(CLI::App& command, ScanOptions& options) {
 void AddOutputs(CLI::App& command, ScanOptions& options) {
   command
       .add_option("-o,--output", options.output,
-                  "Write the verdicts to this file: CSV or, named .root, an "
-                  "RNTuple")
+                  "Write the verdicts to this file: CSV, or an RNTuple for "
+                  "*.root")
       ->type_name("OUT");
   command
       .add_option("--paths", options.paths,
-                  "Write every light path to this file, as check reads it")
+                  "Write every light path to this file, for check")
       ->type_name("PATHS.csv");
   command
       .add_option("--per-pmt", options.perPMT,

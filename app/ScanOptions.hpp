@@ -14,7 +14,7 @@ class App;
 
 namespace ZARN::App {
 
-/// What a scan reads, writes and computes.
+/// The options of a scan.
 struct ScanOptions {
   RunOptions run;
   std::optional<std::string> events;
@@ -35,8 +35,8 @@ struct ScanOptions {
 /// Add the options and the help of scan; @p options must outlive the parsing.
 void AddScanOptions(CLI::App& command, ScanOptions& options);
 
-/// Check what no option alone can tell: that there are events, and that files
-/// do not get in each other's way.
+/// Check options against each other: events must be given once, and files must
+/// not conflict.
 ///
 /// @throws BadUsage, IO::BadInput
 void RequireConsistent(const ScanOptions& options);

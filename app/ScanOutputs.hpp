@@ -17,11 +17,11 @@
 
 namespace ZARN::App {
 
-/// Everything that a scan writes, a slice of pairs at a time.
+/// All output files of a scan, written one slice of pairs at a time.
 class ScanOutputs {
  public:
-  /// How many pairs a slice has at most: between slices results are written and
-  /// the progress is shown.
+  /// Maximum number of pairs in a slice: after each slice, results are written
+  /// and progress is shown.
   static constexpr std::size_t kSliceSize = 1UL << 14U;
 
   /// @param pmts  must outlive this
@@ -30,24 +30,24 @@ class ScanOutputs {
               const DU::ShadowingCalculator& shadowing,
               const std::vector<IO::NamedPosition>& pmts);
 
-  /// Go on to further events, which must stay until the next call.
+  /// Set the next batch of events, which must exist until the next call.
   void SetEvents(const std::vector<IO::NamedPosition>& events) {
     events_ = &events;
   }
 
-  /// Make the rows of CSV of a chunk; several threads make those of several.
+  /// Make the CSV rows of a chunk. Thread-safe for different chunks of a slice.
   ///
   /// @param number  of the chunk in its slice
   void MakeRows(std::size_t number, const Scan::PairChunk& chunk);
 
-  /// Write a slice, whose rows were made.
+  /// Write a slice, after MakeRows for each of its chunks.
   void Write(const std::vector<Scan::PairChunk>& slice);
 
-  /// Write the counts of an event, or a PMT.
+  /// Write the counts of an event or a PMT.
   void WriteEvent(std::size_t event, const Scan::VerdictCounts& counts);
   void WritePMT(std::size_t pmt, const Scan::VerdictCounts& counts);
 
-  /// Put all files in their places, when all of them are complete.
+  /// Finish all files, then move all to their final names.
   void Commit();
 
  private:

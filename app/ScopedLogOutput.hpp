@@ -6,7 +6,7 @@
 
 namespace ZARN::App {
 
-/// Sends the library's messages to a stream for as long as it lives.
+/// Sends the library's messages to a stream while this object exists.
 class ScopedLogOutput {
  public:
   explicit ScopedLogOutput(std::ostream& stream) {

@@ -14,8 +14,8 @@ namespace {
 
 constexpr std::array kStopSignals = {SIGINT, SIGTERM, SIGHUP};
 
-// Without a lock, so that a handler may touch them; and the signal may come to
-// one thread while others look.
+// Lock-free, so that a signal handler may use them; atomic, since any thread
+// may receive the signal while others read them.
 static_assert(std::atomic<int>::is_always_lock_free);
 std::atomic<int> areSignalsDeferred = 0;
 std::atomic<int> deferredSignal = 0;
@@ -28,18 +28,18 @@ extern "C" void TakeSignal(int signal) {
 }  // namespace
 
 void HandleSignals() {
-  // ROOT's core library installs handlers of its own, which print a stack trace
-  // and carry on or abort.
+  // ROOT's core library installs its own handlers, which print a stack trace
+  // and continue or abort.
   gSystem->ResetSignals();
 
   struct sigaction take = {};
   take.sa_handler = TakeSignal;
   sigemptyset(&take.sa_mask);
-  // Without SA_RESTART: a read or write that waits must return to be stopped.
+  // No SA_RESTART: a waiting read or write must return to be interrupted.
   for (const int signal : kStopSignals) {
     struct sigaction found = {};
     sigaction(signal, nullptr, &found);
-    // nohup and background jobs rely on what is ignored staying so.
+    // nohup and background jobs rely on ignored signals staying ignored.
     if (found.sa_handler != SIG_IGN) sigaction(signal, &take, nullptr);
   }
   struct sigaction ignore = {};

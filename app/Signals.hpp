@@ -4,11 +4,11 @@
 
 namespace ZARN::App {
 
-/// The exit status of a command that a signal ended, as shells have it: 130 for
+/// Exit status of a command that was ended by a signal, as in shells: 130 for
 /// an interrupt from the keyboard.
 constexpr int StatusOfSignal(int signal) { return 128 + signal; }
 
-/// A signal asked the command to stop: exit status StatusOfSignal.
+/// A signal asked the command to stop; the exit status is StatusOfSignal.
 class Interrupted : public std::runtime_error {
  public:
   explicit Interrupted(int signal)
@@ -19,16 +19,16 @@ class Interrupted : public std::runtime_error {
   int signal_;
 };
 
-/// Take over the signals that matter to a command that writes files.
+/// Install the signal handling of a command that writes files.
 ///
 /// An interrupt, a termination or a hang-up (unless the caller ignores it) ends
-/// the command at once with status 128 + signal, or waits while a
-/// DeferredSignals lives. A closed pipe and a file over the size limit become
-/// errors of the write that met them.
+/// the command at once with status 128 + signal, or is deferred while a
+/// DeferredSignals object exists. A closed pipe and a file over the size limit
+/// become errors of the write.
 void HandleSignals();
 
-/// While it lives, a signal does not end the command but waits for
-/// ThrowIfInterrupted: temporary files are then removed on the way out.
+/// While it exists, a signal does not end the command; the next
+/// ThrowIfInterrupted throws, so that temporary files are removed.
 class DeferredSignals {
  public:
   DeferredSignals();
@@ -37,8 +37,8 @@ class DeferredSignals {
   ~DeferredSignals();
 };
 
-/// @throws Interrupted if a signal waits. Long loops call it often, and so
-///         does all reading and writing of io/.
+/// @throws Interrupted if a signal arrived. Long loops call this often, and so
+///         does all reading and writing in io/.
 void ThrowIfInterrupted();
 
 }  // namespace ZARN::App

@@ -9,7 +9,7 @@
 namespace ZARN::App {
 namespace {
 
-/// The subcommand that was asked for; the command itself where none was.
+/// The subcommand that was given; the main command if there was none.
 const CLI::App& Asked(const CLI::App& app) {
   const auto subcommands = app.get_subcommands();
   return subcommands.empty() ? app : *subcommands.front();
@@ -55,7 +55,7 @@ std::string Suggest(const std::string& nearest) {
   return nearest.empty() ? "" : "; did you mean " + nearest + "?";
 }
 
-/// Of an argument that has no meaning where it stands.
+/// Message for an argument that means nothing at its place.
 std::string DescribeUnknown(const CLI::App& app, const CLI::App& command,
                             const std::string& argument) {
   if (IsOption(argument)) {
@@ -64,14 +64,13 @@ std::string DescribeUnknown(const CLI::App& app, const CLI::App& command,
            Suggest(NearestName(name, OptionNames(command)));
   }
   if (&command != &app) {
-    return IO::Quoted(argument) + " is one argument too many for " +
-           command.get_name();
+    return "too many arguments for " + command.get_name() + ": " +
+           IO::Quoted(argument);
   }
   const std::vector<std::string> names = SubcommandNames(app);
   const std::string nearest = NearestName(argument, names);
-  return "there is no subcommand " + IO::Quoted(argument) +
-         (nearest.empty() ? "; there are " + Joined(names, "and")
-                          : Suggest(nearest));
+  return "unknown subcommand " + IO::Quoted(argument) +
+         (nearest.empty() ? "; use " + Joined(names, "or") : Suggest(nearest));
 }
 
 std::string DescribeMissing(const CLI::App& app, const CLI::App& command) {
@@ -87,7 +86,7 @@ std::string DescribeMissing(const CLI::App& app, const CLI::App& command) {
   return command.get_name() + " needs " + Joined(missing, "and");
 }
 
-/// Of an option whose values are too many or too few.
+/// Message for an option with too many or too few values.
 std::string DescribeValues(const CLI::App& command,
                            const std::vector<std::string>& arguments) {
   for (const CLI::Option* const option : command.get_options()) {
@@ -95,11 +94,11 @@ std::string DescribeValues(const CLI::App& command,
       return option->get_name() + " is given more than once";
     }
   }
-  // The parser came to the end where it looked for the value.
+  // The parser reached the end of the arguments while looking for the value.
   return arguments.back() + " needs a value";
 }
 
-/// Of a flag with a value that is none.
+/// Message for a flag that was given a value.
 std::string DescribeFlag(const std::vector<std::string>& arguments,
                          const CLI::ParseError& error) {
   for (const std::string& argument : arguments) {
@@ -107,14 +106,14 @@ std::string DescribeFlag(const std::vector<std::string>& arguments,
     if (!IsOption(argument) || equals == std::string::npos) continue;
     const std::string name = argument.substr(0, equals);
     if (std::string(error.what()).find(name + " ") != std::string::npos) {
-      return name + " takes no value, and not " +
+      return name + " takes no value, but was given " +
              IO::Quoted(argument.substr(equals + 1));
     }
   }
   return error.what();
 }
 
-/// How many characters are changed, missing, added, or swapped with the next.
+/// Number of characters changed, missing, added, or swapped with the next.
 std::size_t EditDistance(const std::string& a, const std::string& b) {
   // Between the first i characters of a and the first k of b.
   std::vector<std::vector<std::size_t>> distance(
@@ -141,7 +140,7 @@ std::size_t EditDistance(const std::string& a, const std::string& b) {
 std::string DescribeBadUsage(const CLI::App& app, const CLI::ParseError& error,
                              const std::vector<std::string>& arguments) {
   const CLI::App& command = Asked(app);
-  // A name that is misspelt is often why another one is missing.
+  // A misspelt name is often the reason why another one is missing.
   for (const CLI::App* const place : {&app, &command}) {
     const std::vector<std::string> unknown = place->remaining();
     if (!unknown.empty()) return DescribeUnknown(app, *place, unknown.front());

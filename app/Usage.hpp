@@ -11,25 +11,26 @@ class ParseError;
 
 namespace ZARN::App {
 
-/// The command was not used as its help says: exit status 2.
+/// The command was used in a wrong way: exit status 2.
 class BadUsage : public std::runtime_error {
  public:
   using std::runtime_error::runtime_error;
 };
 
-/// What is wrong with arguments that the parser refused, named as the help
-/// names them, with the nearest name where one is unknown; the parser's own
-/// texts tell of its workings.
+/// Describe arguments that the parser refused, in the words of the help, with
+/// the nearest known name for an unknown one. (The parser's own texts are about
+/// its internals.)
 ///
-/// @param arguments  of the command line, without the program
+/// @param arguments  of the command line, without the program name
 std::string DescribeBadUsage(const CLI::App& app, const CLI::ParseError& error,
                              const std::vector<std::string>& arguments);
 
-/// Where the help is told that was needed.
+/// A line that says how to show the help.
 std::string HintAtHelp(const CLI::App& app);
 
-/// Of some names the one that the fewest changed, missing, added or swapped
-/// characters tell from @p name; empty where that is more than a third of it.
+/// The name with the smallest number of changed, missing, added or swapped
+/// characters relative to @p name; empty if more than a third of @p name
+/// differs.
 std::string NearestName(const std::string& name,
                         const std::vector<std::string>& names);
 

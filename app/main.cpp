@@ -45,8 +45,8 @@ void AddHelp(CLI::App& app) {
 
 int Run(int argc, char** argv) {
   CLI::App app(
-      "Tells which light paths from events to PMTs are blocked by hardware\n"
-      "around the acrylic vessel, and by what.",
+      "Reports which light paths from events to PMTs are blocked by hardware\n"
+      "around the acrylic vessel, and by which component.",
       "zarn-shadow");
   app.require_subcommand(1);
   AddHelp(app);
@@ -54,7 +54,7 @@ int Run(int argc, char** argv) {
   ZARN::App::AddScanCommand(app);
   try {
     app.parse(argc, argv);
-  } catch (const CLI::Success& asked) {  // for the help or the version
+  } catch (const CLI::Success& asked) {  // --help or --version
     std::ostringstream text;
     app.exit(asked, text);
     ZARN::IO::OutputFile output(std::nullopt);
@@ -69,9 +69,9 @@ int Run(int argc, char** argv) {
   return 0;
 }
 
-/// A file that is opened later must not take the place of a standard stream
-/// that the caller closed: messages would go into it. Nothing can be written
-/// here.
+/// Keep a file that is opened later from getting the descriptor of a standard
+/// stream that the caller closed: messages would be written into the file. The
+/// placeholder is read-only.
 void FillStandardDescriptors() {
   for (const int descriptor : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) {
     if (fcntl(descriptor, F_GETFD) == -1) open("/dev/null", O_RDONLY);
@@ -92,7 +92,7 @@ int main(int argc, char** argv) {
   } catch (const ZARN::App::Interrupted& error) {
     return Complain(error.what(), ZARN::App::StatusOfSignal(error.Signal()));
   } catch (const ZARN::IO::ClosedPipe&) {
-    return ZARN::App::StatusOfSignal(SIGPIPE);  // silent, as other tools are
+    return ZARN::App::StatusOfSignal(SIGPIPE);  // silent, like other tools
   } catch (const std::exception& error) {
     return Complain(error.what(), kOutputFailed);
   }

@@ -12,7 +12,7 @@ namespace {
 
 class EventSourceTest : public Testing::InFolder {};
 
-TEST_F(EventSourceTest, GivesAllEventsInTheirOrderSomeAtATime) {
+TEST_F(EventSourceTest, ReadsAllEventsInOrderInBatches) {
   constexpr int kEvents = 200000;
   std::string text = "event,x,y,z\n";
   for (int i = 0; i < kEvents; ++i) text += std::to_string(i) + ",1,2,3\n";
@@ -38,7 +38,7 @@ TEST_F(EventSourceTest, GivesAllEventsInTheirOrderSomeAtATime) {
   }
 }
 
-TEST_F(EventSourceTest, GivesOnePosition) {
+TEST_F(EventSourceTest, ReturnsOnePosition) {
   EventSource source(TVector3(1, 2, 3));
   ASSERT_TRUE(source.Next(10));
   ASSERT_EQ(source.Events().size(), 1U);

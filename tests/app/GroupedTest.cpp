@@ -8,7 +8,7 @@
 namespace ZARN::App {
 namespace {
 
-TEST(Grouped, SetsThousandsApart) {
+TEST(Grouped, SeparatesThousands) {
   EXPECT_EQ(Grouped(0), "0");
   EXPECT_EQ(Grouped(7), "7");
   EXPECT_EQ(Grouped(999), "999");

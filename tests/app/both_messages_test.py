@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-"""What `zarn-shadow check` and `scan` show while they work and at the end."""
+"""What `zarn-shadow check` and `scan` show during the work and at the end."""
 
 import os
 import re
@@ -17,12 +17,12 @@ from both_support import BothTest, CheckDriver, ScanDriver
 
 
 class Messages(BothTest):
-    def test_numbers_in_the_table_have_their_thousands_set_apart(self):
+    def test_numbers_in_the_table_have_thousands_separators(self):
         counts = self.run_on(self.input(12_345)).counts()
         self.assertEqual(counts[self.COUNTED][0], "12,345")
         self.assertEqual(counts["NCDAnchor"], ("12,345", "100.000"))
 
-    def test_a_component_that_is_loaded_without_parts_has_nothing_to_test(self):
+    def test_a_component_loaded_without_parts_has_nothing_to_test(self):
         # Arrays of unequal lengths give no points; an empty list of rolls no ropes.
         unequal = {"x": [0.0, 0.0], "y": [0.0, 0.0], "z": [-5800.0]}
         for component, entries in (
@@ -38,23 +38,23 @@ class Messages(BothTest):
                 self.assertEqual(counts[component], ("nothing to test", None))
                 self.assertEqual(counts["AVPipe"], ("not loaded", None))
 
-    def test_a_component_that_is_off_is_told_with_what_is_missing(self):
+    def test_missing_fields_of_a_component_that_is_off_are_reported(self):
         misspelt = entry("SOLID", "ncd_anchor", {"half_z": 60.0, "rmax": 40.0})
         geometry = self.tables(*OPTICS, ANCHOR[0], misspelt, ANCHOR[2])
-        told = self.run_on(self.input(), geometry=geometry).err
+        messages = self.run_on(self.input(), geometry=geometry).err
         self.assertIn(f"\n{geometry}: NCDAnchor is off: "
-                      "table SOLID, index ncd_anchor: there is no field r_max\n", told)
-        told = self.run_on(self.input(), geometry=self.tables(*OPTICS, *ANCHOR)).err
-        self.assertNotIn("NCDAnchor is off", told)
+                      "table SOLID, index ncd_anchor: there is no field r_max\n", messages)
+        messages = self.run_on(self.input(), geometry=self.tables(*OPTICS, *ANCHOR)).err
+        self.assertNotIn("NCDAnchor is off", messages)
 
-    def test_a_component_that_is_loaded_and_meets_nothing_counts_zero(self):
+    def test_a_loaded_component_that_blocks_nothing_counts_zero(self):
         geometry = self.tables(*OPTICS, *PLATE)
         counts = self.run_on(self.input(), geometry=geometry).counts()
         self.assertEqual(counts["BellyPlate"], ("0", "0.000"))
 
 
 class Threads(BothTest):
-    def test_more_threads_than_work_do_no_harm(self):
+    def test_more_threads_than_rows_work(self):
         for count in (0, 1):
             for threads in (1, 64, 1024):
                 self.assertEqual(self.run_on(self.input(count), "--threads", threads).out,
@@ -74,7 +74,7 @@ class Progress(BothTest):
         self.assertTrue(out.startswith(self.OUTPUT_HEAD))
         return shown
 
-    def test_a_bar_is_shown_on_a_terminal_when_the_work_takes_longer_than_a_second(self):
+    def test_a_terminal_shows_a_bar_after_one_second(self):
         shown = self.on_terminal(self.input(2 * self.MANY), 1.5)
         self.assertRegex(shown, r"\[#*\.*\] +\d+ %")
         self.assertRegex(shown, r"[\d,]+ paths, [\d,]+ a second, [^\r]*\bleft")
@@ -82,7 +82,7 @@ class Progress(BothTest):
         self.assertEqual(shares, sorted(shares))
         self.assertLessEqual(shares[-1], 100)
 
-    def test_the_bar_fits_a_terminal_and_is_gone_when_the_table_appears(self):
+    def test_the_bar_fits_the_terminal_and_is_removed_before_the_table(self):
         shown = self.on_terminal(self.input(2 * self.MANY), 1.5)
         before, _, after = shown.rpartition("\r\x1b[K")
         self.assertIn(" a second", before)
@@ -91,7 +91,7 @@ class Progress(BothTest):
         for bar in re.findall(r"\x1b\[K([^\r\n\x1b]*)", shown):
             self.assertLess(len(bar), 80, bar)
 
-    def test_the_bar_counts_without_a_share_where_the_end_is_not_known(self):
+    def test_the_bar_shows_only_a_count_if_the_total_is_unknown(self):
         def feed(process):
             process.stdin.write(self.text(200).encode())
             process.stdin.flush()
@@ -102,7 +102,7 @@ class Progress(BothTest):
         self.assertRegex(shown, r"[\d,]+ paths, [\d,]+ a second")
         self.assertNotRegex(shown, r"\[#*\.*\]|\bleft\b")
 
-    def test_no_bar_is_shown_when_the_work_is_short_or_standard_error_is_no_terminal(self):
+    def test_no_bar_is_shown_for_short_work_or_without_a_terminal(self):
         shown = self.on_terminal(self.input(), 0)
         self.assertIn(self.COUNTED + " ", shown)
         self.assertNotRegex(shown, "\x1b| a second")
@@ -111,7 +111,7 @@ class Progress(BothTest):
         process.stdout.read()
         self.assertNotRegex(self.assert_ends(process, 0), "[\x1b\r]|a second")
 
-    def test_an_interrupt_leaves_no_bar_behind(self):
+    def test_an_interrupt_removes_the_bar(self):
         master, slave = os.openpty()
         self.addCleanup(os.close, master)
         process = self.start(self.arguments("-"), stderr=slave, stdout=subprocess.DEVNULL)

@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-"""Where `zarn-shadow check` and `scan` write, and what is left when they cannot."""
+"""Where `zarn-shadow check` and `scan` write, and what remains after a failure."""
 
 import os
 import signal
@@ -15,19 +15,19 @@ from both_support import BothTest, CheckDriver, ScanDriver
 
 
 class Output(BothTest):
-    def test_with_an_output_file_standard_output_stays_empty(self):
+    def test_standard_output_is_empty_with_an_output_file(self):
         for option in (["-o", "out.csv"], ["-oout.csv"], ["--output", "out.csv"],
                        ["--output=out.csv"]):
             (self.folder / "out.csv").unlink(missing_ok=True)
             self.assertEqual(self.run_on(self.input(), *option).out, b"")
             self.assertEqual(self.read("out.csv"), self.wanted())
 
-    def test_an_existing_file_is_replaced_whole(self):
+    def test_an_existing_file_is_replaced_completely(self):
         out = self.write("out.csv", "x" * 10_000)
         self.run_on(self.input(), "-o", out)
         self.assertEqual(out.read_bytes(), self.wanted())
 
-    def test_a_new_file_has_the_permissions_that_the_umask_leaves(self):
+    def test_a_new_file_has_the_permissions_of_the_umask(self):
         for mask, wanted in ((0o022, 0o644), (0o027, 0o640), (0o077, 0o600)):
             out = self.folder / f"{mask:o}.csv"
             self.run_on(self.input(), "-o", out, preexec_fn=lambda m=mask: os.umask(m))
@@ -40,14 +40,14 @@ class Output(BothTest):
             self.run_on(self.input(), "-o", out)
             self.assertEqual(stat.S_IMODE(out.stat().st_mode), mode)
 
-    def test_a_symbolic_link_stays_and_its_file_is_replaced(self):
+    def test_a_symbolic_link_is_kept_and_its_target_replaced(self):
         real = self.write("elsewhere/real.csv", "old")
         (self.folder / "out.csv").symlink_to("elsewhere/real.csv")
         self.run_on(self.input(), "-o", self.folder / "out.csv")
         self.assertTrue((self.folder / "out.csv").is_symlink())
         self.assertEqual(real.read_bytes(), self.wanted())
 
-    def test_a_symbolic_link_to_a_file_that_is_not_there_yet_stays_too(self):
+    def test_a_symbolic_link_to_a_missing_file_is_kept(self):
         (self.folder / "elsewhere").mkdir()
         for target in ("real.csv", "elsewhere/real.csv", self.folder / "elsewhere/third.csv"):
             link = self.folder / "out.csv"
@@ -72,7 +72,7 @@ class Output(BothTest):
         self.assertEqual(read, [self.wanted()])
         self.assertTrue(stat.S_ISFIFO(pipe.stat().st_mode))
 
-    def test_what_is_open_already_is_written_where_it_stands(self):
+    def test_an_open_descriptor_is_written_at_its_position(self):
         (self.folder / "link").symlink_to("/dev/stdout")
         for name in ("-", "/dev/stdout", "/dev/fd/1", "/proc/self/fd/1", "link",
                      "/dev/../dev/stdout"):
@@ -95,7 +95,7 @@ class Output(BothTest):
         result = self.run_on(self.input(), "-o", "/dev/fd/99", status=1)
         self.assertIn("/dev/fd/99: cannot be written", result.err)
 
-    def test_a_place_that_cannot_be_written_gives_status_1(self):
+    def test_an_output_that_cannot_be_written_gives_status_1(self):
         file = self.write("file", "x")
         (self.folder / "loop").symlink_to("loop")
         for out in ("missing/out.csv", file / "out.csv", self.folder, "/proc/out.csv",
@@ -111,7 +111,7 @@ class Output(BothTest):
         folder.mkdir()
         folder.chmod(0o500)
         self.addCleanup(folder.chmod, 0o700)
-        # Permissions do not bind root, for whom the folder is simply writable.
+        # Permissions do not apply to root, who can write to the folder.
         status = 0 if os.access(folder, os.W_OK) else 1
         self.run_on(self.input(), "-o", folder / "out.csv", status=status)
         self.assertEqual((folder / "out.csv").exists(), status == 0)
@@ -119,21 +119,21 @@ class Output(BothTest):
     def test_an_empty_name_for_the_output_is_refused(self):
         self.assertEqual(self.run_on(self.input(), "-o", "", status=(1, 2)).out, b"")
 
-    def test_a_file_name_may_be_as_long_as_the_system_allows(self):
+    def test_the_longest_possible_file_name_works(self):
         for length in (200, 230, 255):
             with self.subTest(length=length):
                 out = self.folder / ("x" * (length - 4) + ".csv")
                 self.run_on(self.input(), "-o", out)
                 self.assertEqual(out.read_bytes(), self.wanted())
 
-    def test_odd_file_names_are_taken_as_they_are(self):
+    def test_unusual_file_names_work(self):
         for name in ("with blank.csv", "new\nline.csv", "\u00e9t\u00e9.csv", "*.csv", "a'b\".csv",
                      "%s%n.csv", "out", ".hidden"):
             with self.subTest(name=name):
                 self.run_on(self.input(name="in " + name), "-o", name)
                 self.assertEqual(self.read(name), self.wanted())
 
-    def test_a_full_disk_leaves_no_half_file(self):
+    def test_a_full_disk_leaves_no_partial_file(self):
         rows = self.input(self.MANY)
         for size in (1, 10, 65_536, 100_000, 300_000):
             with self.subTest(size=size):
@@ -147,7 +147,7 @@ class Output(BothTest):
                 self.assertEqual(old.read_bytes(), b"as it was")
                 self.assert_no_temporaries()
 
-    def test_a_full_disk_is_noticed_even_by_a_short_output(self):
+    def test_a_full_disk_is_noticed_for_a_short_output(self):
         self.run_on(self.input(), "-o", "new.csv", status=1, preexec_fn=self.limited(20))
         self.assertFalse((self.folder / "new.csv").exists())
 
@@ -162,7 +162,7 @@ class Output(BothTest):
             self.run_on(self.input(self.MANY), status=1, stdout=out,
                         preexec_fn=self.limited(100_000))
 
-    def test_a_reader_that_has_seen_enough_ends_the_run_without_a_complaint(self):
+    def test_a_reader_that_closes_the_pipe_ends_the_run_silently(self):
         rows = self.input(self.MANY)
         for threads in (1, 7):
             for option in ([], ["-o", "/dev/stdout"]):
@@ -188,15 +188,15 @@ class Output(BothTest):
         self.run_on(self.input(), "-o", "out.csv", stdout=None, preexec_fn=close)
         self.assertEqual(self.read("out.csv"), self.wanted())
 
-    def test_lost_messages_do_not_spoil_the_verdicts(self):
+    def test_a_closed_standard_error_does_not_change_the_verdicts(self):
         with open("/dev/full", "wb") as full:
             self.assertEqual(self.run_on(self.input(), stderr=full).out, self.wanted())
 
-    def test_two_runs_may_write_the_same_file_at_once(self):
+    def test_two_runs_can_write_the_same_file_at_the_same_time(self):
         slow = self.start_writing()
         self.run_on(self.input(), "-o", "out.csv")
         self.assertEqual(self.read("out.csv"), self.wanted())
-        self.assertEqual(len(self.temporaries()), 1, "the other run's file was taken away")
+        self.assertEqual(len(self.temporaries()), 1, "the other run's file was removed")
         slow.stdin.close()
         self.assert_ends(slow, 0)
         self.assertEqual(self.read("out.csv"), self.wanted(2))
@@ -209,7 +209,7 @@ class Output(BothTest):
         self.assert_ends(process, 0)
         self.assertTrue((self.folder / "out.csv").exists())
 
-    def test_a_killed_run_leaves_the_former_file(self):
+    def test_a_killed_run_keeps_the_old_file(self):
         old = self.write("out.csv", "as it was")
         process = self.start_writing()
         process.kill()
@@ -222,14 +222,14 @@ class Output(BothTest):
 
 
 class CheckOutput(Output, CheckDriver):
-    def test_a_name_that_asks_for_root_is_refused(self):
+    def test_a_root_file_name_is_refused(self):
         result = self.run_on(self.input(), "-o", "x.root", status=2)
         self.assertRegex(result.err, r'--output: "x\.root".*ROOT')
         self.assertFalse((self.folder / "x.root").exists())
 
 
 class ScanOutput(Output, ScanDriver):
-    def test_a_name_that_asks_for_root_is_refused_but_for_the_verdicts(self):
+    def test_a_root_file_name_is_refused_except_for_verdicts(self):
         for option in ("--paths", "--per-pmt", "--per-event"):
             result = self.run_on(self.input(), option, "x.root", status=2)
             self.assertRegex(result.err, rf'{option}: "x\.root".*ROOT')
@@ -237,7 +237,7 @@ class ScanOutput(Output, ScanDriver):
         self.run_on(self.input(), "-o", "x.root")
         self.assertTrue(self.read("x.root").startswith(b"root"))
 
-    def test_standard_output_has_room_for_one_by_whatever_name(self):
+    def test_standard_output_takes_one_output_under_any_name(self):
         for name in ("-", "/dev/stdout", "/dev/fd/1"):
             for options in (["--paths", name], ["-o", "/dev/stdout", "--paths", name]):
                 result = self.run_on(self.input(), *options, status=2)

@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-"""How `zarn-shadow check` and `scan` end by a signal."""
+"""How `zarn-shadow check` and `scan` react to signals."""
 
 import os
 import signal
@@ -17,13 +17,13 @@ class Signals(BothTest):
         return "".join(self.row(i) for i in range(1000)).encode()
 
     def assert_left_alone(self, process, number, **more):
-        """It ends by the signal, without a table and without a trace."""
+        """It ends with the signal's status, prints no table and leaves no file."""
         process.send_signal(number)
         err = self.assert_ends(process, 128 + number, **more)
         self.assertNotIn("paths/second", err)
         self.assert_no_temporaries()
 
-    def test_a_signal_while_a_slow_pipe_is_read_leaves_everything_as_it_was(self):
+    def test_a_signal_while_reading_a_slow_pipe_changes_nothing(self):
         for number in (signal.SIGINT, signal.SIGTERM, signal.SIGHUP):
             old = self.write("out.csv", "as it was")
             self.assert_left_alone(self.start_writing(), number)
@@ -33,7 +33,7 @@ class Signals(BothTest):
         self.assert_left_alone(self.start_writing(), signal.SIGINT)
         self.assertFalse((self.folder / "out.csv").exists())
 
-    def test_an_interrupt_in_the_middle_of_a_long_file_leaves_everything_as_it_was(self):
+    def test_an_interrupt_within_a_long_file_changes_nothing(self):
         old = self.write("out.csv", "as it was")
         rows = self.write("rows.csv", self.INPUT_HEAD.encode() + self.rows_of_bytes() * 1000)
         process = self.start(self.arguments(rows, "-o", old))
@@ -57,12 +57,12 @@ class Signals(BothTest):
             self.wait_until_it_sleeps(process)
             self.assert_left_alone(process, number)
 
-    def test_an_interrupt_is_answered_by_all_threads(self):
-        process = self.start_writing(count=60_000, threads=7)  # several have begun
+    def test_an_interrupt_stops_all_threads(self):
+        process = self.start_writing(count=60_000, threads=7)  # several threads are at work
         self.assert_left_alone(process, signal.SIGINT, timeout=20)
         self.assertFalse((self.folder / "out.csv").exists())
 
-    def test_an_interrupt_is_answered_while_a_named_pipe_waits_for_its_other_end(self):
+    def test_an_interrupt_stops_the_wait_for_the_other_end_of_a_pipe(self):
         pipe = self.folder / "pipe"
         os.mkfifo(pipe)
         for what, arguments in (("rows", self.arguments(pipe)),
@@ -73,7 +73,7 @@ class Signals(BothTest):
                 self.wait_until_it_sleeps(process)
                 self.assert_left_alone(process, signal.SIGINT, timeout=20)
 
-    def test_an_interrupt_is_answered_while_geometry_comes_from_a_slow_pipe(self):
+    def test_an_interrupt_stops_reading_geometry_from_a_slow_pipe(self):
         pipe = self.folder / "pipe"
         os.mkfifo(pipe)
         process = self.start(self.arguments(self.input(), geometry=pipe))
@@ -83,8 +83,7 @@ class Signals(BothTest):
             self.assert_left_alone(process, signal.SIGINT, timeout=20)
 
     def test_signals_that_the_caller_ignores_stay_ignored(self):
-        # As nohup does with a hang-up, and a shell with interrupts of a job in
-        # the background.
+        # nohup ignores a hang-up, and a shell the interrupts of a background job.
         for number in (signal.SIGHUP, signal.SIGINT):
             (self.folder / "out.csv").unlink(missing_ok=True)
             process = self.start_writing(

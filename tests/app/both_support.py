@@ -1,6 +1,6 @@
-"""Drives `check` and `scan` alike: one row of input each, a light path or an
-event, gives one row of verdicts. Tests of what both do are written against this
-and run for each."""
+"""Drivers for `check` and `scan`: each row of input (a light path or an event)
+gives one row of verdicts. Tests of behaviour that both share use these drivers
+and run once for each."""
 
 
 from command_support import ANCHOR, HEADER
@@ -13,7 +13,7 @@ class CheckDriver(CheckTest):
     COMMAND = "check"
     INPUT_HEAD = HEADER + "\n"
     OUTPUT_HEAD = b"row,shadowed,by\n"
-    COUNTED = "paths"  # what the table at the end begins with
+    COUNTED = "paths"  # first label of the table at the end
 
     def row(self, number):
         return NEAR_ANCHOR + "\n"
@@ -44,7 +44,7 @@ class ScanDriver(ScanTest):
 
 
 class BothTest:
-    """What the tests of both use; comes before a driver."""
+    """Helpers for tests of both; comes before a driver in the list of bases."""
     MANY = 40_000  # rows whose verdicts fill a pipe and the program's buffer
 
     def text(self, count=1):
@@ -63,7 +63,7 @@ class BothTest:
         return (self.folder / name).read_bytes()
 
     def start_writing(self, out="out.csv", count=2, threads=1, **more):
-        """A run that waits for more rows and has begun its output."""
+        """A run that has started its output and waits for more rows."""
         process = self.start(self.arguments("-", "-o", out, "--threads", threads), **more)
         self.feed(process, self.text(count))
         self.wait_for(self.temporaries, "a temporary file")

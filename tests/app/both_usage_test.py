@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-"""The help of `zarn-shadow check` and `scan`, and what is told of wrong use."""
+"""The help of `zarn-shadow check` and `scan`, and their messages on wrong use."""
 
 import os
 import signal
@@ -16,11 +16,11 @@ from both_support import BothTest, CheckDriver, ScanDriver
 
 class Usage(BothTest):
     def refuse(self, *arguments):
-        """What is told of a wrong use, which writes nothing."""
+        """The message on wrong use, which writes no output."""
         result = self.run_command([PROGRAM, *arguments], status=2)
         self.assertEqual(result.out, b"")
         self.assertTrue(result.err.startswith("zarn-shadow: "), result.err)
-        # The parser tells of its own workings.
+        # Words of the parser library, which are about its internals.
         self.assertNotRegex(result.err, r"(?i)required|expected|received|convert|RuntimeError")
         text, _, hint = result.err.rstrip("\n").rpartition("\n")
         self.assertRegex(hint, r"^See zarn-shadow (check |scan )?--help\.$")
@@ -57,7 +57,7 @@ class Usage(BothTest):
         for i, word in enumerate(words):
             if word.startswith("data/"):
                 words[i] = DATA / word[len("data/"):]
-                if words[i].suffix == ".csv":  # its first rows will do
+                if words[i].suffix == ".csv":  # the first rows are enough
                     text = "".join(words[i].read_text().splitlines(keepends=True)[:20])
                     words[i] = self.write(words[i].name, text)
         self.run_command([PROGRAM, *words[1:]])
@@ -68,7 +68,7 @@ class Usage(BothTest):
             with self.subTest(arguments=arguments), open("/dev/full", "wb") as full:
                 self.run_command([PROGRAM, *arguments], status=1, stdout=full)
 
-    def test_help_that_nobody_reads_ends_without_a_complaint(self):
+    def test_help_to_a_closed_pipe_ends_silently(self):
         reader, writer = os.pipe()
         os.close(reader)
         self.addCleanup(os.close, writer)
@@ -76,7 +76,7 @@ class Usage(BothTest):
                                   status=128 + signal.SIGPIPE, stdout=writer)
         self.assertEqual(result.err, "")
 
-    def test_bad_usage_gives_status_2_and_points_to_the_help(self):
+    def test_bad_usage_gives_status_2_and_names_the_help(self):
         good = [str(a) for a in self.arguments(self.input())[1:]]
         self.run_command([PROGRAM, *good])
         at = good.index("--geometry")
@@ -91,9 +91,9 @@ class Usage(BothTest):
         swapped = self.COMMAND[:-2] + self.COMMAND[:-3:-1]
         for name in (self.COMMAND[:-1], self.COMMAND + "s", swapped):
             self.assertEqual(self.refuse(name, "x.csv"),
-                             f'there is no subcommand "{name}"; did you mean {self.COMMAND}?')
+                             f'unknown subcommand "{name}"; did you mean {self.COMMAND}?')
         self.assertEqual(self.refuse("frobnicate"),
-                         'there is no subcommand "frobnicate"; there are check and scan')
+                         'unknown subcommand "frobnicate"; use check or scan')
         self.assertEqual(self.refuse(), "a subcommand is missing: check or scan")
 
     def test_an_unknown_option_is_named_with_the_nearest(self):
@@ -110,28 +110,28 @@ class Usage(BothTest):
         self.assertEqual(self.refuse_options("--\x1b[2J"),
                          f'{self.COMMAND} has no option "--\\x1b[2J"')
 
-    def test_a_misspelt_option_is_told_and_not_what_is_missing_for_it(self):
+    def test_a_misspelt_option_is_reported_rather_than_the_missing_one(self):
         good = [str(a) for a in self.arguments(self.input())[1:]]
         good[good.index("--geometry")] = "--geometri"
         self.assertEqual(self.refuse(*good), f'{self.COMMAND} has no option "--geometri"; '
                                              "did you mean --geometry?")
 
-    def test_what_is_missing_is_named(self):
+    def test_missing_arguments_are_named(self):
         good = [str(a) for a in self.arguments(self.input())[1:]]
         at = good.index("--geometry")
         self.assertEqual(self.refuse(*good[:at], *good[at + 2:]),
                          f"{self.COMMAND} needs --geometry")
         self.assertRegex(self.refuse(self.COMMAND), rf"^{self.COMMAND} needs .* and .*$")
 
-    def test_a_value_too_many_or_too_few_is_told(self):
+    def test_too_many_or_too_few_values_are_reported(self):
         self.assertEqual(self.refuse_options("--run", 1, "--run", 2),
                          "--run is given more than once")
         self.assertEqual(self.refuse_options("--run"), "--run needs a value")
         self.assertEqual(self.refuse_options("-o"), "-o needs a value")
         self.assertEqual(self.refuse_options(self.FLAG + "=maybe"),
-                         f'{self.FLAG} takes no value, and not "maybe"')
+                         f'{self.FLAG} takes no value, but was given "maybe"')
         self.assertEqual(self.refuse_options("more.csv"),
-                         f'"more.csv" is one argument too many for {self.COMMAND}')
+                         f'too many arguments for {self.COMMAND}: "more.csv"')
 
     def test_options_out_of_their_range_are_bad_usage(self):
         not_finite = ("", " ", "abc", "nan", "inf", "-inf", "1e400", "0x10", "1_0", "1_000", "1,5",
@@ -150,7 +150,7 @@ class Usage(BothTest):
                     self.assertIn(option + ":", result.err)
                     self.assertFalse((self.folder / "out.csv").exists())
 
-    def test_version_tells_a_version(self):
+    def test_version_prints_a_version(self):
         result = self.run_command([PROGRAM, "--version"])
         self.assertRegex(result.out.decode(), r"^zarn-shadow \d+\.\d+\.\d+\n$")
 
@@ -164,7 +164,7 @@ class CheckUsage(Usage, CheckDriver):
     WORDS = ()
     MORE_NUMBERS = ()
 
-    def test_options_may_stand_anywhere(self):
+    def test_options_can_be_anywhere(self):
         paths, geometry = str(self.paths(NEAR_ANCHOR)), str(self.tables(*ANCHOR))
         for arguments in (["--geometry", geometry, paths], [f"--geometry={geometry}", paths],
                           ["--run", "5", "--geometry", geometry, "--tolerance=0", paths],
@@ -173,7 +173,7 @@ class CheckUsage(Usage, CheckDriver):
                 result = self.run_command([PROGRAM, "check", *arguments])
                 self.assertEqual(result.verdicts(), ["NCDAnchor"])
 
-    def test_a_file_may_bear_any_name(self):
+    def test_a_file_can_have_any_name(self):
         geometry = self.tables(*ANCHOR)
         for name in ("check", "-paths.csv", "--help", "a b.csv", "\u00e9.csv"):
             with self.subTest(name=name):
@@ -181,7 +181,7 @@ class CheckUsage(Usage, CheckDriver):
                 result = self.run_command([PROGRAM, "check", "--geometry", geometry, "--", name])
                 self.assertEqual(result.verdicts(), ["NCDAnchor"])
 
-    def test_a_run_that_begins_with_0_is_not_read_as_octal(self):
+    def test_a_run_number_with_a_leading_0_is_not_octal(self):
         geometry = self.tables(*ANCHOR, anchor_reach(500.0, runs=[10, 10]))
         paths = self.paths(path("AV->Water", av1=(300.0, 0.0, -5800.0)))
         for run, wanted in (("10", "NCDAnchor"), ("8", ""), ("-10", ""), ("2147483647", "")):
@@ -191,7 +191,7 @@ class CheckUsage(Usage, CheckDriver):
         if result.status == 0:
             self.assertEqual(result.verdicts(), ["NCDAnchor"])
 
-    def test_bad_geometry_is_told_before_any_input_comes(self):
+    def test_bad_geometry_is_reported_before_input_is_read(self):
         process = self.start(self.command("-", "nowhere.json"))
         err = self.assert_ends(process, 2, timeout=20)
         self.assertIn("nowhere.json", err)
@@ -205,10 +205,10 @@ class ScanUsage(Usage, ScanDriver):
     WORDS = (r"\bnm\b", "no path", "OPTICS", r"\.root")
     MORE_NUMBERS = ("--wavelength",)
 
-    def test_scan_stands_in_the_help_of_the_command(self):
+    def test_scan_is_in_the_help_of_the_command(self):
         self.assertRegex(self.run_command([PROGRAM, "--help"]).out.decode(), r"\n *scan\b")
 
-    def test_bad_usage_of_its_own_options_points_to_the_help(self):
+    def test_bad_usage_of_scan_options_names_the_help(self):
         good = ["--geometry", self.tables(*OPTICS), "--events", self.events([CENTRE]), "--pmts",
                 self.pmts([TOP])]
         for arguments in ([*good, "--paths"], [*good, "--wavelength"], [*good, "--at"],
@@ -221,7 +221,7 @@ class ScanUsage(Usage, ScanDriver):
             result = self.scan([CENTRE], [TOP], option, "", status=(1, 2))
             self.assertEqual(result.out, b"")
 
-    def test_files_may_bear_odd_names(self):
+    def test_files_can_have_unusual_names(self):
         for name in ("-events.csv", "--help", "a b.csv", "\u00e9.csv", "%s.csv"):
             with self.subTest(name=name):
                 self.events([CENTRE], name)

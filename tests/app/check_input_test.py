@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-"""The form of the light paths that `zarn-shadow check` reads."""
+"""The format of the light paths that `zarn-shadow check` reads."""
 
 import os
 import pty
@@ -27,19 +27,19 @@ class Input(CheckTest):
         text = ",".join(columns) + "\n" + ",".join(cells.get(c, "") for c in columns) + "\n"
         self.assertEqual(self.check_text(text).verdicts(), ["NCDAnchor"])
 
-    def test_ignores_unknown_columns_whatever_they_hold(self):
+    def test_ignores_unknown_columns_with_any_content(self):
         columns = ["note", *COLUMNS[:7], "", *COLUMNS[7:], "", "Type", "start_X"]
         cells = {"type": "AV->Water", "av1_z": "-5800", "note": '"say ""no"", or\nyes"',
                  "Type": "nonsense", "start_X": "far", "": "1;5"}
         text = ",".join(columns) + "\n" + ",".join(cells.get(c, "") for c in columns) + "\n"
         self.assertEqual(self.check_text(text).verdicts(), ["NCDAnchor"])
 
-    def test_understands_quotes_around_any_cell(self):
+    def test_accepts_quotes_around_any_cell(self):
         text = (",".join(f'"{c}"' for c in COLUMNS) + "\n"
                 + ",".join(f'"{cell}"' for cell in NEAR_ANCHOR.split(",")) + "\n")
         self.assertEqual(self.check_text(text).verdicts(), ["NCDAnchor"])
 
-    def test_reads_standard_input_where_the_file_is_a_dash(self):
+    def test_reads_standard_input_for_a_dash(self):
         result = self.check("-", stdin=table(NEAR_ANCHOR, FAR_FROM_ANCHOR).encode())
         self.assertEqual(result.verdicts(), ["NCDAnchor", ""])
         result = self.check("-", stdin=table(NEAR_ANCHOR, "short").encode(), status=2)
@@ -53,14 +53,14 @@ class Input(CheckTest):
         self.assertEqual(self.check(pipe).verdicts(), ["NCDAnchor"])
         thread.join(TIMEOUT)
 
-    def test_reads_a_pipe_that_brings_one_byte_at_a_time(self):
+    def test_reads_a_pipe_that_delivers_one_byte_at_a_time(self):
         process = self.start(self.command("-", self.tables(*ANCHOR)))
         for byte in table(NEAR_ANCHOR, FAR_FROM_ANCHOR, end="\r\n").encode():
             os.write(process.stdin.fileno(), bytes([byte]))
         out, _ = process.communicate(timeout=TIMEOUT)
         self.assertEqual(out, b"row,shadowed,by\n0,1,NCDAnchor\n1,0,\n")
 
-    def test_one_end_of_file_typed_at_a_terminal_ends_the_input(self):
+    def test_one_end_of_file_on_a_terminal_ends_the_input(self):
         master, slave = pty.openpty()
         self.addCleanup(os.close, master)
         process = self.start(self.command("-", self.tables(*ANCHOR)), stdin=slave)
@@ -78,13 +78,13 @@ class Input(CheckTest):
                          plain)
         self.assertEqual(self.check_text(crlf.replace("\r", "", 1)).out, plain)
 
-    def test_takes_only_a_whole_byte_order_mark_for_one(self):
+    def test_skips_only_a_complete_byte_order_mark(self):
         for start in (b"\xef", b"\xef\xbb", b"\xbb\xbf", b"\xef\xbb\xbf\xef\xbb\xbf",
                       b"\xff\xfe"):
             with self.subTest(start=start):
                 self.refuse(start + table(NEAR_ANCHOR).encode(), r"line 1\b", r"\btype\b")
 
-    def test_the_last_line_needs_no_end(self):
+    def test_the_last_line_needs_no_line_end(self):
         for end in ("", "\n", "\r\n", "\n\n\n", "\r\n\r\n", "\r"):
             with self.subTest(end=end):
                 text = HEADER + "\n" + NEAR_ANCHOR + end
@@ -100,7 +100,7 @@ class Input(CheckTest):
                 + "\r\n\r\n" + NEAR_ANCHOR + "\n\n")
         self.assertEqual(self.check_text(text).verdicts(), ["NCDAnchor", "", "NCDAnchor"])
 
-    def test_a_header_alone_gives_a_header_alone(self):
+    def test_a_header_without_rows_gives_a_header_without_rows(self):
         for text in (HEADER, HEADER + "\n", HEADER + "\r\n\r\n", "\ufeff" + HEADER):
             result = self.check_text(text)
             self.assertEqual(result.out, b"row,shadowed,by\n")
@@ -118,7 +118,7 @@ class Input(CheckTest):
             text = HEADER + "\n" + ",".join(cells) + "\n"
             self.assertEqual(self.check_text(text).verdicts(), ["NCDAnchor"])
 
-    def test_missing_columns_are_all_named(self):
+    def test_all_missing_columns_are_named(self):
         for missing in (["type"], ["start_x"], ["av4_z"], ["type", "final_y", "av2_x"]):
             with self.subTest(missing=missing):
                 header = ",".join(c for c in COLUMNS if c not in missing)
@@ -132,13 +132,13 @@ class Input(CheckTest):
             with self.subTest(header=wrong[:20]):
                 self.refuse(wrong + "\n" + NEAR_ANCHOR + "\n", r"line 1\b")
 
-    def test_a_column_named_twice_is_an_error(self):
+    def test_a_column_that_appears_twice_is_an_error(self):
         for name in ("type", "start_x", "note"):
             with self.subTest(name=name):
                 extra = f",{name},{name}" if name == "note" else f",{name}"
                 self.refuse(HEADER + extra + "\n", r"line 1\b", name, "twice")
 
-    def test_the_header_may_stand_after_blank_lines_and_its_line_is_told(self):
+    def test_the_header_may_follow_blank_lines_and_its_line_is_reported(self):
         self.refuse("\n\n" + HEADER.replace("type", "kind") + "\n", r"line 3\b", r"\btype\b")
 
     def test_a_row_with_too_few_or_too_many_cells_is_an_error(self):
@@ -150,13 +150,13 @@ class Input(CheckTest):
         self.refuse(table('""'), r"line 2\b")
         self.refuse(table(" "), r"line 2\b")
 
-    def test_a_cell_that_is_not_a_number_is_named_by_file_line_row_and_column(self):
+    def test_an_error_in_a_cell_names_file_line_row_and_column(self):
         for column in COORDINATES:
             with self.subTest(column=column):
                 self.refuse(table(NEAR_ANCHOR, "", FAR_FROM_ANCHOR, row_with(column, "abc")),
                             r"line 5\b", r"row 2\b", rf"\b{column}\b", "abc")
 
-    def test_lines_within_quotes_count_as_lines_of_the_file(self):
+    def test_line_breaks_in_quotes_count_as_lines(self):
         note = path('a\nname\r\nof "three" lines')
         self.refuse(table(note, row_with("end_y", "abc")), r"line 5\b", r"row 1\b",
                     r"\bend_y\b")
@@ -183,7 +183,7 @@ class Input(CheckTest):
         self.refuse(table(NEAR_ANCHOR, NEAR_ANCHOR, end="\r"), r"line 1\b")
         self.refuse("\r" + table(NEAR_ANCHOR), r"line 1\b")
         result = self.check_text(table("Wa\rter" + "," * 24, "\r" + NEAR_ANCHOR))
-        self.assertRegex(result.err, r"unknown name: 2\b")
+        self.assertRegex(result.err, r"unknown type name: 2\b")
 
     def test_nul_bytes_in_a_number_are_an_error_that_names_the_place(self):
         for cell in ("\0", "1\0", "\x001", "1\x002"):
@@ -192,21 +192,21 @@ class Input(CheckTest):
                             r"\bend_y\b", "not a number")
         self.refuse(b"\0" * 300_000, "paths.csv")
 
-    def test_a_bad_cell_cannot_command_the_terminal(self):
+    def test_a_bad_cell_cannot_control_the_terminal(self):
         result = self.refuse(table(row_with("end_y", "\x1b[2J\x1b]0;x\x07")), r"\bend_y\b")
         self.assertNotIn(b"\x1b", result.bytes_err)
         self.assertNotIn(b"\x07", result.bytes_err)
 
-    def test_a_very_long_cell_does_not_make_a_very_long_message(self):
+    def test_a_very_long_cell_is_shortened_in_the_message(self):
         result = self.refuse(table(row_with("end_y", "9" * 500_000 + "x")), r"line 2\b",
                              r"\bend_y\b", "not a number")
         self.assertLess(len(result.err), 2000)
 
-    def test_a_missing_quote_does_not_take_the_whole_file_into_memory(self):
+    def test_a_missing_quote_does_not_read_the_whole_file_into_memory(self):
         text = table('"Water' + "," * 24) + (NEAR_ANCHOR + "\n") * 100_000
         self.refuse(text, r"line 2\b", r"row 0\b", r"\btype\b", "quote")
 
-    def test_something_that_is_no_table_is_refused(self):
+    def test_a_file_that_is_not_a_table_is_refused(self):
         self.refuse(bytes(range(256)) * 4096, "paths.csv")
         self.check("/dev/zero", status=2)
         self.check(PROGRAM, status=2)
@@ -217,7 +217,7 @@ class Input(CheckTest):
         self.assertIn("nowhere.csv", result.err)
         self.assertFalse((self.folder / "out.csv").exists())
 
-    def test_rows_may_span_the_buffers_in_which_the_file_is_read(self):
+    def test_rows_may_span_read_buffers(self):
         rows, wanted = [], []
         for i in range(12_000):
             near = i * 7919 % 3 == 0
@@ -233,7 +233,7 @@ class Input(CheckTest):
             self.assertGreater(len(text), 1 << 20)
             self.assertEqual(self.check_text(text).verdicts(), wanted)
 
-    def test_the_place_of_an_error_is_right_far_into_a_long_file(self):
+    def test_the_place_of_a_late_error_is_right(self):
         rows = [NEAR_ANCHOR, path("two\nlines"), ""] * 20_000
         self.refuse(table(*rows, row_with("av2_y", "abc"), NEAR_ANCHOR),
                     rf"line {4 * 20_000 + 2}\b", rf"row {2 * 20_000}\b", r"\bav2_y\b")
@@ -260,7 +260,7 @@ class Numbers(CheckTest):
             with self.subTest(cell=cell):
                 self.assertEqual(self.z_of_av1(cell), [""])
 
-    def test_refuses_what_is_not_wholly_a_number(self):
+    def test_refuses_cells_that_are_not_entirely_a_number(self):
         for cell in ("+-1", "-+1", "++1", "--1", "+", "-", ".", "e5", "1e", "1e+", "0x10",
                      "0X1p3", "1_000", "1'000", '"1,5"', "1 ", " 1", "\t1", "1\t", " ", "1 2",
                      "1.2.3", "1f", "1d5", "1e5.5", "1mm", "one", "NaNs", "infinit", "nan(",
@@ -269,15 +269,15 @@ class Numbers(CheckTest):
                 self.refuse(table(row_with("av1_z", cell)), r"line 2\b", r"row 0\b",
                             r"\bav1_z\b", "not a number")
 
-    def test_refuses_what_is_too_large(self):
+    def test_refuses_too_large_numbers(self):
         for cell in ("1e400", "-1e400", "+1e309", "1.7976931348623159e308", "9" * 400,
                      "1e99999999999999999999"):
             with self.subTest(cell=cell[:30]):
                 self.refuse(table(row_with("av1_z", cell)), r"line 2\b", r"\bav1_z\b",
                             "too large")
 
-    def test_takes_the_nearest_double_of_what_is_too_small(self):
-        # Seen by its azimuth: any y above 0 lies at 90 degrees, in the pipes' band.
+    def test_rounds_too_small_numbers_to_the_nearest_double(self):
+        # Seen in the azimuth: any y > 0 is at 90 degrees, in the band of the pipes.
         def rows(*cells):
             return self.verdicts(PIPES, [path("AV->Water", av1=("0", y, "0")) for y in cells])
         self.assertEqual(rows("4.9e-324", "+4.9e-324", "3e-324", "2.5e-324", "1e-320",
@@ -298,7 +298,7 @@ class Numbers(CheckTest):
                              self.tables(*ANCHOR)), status=0)
             self.assertEqual(result.verdicts(), [""])
 
-    def test_odd_numbers_never_crash_a_test(self):
+    def test_unusual_numbers_do_not_crash(self):
         values = ("nan", "-nan", "inf", "-inf", "1e308", "-1e308", "1.7976931348623157e308",
                   "4.9e-324", "-4.9e-324", "0", "-0", "1e-160", "1e160")
         rows = []
@@ -319,7 +319,7 @@ class Numbers(CheckTest):
                                     geometry=REFERENCE)
                 self.assertEqual(len(result.verdicts()), len(rows))
 
-    def test_numbers_are_read_and_written_alike_in_every_locale(self):
+    def test_numbers_are_read_and_written_the_same_in_every_locale(self):
         rows = [path("AV->Water", av1=(0.0, 0.0, z)) for z in (-5590.5, -5589.5)]
         for locale in ("de_DE", "de_DE.UTF-8", "fr_FR.UTF-8", "nowhere"):
             with self.subTest(locale=locale):

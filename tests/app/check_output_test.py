@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-"""What `zarn-shadow check` writes and says."""
+"""What `zarn-shadow check` writes and prints."""
 
 import os
 import sys
@@ -18,7 +18,7 @@ class Output(CheckTest):
     def many_paths(self):
         return self.paths(*[NEAR_ANCHOR] * self.MANY, name="many.csv")
 
-    def test_standard_output_holds_the_table_and_nothing_else(self):
+    def test_standard_output_has_only_the_verdicts(self):
         paths = self.paths(path("odd"), path("Light Path Uninitialised"), NEAR_ANCHOR)
         result = self.check(paths, "--debug", geometry=self.tables(*SUPPORT_ROPES, *ANCHOR))
         self.assertEqual(result.verdicts(), ["", "", "NCDAnchor"])
@@ -35,8 +35,8 @@ class Output(CheckTest):
         self.check(bad, "-o", bad, status=2)
         self.assertEqual(bad.read_bytes(), before)
 
-    def test_messages_never_get_into_the_output_where_standard_error_is_closed(self):
-        # The next file to be opened gets the number of standard error.
+    def test_messages_never_reach_the_output_if_standard_error_is_closed(self):
+        # The next file that is opened gets the descriptor of standard error.
         rows = [path("odd"), path("Light Path Uninitialised"), path("odd")]
         geometry = self.tables(*SUPPORT_ROPES)
         self.run_command(self.command("-", geometry, "-o", "out.csv", "--debug"),
@@ -49,7 +49,7 @@ class Output(CheckTest):
         self.assertEqual((self.folder / "out.csv").read_bytes(),
                          b"row,shadowed,by\n0,0,\n1,0,\n2,0,\n")
 
-    def test_a_bad_row_removes_what_was_written_so_far(self):
+    def test_a_bad_row_removes_the_unfinished_file(self):
         self.refuse(table(*[NEAR_ANCHOR] * self.MANY, "short"), rf"line {self.MANY + 2}\b")
 
 
@@ -79,7 +79,7 @@ class Messages(CheckTest):
                      "Cannot neck boss parameters, these will not be loaded."):
             self.assertEqual(result.err.count("ShadowingCalculator: " + text + "\n"), 1, text)
 
-    def test_a_component_whose_arrays_differ_in_length_is_warned_of(self):
+    def test_arrays_of_different_lengths_give_a_warning(self):
         broken = [INNER_AV, anchor_reach(60.0),
                   entry("GEO_LOCATIONS", "ncd_anchors",
                         {"x": [0.0, 0.0], "y": [0.0, 0.0], "z": [-5800.0]})]
@@ -89,7 +89,7 @@ class Messages(CheckTest):
         self.assertEqual(result.verdicts(), [""])
 
     def test_debug_shows_the_diagnostics_and_changes_no_verdict(self):
-        # The boss's foot lies outside the inner sphere, which is worth a word.
+        # The boss's foot is outside the inner sphere, which gives a diagnostic.
         high = [entry("GEO", "av", {"neck_boss_z": 9000.0}), NECK_BOSS[1]]
         plain = self.check(self.paths(path("AV->Water", av1=UNDER_THE_BOSS)),
                            geometry=self.tables(*high))

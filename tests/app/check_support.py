@@ -1,4 +1,4 @@
-"""What the tests of `zarn-shadow check` share."""
+"""Helpers for the tests of `zarn-shadow check`."""
 
 
 from command_support import COLUMNS, CommandTest, HEADER, line
@@ -21,7 +21,7 @@ def path(type_name, **vectors):
 
 
 def row_with(column, text):
-    """A row of raw text, in which one cell holds @p text as it stands."""
+    """A row of raw text, in which one cell is exactly @p text."""
     return ",".join(text if name == column else "Water" if name == "type" else ""
                     for name in COLUMNS)
 
@@ -46,8 +46,8 @@ class CheckTest(CommandTest):
                           geometry=self.tables(*entries)).verdicts()
 
     def refuse(self, text, *wanted, **more):
-        """Bad input: status 2, a message with the file's name and all that is
-        wanted, no output file, and an existing one as it was."""
+        """Bad input: status 2, a message with the file's name and all of @p wanted,
+        no new output file, and an existing one unchanged."""
         paths = self.write("paths.csv", text)
         (self.folder / "new.csv").unlink(missing_ok=True)
         self.check(paths, "-o", self.folder / "new.csv", status=2, **more)

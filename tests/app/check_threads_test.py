@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-"""What comes out of `zarn-shadow check` does not tell how many threads there were."""
+"""The output of `zarn-shadow check` does not depend on the number of threads."""
 
 import os
 import pty
@@ -15,18 +15,17 @@ from check_support import WRONG_TYPE, CheckTest, NEAR_ANCHOR, path, row_with, ta
 
 
 class Threads(CheckTest):
-    """The file is read in blocks of 256 KiB, which threads judge; what comes out
-    does not tell."""
+    """The file is read in blocks of 256 KiB, which threads judge."""
     BLOCK = 256 * 1024
 
-    def story(self, result):
-        """All that a run tells, without how long it took."""
+    def results(self, result):
+        """Status, output and messages of a run, without times."""
         err = re.sub(r"(?m)^(seconds|paths/second) .*$", r"\1", result.err)
         return [result.status], result.out, err
 
     def assert_same(self, found, wanted):
-        """For long texts and lists, of which assertEqual seeks all differences for
-        hours."""
+        """Like assertEqual, which would take hours to list the differences of long
+        texts and lists."""
         if found == wanted:
             return
         at = next((i for i, (a, b) in enumerate(zip(found, wanted)) if a != b),
@@ -40,8 +39,8 @@ class Threads(CheckTest):
         for threads in (["--threads", 2], ["--threads", 3], ["--threads", 7], []):
             with self.subTest(threads=threads):
                 found = self.check(paths, *threads, *options, status=status, **more)
-                for said, wanted in zip(self.story(found), self.story(one)):
-                    self.assert_same(said, wanted)
+                for part, expected in zip(self.results(found), self.results(one)):
+                    self.assert_same(part, expected)
         self.check(paths, "--threads", 3, "-o", "out.csv", *options, status=status, **more)
         if status == 0:
             self.assert_same((self.folder / "out.csv").read_bytes(), one.out)
@@ -52,9 +51,9 @@ class Threads(CheckTest):
         return one
 
     def many_rows(self, count, odd_every=None):
-        """Rows of many lengths and a wanted verdict each; odd types carry the row's
-        number, and lines in quotes, blank lines and line ends of both kinds are
-        spread among them."""
+        """Rows of many lengths, and the expected verdict of each. Unknown types
+        contain the row's number. Line breaks in quotes, blank lines and both kinds
+        of line ends are spread among the rows."""
         rows, wanted = [], []
         for i in range(count):
             if odd_every and i % odd_every == 0:
@@ -87,7 +86,7 @@ class Threads(CheckTest):
         self.assertGreater(len(text), 6 * self.BLOCK)
         self.assert_same(self.assert_threads_do_not_matter(text).verdicts(), wanted)
 
-    def test_a_block_may_end_anywhere_in_a_row(self):
+    def test_a_block_can_end_anywhere_in_a_row(self):
         rows = [path("AV->Water", av1=(0.0, 0.0, -5800.0), end=(1.5, 2.5, 3.5)) + ',"a\n""b"\r\n',
                 path("Water") + ",\r\n"]
         unit = "".join(rows)
@@ -97,26 +96,26 @@ class Threads(CheckTest):
             found = self.check(self.write("paths.csv", text), "--threads", 2).verdicts()
             self.assertEqual(found, ["", "NCDAnchor", ""], before)
 
-    def test_warnings_of_unknown_types_come_in_the_order_of_the_rows(self):
+    def test_warnings_about_unknown_types_are_in_the_order_of_the_rows(self):
         rows, wanted = self.many_odd_rows(20_000, 37)
         result = self.assert_threads_do_not_matter(
             self.text_of(rows), geometry=self.tables(*SUPPORT_ROPES, *ANCHOR))
         self.assert_same(result.verdicts(), wanted)
-        told = re.findall(re.escape(WRONG_TYPE) + r"odd (\d+)$", result.err, re.MULTILINE)
-        self.assert_same(told, [str(i) for i in range(0, 20_000, 37)])
+        printed = re.findall(re.escape(WRONG_TYPE) + r"odd (\d+)$", result.err, re.MULTILINE)
+        self.assert_same(printed, [str(i) for i in range(0, 20_000, 37)])
         last = result.err.rstrip("\n").split("\n")[-1]
-        self.assertRegex(last, rf'unknown name: {len(told)}\b.*"odd 0"')
+        self.assertRegex(last, rf'unknown type name: {len(printed)}\b.*"odd 0"')
 
-    def test_the_first_unknown_type_in_the_order_of_the_rows_is_named(self):
+    def test_the_unknown_type_of_the_first_row_is_named(self):
         rows, _ = self.many_rows(20_000)
         for i in (11_000, 15_000, 19_999):
             rows[i] = path(f"odd {i}") + ",\n"
         result = self.assert_threads_do_not_matter(self.text_of(rows))
-        self.assertIn('unknown name: 3, the first "odd 11000"\n', result.err)
+        self.assertIn('unknown type name: 3, the first "odd 11000"\n', result.err)
 
-    def test_diagnostics_come_in_the_order_of_the_rows(self):
-        # A path that passes the ropes' cylinder at a tangent is worth a word, which
-        # tells its distance from the axis.
+    def test_diagnostics_are_in_the_order_of_the_rows(self):
+        # A path that does not cross the ropes' cylinder gives a diagnostic with its
+        # distance from the axis.
         rows, wanted = [], []
         for i in range(9000):
             if i % 37 == 0:
@@ -130,12 +129,12 @@ class Threads(CheckTest):
         self.assertGreater(len(text), 2 * self.BLOCK)
         result = self.assert_threads_do_not_matter(text, "--debug",
                                                    geometry=self.tables(*HOLD_DOWN_ROPES))
-        told = re.findall(r"is uninitialised|Mag\(\): 1\d+ ", result.err)
-        self.assert_same(told, wanted)
+        printed = re.findall(r"is uninitialised|Mag\(\): 1\d+ ", result.err)
+        self.assert_same(printed, wanted)
         self.assert_same(self.check_text(text, geometry=self.tables(*HOLD_DOWN_ROPES)).out,
                          result.out)
 
-    def test_the_first_error_in_the_order_of_the_rows_is_told(self):
+    def test_the_error_of_the_first_bad_row_is_reported(self):
         rows, wanted = self.many_rows(20_000)
         rows[11_000] = row_with("end_y", "abc") + ",\n"
         rows[11_001] = "short\n"
@@ -151,8 +150,8 @@ class Threads(CheckTest):
                                  for i, by in enumerate(wanted[:len(found)])])
         self.refuse(self.text_of(rows), rf"line {lines + 1}\b")
 
-    def test_rows_before_an_error_are_written_as_far_as_they_fill_the_buffer(self):
-        # Whole lines wait in a buffer of 64 KiB until the next one finds no room.
+    def test_full_buffers_before_an_error_are_written(self):
+        # Whole lines are kept in a buffer of 64 KiB until the next one does not fit.
         waiting, row = b"row,shadowed,by\n", 0
         while len(waiting) + len(text := b"%d,1,NCDAnchor\n" % row) <= 64 << 10:
             waiting += text
@@ -163,7 +162,7 @@ class Threads(CheckTest):
                 result = self.check(paths, "--threads", threads, status=2)
                 self.assert_same(result.out, wanted)
 
-    def test_wrong_quotes_in_a_late_block_are_told_with_their_line(self):
+    def test_wrong_quotes_in_a_late_block_are_reported_with_their_line(self):
         for wrong, reason in (('"never closed', "the closing quote is missing"),
                               ('a "quote" within', "quote in an unquoted cell"),
                               ('"text"behind', "text after the closing quote")):
@@ -175,7 +174,7 @@ class Threads(CheckTest):
                 self.assertIn(f"line {lines + 1} (row 11500), column note: ", result.err)
                 self.assertIn(reason, result.err)
 
-    def test_a_file_that_is_cut_short_meanwhile_ends_there(self):
+    def test_a_file_truncated_during_the_run_ends_there(self):
         rows = [NEAR_ANCHOR] * 200_000
         for cut, status in ((0, 0), (5, 2)):
             with self.subTest(cut=cut):
@@ -188,7 +187,7 @@ class Threads(CheckTest):
                 if status == 0:
                     self.assert_same(Result(0, out, b"").verdicts(), ["NCDAnchor"] * 150_000)
 
-    def test_what_could_be_read_comes_before_the_failure_of_reading(self):
+    def test_rows_before_a_read_error_are_judged_first(self):
         for threads in (1, 3):
             for row, wanted in ((path("odd"), [WRONG_TYPE + "odd", "Input/output error"]),
                                 ("short", ["line 2"])):
@@ -203,18 +202,18 @@ class Threads(CheckTest):
                     err = self.assert_ends(process, 2, timeout=20)
                     self.assertEqual(re.findall("|".join((*wanted, "Input/output")), err), wanted)
 
-    def test_a_row_is_judged_as_soon_as_it_comes(self):
+    def test_a_row_is_judged_as_soon_as_it_arrives(self):
         for threads in (1, 3):
             with self.subTest(threads=threads):
                 process = self.start(self.command("-", self.tables(*SUPPORT_ROPES), "--threads",
                                                   threads))
                 self.feed(process, table(path("first"), path("second")))
-                told = []
-                while len(told) < 2:
+                printed = []
+                while len(printed) < 2:
                     text = process.stderr.readline().decode()
                     self.assertNotEqual(text, "")
-                    told += re.findall(WRONG_TYPE + "(.*)\n", text)
-                self.assertEqual(told, ["first", "second"])
+                    printed += re.findall(WRONG_TYPE + "(.*)\n", text)
+                self.assertEqual(printed, ["first", "second"])
                 self.feed(process, "short\n")  # and the pipe stays open
                 err = self.assert_ends(process, 2, timeout=20)
                 self.assertRegex(err, r"standard input: line 4 \(row 2\)")

@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-"""Which names of path types `zarn-shadow check` takes, and how."""
+"""How `zarn-shadow check` treats names of path types."""
 
 import sys
 import unittest
@@ -13,8 +13,8 @@ from check_support import WRONG_TYPE, CheckTest, NEAR_ANCHOR, TYPES, path, table
 
 
 class TypeNames(CheckTest):
-    def test_a_type_name_is_taken_as_it_stands_and_never_trimmed(self):
-        # An unknown name is tested at the origin, which lies under the boss.
+    def test_a_type_name_is_not_trimmed(self):
+        # A path of unknown type is tested at the origin, which is under the boss.
         names = ["water", " Water", "Water ", "WATER", "Water\t", "AV -> Water",
                  "LightPath Uninitialised", "0", "Water->AV", "\xc9tat"]
         found = self.verdicts(NECK_BOSS, [path(name, av1=BESIDE_THE_BOSS) for name in names])
@@ -34,18 +34,18 @@ class TypeNames(CheckTest):
                  " blanks ", "Water "]
         result = self.check(self.paths(*(path(name) for name in names)),
                             geometry=self.tables(*SUPPORT_ROPES))
-        told = [text.split(WRONG_TYPE)[1] for text in result.err.split("\n")
-                if WRONG_TYPE in text]
-        self.assertEqual(told, names)
+        messages = [text.split(WRONG_TYPE)[1] for text in result.err.split("\n")
+                    if WRONG_TYPE in text]
+        self.assertEqual(messages, names)
         self.assertEqual(result.verdicts(), [""] * len(names))
 
-    def test_a_name_with_a_line_break_reaches_the_calculator_whole(self):
+    def test_a_name_with_a_line_break_reaches_the_calculator_unchanged(self):
         for name in ("two\nlines", "two\r\nlines", "ends\n", "\n"):
             result = self.check(self.paths(path(name)),
                                 geometry=self.tables(*SUPPORT_ROPES))
             self.assertIn((WRONG_TYPE + name + "\n").encode(), result.bytes_err)
 
-    def test_an_unknown_name_does_not_change_what_known_ones_mean(self):
+    def test_an_unknown_name_does_not_affect_known_names(self):
         rows = []
         for name in TYPES:
             rows += [path("odd"), path(name, av1=UNDER_THE_BOSS, av2=UNDER_THE_BOSS,
@@ -54,29 +54,29 @@ class TypeNames(CheckTest):
         self.assertEqual(found[1::2], ["" if name in ("Water", TYPES[-1]) else "NeckBoss"
                                        for name in TYPES])
 
-    def test_the_number_of_unknown_names_is_said_at_the_end(self):
+    def test_the_number_of_unknown_names_is_reported_at_the_end(self):
         rows = [path("odd"), path("Water"), path("odd"), path(""), path("Light Path Uninitialised")]
         result = self.check(self.paths(*rows), geometry=self.tables(*NECK_BOSS))
         last = result.err.rstrip("\n").split("\n")[-1]
-        self.assertRegex(last, r"unknown name: 3\b")
+        self.assertRegex(last, r"unknown type name: 3\b")
 
-    def test_nothing_is_said_of_unknown_names_where_there_are_none(self):
+    def test_nothing_is_reported_without_unknown_names(self):
         result = self.check(self.paths(*(path(name) for name in TYPES)))
         self.assertNotIn("unknown", result.err)
 
     def test_an_empty_type_is_a_name_like_any_other(self):
         result = self.check(self.paths(path("")), geometry=self.tables(*SUPPORT_ROPES))
         self.assertIn(WRONG_TYPE + "\n", result.err)
-        self.assertRegex(result.err, r"unknown name: 1\b")
+        self.assertRegex(result.err, r"unknown type name: 1\b")
 
-    def test_an_uninitialised_path_is_warned_of_and_not_shadowed(self):
+    def test_an_uninitialised_path_gives_a_warning_and_is_not_shadowed(self):
         everything = HOLD_DOWN_ROPES + SUPPORT_ROPES + PLATE + ANCHOR + PIPES + NECK_BOSS
         result = self.check(self.paths(path("Light Path Uninitialised")),
                             geometry=self.tables(*everything))
         self.assertEqual(result.verdicts(), [""])
-        told = [text for text in result.err.split("\n") if "uninitialised" in text]
+        messages = [text for text in result.err.split("\n") if "uninitialised" in text]
         self.assertEqual(
-            told,
+            messages,
             ["ShadowingCalculator::CheckAVHDRopeShadowing: LightPathCalculator object is "
              "uninitialised, call LightPathCalculator::CalcByPosition first before checking "
              "for shadowing!"]
@@ -90,10 +90,10 @@ class TypeNames(CheckTest):
                             geometry=self.tables(*ANCHOR))
         self.assertEqual(result.verdicts(), ["", "NCDAnchor"])
 
-    def test_a_name_may_hold_nul_bytes(self):
+    def test_a_name_may_contain_nul_bytes(self):
         result = self.check_text(table("Wat\0er" + "," * 24, NEAR_ANCHOR))
         self.assertEqual(result.verdicts(), ["", "NCDAnchor"])
-        self.assertRegex(result.err, r"unknown name: 1\b")
+        self.assertRegex(result.err, r"unknown type name: 1\b")
 
 
 if __name__ == "__main__":

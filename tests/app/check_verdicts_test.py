@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-"""What `zarn-shadow check` finds to block a path, on geometry worked out by hand."""
+"""The verdicts of `zarn-shadow check` on geometry computed by hand."""
 
 import math
 import sys
@@ -22,7 +22,7 @@ class Verdicts(CheckTest):
                                       path("AV->Water", av1=(0.0, 0.0, -5860.0))]),
             ["NeckBoss", "", ""])
 
-    def test_the_neck_boss_looks_at_the_point_where_the_path_enters_water(self):
+    def test_the_neck_boss_tests_the_point_where_the_path_enters_water(self):
         far = {name: BESIDE_THE_BOSS for name in ("av1", "av2", "av3", "av4")}
         rows, wanted = [], []
         for type_name, points in (("Scint/InnerAV->AV->Water", {"av2"}),
@@ -42,7 +42,7 @@ class Verdicts(CheckTest):
             self.verdicts(NECK_BOSS, [path("AV->Water", av1=BESIDE_THE_BOSS)],
                           "--tolerance", 5000), [""])
 
-    def test_an_anchor_shadows_points_nearer_than_its_half_height_and_150(self):
+    def test_an_anchor_shadows_points_within_its_half_height_plus_150(self):
         self.assertEqual(
             self.verdicts(ANCHOR, [path("AV->Water", av1=(0.0, 0.0, -5800.0)),
                                    path("AV->Water", av1=(209.999, 0.0, -5800.0)),
@@ -81,7 +81,7 @@ class Verdicts(CheckTest):
                 path("Water", start=inside, end=inside)]),
             ["AVPipe", "", "", ""])
 
-    def test_a_belly_plate_shadows_its_height_and_width_and_the_tolerance(self):
+    def test_a_belly_plate_shadows_its_height_and_width_plus_tolerance(self):
         cases = [(0, 0, 1), (7.30, 0, 1), (7.33, 0, 0), (-7.30, 0, 1), (-7.33, 0, 0),
                  (0, 749.999, 1), (0, 750.0, 0), (0, -749.999, 1), (0, -750.0, 0),
                  (180, 0, 0)]
@@ -96,7 +96,7 @@ class Verdicts(CheckTest):
         self.assertEqual(self.verdicts(PLATE, rows, "--tolerance", 0),
                          ["BellyPlate", "", "BellyPlate", ""])
 
-    def test_support_ropes_shadow_the_cylinder_on_which_they_stand(self):
+    def test_support_ropes_shadow_points_of_their_cylinder(self):
         cases = [(3.911, 100, 1), (-3.911, 100, 1), (5.49, 100, 1), (5.53, 100, 0),
                  (2.34, 100, 1), (2.29, 100, 0), (0, 100, 0), (90, 100, 0),
                  (3.911, 5.001, 1), (3.911, 5.0, 0), (3.911, -100, 0)]
@@ -122,7 +122,7 @@ class Verdicts(CheckTest):
         self.assertEqual(self.verdicts(HOLD_DOWN_ROPES, rows),
                          ["AVHDRope" if hit else "" for _, hit in cases])
 
-    def test_hold_down_ropes_shadow_the_surface_on_which_they_lie(self):
+    def test_hold_down_ropes_shadow_points_of_their_surface(self):
         def surface(radius, azimuth):
             return path("AV->Water", av1=at(radius, azimuth,
                                             math.sqrt(OUTER_RADIUS**2 - radius**2)))
@@ -144,7 +144,7 @@ class Verdicts(CheckTest):
                                             water(154, 5700, 5800)]),
             ["AVHDRope", "", ""])
 
-    def test_the_first_component_in_the_order_of_testing_is_named(self):
+    def test_the_component_that_is_tested_first_is_named(self):
         plate_over_anchor = [INNER_AV, PLATE_SOLID, anchor_reach(60.0),
                              entry("GEO_LOCATIONS", "ncd_anchors", xyz([at(5860, 90, 0)])),
                              entry("GEO_LOCATIONS", "belly_plates", xyz([at(5860, 90, 0)]))]
@@ -175,7 +175,7 @@ class Verdicts(CheckTest):
         for component in COMPONENTS:
             self.assertEqual(counts[component][0], f"{found.count(component):,}")
 
-    def test_the_same_input_gives_the_same_bytes_again(self):
+    def test_the_same_input_gives_the_same_bytes(self):
         head = (DATA / "example-paths.csv").read_text().splitlines()[:500]
         paths = self.write("paths.csv", "\n".join(head) + "\n")
         first = self.check(paths, geometry=REFERENCE)

@@ -1,8 +1,8 @@
-"""What the tests of zarn-shadow's subcommands share.
+"""Helpers for the tests of zarn-shadow's subcommands.
 
 ZARN_SHADOW is the program, ZARN_DATA_DIR the folder with the reference
-detector and the examples. Each test has a folder of its own, in which no
-temporary file may be left when it ends.
+detector and the examples. Each test runs in its own folder, in which
+no temporary file may remain at the end.
 """
 
 import csv
@@ -25,10 +25,10 @@ PROGRAM = os.environ["ZARN_SHADOW"]
 DATA = pathlib.Path(os.environ["ZARN_DATA_DIR"])
 REFERENCE = DATA / "reference-detector"
 
-# Generous: sanitizers and busy machines are slow, and only a hang meets it.
+# s; long enough for sanitizers and busy machines, so that only a hang reaches it.
 TIMEOUT = 300
 
-# A background job or nohup ignores these, and a program leaves them so.
+# A background job or nohup may ignore these, and child processes inherit that.
 signal.signal(signal.SIGINT, signal.default_int_handler)
 signal.signal(signal.SIGHUP, signal.SIG_DFL)
 
@@ -48,7 +48,7 @@ HEADER = ",".join(COLUMNS)
 
 
 def line(cells):
-    """A line of CSV without its end."""
+    """A line of CSV without the line end."""
     text = io.StringIO(newline="")
     csv.writer(text, lineterminator="\r\n").writerow(cells)
     return text.getvalue()[:-2]
@@ -66,7 +66,7 @@ def towards(polar, azimuth, radius=OUTER_RADIUS):
     return at(radius * math.sin(theta), azimuth, radius * math.cos(theta))
 
 
-# --- Geometry whose answers can be worked out by hand ------------------------
+# --- Geometry whose verdicts can be computed by hand -------------------------
 
 def entry(table_name, index, fields, **more):
     return {"table": table_name, "index": index, "fields": fields, **more}
@@ -91,7 +91,7 @@ NECK_BOSS = [entry("GEO", "av", {"neck_boss_z": 4760.0}),
 UNDER_THE_BOSS = (3479.0, 0.0, 4640.0)
 BESIDE_THE_BOSS = (3481.0, 0.0, 4640.0)
 
-# One anchor at the bottom, whose reach is 60 and the tolerance.
+# One anchor at the bottom; it reaches 60 mm plus the tolerance.
 ANCHOR = [INNER_AV, entry("SOLID", "ncd_anchor", {"half_z": 60.0, "r_max": 40.0}),
           entry("GEO_LOCATIONS", "ncd_anchors", xyz([(0, 0, -5800)]))]
 
@@ -138,8 +138,8 @@ class Result:
         self.err = err.decode(errors="replace")
 
     def verdicts(self):
-        """What `check` finds to block each path, "" for nothing; checks the
-        table's form."""
+        """The component that blocks each path, "" for none; checks the format of
+        the output of `check`."""
         lines = self.out.decode().split("\n")
         assert lines[0] == "row,shadowed,by", lines[0]
         assert lines[-1] == "", "the last line has no end"
@@ -153,7 +153,7 @@ class Result:
         return found
 
     def counts(self):
-        """The table at the end, by label."""
+        """The table at the end as a dictionary of labels."""
         found = {}
         for text in self.err.splitlines():
             match = re.fullmatch(r" *(\w+(?:[/ ]\w+)?) +(not loaded|nothing to test|[\d,.]+)(?: +([\d.]+) %)?",
@@ -193,7 +193,7 @@ class CommandTest(unittest.TestCase):
                 *map(str, options)]
 
     def run_command(self, arguments, status=0, stdin=b"", **more):
-        """Run to the end and expect an exit status, or one of several."""
+        """Run to the end and require an exit status, or one of several."""
         more.setdefault("stdout", subprocess.PIPE)
         more.setdefault("stderr", subprocess.PIPE)
         more.setdefault("cwd", self.folder)
@@ -211,10 +211,10 @@ class CommandTest(unittest.TestCase):
         return self.run_command(self.command(paths, geometry, *options), **more)
 
     def limited(self, size):
-        """Files may not grow beyond @p size: a full disk for whoever is not root."""
+        """Limit the size of files to @p size, to simulate a full disk."""
         return lambda: resource.setrlimit(resource.RLIMIT_FSIZE, (size, size))
 
-    # Processes that are watched while they run.
+    # Processes that are observed while they run.
 
     def start(self, arguments, **more):
         for stream in ("stdin", "stdout", "stderr"):
@@ -238,17 +238,17 @@ class CommandTest(unittest.TestCase):
     def wait_for(self, condition, what):
         deadline = time.monotonic() + TIMEOUT
         while not condition():
-            self.assertLess(time.monotonic(), deadline, f"waited in vain: {what}")
+            self.assertLess(time.monotonic(), deadline, f"not seen in time: {what}")
             time.sleep(0.001)
 
     def wait_until_it_sleeps(self, process):
-        """Until all threads of the process have waited for something for a while."""
+        """Wait until all threads of the process have been sleeping for a while."""
         asleep = 0
         tasks = pathlib.Path(f"/proc/{process.pid}/task")
 
         def is_asleep():
             nonlocal asleep
-            self.assertIsNone(process.poll(), "it ended by itself")
+            self.assertIsNone(process.poll(), "the process ended")
             try:
                 states = [(tasks / task / "stat").read_text().rpartition(")")[2].split()[0]
                           for task in os.listdir(tasks)]
@@ -258,16 +258,15 @@ class CommandTest(unittest.TestCase):
             return asleep > 100
         self.wait_for(is_asleep, "sleep")
 
-    # The address sanitizer keeps what was freed; where memory is looked at it must
-    # not.
+    # The address sanitizer keeps freed memory; not in tests that measure memory.
     MEMORY_ENV = {**os.environ, "ASAN_OPTIONS": os.environ.get("ASAN_OPTIONS", "")
                   + ":quarantine_size_mb=1"}
-    # Queues, buffers and what the allocator keeps. The thread sanitizer also keeps a
-    # history of every thread that there was, the address sanitizer more for each.
+    # Queues, buffers and memory kept by the allocator. The sanitizers need more for
+    # each thread.
     SLACK_KB = (64 if {"ASAN_OPTIONS", "TSAN_OPTIONS"} & set(os.environ) else 8) * 1024
 
     def peak(self, process):
-        """The most memory, kB, that it has taken up."""
+        """The peak memory of the process, kB."""
         status = pathlib.Path(f"/proc/{process.pid}/status").read_text()
         return int(re.search(r"VmHWM:\s+(\d+) kB", status)[1])
 
@@ -303,9 +302,9 @@ class CommandTest(unittest.TestCase):
         return err
 
     def run_on_terminal(self, arguments, read_after=0, feed=None):
-        """Run with a terminal for standard error; give what came out and what was
-        shown. The output is not read for a while, so that the work takes that
-        long however fast the machine is."""
+        """Run with a terminal as standard error; return the output and what the
+        terminal shows. Output is not read before @p read_after, so that the run
+        takes at least that long on any machine."""
         master, slave = pty.openpty()
         self.addCleanup(os.close, master)
         shown = bytearray()

@@ -15,11 +15,11 @@ from check_support import CheckTest, NEAR_ANCHOR, path
 
 
 class Geometry(CheckTest):
-    # Only an anchor of 500 reaches this point, one of 60 does not.
+    # An anchor of 500 mm reaches this point, one of 60 mm does not.
     MIDWAY = path("AV->Water", av1=(300.0, 0.0, -5800.0))
 
     def reach(self, *entries, run=None):
-        """Whether the anchor reaches the midway point for a run."""
+        """Whether the anchor reaches MIDWAY in a run."""
         options = [] if run is None else ["--run", run]
         return self.verdicts([*ANCHOR, *entries], [self.MIDWAY], *options) == ["NCDAnchor"]
 
@@ -47,7 +47,7 @@ class Geometry(CheckTest):
             self.assertEqual(self.reach(anchor_reach(500.0, runs=runs), run=run), wanted,
                              (runs, run))
 
-    def test_an_entry_without_runs_holds_for_all_and_the_default_run_is_0(self):
+    def test_an_entry_without_runs_is_valid_for_all_and_the_default_run_is_0(self):
         self.assertTrue(self.reach(anchor_reach(500.0), run=123))
         self.assertTrue(self.reach(anchor_reach(500.0, runs=[0, 0])))
         self.assertFalse(self.reach(anchor_reach(500.0, runs=[1, None])))
@@ -127,7 +127,7 @@ class Geometry(CheckTest):
         self.assertEqual(self.check(self.paths(NEAR_ANCHOR), geometry=file).verdicts(),
                          ["NCDAnchor"])
 
-    def test_unused_tables_and_fields_do_no_harm(self):
+    def test_unused_tables_and_fields_are_ignored(self):
         more = [entry("OTHER", "thing", {"a": 1, "b": [], "c": "text", "d": -0.0, "e": [1, 2.5]}),
                 entry("", "", {"": 1})]
         self.assertEqual(self.verdicts([*ANCHOR, *more], [NEAR_ANCHOR]), ["NCDAnchor"])
@@ -171,7 +171,7 @@ class Geometry(CheckTest):
             with self.subTest(text=text):
                 self.refuse_tables(text, number, json_path, "twice")
 
-    def test_a_wrong_shape_is_refused_with_its_place(self):
+    def test_a_wrong_structure_is_refused_with_its_place(self):
         def one(**changes):
             return {"table": "A", "index": "b", "fields": {}, **changes}
         for tables, json_path in (
@@ -205,7 +205,7 @@ class Geometry(CheckTest):
         self.refuse_tables("[" * 100_000, 1, "$[0]")
         self.refuse_tables('[{"a":' * 50_000, 1, "$[0]")
 
-    def test_the_line_of_an_entry_far_down_is_right(self):
+    def test_the_line_of_a_late_entry_is_right(self):
         entries = ['{"table": "A", "index": "b", "fields": {"x": [1,\n2]}}'] * 5000
         text = "[" + ",\n".join(entries) + ',\n{"table": 5, "index": "b", "fields": {}}]'
         self.refuse_tables(text, 10_001, "$[5000].table:")

@@ -1,4 +1,4 @@
-"""Light, followed by vectors and without the program's formulas."""
+"""Ray tracing with vectors, independent of the program's formulas."""
 
 import cmath
 import collections
@@ -28,17 +28,17 @@ def medium_at(radius):
 
 
 def follow(indices, start_radius, angle, end_radius):
-    """Follow a ray in the plane through the vessel and out to a radius.
+    """Follow a ray in a plane through the vessel out to a radius.
 
-    It starts at (start_radius, 0) at an angle to the outward radius. None where
-    it is totally reflected or, from the water, misses the vessel.
+    It starts at (start_radius, 0) at an angle to the outward radius. None if it is
+    totally reflected or, from the water, misses the vessel.
     """
     position, direction = complex(start_radius), cmath.rect(1, angle)
     here = medium_at(start_radius)
     media, swept, optical, points = [here], 0.0, 0.0, [position]
     while here is not None:
         along = (position * direction.conjugate()).real
-        beyond = along * along - abs(position) ** 2  # plus radius squared: a meeting
+        beyond = along * along - abs(position) ** 2  # plus radius squared: >= 0 if it hits
         inner, outer = ((0, INNER_RADIUS), (INNER_RADIUS, OUTER_RADIUS),
                         (OUTER_RADIUS, end_radius))[here]
         goes_inward = along < 0 and here > 0 and beyond + inner * inner > 0
@@ -91,15 +91,15 @@ def cross(a, b):
 
 
 def nearest_to_centre(a, b):
-    """The least distance from the centre of the points between two."""
+    """Smallest distance from the centre to the segment between two points."""
     way = minus(b, a)
     part = 0.0 if a == b else min(1.0, max(0.0, -dot(a, way) / dot(way, way)))
     return length(tuple(x + part * y for x, y in zip(a, way)))
 
 
 def rays_between(indices, event, pmt, steps=1500):
-    """Rays from an event to a PMT, among @p steps launch angles: a few that exist
-    only for a narrow range of angles may be missing."""
+    """Rays from an event to a PMT, found from @p steps launch angles: a ray that
+    exists only for a narrow range of angles may be missed."""
     start, end = length(event), length(pmt)
     between = math.atan2(length(cross(event, pmt)), dot(event, pmt))
     found, last = [], None

@@ -18,12 +18,12 @@ from scan_support import (
 
 class Counts(ScanTest):
     def sums(self, rows, ids, column):
-        """What --per-pmt and --per-event must hold, from the verdicts."""
+        """The expected content of --per-pmt or --per-event, from the verdicts."""
         lines = []
         for name in ids:
             mine = [row for row in rows if row[column] == name and row.type]
             hits = [row.by for row in mine if row.shadowed == "1"]
-            most = max(COMPONENTS, key=hits.count) if hits else ""  # of equal ones the first
+            most = max(COMPONENTS, key=hits.count) if hits else ""  # on a tie the first
             lines.append([name, len(mine), len(hits),
                           len(hits) / len(mine) if mine else None, most])
         return lines
@@ -36,7 +36,7 @@ class Counts(ScanTest):
         return [[cells[0], int(cells[1]), int(cells[2]),
                  float(cells[3]) if cells[3] else None, cells[4]] for cells in lines]
 
-    def test_sums_and_table_follow_from_the_verdicts(self):
+    def test_sums_and_table_match_the_verdicts(self):
         events = {f"e{i}": p for i, p in enumerate(random_events(24, 90))}
         pmts = {f"p{i}": p for i, p in enumerate(random_pmts(30, 91))}
         events["nowhere"] = ("nan", "0", "0")
@@ -59,7 +59,7 @@ class Counts(ScanTest):
                 self.assertEqual(counts[label][1], f"{100 * wanted[label] / len(paths):.3f}")
             self.assertGreater(len({cells[4] for cells in self.written("pmts-out.csv", "pmt")}), 3)
 
-    def test_the_table_begins_with_pairs_and_those_without_a_path(self):
+    def test_the_table_begins_with_pairs_and_pairs_without_a_path(self):
         result = self.scan([CENTRE] * 50, [TOP, BOTTOM, CENTRE] * 20)
         labels = list(result.counts())
         begin = labels.index("pairs")
@@ -73,7 +73,7 @@ class Counts(ScanTest):
         self.assertGreaterEqual(float(counts["seconds"][0]), 0)
         self.assertRegex(counts["paths/second"][0], r"^[\d,]+$")
 
-    def test_of_equally_frequent_components_the_one_tested_first_is_named(self):
+    def test_on_a_tie_the_component_tested_first_is_named(self):
         sideways = towards(60, 0, INNER_RADIUS + 0.1)
         anchor = entry("GEO_LOCATIONS", "ncd_anchors",
                        {axis: [x] for axis, x in zip("xyz", towards(60, 0, INNER_RADIUS))})
@@ -96,14 +96,14 @@ class Counts(ScanTest):
         self.assertEqual([counts[x][0] for x in ("pairs", "no path", "paths", "shadowed")],
                          ["1", "0", "2", "1"])
 
-    def test_sums_may_go_to_standard_output(self):
+    def test_sums_can_go_to_standard_output(self):
         for option, wanted in (("--per-pmt", b"pmt,paths,shadowed,fraction,by\np0,1,0,0,\n"),
                                ("--per-event", b"event,paths,shadowed,fraction,by\ne0,1,0,0,\n")):
             self.assertEqual(self.scan([CENTRE], [TOP], "-o", "out.csv", option, "-").out, wanted)
 
 
 class Messages(ScanTest):
-    def test_the_set_up_is_told_once_whatever_the_number_of_threads(self):
+    def test_the_set_up_is_reported_once_with_any_number_of_threads(self):
         for threads in (1, 7):
             result = self.scan(random_events(9, 160), [TOP], "--threads", threads,
                                geometry=self.tables(*OPTICS, *ANCHOR))
@@ -111,14 +111,14 @@ class Messages(ScanTest):
                          "Loaded NCD anchor shadowing information."):
                 self.assertEqual(result.err.count("ShadowingCalculator: " + text + "\n"), 1, text)
 
-    def test_the_work_itself_has_nothing_to_say(self):
-        def said(events, pmts):
+    def test_the_work_prints_no_messages(self):
+        def messages_of(events, pmts):
             result = self.scan(events, pmts, "--reflections", geometry=self.reference_tables())
             return [text for text in result.err.splitlines()
                     if not re.match(r" *[\w/ ]+ +[\d,.]+( |$)", text)]
-        quiet = said([], [])
+        quiet = messages_of([], [])
         events = random_events(30, 170) + [CENTRE, TOP, ("nan", "0", "0")]
-        self.assertEqual(said(events, random_pmts(30, 171) + [TOP, BOTTOM, CENTRE]), quiet)
+        self.assertEqual(messages_of(events, random_pmts(30, 171) + [TOP, BOTTOM, CENTRE]), quiet)
 
 
 class ReferenceDetector(ScanTest):
@@ -126,7 +126,7 @@ class ReferenceDetector(ScanTest):
         lines = (DATA / name).read_text().splitlines(keepends=True)
         return self.write(name, lines[0] + "".join(lines[1::step][:count]))
 
-    def test_its_source_scan_and_pmts_can_be_scanned(self):
+    def test_the_source_scan_and_pmts_can_be_scanned(self):
         events = self.first_rows("source-scan.csv", 50)
         pmts = self.first_rows("pmts.csv", 120, step=66)
         rows = self.rows(events, pmts, "--paths", "paths.csv", geometry=REFERENCE)
@@ -137,14 +137,14 @@ class ReferenceDetector(ScanTest):
         found = self.check("paths.csv", geometry=REFERENCE).verdicts()
         self.assertEqual(found, [row.by for row in rows if row.type])
 
-    def test_its_pmts_are_those_of_its_table(self):
+    def test_the_pmts_are_those_of_the_table(self):
         fields = json.loads((REFERENCE / "pmts.json").read_text())[0]["fields"]
         pmts = list(csv.DictReader((DATA / "pmts.csv").read_text().splitlines()))
         self.assertEqual([[float(pmt[axis]) for pmt in pmts] for axis in "xyz"],
                          [fields[axis] for axis in "xyz"])
         self.assertEqual(len({pmt["pmt"] for pmt in pmts}), 8000)
 
-    def test_its_media_bend_blue_light_more_than_red(self):
+    def test_the_media_bend_blue_light_more_than_red(self):
         paths = {}
         for wavelength in (380, 400, 550):
             _, (path,) = self.paths([(4000.0, 0.0, 0.0)], [TOP], "--wavelength", wavelength,

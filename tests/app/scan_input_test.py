@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-"""The form of the events and PMTs that `zarn-shadow scan` reads."""
+"""The format of the events and PMTs that `zarn-shadow scan` reads."""
 
 import itertools
 import os
@@ -37,7 +37,7 @@ class Input(ScanTest):
         self.assertEqual(self.scan_text(both, both).out.decode(),
                          VERDICT_HEADER + "\na,b,,,no path\n")
 
-    def test_ids_are_carried_through_whatever_they_hold(self):
+    def test_ids_with_any_content_are_kept(self):
         names = ["plain", "two words", " blanks ", "a,b", 'say "x"', '"', '""', "two\nlines",
                  "two\r\nlines", "a\rb", "\n", "", "\u00e9t\u00e9 \u4e2d\U0001f600", "=1+1", "-7",
                  "007", "1e5", "nan", "#", ";", "'", "\t", "\\n", "no path", "x" * 100_000]
@@ -51,7 +51,7 @@ class Input(ScanTest):
         for file in ("pmts-out.csv", "events-out.csv"):
             self.assertEqual([cells[0] for cells in records(self.read(file))[1:]], names)
 
-    def test_ids_are_quoted_only_where_they_must_be(self):
+    def test_ids_are_quoted_only_if_needed(self):
         events = 'event,x,y,z\n"plain",0,0,0\n"a,b",0,0,0\n"say ""x""",0,0,0\n'
         events += '"a\rb",0,0,0\n"a\nb",0,0,0\n" c ",0,0,0\n"",0,0,0\n'
         wanted = ["plain", '"a,b"', '"say ""x"""', '"a\rb"', '"a\nb"', " c ", ""]
@@ -59,14 +59,14 @@ class Input(ScanTest):
         self.assertEqual(result.out.decode(), VERDICT_HEADER + "\n" + "".join(
             f"{name},p0,{FROM_INSIDE},0,\n" for name in wanted))
 
-    def test_ids_need_not_be_text_that_can_be_decoded(self):
+    def test_ids_may_be_bytes_that_are_not_utf8(self):
         events = b"event,x,y,z\n\xff\xfe\x80,0,0,0\nnul\0nul,0,0,0\n"
         result = self.scan_text(events, self.PMT)
         self.assertEqual(result.out, VERDICT_HEADER.encode() + b"\n"
                          + b"".join(name + b",p0," + FROM_INSIDE.encode() + b",0,\n"
                                     for name in (b"\xff\xfe\x80", b"nul\0nul")))
 
-    def test_ids_may_come_twice(self):
+    def test_ids_may_repeat(self):
         pmts = "pmt,x,y,z\nsame,0,0,8300\nsame,0,0,-8300\n"
         events = "event,x,y,z\n1,0,0,0\n1,0,0,7000\n"
         result = self.scan_text(events, pmts, "--per-pmt", "pmts-out.csv", "--per-event",
@@ -88,7 +88,7 @@ class Input(ScanTest):
             self.assertEqual(self.scan_text(blank, end + pmts.replace(end, 3 * end)).out
                              if not mark else plain, plain)
 
-    def test_reads_numbers_as_check_does(self):
+    def test_reads_numbers_like_check(self):
         for z in ("8300", "+8300", "8.3e3", "83E+2", "8300.", "08300", "0.83e4",
                   "8300." + "0" * 3000, "83" + "0" * 400 + "e-398"):
             with self.subTest(z=z[:20]):
@@ -96,7 +96,7 @@ class Input(ScanTest):
                     f"event,x,y,z\n1,-0,+0,1e-400\n", f"pmt,x,y,z\n1,.0,0.,{z}\n").out)[0].type,
                     FROM_INSIDE)
 
-    def test_a_cell_that_is_not_a_number_is_named_by_file_line_row_and_column(self):
+    def test_an_error_in_a_cell_names_file_line_row_and_column(self):
         for column, axis in enumerate("xyz", start=1):
             for cell in ("abc", "", '""', " ", "1 ", " 1", "0x10", "1_0", '"1,5"', "1e400", "+-1",
                          "1\0"):
@@ -108,7 +108,7 @@ class Input(ScanTest):
                     self.refuse(self.EVENT + "\n" + bad, self.PMT, rf"events\.csv: {place}")
                     self.refuse(self.EVENT, self.PMT + "\n" + bad, rf"pmts\.csv: {place}")
 
-    def test_the_cell_is_told(self):
+    def test_the_cell_is_reported(self):
         result = self.refuse(self.EVENT + "id,0,abc,0\n", self.PMT)
         self.assertIn('events.csv: line 3 (row 1), column y: "abc" is not a number\n', result.err)
         result = self.refuse(self.EVENT + "id,0,\x1b[2J,0\n", self.PMT, r"column y")
@@ -129,7 +129,7 @@ class Input(ScanTest):
                 self.refuse(self.EVENT + row + "\n", self.PMT, r"events\.csv: line 3 .*quote")
                 self.refuse(self.EVENT, self.PMT + row + "\n", r"pmts\.csv: line 3 .*quote")
 
-    def test_missing_columns_are_all_named(self):
+    def test_all_missing_columns_are_named(self):
         for kind, other in (("event", "pmt"), ("pmt", "event")):
             for header, missing in ((f"{kind},y", "x, z"), ("x,y,z", kind), (other, f"{kind}, x"),
                                     (f" {kind},x,y,z", kind), (f"{kind};x;y;z", f"{kind}, x, y, z"),
@@ -142,7 +142,7 @@ class Input(ScanTest):
         result = self.refuse("event,y\n", self.PMT)
         self.assertIn("events.csv: line 1 (the header): missing columns: x, z\n", result.err)
 
-    def test_a_column_named_twice_is_an_error(self):
+    def test_a_column_that_appears_twice_is_an_error(self):
         self.refuse("event,x,y,z,x\n1,2,3,4,5\n", self.PMT, r"events\.csv: line 1\b.*x.*twice")
         self.refuse(self.EVENT, "pmt,x,y,z,pmt\n1,2,3,4,5\n", r"pmts\.csv: line 1\b.*pmt.*twice")
 
@@ -157,7 +157,7 @@ class Input(ScanTest):
         self.refuse(self.EVENT, self.folder)
         self.refuse(pathlib.Path("/dev/zero"), self.PMT, "/dev/zero")
 
-    def test_a_header_alone_gives_a_header_alone(self):
+    def test_a_header_without_rows_gives_a_header_without_rows(self):
         head, pmt_head = "event,x,y,z\n", "pmt,x,y,z\n"
         files = ["--paths", "paths.csv", "--per-pmt", "pmts-out.csv", "--per-event",
                  "events-out.csv"]
@@ -175,7 +175,7 @@ class Input(ScanTest):
                 self.assertEqual(counts[label][0], "0", label)
             self.assertNotIn("nan", result.err)
 
-    def test_an_error_far_into_the_events_is_told_with_its_place(self):
+    def test_a_late_error_is_reported_with_its_place(self):
         events = self.EVENT + "id,0,0,0\n" * 5000 + '"two\nlines",0,0,0\nid,0,0,\n'
         for threads in (1, 7):
             self.refuse(events, self.PMT, r"events\.csv: line 5005 \(row 5002\), column z",
@@ -183,7 +183,7 @@ class Input(ScanTest):
         result = self.scan(self.write("e.csv", events), self.write("p.csv", self.PMT), status=2)
         self.assertTrue(result.out == b"" or result.out.startswith(VERDICT_HEADER.encode()))
 
-    def test_reads_standard_input_where_either_file_is_a_dash(self):
+    def test_reads_standard_input_for_a_dash_in_either_option(self):
         wanted = self.scan([CENTRE, TOP], [TOP, BOTTOM]).out
         events, pmts = positions("event", [CENTRE, TOP]), positions("pmt", [TOP, BOTTOM])
         self.assertEqual(self.scan("-", [TOP, BOTTOM], stdin=events.encode()).out, wanted)
@@ -195,7 +195,7 @@ class Input(ScanTest):
         result = self.scan("-", "-", stdin=both, status=2)
         self.assertRegex(result.err, "(?i)standard input.*twice")
 
-    def test_files_may_be_pipes(self):
+    def test_files_can_be_pipes(self):
         wanted = self.scan([CENTRE, TOP], [TOP, BOTTOM]).out
         threads = []
         for name, text in (("events", positions("event", [CENTRE, TOP])),
@@ -209,7 +209,7 @@ class Input(ScanTest):
         for thread in threads:
             thread.join(TIMEOUT)
 
-    def test_events_may_come_slowly(self):
+    def test_events_can_arrive_slowly(self):
         pmts = self.pmts([TOP, BOTTOM])
         for threads in (1, 7):
             process = self.start(self.scan_command("-", pmts, self.tables(*OPTICS, *ANCHOR),
@@ -220,7 +220,7 @@ class Input(ScanTest):
             out, _ = process.communicate(timeout=TIMEOUT)
             self.assertEqual(out, self.scan([CENTRE, TOP], pmts).out)
 
-    def test_waiting_for_events_takes_no_processor_time(self):
+    def test_waiting_for_events_uses_no_processor_time(self):
         process = self.start(self.scan_command("-", self.pmts([TOP]), self.tables(*OPTICS),
                                                "--threads", 7))
         self.feed(process, "event,x,y,z\n1,0,0,0\n")
@@ -233,7 +233,7 @@ class Input(ScanTest):
         time.sleep(0.5)
         self.assertLess(ticks() - before, 0.1 * os.sysconf("SC_CLK_TCK"))
 
-    def test_bad_tables_and_pmts_are_told_before_any_event_comes(self):
+    def test_bad_tables_and_pmts_are_reported_before_events_are_read(self):
         pmts, bad = self.pmts([TOP]), self.write("bad.csv", self.PMT + "id,0,0,x\n")
         geometry = self.tables(*OPTICS)
         for arguments, wanted in (((pmts, "nowhere.json"), "nowhere.json"),
@@ -242,7 +242,7 @@ class Input(ScanTest):
             process = self.start(self.scan_command("-", *arguments))
             self.assertIn(wanted, self.assert_ends(process, 2, timeout=60))
 
-    def test_numbers_are_read_and_written_alike_in_every_locale(self):
+    def test_numbers_are_read_and_written_the_same_in_every_locale(self):
         wanted, _ = self.paths([(1.5, 2.25, 3.125)], [TOP])
         text = self.read("paths.csv")
         for locale in ("de_DE", "de_DE.UTF-8", "nowhere"):
@@ -259,7 +259,7 @@ class At(ScanTest):
         return self.run_command([PROGRAM, "scan", "--geometry", self.tables(*OPTICS, *ANCHOR),
                                  *option, "--pmts", pmts, *options], **more)
 
-    def test_one_position_stands_for_a_file_with_the_event_0(self):
+    def test_one_position_is_like_a_file_with_the_event_0(self):
         for text, point in (("0,0,0", CENTRE), ("0, 0, 3000", (0.0, 0.0, 3000.0)),
                             ("-100,+2e2,-.5", (-100.0, 200.0, -0.5)),
                             ("  1 ,2 , -3 ", (1.0, 2.0, -3.0)),
@@ -285,7 +285,7 @@ class At(ScanTest):
                 self.assertEqual(result.out, b"")
                 self.assertFalse((self.folder / "out.csv").exists())
 
-    def test_takes_the_place_of_the_events_and_does_not_join_them(self):
+    def test_cannot_be_combined_with_events(self):
         events, pmts, geometry = self.events([CENTRE]), self.pmts([TOP]), self.tables(*OPTICS)
         for some in ([], ["--events", events, "--at", "0,0,0"], ["--at", "0,0,0", "--at", "1,1,1"],
                      ["--events", events, "--events", events]):
@@ -294,7 +294,7 @@ class At(ScanTest):
             self.assertRegex(result.err, "--at|--events")
             self.assertFalse((self.folder / "out.csv").exists())
 
-    def test_standard_input_is_left_for_the_pmts(self):
+    def test_pmts_can_be_read_from_standard_input(self):
         result = self.run_command([PROGRAM, "scan", "--geometry", self.tables(*OPTICS), "--at",
                                    "0,0,0", "--pmts", "-"],
                                   stdin=positions("pmt", [TOP]).encode())

@@ -20,20 +20,20 @@ class Media(ScanTest):
     BENT = ([(3000.0, 0.0, 0.0)], [TOP])
 
     def bent(self, inner, *options):
-        """Bytes of the path of a pair that any change of the inner index changes."""
+        """The written path of a pair; any change of the inner index changes it."""
         result = self.scan(*self.BENT, "--paths", "paths.csv", *options,
                            geometry=self.tables(*optics(inner, 1.49, 1.33)))
         return self.read("paths.csv"), self.new_lines(result)
 
     def new_lines(self, result):
-        """What is said beyond the set-up's messages and the table."""
+        """Messages other than those of the set-up and the table."""
         if not hasattr(self, "usual"):
             plain = self.scan(*self.BENT, geometry=self.tables(*OPTICS))
             self.usual = set(plain.err.splitlines())
         return [text for text in result.err.splitlines()
                 if text not in self.usual and not re.match(r" *[\w/ ]+ +[\d,.]+( |$)", text)]
 
-    def test_between_its_wavelengths_a_table_is_interpolated_linearly(self):
+    def test_a_table_is_interpolated_linearly(self):
         for wavelength, index in ((300, 1.75), (400, 1.5), (450, 1.375), (462.5, 1.34375),
                                   ("5e2", 1.25), (550, 1.1875), ("+600.0", 1.125)):
             with self.subTest(wavelength=wavelength):
@@ -41,11 +41,11 @@ class Media(ScanTest):
                 self.assertEqual(table, self.bent(index)[0])
                 self.assertEqual(warnings, [])
 
-    def test_the_wavelength_is_400_where_none_is_given(self):
+    def test_the_default_wavelength_is_400(self):
         self.assertEqual(self.bent(self.FLAT)[0], self.bent(1.5)[0])
         self.assertNotEqual(self.bent(self.FLAT)[0], self.bent(1.25)[0])
 
-    def test_outside_a_table_its_end_is_used_and_each_medium_warned_of_once(self):
+    def test_outside_a_table_its_end_is_used_with_one_warning_per_medium(self):
         inner, water = self.FLAT, {"wavelength": [350, 450], "refractive_index": [1.375, 1.25]}
         for wavelength, ends, warned in ((299, (1.75, 1.375), ["inner_av", "water"]),
                                          (1e-3, (1.75, 1.375), ["inner_av", "water"]),
@@ -58,18 +58,18 @@ class Media(ScanTest):
                     result = self.scan(random_events(9, 1), random_pmts(9, 2), "--wavelength",
                                        wavelength, "--threads", threads, "--paths", "paths.csv",
                                        geometry=self.tables(*optics(inner, 1.49, water)))
-                    told = self.new_lines(result)
-                    self.assertEqual(len(told), len(warned), told)
-                    for text, index in zip(told, warned):
+                    messages = self.new_lines(result)
+                    self.assertEqual(len(messages), len(warned), messages)
+                    for text, index in zip(messages, warned):
                         self.assertIn(index, text)
                         self.assertIn("wavelength", text)
                     found = self.read("paths.csv")
                     self.scan(random_events(9, 1), random_pmts(9, 2), "--paths", "paths.csv",
                               geometry=self.tables(*optics(ends[0], 1.49, ends[1])))
-                    if wavelength != 451:  # its inner index is a rounded one
+                    if wavelength != 451:  # its inner index is rounded
                         self.assertEqual(found, self.read("paths.csv"))
 
-    def test_a_number_holds_for_all_wavelengths(self):
+    def test_a_number_is_used_for_all_wavelengths(self):
         for wavelength in ("1e-300", "200", "1e300"):
             table, warnings = self.bent(1.5, "--wavelength", wavelength)
             self.assertEqual(table, self.bent(1.5)[0])
@@ -131,7 +131,7 @@ class Media(ScanTest):
                     self.refuse_tables([*VESSEL, *optics(*media)], "OPTICS", rf"\b{index}\b",
                                        field)
 
-    def test_an_index_of_1_and_a_table_of_one_wavelength_are_possible(self):
+    def test_an_index_of_1_and_a_table_of_one_wavelength_are_accepted(self):
         self.assertEqual(self.types(*self.BENT, geometry=self.tables(
             *optics(1, 1.0, {"wavelength": [400], "refractive_index": [1]}))), [FROM_INSIDE])
 

@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-"""The files of `zarn-shadow scan`, of which there may be several."""
+"""The output files of `zarn-shadow scan`."""
 
 import itertools
 import json
@@ -26,18 +26,18 @@ class OutputTest(ScanTest):
              "--per-event": "per-event.csv"}
 
     def everything(self, changed=()):
-        """Options that write all that there is to write, some of it elsewhere."""
+        """Options that write all outputs; @p changed replaces some file names."""
         return [word for pair in {**self.FILES, **dict(changed)}.items() for word in pair]
 
     def prepare(self):
-        """Inputs, and something in the place of every output."""
+        """Write the inputs, and an existing file for every output."""
         for name in (*self.FILES.values(), "verdicts.root"):
             self.write(name, "as it was")
         return (self.events([CENTRE, TOP]), self.pmts([TOP, BOTTOM]),
                 self.tables(*OPTICS, *ANCHOR))
 
     def assert_all_left_alone(self, *options, status, wanted=(), **more):
-        """Such a run fails and changes no file."""
+        """The run fails and changes no file."""
         events, pmts, geometry = self.prepare()
         before = self.snapshot()
         result = self.scan(events, pmts, *options, geometry=geometry, status=status, **more)
@@ -53,7 +53,7 @@ class OutputTest(ScanTest):
 
 
 class Output(OutputTest):
-    def test_verdicts_go_to_standard_output_and_nothing_else_does(self):
+    def test_only_verdicts_go_to_standard_output(self):
         self.prepare()
         result = self.scan([CENTRE], [TOP], *self.everything())
         self.assertEqual(result.out, b"")
@@ -66,7 +66,7 @@ class Output(OutputTest):
                              *self.FILES.values(), "verdicts.root", "p.csv", "events.csv",
                              "pmts.csv", "tables.json")})
 
-    def test_existing_files_are_replaced_whole_and_keep_their_permissions(self):
+    def test_existing_files_are_replaced_and_keep_their_permissions(self):
         for i, name in enumerate(self.FILES.values()):
             self.write(name, "x" * 100_000).chmod((0o600, 0o640, 0o664, 0o755)[i])
         events, pmts, geometry = (self.events([CENTRE]), self.pmts([TOP]), self.tables(*OPTICS))
@@ -76,14 +76,14 @@ class Output(OutputTest):
             self.assertEqual(stat.S_IMODE((self.folder / name).stat().st_mode),
                              (0o600, 0o640, 0o664, 0o755)[i])
 
-    def test_a_symbolic_link_stays_and_its_file_is_replaced(self):
+    def test_a_symbolic_link_is_kept_and_its_target_replaced(self):
         real = self.write("elsewhere/real.csv", "old")
         (self.folder / "link.csv").symlink_to("elsewhere/real.csv")
         self.scan([CENTRE], [TOP], "--per-pmt", self.folder / "link.csv")
         self.assertTrue((self.folder / "link.csv").is_symlink())
         self.assertIn(b"p0,1,0,0,", real.read_bytes())
 
-    def test_a_file_may_be_named_once_only(self):
+    def test_a_file_can_be_used_for_one_output_only(self):
         (self.folder / "sub").mkdir()
         (self.folder / "link.csv").symlink_to("new.csv")
         (self.folder / "folder").symlink_to(".")
@@ -99,7 +99,7 @@ class Output(OutputTest):
                 self.assert_all_left_alone("-o", other, "--paths", "new.csv", status=2)
         self.assert_all_left_alone("-o", "x.root", "--paths", "x.root", status=2)
 
-    def test_an_output_may_not_be_an_input(self):
+    def test_an_output_cannot_be_an_input(self):
         (self.folder / "link.csv").symlink_to("events.csv")
         for option in self.FILES:
             for name in ("events.csv", "pmts.csv", "tables.json", "./events.csv", "link.csv",
@@ -112,16 +112,16 @@ class Output(OutputTest):
                   geometry=folder, status=2)
         self.assertEqual(self.snapshot(), before)
 
-    def test_one_output_at_most_goes_to_standard_output(self):
+    def test_only_one_output_can_go_to_standard_output(self):
         for a, b in itertools.combinations(self.FILES, 2):
             result = self.assert_all_left_alone(a, "-", b, "-", status=2)
             self.assertEqual(result.out, b"")
-        # Without -o the verdicts go there.
+        # Without -o the verdicts go to standard output.
         for option in ("--paths", "--per-pmt", "--per-event"):
             result = self.assert_all_left_alone(option, "-", status=2)
             self.assertEqual(result.out, b"")
 
-    def test_a_place_that_cannot_be_written_gives_status_1_and_leaves_the_rest(self):
+    def test_an_output_that_cannot_be_written_leaves_the_others_unchanged(self):
         self.write("file", "x")
         for option in self.FILES:
             for name in ("missing/out.csv", "file/out.csv", str(self.folder), "/proc/out.csv",
@@ -139,7 +139,7 @@ class Output(OutputTest):
 
     def test_a_file_without_write_permission_gives_status_1(self):
         if os.geteuid() == 0:
-            self.skipTest("permissions do not bind root")
+            self.skipTest("permissions do not apply to root")
         for name in (*self.FILES.values(), "verdicts.root"):
             with self.subTest(name=name):
                 self.prepare()
@@ -150,7 +150,7 @@ class Output(OutputTest):
                 self.assertEqual(self.read(name), b"as it was")
                 (self.folder / name).chmod(0o600)
 
-    def test_a_full_disk_leaves_everything_as_it_was(self):
+    def test_a_full_disk_changes_nothing(self):
         for inputs in (self.prepare()[:2], self.many()):
             geometry = self.tables(*OPTICS)
             self.prepare()
@@ -166,9 +166,9 @@ class Output(OutputTest):
                     self.assertEqual(self.snapshot(), before)
                     self.assertRegex(result.err, r"\w\.csv: (?i:.*file too large)")
                     self.assertNotIn("paths/second", result.err)
-            self.assertIn("paths.csv", result.err)  # nothing else was too large in the end
+            self.assertIn("paths.csv", result.err)  # at the last limit only this file is too large
 
-    def test_one_full_output_leaves_the_others_as_they_were(self):
+    def test_one_full_output_leaves_the_others_unchanged(self):
         for option in self.FILES:
             with self.subTest(option=option):
                 self.assert_all_left_alone(*self.everything({option: "/dev/full"}), status=1,
@@ -177,7 +177,7 @@ class Output(OutputTest):
             for option in self.FILES:
                 self.assert_all_left_alone(*self.everything({option: "-"}), status=1, stdout=full)
 
-    def test_files_appear_only_when_all_is_done(self):
+    def test_files_appear_only_at_the_end(self):
         self.prepare()
         before = {str(self.folder / name) for name in (
             *self.FILES.values(), "verdicts.root", "events.csv", "pmts.csv", "tables.json")}
@@ -195,7 +195,7 @@ class Output(OutputTest):
         self.assertEqual(set(self.snapshot()), before)
         self.assertNotIn(b"as it was", [self.read(name) for name in self.FILES.values()])
 
-    def test_closed_streams_spoil_no_file(self):
+    def test_closed_standard_streams_damage_no_file(self):
         for verdicts in ("verdicts.csv", "verdicts.root"):
             events, pmts, geometry = self.prepare()
             options = self.everything({"-o": verdicts})
@@ -210,10 +210,10 @@ class Output(OutputTest):
 
 
 class RootOutput(OutputTest):
-    """What can be seen of it from outside, without ROOT."""
+    """Checks of the ROOT file that need no ROOT."""
 
     def assert_whole(self, name):
-        """It is closed: its header names its length."""
+        """The file is closed: its header has its length."""
         content = self.read(name)
         self.assertEqual(content[:4], b"root")
         version, = struct.unpack(">i", content[4:8])
@@ -246,19 +246,19 @@ class RootOutput(OutputTest):
         self.assertTrue((self.folder / "link.root").is_symlink())
         self.assert_whole(real)
 
-    def test_a_new_file_has_the_permissions_that_the_umask_leaves(self):
+    def test_a_new_file_has_the_permissions_of_the_umask(self):
         for mask, wanted in ((0o022, 0o644), (0o077, 0o600)):
             self.scan([CENTRE], [TOP], "-o", f"{mask:o}.root",
                       preexec_fn=lambda m=mask: os.umask(m))
             self.assertEqual(stat.S_IMODE((self.folder / f"{mask:o}.root").stat().st_mode), wanted)
 
-    def test_what_is_no_file_is_not_replaced(self):
+    def test_devices_and_pipes_are_not_replaced(self):
         pipe = self.folder / "pipe.root"
         os.mkfifo(pipe)
         self.scan([CENTRE], [TOP], "-o", pipe, status=(1, 2))
         self.assertTrue(stat.S_ISFIFO(pipe.stat().st_mode))
 
-    def test_no_rows_give_a_file_too(self):
+    def test_no_rows_give_a_valid_file(self):
         self.scan([], [TOP], "-o", "verdicts.root")
         self.assert_whole("verdicts.root")
 
@@ -271,7 +271,7 @@ class RootOutput(OutputTest):
                       threads)
             self.assertEqual([self.read(name) for name in list(self.FILES.values())[1:]], wanted)
 
-    def test_a_full_disk_leaves_everything_as_it_was(self):
+    def test_a_full_disk_changes_nothing(self):
         numbers = random.Random(140)
         events = self.events({numbers.randbytes(30).hex(): CENTRE for _ in range(2000)})
         pmts = self.pmts([TOP, BOTTOM] * 2)
@@ -279,19 +279,19 @@ class RootOutput(OutputTest):
         self.scan(events, pmts, "-o", "verdicts.root", geometry=geometry)
         size = len(self.read("verdicts.root"))
         self.write("verdicts.root", "as it was")
-        for limit in (1, 200, size // 2, size - 500):  # names of files are part of it
+        for limit in (1, 200, size // 2, size - 500):  # the size includes file names
             with self.subTest(limit=limit):
                 before = self.snapshot()
                 for name in ("verdicts.root", "new.root"):
                     result = self.scan(events, pmts, "-o", name, geometry=geometry, status=1,
                                        preexec_fn=self.limited(limit))
-                    # One line for the user, and nothing of the library's insides.
+                    # One line for the user, without internals of the library.
                     self.assertRegex(result.err, rf"\nzarn-shadow: {name}: .*\n\Z")
                     self.assertNotIn("ROOT::", result.err)
                     self.assertNotIn("paths/second", result.err)
                     self.assertEqual(self.snapshot(), before)
 
-    def test_bad_events_leave_everything_as_it_was(self):
+    def test_bad_events_change_nothing(self):
         events = self.write("events.csv", positions("event", [CENTRE] * 2000) + "id,0,0,x\n")
         self.write("verdicts.root", "as it was")
         pmts, geometry = self.pmts([TOP]), self.tables(*OPTICS)
@@ -308,7 +308,7 @@ class Signals(OutputTest):
     KINDS = list(itertools.product(("verdicts.csv", "verdicts.root"), (1, 7)))  # and threads
 
     def start_scan(self, verdicts, threads, **more):
-        """A run that waits for events, and what the folder held before."""
+        """A run that waits for events, and the content of the folder before it."""
         _, pmts, geometry = self.prepare()
         before = self.snapshot()
         process = self.start(self.scan_command("-", pmts, geometry, *self.everything(
@@ -321,7 +321,7 @@ class Signals(OutputTest):
         self.assertNotIn("paths/second", err)
         self.assertEqual(self.snapshot(), before)
 
-    def test_a_signal_while_events_are_waited_for_leaves_everything_as_it_was(self):
+    def test_a_signal_while_waiting_for_events_changes_nothing(self):
         for kind in self.KINDS:
             with self.subTest(kind=kind):
                 for number in (signal.SIGINT, signal.SIGTERM):
@@ -331,7 +331,7 @@ class Signals(OutputTest):
                     self.wait_until_it_sleeps(process)
                     self.assert_stopped(process, before, number)
 
-    def test_a_signal_before_the_first_event_leaves_everything_as_it_was(self):
+    def test_a_signal_before_the_first_event_changes_nothing(self):
         for kind in self.KINDS:
             with self.subTest(kind=kind):
                 process, before = self.start_scan(*kind)
@@ -348,7 +348,7 @@ class Signals(OutputTest):
                 self.assert_stopped(process, before, signal.SIGINT)
 
     def test_a_signal_stops_the_work_on_one_event_with_many_pmts(self):
-        # The verdicts alone, so that no other file's writing hears the signal.
+        # Only verdicts, so that writing another file cannot notice the signal.
         pmts = self.pmts(random_pmts(100, 150) * 600)
         geometry = self.reference_tables()
         for verdicts, threads in self.KINDS:
@@ -362,7 +362,7 @@ class Signals(OutputTest):
                 time.sleep(0.2)
                 self.assert_stopped(process, before, signal.SIGINT)
 
-    def test_a_hang_up_cleans_up_too(self):
+    def test_a_hang_up_removes_temporary_files(self):
         process, before = self.start_scan("verdicts.root", 2)
         self.feed(process, positions("event", [CENTRE]))
         self.wait_until_it_sleeps(process)

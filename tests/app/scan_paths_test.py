@@ -33,7 +33,7 @@ class Paths(ScanTest):
         self.assertNotIn("unknown", again.err)
         return with_path
 
-    def test_check_finds_the_same_verdicts_in_the_written_paths(self):
+    def test_check_gives_the_same_verdicts_for_the_written_paths(self):
         events, pmts = random_events(15, seed=1), random_pmts(40, seed=2)
         events += [CENTRE, TOP, ("nan", "0", "0"), (0.0, -5860.0, 0.0), (0.0, 0.0, 5800.0)]
         pmts += [CENTRE, TOP, BOTTOM, (0.0, 5860.0, 0.0)]
@@ -43,7 +43,7 @@ class Paths(ScanTest):
         self.assertGreater(len(both), len(plain))
         self.assertGreater(len({row.by for row in both}), 4)
 
-    def test_check_finds_the_same_verdicts_with_another_tolerance_and_run(self):
+    def test_check_gives_the_same_verdicts_with_another_tolerance_and_run(self):
         events, pmts = random_events(12, seed=3), random_pmts(25, seed=4)
         geometry = self.reference_tables(*optics(1.6, 1.3, 1.2, runs=[7, 7]))
         common = ["--tolerance", "12.5", "--run", "7"]
@@ -67,7 +67,7 @@ class Paths(ScanTest):
                 self.assertEqual(path.cells[name] != "", name.split("_")[0] in used,
                                  (path.type, name))
 
-    def test_numbers_come_back_bit_for_bit_and_are_no_longer_than_they_must_be(self):
+    def test_numbers_are_exact_and_as_short_as_possible(self):
         numbers = random.Random(11)
         events = {f"{i}": tuple(numbers.uniform(-2900, 2900) for _ in range(3))
                   for i in range(30)}
@@ -119,7 +119,7 @@ class Paths(ScanTest):
         again = self.check("paths.csv", geometry=self.tables(*ANCHOR))
         self.assertEqual(again.verdicts(), ["", "NCDAnchor"] * 2)
 
-    def test_paths_may_go_to_standard_output_where_verdicts_go_to_a_file(self):
+    def test_paths_can_go_to_standard_output_if_verdicts_go_to_a_file(self):
         self.paths([CENTRE], [TOP])
         result = self.scan([CENTRE], [TOP], "-o", "verdicts.csv", "--paths", "-")
         self.assertEqual(result.out, self.read("paths.csv"))
@@ -127,8 +127,8 @@ class Paths(ScanTest):
 
 
 class Physics(ScanTest):
-    # In turn: as in nature; a strong lens, with its focus near the PMTs; light that
-    # crosses the wall alone; total reflection; a hollow vessel.
+    # Realistic; a strong lens with its focus near the PMTs; light that crosses only
+    # the wall; total reflection; a hollow vessel.
     MEDIA = (INDICES, (1.8, 1.2, 1.0), LIGHT_WALL, REFLECTING, (1.0, 1.5, 1.4))
 
     def assert_physical(self, path, event, pmt, indices):
@@ -154,11 +154,11 @@ class Physics(ScanTest):
             goes_on = dot(before, normal) * dot(after, normal)
             self.assertEqual(goes_on > 0, here != there)
 
-    def test_every_path_obeys_snells_law_and_is_the_shortest_of_those_that_do(self):
+    def test_every_path_is_the_shortest_that_obeys_snells_law(self):
         several, none = 0, 0
         for number, indices in enumerate(self.MEDIA):
             events = random_events(9, seed=20 + number)
-            # Behind the centre, where more than one path may lead.
+            # Behind the centre, where there may be more than one path.
             pmts = random_pmts(3, seed=30 + number)
             pmts += [times(-PMT_RADIUS, unit(minus(e, times(500, random_direction(
                 random.Random(number)))))) for e in (events[0], events[2], events[5])]
@@ -186,7 +186,7 @@ class Physics(ScanTest):
         self.assertGreater(several, 10)
         self.assertGreater(none, 5)
 
-    def test_rays_that_are_followed_forward_are_found_again(self):
+    def test_traced_rays_are_found_as_paths(self):
         numbers = random.Random(40)
         checked = 0
         for indices in self.MEDIA:
@@ -234,7 +234,7 @@ class Physics(ScanTest):
             self.assertLess(length(minus(path.initial, way)), 1e-12)
             self.assertLess(length(minus(path.final, way)), 1e-12)
 
-    def test_a_turned_detector_gives_turned_paths(self):
+    def test_a_rotated_detector_gives_rotated_paths(self):
         events, pmts = random_events(9, seed=70), random_pmts(9, seed=71)
 
         def turned(points):

@@ -1,4 +1,4 @@
-"""What the tests of `zarn-shadow scan` share."""
+"""Helpers for the tests of `zarn-shadow scan`."""
 
 import collections
 import csv
@@ -24,7 +24,7 @@ BOTTOM = (0.0, 0.0, -PMT_RADIUS)
 # --- Media -------------------------------------------------------------------
 
 def optics(inner, acrylic, water, **more):
-    """The three media; each is a number, or holds its fields."""
+    """The three media; each is a number or a dictionary of fields."""
     return [entry("OPTICS", index, value if isinstance(value, dict)
                   else {"refractive_index": value}, **more)
             for index, value in zip(("inner_av", "acrylic", "water"), (inner, acrylic, water))]
@@ -33,13 +33,13 @@ def optics(inner, acrylic, water, **more):
 INDICES = (1.50, 1.49, 1.33)
 OPTICS = optics(*INDICES)
 
-# Some light stays in the wall: 1.34 * 5800 is less than 1.33 * 5860. Conserved are
-# index times radius times sine; here they lie between the two.
+# Some light stays in the wall: 1.34 * 5800 is less than 1.33 * 5860. The product of
+# index, radius and sine is conserved; here it lies between these two values.
 LIGHT_WALL = (1.5, 1.34, 1.33)
 STAYS_IN_THE_WALL = (7000.0, math.pi - math.asin(7780 / (1.33 * 7000)))  # radius, angle
 
-# From 5700 in this liquid no light gets out that leaves at an angle between 42 and
-# 138 degrees to the radius, so PMTs at 80 to 90 degrees from the event get none.
+# From radius 5700 in this liquid, light that starts at 42 to 138 degrees to the
+# radius cannot leave the vessel, so PMTs at 80 to 90 degrees from the event get none.
 REFLECTING = (2.0, 1.6, 1.3)
 NEAR_THE_WALL = (5700.0, 0.0, 0.0)
 
@@ -60,7 +60,7 @@ class Path:
         return self.vectors[vector]
 
     def points(self):
-        """Its points from end to end."""
+        """All points from start to end."""
         return [self.start, *(self.vectors[v] for v in VECTORS[4:] if v in self.vectors),
                 self.end]
 
@@ -74,14 +74,14 @@ Row = collections.namedtuple("Row", "event pmt type shadowed by")
 
 
 def records(content):
-    """The records of CSV, which must end with its last line's end."""
+    """The records of CSV text, which must end with a line end."""
     text = content.decode()
     assert text.endswith("\n"), text[-100:]
     return list(csv.reader(io.StringIO(text, newline=""), strict=True))
 
 
 def rows_of(content):
-    """The rows of a verdict table, whose form is checked."""
+    """The rows of a verdict table, after checking its format."""
     header, *rows = records(content)
     assert ",".join(header) == VERDICT_HEADER, header
     rows = [Row(*cells) for cells in rows]
@@ -102,7 +102,7 @@ def paths_of(content):
 
 
 def positions(kind, points, end="\n"):
-    """A table of points: {id: (x, y, z)}, or points that are numbered."""
+    """A CSV table of points: {id: (x, y, z)}, or a list that gets numbers as ids."""
     if not isinstance(points, dict):
         points = {f"{kind[0]}{i}": point for i, point in enumerate(points)}
     lines = [f"{kind},x,y,z"]
@@ -144,7 +144,7 @@ class ScanTest(CommandTest):
         return self.write(name, positions("pmt", points))
 
     def reference_tables(self, *more):
-        """The reference detector, without what is only drawn."""
+        """The reference detector, without tables that are only drawn."""
         entries = [e for file in sorted(REFERENCE.glob("*.json")) if file.stem != "pmts"
                    for e in json.loads(file.read_text())]
         return self.write("reference.json", json.dumps([*entries, *OPTICS, *more]))
@@ -155,7 +155,7 @@ class ScanTest(CommandTest):
                 "--pmts", str(pmts), *map(str, options)]
 
     def scan(self, events, pmts, *options, geometry=None, status=0, **more):
-        """Run with files, or with points that are written to files first."""
+        """Run with files, or with points, which are first written to files."""
         if not isinstance(events, (str, pathlib.Path)):
             events = self.events(events)
         if not isinstance(pmts, (str, pathlib.Path)):
@@ -167,7 +167,7 @@ class ScanTest(CommandTest):
         self.assertNotRegex(result.bytes_err, rb"[\x00-\x09\x0b-\x1f\x7f]")
         if result.status == 0:
             self.assertTrue(result.bytes_err.isascii(), result.err)
-            # What the shadowing says of a pair that has no path.
+            # The calculator's message for a pair without a path.
             self.assertNotIn("uninitialised", result.err)
         return result
 
@@ -186,15 +186,15 @@ class ScanTest(CommandTest):
         return (self.folder / name).read_bytes()
 
     def snapshot(self):
-        """Every file of the folder with what it holds."""
+        """All files of the folder with their content."""
         return {str(p): p.read_bytes() for p in self.folder.rglob("*") if p.is_file()}
 
     def temporaries(self):
         return sorted(p for p in self.folder.rglob("*") if "tmp" in p.name)
 
     def refuse(self, events, pmts, *wanted, options=(), **more):
-        """Bad input: status 2, a message with all that is wanted, and every file as
-        it was, whether there was one or not."""
+        """Bad input: status 2, a message with all of @p wanted, no new files, and
+        existing files unchanged."""
         if not isinstance(events, pathlib.Path):
             events = self.write("events.csv", events)
         if not isinstance(pmts, pathlib.Path):

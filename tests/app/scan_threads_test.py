@@ -20,8 +20,8 @@ class Threads(ScanTest):
         arguments = itertools.chain(*zip(("-o", "--paths", "--per-pmt", "--per-event"),
                                          self.OUTPUTS))
         result = self.scan(events, pmts, *arguments, *options, **more)
-        told = [text for text in result.err.splitlines() if "second" not in text]
-        return [self.read(name) for name in self.OUTPUTS], told
+        messages = [text for text in result.err.splitlines() if "second" not in text]
+        return [self.read(name) for name in self.OUTPUTS], messages
 
     def assert_threads_do_not_matter(self, events, pmts, *options, **more):
         wanted = self.outputs(events, pmts, *options, "--threads", 1, **more)
@@ -33,7 +33,7 @@ class Threads(ScanTest):
                 self.assertEqual(found[1], wanted[1])
         return wanted[0]
 
-    def test_outputs_are_the_same_with_any_number(self):
+    def test_outputs_are_the_same_with_any_number_of_threads(self):
         events = random_events(45, 100) + [("nan", "0", "0"), TOP] * 10
         pmts = random_pmts(20, 101) + [TOP, CENTRE]
         geometry = self.reference_tables()
@@ -56,7 +56,7 @@ class Threads(ScanTest):
 
 class Memory(ScanTest):
     def peak_of(self, events, pmts, *options):
-        """The most memory, kB, that a run took up when all its events are worked on."""
+        """The peak memory of a run, kB, after all its events were processed."""
         geometry = self.tables(*OPTICS)
         process = self.start(self.scan_command("-", pmts, geometry, "--per-event", "sums.csv",
                                                *options), stdout=subprocess.DEVNULL, env=self.MEMORY_ENV)
@@ -80,7 +80,7 @@ class Memory(ScanTest):
                            for count in (10_000, 120_000))
             self.assertLess(long - short, self.SLACK_KB)
 
-    def test_memory_does_not_grow_with_the_number_of_events_of_many_pmts(self):
+    def test_memory_does_not_grow_with_the_number_of_events_for_many_pmts(self):
         pmts = self.pmts(random_pmts(2000, 120))
         short, long = (self.peak_of(self.events_text(count), pmts) for count in (20, 150))
         self.assertLess(long - short, self.SLACK_KB)

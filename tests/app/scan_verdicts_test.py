@@ -19,14 +19,14 @@ from scan_support import (
 
 
 class Verdicts(ScanTest):
-    # Seen from the centre, where paths are straight. The anchor at the bottom takes
-    # the points on the outer surface that are nearer than 60 and the tolerance to it,
-    # which is 60 inside; so 201 from the axis are too far for the usual 210.
+    # Paths from the centre are straight. The anchor at the bottom is 60 mm inside the
+    # outer surface, and shadows points of that surface nearer to it than 60 mm plus
+    # the tolerance; so with the default of 150 mm, 201 mm from the axis is too far.
     def pmt_beside_the_bottom(self, distance):
         return times(PMT_RADIUS / INNER_RADIUS,
                      (distance, 0.0, -math.sqrt(INNER_RADIUS**2 - distance**2)))
 
-    def test_gives_a_row_for_every_event_with_every_pmt_in_their_order(self):
+    def test_gives_a_row_for_every_event_and_pmt_in_order(self):
         events = {"a": CENTRE, "b": (0.0, 0.0, 7000.0)}
         pmts = {"top": TOP, "bottom": BOTTOM, "near": times(0.5, TOP)}
         result = self.scan(events, pmts)
@@ -38,7 +38,7 @@ class Verdicts(ScanTest):
                          f"b,bottom,{THROUGH_INSIDE},1,NCDAnchor\n"
                          "b,near,,,no path\n")
 
-    def test_a_component_shadows_what_comes_within_its_reach_and_the_tolerance(self):
+    def test_a_component_shadows_paths_within_its_reach_plus_tolerance(self):
         pmts = [self.pmt_beside_the_bottom(x) for x in (0, 59, 80, 199, 201)]
         for tolerance, hits in ((None, 4), (150, 4), ("1.5e2", 4), (153, 5), ("+0", 0),
                                 ("0.001", 1), (30, 2), (41, 3), (-60, 0)):
@@ -61,12 +61,12 @@ class Verdicts(ScanTest):
         self.assertEqual({run for run, angle in angles.items() if angle != angles[None]},
                          {20, 21, 30})
 
-    def test_the_type_tells_where_the_event_lies_and_what_light_crosses(self):
+    def test_the_type_names_the_media_along_the_path(self):
         found = self.types([(0.0, 0.0, z) for z in (0.0, 5830.0, 7000.0)], [TOP, BOTTOM])
         self.assertEqual(found, [FROM_INSIDE, FROM_INSIDE, FROM_WALL, WALL_INSIDE, WATER,
                                  THROUGH_INSIDE])
 
-    def test_a_surface_belongs_to_what_lies_outside_it(self):
+    def test_a_surface_belongs_to_the_medium_outside_it(self):
         below = [math.nextafter(r, 0) for r in (INNER_RADIUS, OUTER_RADIUS)]
         found = self.types([(0.0, 0.0, z) for z in (below[0], INNER_RADIUS, below[1],
                                                     OUTER_RADIUS)], [TOP])
@@ -77,7 +77,7 @@ class Verdicts(ScanTest):
         found = self.types([CENTRE], [(0.0, 0.0, below[1]), (0.0, 0.0, OUTER_RADIUS)])
         self.assertEqual(found, ["", FROM_INSIDE])
 
-    def test_a_path_that_passes_the_vessel_is_straight_water(self):
+    def test_a_path_beside_the_vessel_is_straight_water(self):
         def pair(y):
             return [(-5000.0, y, 0.0)], [(5000.0, y, 0.0)]
         self.assertEqual(self.types(*pair(5861.0)), [WATER])
@@ -85,7 +85,7 @@ class Verdicts(ScanTest):
         self.assertNotEqual(self.types(*pair(5859.0)), [WATER])
         self.assertEqual(self.types([(0.0, 0.0, 6000.0)], [TOP]), [WATER])
 
-    def test_light_crosses_the_wall_alone_where_its_index_is_low_enough(self):
+    def test_light_crosses_only_the_wall_if_its_index_is_low_enough(self):
         geometry = self.tables(*optics(*LIGHT_WALL))
         ray = follow(LIGHT_WALL, *STAYS_IN_THE_WALL, PMT_RADIUS)
         self.assertEqual(ray.media, MEDIA_OF[THROUGH_WALL])
@@ -94,12 +94,12 @@ class Verdicts(ScanTest):
         self.assertEqual(rows[0].type, THROUGH_WALL)
         for found, wanted in zip(paths[0].points(), ray.points, strict=True):
             self.assertLess(length(minus(found, (wanted.real, wanted.imag, 0.0))), 1e-6)
-        # A quicker way through the inside is taken instead.
+        # The faster way through the inside is taken instead.
         quick = self.tables(*optics(1.3, *LIGHT_WALL[1:]))
         self.assertEqual(self.types([(7000.0, 0.0, 0.0)], [pmt], geometry=quick),
                          [THROUGH_INSIDE])
 
-    def test_total_reflection_may_leave_no_path(self):
+    def test_total_reflection_can_leave_no_path(self):
         geometry = self.tables(*optics(*REFLECTING))
         for degrees in (80, 85, 90):
             self.assertEqual(
@@ -130,7 +130,7 @@ class Verdicts(ScanTest):
         self.assertEqual(found[0].type, FROM_INSIDE)
         self.assertEqual([row[2:] for row in found[1:]], [("", "", "no path")] * 35)
 
-    def test_odd_numbers_are_survived(self):
+    def test_unusual_numbers_do_not_crash(self):
         tiny_or_huge = ("4.9e-324", "-4.9e-324", "1e-160", "1e160", "1e308", "-0")
         events = {str(i): point for i, point in enumerate(
             itertools.product(tiny_or_huge, (*tiny_or_huge, "5860", "5800", "1"), ["0"]))}
@@ -157,12 +157,12 @@ class Reflections(ScanTest):
             ("water", "beside", WATER), ("water", "beside", REFLECTION),
             ("water", "bottom", THROUGH_INSIDE), ("water", "in", "")])
 
-    def test_without_the_option_there_are_none(self):
+    def test_there_are_no_reflections_without_the_option(self):
         found = self.types(self.EVENTS, self.PMTS)
         self.assertEqual(len(found), 12)
         self.assertNotIn(REFLECTION, found)
 
-    def test_the_direct_rows_are_the_same_with_and_without(self):
+    def test_the_direct_rows_do_not_depend_on_the_option(self):
         events, pmts = random_events(20, seed=5), random_pmts(20, seed=6)
         geometry = self.reference_tables()
         plain = self.rows(events, pmts, geometry=geometry)
@@ -173,8 +173,8 @@ class Reflections(ScanTest):
             if row.type == REFLECTION:
                 self.assertEqual(before[:3], (*row[:2], WATER))
 
-    def test_a_reflection_is_judged_by_itself(self):
-        # Mirrored at the equator, where the plate is; the direct path is far off it.
+    def test_a_reflection_has_its_own_verdict(self):
+        # Reflected at the equator, where the plate is; the direct path is far from it.
         event, pmt = in_the_plane(-20, 7000.0), in_the_plane(20, 7000.0)
         found = self.rows([event], [pmt], "--reflections", geometry=self.tables(*OPTICS, *PLATE))
         self.assertEqual([row[2:] for row in found],
