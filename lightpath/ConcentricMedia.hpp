@@ -8,8 +8,8 @@ namespace ZARN::DU {
 /// The three media in which light travels, from the centre outwards.
 enum class eMedium {
   kInnerAV,  ///< the liquid inside the vessel
-  kAcrylic,  ///< the vessel's wall
-  kWater     ///< outside
+  kAcrylic,  ///< the wall of the vessel
+  kWater     ///< the water outside
 };
 
 /// One value for each medium, by eMedium.
@@ -19,8 +19,8 @@ constexpr std::size_t IndexOf(eMedium medium) {
   return static_cast<std::size_t>(medium);
 }
 
-/// The vessel as light sees it at one wavelength: two concentric spheres around
-/// the origin and the media that they part. The neck is left out.
+/// The vessel at one wavelength: two concentric spheres around the origin, and
+/// the media that they separate. The neck is ignored.
 struct ConcentricMedia {
   double InnerRadius = 0.0;                     ///< mm, > 0
   double OuterRadius = 0.0;                     ///< mm, > InnerRadius
@@ -30,8 +30,8 @@ struct ConcentricMedia {
     return RefractiveIndex[IndexOf(medium)];
   }
 
-  /// The medium at a distance from the centre, mm: below the inner radius the
-  /// inside, below the outer radius the wall, else water.
+  /// The medium at a distance from the centre, mm: inside if below the inner
+  /// radius, wall if below the outer radius, else water.
   eMedium At(double radius) const {
     if (radius < InnerRadius) return eMedium::kInnerAV;
     return radius < OuterRadius ? eMedium::kAcrylic : eMedium::kWater;

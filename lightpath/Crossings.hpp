@@ -17,10 +17,10 @@ enum class eCrossing {
   kReflection    ///< outer surface, from the water back into it
 };
 
-/// Whether light goes away from the centre or towards it.
+/// Whether light travels away from the centre or towards it.
 enum class eSense { kOutward, kInward };
 
-/// The sense in which the light comes to a crossing.
+/// The direction in which the light arrives at a crossing.
 constexpr eSense SenseBefore(eCrossing crossing) {
   return crossing == eCrossing::kOutOfInside ||
                  crossing == eCrossing::kOutOfWall
@@ -28,7 +28,7 @@ constexpr eSense SenseBefore(eCrossing crossing) {
              : eSense::kInward;
 }
 
-/// The sense in which it goes on.
+/// The direction in which it leaves.
 constexpr eSense SenseAfter(eCrossing crossing) {
   return crossing == eCrossing::kReflection ? eSense::kOutward
                                             : SenseBefore(crossing);
@@ -55,8 +55,8 @@ constexpr eMedium MediumAfter(eCrossing crossing) {
              : eMedium::kWater;
 }
 
-/// The crossings of one path type, in order from the event to the PMT: the
-/// i-th lies at AVPoint<i>.
+/// The crossings of one path type, in order from the event to the PMT: the i-th
+/// is at AVPoint<i>.
 class CrossingList {
  public:
   template <class... Crossings>

@@ -10,11 +10,11 @@ namespace ZARN::DU {
 /// A computed light path from an event to a PMT, as a plain record.
 ///
 /// Positions in mm, in detector coordinates: the centre of the acrylic vessel
-/// (AV) at the origin, its neck along +z. Directions are directions of travel;
-/// nothing here relies on their length. Points that a type does not use may
-/// hold anything (LightPathType.hpp lists the points of each type).
+/// (AV) at the origin, its neck along +z. Directions are directions of travel
+/// of any length. Points that a type does not use may have any value
+/// (LightPathType.hpp lists the points of each type).
 struct LightPath {
-  TVector3 FinalDirection;    ///< on the last stretch, towards the PMT
+  TVector3 FinalDirection;    ///< of the last segment, towards the PMT
   TVector3 InitialDirection;  ///< as the light leaves the start
   TVector3 StartPos;          ///< the event
   TVector3 EndPos;            ///< the point at the PMT

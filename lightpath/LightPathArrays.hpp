@@ -6,8 +6,8 @@
 
 namespace ZARN::DU {
 
-/// Three parallel arrays of coordinates. Those that no path of the batch uses
-/// may be null.
+/// Three parallel arrays of coordinates; null if no path of the batch uses
+/// them.
 struct VectorArrays {
   const double* x = nullptr;
   const double* y = nullptr;
@@ -18,8 +18,8 @@ struct VectorArrays {
   }
 };
 
-/// Light paths as columns, the way data frames and NumPy hold them: element i
-/// of every array belongs to path i. Members are as in LightPath.
+/// Light paths as columns, as in data frames and NumPy: element i of every
+/// array belongs to path i. Members are as in LightPath.
 struct LightPathArrays {
   const int* LightPathType = nullptr;  ///< values of eLightPathType
   VectorArrays FinalDirection;

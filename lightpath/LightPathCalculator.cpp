@@ -24,7 +24,7 @@ double ReadRadius(const TableSet& tables, const std::string& index) {
   const double radius = ReadNumber(tables, "SOLID", index, "r_sphere");
   if (!(radius > 0.0) || !std::isfinite(radius)) {
     throw DBValueError("SOLID", index, "r_sphere",
-                       "is not a finite number above 0");
+                       "is not a finite number > 0");
   }
   return radius;
 }
@@ -48,7 +48,7 @@ void LightPathCalculator::BeginOfRun(const TableSet& tables) {
   const double outerRadius = ReadRadius(tables, "acrylic_vessel_outer");
   if (!(outerRadius > innerRadius)) {
     throw DBValueError("SOLID", "acrylic_vessel_outer", "r_sphere",
-                       "is not above that of acrylic_vessel_inner");
+                       "is not larger than that of acrylic_vessel_inner");
   }
   std::array<OpticalMedium, 3> media;
   for (std::size_t i = 0; i < media.size(); ++i) {
@@ -64,7 +64,7 @@ void LightPathCalculator::BeginOfRun(const TableSet& tables) {
 void LightPathCalculator::SetWavelength(double wavelength) {
   if (!(wavelength > 0.0) || !std::isfinite(wavelength)) {
     throw std::invalid_argument(
-        "LightPathCalculator: the wavelength is not a finite number above 0");
+        "LightPathCalculator: the wavelength is not a finite number > 0");
   }
   wavelength_ = wavelength;
   if (IsRunBegun()) LookUpIndices();
@@ -80,7 +80,7 @@ void LightPathCalculator::LookUpIndices() {
     text << "LightPathCalculator: " << wavelength_
          << " nm is outside the wavelengths of OPTICS " << kMediumNames[i]
          << ", " << medium.FirstWavelength() << " to "
-         << medium.LastWavelength() << " nm: taking the index at their end.\n";
+         << medium.LastWavelength() << " nm: using the index at their end.\n";
     warn << text.str();
     isWarned_[i] = true;
   }
@@ -101,7 +101,7 @@ void LightPathCalculator::CalcReflectionByPosition(const TVector3& eventPos,
 void LightPathCalculator::RequireRun() const {
   if (IsRunBegun()) return;
   throw std::logic_error(
-      "LightPathCalculator: paths are computed after BeginOfRun only");
+      "LightPathCalculator: call BeginOfRun before computing a path");
 }
 
 double LightPathCalculator::GetLength(eMedium medium) const {
@@ -118,7 +118,7 @@ double LightPathCalculator::GetTimeOfFlight() const {
 
 double LightPathCalculator::GetIncidenceAngle() const {
   if (!HasStretches(path_.LightPathType)) return 0.0;
-  // Not the arc cosine, which has half the digits of a small angle.
+  // The arc cosine would lose half of the digits of a small angle.
   return std::atan2(path_.FinalDirection.Cross(path_.EndPos).Mag(),
                     path_.FinalDirection.Dot(path_.EndPos));
 }

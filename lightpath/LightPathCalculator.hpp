@@ -22,8 +22,8 @@ namespace ZARN::DU {
 ///     if (lightPath.HasPath()) calculator.CheckForShadowing(lightPath);
 ///
 /// Every result can also be set, so that a path computed elsewhere can be
-/// judged; that needs no BeginOfRun. Lengths in mm; see LightPath for the
-/// meaning of the points. Copies are independent: threads have one each.
+/// judged; this needs no BeginOfRun. Lengths in mm; see LightPath for the
+/// meaning of the points. Copies are independent: use one per thread.
 class LightPathCalculator {
  public:
   /// Names of path types, by type.
@@ -31,53 +31,53 @@ class LightPathCalculator {
 
   static constexpr double kDefaultWavelength = 400.0;  // nm
 
-  /// An uninitialised path, and the names of all types of this system.
+  /// An uninitialised path, and the names of all known types.
   LightPathCalculator();
 
-  /// Read the vessel's radii and the media from @p tables, for the run of
-  /// these: table OPTICS, indices inner_av, acrylic and water
-  /// (OpticalMedium.hpp). Where a medium's table does not reach the wavelength,
-  /// this is logged to ZARN::warn, once.
+  /// Read the vessel's radii and the media from @p tables, for the run set
+  /// there: table OPTICS, indices inner_av, acrylic and water
+  /// (OpticalMedium.hpp). A medium whose table does not cover the wavelength is
+  /// logged to ZARN::warn, once.
   ///
-  /// @param tables  read during the call only
+  /// @param tables  used only during the call
   /// @throws ZARN::DBNotFoundError if a radius or a medium is missing,
-  ///         ZARN::DBValueError if one is impossible; both name table, index
-  ///         and field, and leave what was read before as it was
+  ///         ZARN::DBValueError if one is invalid; both name table, index and
+  ///         field, and keep the values read before
   void BeginOfRun(const TableSet& tables);
   /// The same from ZARN::DB::Get().
   void BeginOfRun();
 
   /// Set the wavelength of the light, nm, before or after BeginOfRun.
   ///
-  /// @throws std::invalid_argument unless it is finite and above 0
+  /// @throws std::invalid_argument unless it is finite and > 0
   void SetWavelength(double wavelength);
   double GetWavelength() const { return wavelength_; }
 
   /// The media at the wavelength.
   const ConcentricMedia& GetMedia() const { return media_; }
-  /// The group indices at the wavelength, which set the speed of a pulse.
+  /// The group indices at the wavelength, which give the speed of a pulse.
   const PerMedium& GetGroupIndices() const { return groupIndices_; }
 
-  /// Compute the direct path from an event to a PMT: refracted by Snell's law
-  /// at the vessel's surfaces; the neck is left out.
+  /// Compute the direct path from an event to a PMT, refracted by Snell's law
+  /// at the vessel's surfaces; the neck is ignored.
   ///
-  /// Two ends in the water whose straight connection misses or only touches the
-  /// vessel have the type "Water". Otherwise, of several paths, the one with
-  /// the shortest optical length is taken; ends on one line with the centre
-  /// have the straight path. Directions are unit vectors, and points that the
-  /// type does not use are zero.
+  /// If event and PMT are in the water and the straight line between them
+  /// misses or only touches the vessel, the type is "Water". Otherwise, of
+  /// several paths, the one with the shortest optical length is used; if event,
+  /// PMT and centre are on one line, the path is straight. Directions are unit
+  /// vectors, and points that the type does not use are zero.
   ///
-  /// There is no path (HasPath) where total reflection leaves none, to a PMT
-  /// that does not lie in the water, from an event at the PMT, and from or to
-  /// a position that is not finite (or farther than 1e70 mm).
+  /// There is no path (HasPath) if total reflection leaves none, if the PMT is
+  /// not in the water, if the event is at the PMT, or if a position is not
+  /// finite (or farther than 1e70 mm).
   ///
-  /// Allocates nothing. Threads use a calculator each.
+  /// Allocates nothing. Use one calculator per thread.
   ///
   /// @throws std::logic_error before BeginOfRun
   void CalcByPosition(const TVector3& eventPos, const TVector3& pmtPos);
 
   /// Compute the path that is reflected at the vessel's outer surface, from an
-  /// event in the water to a PMT. There is one where the straight connection
+  /// event in the water to a PMT. It exists if the straight line between them
   /// misses or touches the vessel; otherwise as CalcByPosition.
   void CalcReflectionByPosition(const TVector3& eventPos,
                                 const TVector3& pmtPos);
@@ -85,17 +85,16 @@ class LightPathCalculator {
   /// Whether there is a path; false before one was computed or set.
   bool HasPath() const { return path_.LightPathType != kUninitialised; }
 
-  // What follows from the points of the path and the media of the run; all 0
-  // without a path and for types of one's own.
+  // Derived from the points of the path and the media of the run; all 0 without
+  // a path and for unknown types.
 
-  /// How far the light travels in a medium, mm.
+  /// Length of the path in a medium, mm.
   double GetLength(eMedium medium) const;
   /// Sum of refractive index times length, mm.
   double GetOpticalLength() const;
-  /// How long a pulse of light takes, ns.
+  /// Time that a pulse of light takes, ns.
   double GetTimeOfFlight() const;
-  /// Angle at which the light meets a PMT that faces the centre, rad: 0 head
-  /// on.
+  /// Angle of incidence on a PMT that faces the centre, rad; 0 is head-on.
   double GetIncidenceAngle() const;
 
   const TVector3& GetFinalDirection() const { return path_.FinalDirection; }
@@ -122,8 +121,8 @@ class LightPathCalculator {
   const LightPath& GetLightPath() const { return path_; }
   void SetLightPath(const LightPath& path) { path_ = path; }
 
-  /// The names, open to change: looking up a type that has none adds an empty
-  /// name for it.
+  /// The names, modifiable: looking up a type without a name adds an empty
+  /// name.
   TypeNames& LightPathTypeNames() { return typeNames_; }
   const TypeNames& LightPathTypeNames() const { return typeNames_; }
 

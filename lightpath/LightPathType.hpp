@@ -4,10 +4,10 @@
 
 namespace ZARN::DU {
 
-/// The kind of a light path: the media that it crosses, from event to PMT.
+/// The type of a light path: the media that it crosses, from event to PMT.
 ///
-/// Values from kNumberOfLightPathTypes up are types that this system does not
-/// know; a name may be given to them (LightPathCalculator).
+/// Values >= kNumberOfLightPathTypes are unknown types; they can be given a
+/// name (LightPathCalculator).
 enum eLightPathType : int {
   kUninitialised,            ///< not computed yet
   kInnerAVToWater,           ///< inner surface, outer surface

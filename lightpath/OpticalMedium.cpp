@@ -15,7 +15,7 @@ constexpr const char* kTable = "OPTICS";
 constexpr const char* kIndexField = "refractive_index";
 constexpr const char* kWavelengthField = "wavelength";
 
-/// The derivative at place @p at of a table, from it and its neighbours.
+/// The derivative at entry @p at of a table, from it and its neighbours.
 double DerivativeAt(const std::vector<double>& x, const std::vector<double>& y,
                     std::size_t at) {
   const auto chord = [&](std::size_t i) {
@@ -24,8 +24,8 @@ double DerivativeAt(const std::vector<double>& x, const std::vector<double>& y,
   const std::size_t last = x.size() - 1;
   if (last == 0) return 0.0;
   if (last == 1) return chord(0);
-  // The parabola through three places: its derivative is linear, and at the
-  // middle of a chord it is the chord's.
+  // The derivative of the parabola through three points is linear, and equals
+  // the slope of a chord at its middle.
   const std::size_t middle = std::clamp<std::size_t>(at, 1, last - 1);
   const double before = chord(middle - 1);
   const double after = chord(middle);
@@ -39,9 +39,9 @@ void CheckRefractiveIndices(const std::string& index,
   for (std::size_t i = 0; i < values.size(); ++i) {
     if (values[i] >= 1.0 && std::isfinite(values[i])) continue;
     const std::string place =
-        values.size() > 1 ? " in place " + std::to_string(i + 1) : "";
+        values.size() > 1 ? " at position " + std::to_string(i + 1) : "";
     throw DBValueError(kTable, index, kIndexField,
-                       "is not a finite number from 1 up" + place);
+                       "is not a finite number >= 1" + place);
   }
 }
 
@@ -50,9 +50,9 @@ void CheckWavelengths(const std::string& index,
   double before = 0.0;
   for (std::size_t i = 0; i < values.size(); ++i) {
     if (!(values[i] > before) || !std::isfinite(values[i])) {
-      throw DBValueError(
-          kTable, index, kWavelengthField,
-          "is not positive and increasing in place " + std::to_string(i + 1));
+      throw DBValueError(kTable, index, kWavelengthField,
+                         "is not positive and increasing at position " +
+                             std::to_string(i + 1));
     }
     before = values[i];
   }

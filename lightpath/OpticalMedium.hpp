@@ -7,10 +7,10 @@
 
 namespace ZARN::DU {
 
-/// The refractive index of a medium, by wavelength.
+/// The refractive index of a medium as a function of the wavelength.
 ///
-/// Between the wavelengths of its table everything is interpolated linearly;
-/// beyond them it stays what it is at the end.
+/// Between the wavelengths of its table, values are interpolated linearly;
+/// outside, the value at the nearer end is used.
 class OpticalMedium {
  public:
   /// The same index at every wavelength.
@@ -32,13 +32,13 @@ class OpticalMedium {
 
   double RefractiveIndexAt(double wavelength) const;
 
-  /// The index that sets the speed of a pulse: n - wavelength dn/dwavelength.
+  /// The index that gives the speed of a pulse: n - wavelength dn/dwavelength.
   ///
   /// The derivative at a wavelength of the table is that of the parabola
-  /// through it and its neighbours, so that the group index has no steps.
+  /// through it and its neighbours, so that the group index is continuous.
   double GroupIndexAt(double wavelength) const;
 
-  /// Whether nothing had to be taken from an end of the table.
+  /// Whether the table covers the wavelength.
   bool Reaches(double wavelength) const;
 
   double FirstWavelength() const { return wavelengths_.front(); }

@@ -11,29 +11,29 @@
 namespace ZARN::DU {
 namespace {
 
-/// Rounding of a sum of products of coordinates, relative to its terms.
+/// Rounding error of a sum of products of coordinates, relative to its terms.
 constexpr double kRounding = 4 * std::numeric_limits<double>::epsilon();
 
-/// Farther than this, mm, products of positions leave the range of numbers.
+/// Farther away than this, mm, products of positions overflow.
 constexpr double kFarthest = 1e70;
 
 double RadiusOf(const ConcentricMedia& media, eCrossing crossing) {
   return IsAtInnerSurface(crossing) ? media.InnerRadius : media.OuterRadius;
 }
 
-/// The two ends as seen from the centre.
+/// Event and PMT as seen from the centre.
 class Ends {
  public:
   Ends(const ConcentricMedia& media, const TVector3& eventPos,
        const TVector3& pmtPos)
       : eventRadius_(eventPos.Mag()), pmtRadius_(pmtPos.Mag()) {
-    // Also false for what is not a number.
+    // Comparisons with NaN are false, so NaN gives false.
     canBeJoined_ = eventRadius_ <= kFarthest && pmtRadius_ <= kFarthest &&
                    media.At(pmtRadius_) == eMedium::kWater &&
                    eventPos != pmtPos;
     if (!canBeJoined_) return;
     toPMT_ = pmtPos * (1.0 / pmtRadius_);
-    // Nearer than this the direction of the event is of no consequence.
+    // So close to the centre, the direction of the event does not matter.
     constexpr double kAtCentre = 1e-100;
     if (eventRadius_ < kAtCentre) return;
     toEvent_ = eventPos * (1.0 / eventRadius_);
@@ -43,14 +43,14 @@ class Ends {
     areInLine_ = sine <= kRounding;
     if (areInLine_) return;
     angle_ = std::atan2(sine, cosine_);
-    // Square to the event also where the normal is small and inexact.
+    // Perpendicular to the event's direction even if the normal is inexact.
     across_ = normal.Cross(toEvent_);
     across_ *= 1.0 / across_.Mag();
   }
 
   bool CanBeJoined() const { return canBeJoined_; }
 
-  /// With the centre.
+  /// Whether event, PMT and centre are on one line.
   bool AreInLine() const { return areInLine_; }
   bool AreOnOneSide() const { return cosine_ > 0; }
 
@@ -58,7 +58,8 @@ class Ends {
   const TVector3& ToPMT() const { return toPMT_; }
   PathEnds InPlane() const { return {eventRadius_, pmtRadius_, angle_}; }
 
-  /// A vector at an angle to the event's direction in the plane of both.
+  /// A vector at an angle to the event's direction, in the plane of event,
+  /// PMT and centre.
   TVector3 At(const Rotor& turn, const Sweep& sweep, double length) const {
     const double along = length * turn.Cosine;
     const double across =
@@ -80,7 +81,7 @@ class Ends {
   TVector3 across_;
 };
 
-/// A path through the centre, or reflected on the way to it.
+/// Set a path through the centre, or one reflected on the way to it.
 void SetRadialPath(const ConcentricMedia& media, eLightPathType type,
                    const TVector3& initialDirection,
                    const TVector3& finalDirection, LightPath& path) {
@@ -106,8 +107,8 @@ void SetRefractedPath(const ConcentricMedia& media, const Ends& ends,
   for (const eCrossing crossing : kCrossings[ray.Family->Type]) {
     const Rotor arrival = ray.DirectionAt(
         SiteAt(crossing, MediumBefore(crossing)), SenseBefore(crossing));
-    // In one medium the direction is the same at both ends, so what the angle
-    // to the radius loses the radius has turned.
+    // In one medium the direction does not change. So the radius has turned by
+    // the angle that the direction lost relative to the radius.
     position = position * direction * arrival.Back();
     path.*kAVPoints[i++] =
         ends.At(position, ray.Swept, RadiusOf(media, crossing));
@@ -117,8 +118,8 @@ void SetRefractedPath(const ConcentricMedia& media, const Ends& ends,
   path.FinalDirection = ends.At(position * direction, ray.Swept, 1.0);
 }
 
-/// Whether the straight connection of two points in the water goes through the
-/// vessel; touching it does not count, nor what rounding makes of touching.
+/// Whether the straight line between two points in the water goes through the
+/// vessel. Touching it does not count, including rounding.
 bool Crosses(const TVector3& from, const TVector3& to, double radius) {
   const TVector3 way = to - from;
   const double toNearest = -from.Dot(way);
@@ -127,8 +128,8 @@ bool Crosses(const TVector3& from, const TVector3& to, double radius) {
   return from.Cross(way).Mag2() < (1 - kRounding) * radius * radius * squared;
 }
 
-/// The unit vector along a way of any length: one whose square would be too
-/// small for a number, too.
+/// The unit vector along a vector of any length, even if its square would
+/// underflow.
 TVector3 DirectionOf(const TVector3& way) {
   const double largest =
       std::max({std::abs(way.X()), std::abs(way.Y()), std::abs(way.Z())});
@@ -136,8 +137,8 @@ TVector3 DirectionOf(const TVector3& way) {
       .Unit();
 }
 
-/// Kept, since making eight vectors anew for each path costs time; made at the
-/// first path, which may be a static constructor's.
+/// Constructing eight vectors for each path would cost time. Created by the
+/// first path, which may be computed in a static constructor.
 const LightPath& NoPath() {
   static const LightPath none;
   return none;
@@ -148,7 +149,7 @@ void Begin(const TVector3& eventPos, const TVector3& pmtPos, LightPath& path) {
   path.EndPos = pmtPos;
 }
 
-/// The straight path from an event on one line with the PMT and the centre.
+/// Set the straight path if event, PMT and centre are on one line.
 void SetPathInLine(const ConcentricMedia& media, const Ends& ends,
                    LightPath& path) {
   const auto typeFor = [&] {

@@ -6,8 +6,8 @@
 
 namespace ZARN::DU {
 
-// Where LightPathCalculator's paths come from; it says what they are. Both fill
-// the whole record, and leave it as LightPath() has it where there is no path.
+// Compute the paths described in LightPathCalculator.hpp. Both set the whole
+// record; without a path it equals LightPath().
 
 void FindDirectPath(const ConcentricMedia& media, const TVector3& eventPos,
                     const TVector3& pmtPos, LightPath& path);

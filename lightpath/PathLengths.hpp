@@ -5,13 +5,13 @@
 
 namespace ZARN::DU {
 
-/// Whether a type says where the light of a path goes.
+/// Whether the segments of a path of this type are known.
 constexpr bool HasStretches(eLightPathType type) {
   return type > kUninitialised && type < kNumberOfLightPathTypes;
 }
 
-/// How far the light of a path travels in each medium, mm, from the points that
-/// its type uses; 0 everywhere for types that say nothing of it.
+/// Length of a light path in each medium, mm, from the points that its type
+/// uses; all 0 for types whose segments are not known.
 PerMedium LengthsOf(const LightPath& path);
 
 }  // namespace ZARN::DU

@@ -11,7 +11,7 @@ namespace {
 
 using Ray = SweptAngle::Ray;
 
-/// What rounding may make of a swept angle, rad (some thirty operations on
+/// Limit of the rounding error of a swept angle, rad (some thirty operations on
 /// numbers up to 2 pi; at 10 m it is 4e-11 mm).
 constexpr double kRounding = 4e-15;
 
@@ -24,7 +24,7 @@ constexpr RayFamily kFromWater[] = {{kWaterThroughAV, eSense::kInward},
                                     {kWaterThroughInnerAV, eSense::kInward}};
 constexpr RayFamily kReflected = {kWaterReflection, eSense::kInward};
 
-/// Rays that come inwards through the wall and leave it without having met the
+/// Rays that go inwards through the wall and leave it without reaching the
 /// inner surface.
 bool StaysInWall(const RayFamily& family) {
   return family.Launch == eSense::kInward &&
@@ -33,7 +33,7 @@ bool StaysInWall(const RayFamily& family) {
 
 enum class eWanted { kAll, kShortest };
 
-/// A range of values of which only the ends are known.
+/// The bounds of a value.
 struct Range {
   double Low;
   double High;
@@ -44,16 +44,16 @@ Range SlopesBetween(const Ray& first, const Ray& last) {
   return {last.Growing - first.Shrinking, first.Growing - last.Shrinking};
 }
 
-/// Of d(Slope)/d(cos t), which has the opposite sign of the second derivative
-/// by t.
+/// Bounds of d(Slope)/d(cos t), which has the opposite sign of the second
+/// derivative by t.
 Range CurvesBetween(const Ray& first, const Ray& last) {
   return {first.GrowingCurve - last.ShrinkingCurve,
           last.GrowingCurve - first.ShrinkingCurve};
 }
 
-/// The least value between two places @p width apart, with @p first and
-/// @p last there, of a function that falls at most with slope @p slopes.Low
-/// behind the first and rises at most with slopes.High before the last.
+/// Lower bound of a function between two points @p width apart, given its
+/// values @p first and @p last there: its slope is at least slopes.Low and at
+/// most slopes.High.
 double LeastBetween(double first, double last, const Range& slopes,
                     double width) {
   return (slopes.High * first - slopes.Low * last +
@@ -63,10 +63,10 @@ double LeastBetween(double first, double last, const Range& slopes,
 
 /// Finds the rays of one family that sweep a given angle.
 ///
-/// The range of t is cut until in each piece the swept angle is monotonic, or
-/// bends one way only, so that the signs at its ends tell where solutions are;
-/// each is then found by derivatives, kept between two rays that have just that
-/// solution between them.
+/// The range of t is divided until the swept angle is monotonic or convex or
+/// concave in each piece. The signs at the ends of a piece then tell how many
+/// solutions it has. Each solution is computed with derivatives, and kept
+/// between two rays with only this solution between them.
 template <class OnFound>
 class FamilySearch {
  public:
@@ -86,7 +86,7 @@ class FamilySearch {
   void Find(const Sweep& target) {
     if (isEmpty_) return;
     target_ = target;
-    // Where one family ends another begins: rounding must not lose the ray
+    // One family begins where another ends: rounding must not lose the ray
     // between them.
     const bool isFirst =
         !startsAtCentre_ && std::abs(Miss(first_)) <= kRounding;
@@ -96,7 +96,7 @@ class FamilySearch {
     Search(first_, last_);
   }
 
-  /// Take the ray that ends the family for the one that is sought.
+  /// Report the last ray of the family as the solution.
   void TakeLast() { Tell(last_); }
 
   int Evaluations() const { return evaluations_; }
@@ -142,7 +142,7 @@ bool AreNeighbours(const Ray& first, const Ray& last) {
   return last.T - first.T <= 2 * std::numeric_limits<double>::epsilon();
 }
 
-/// @p t if it lies between two rays, else halfway.
+/// @p t if it is between two rays, else the midpoint.
 double Between(const Ray& first, const Ray& last, double t) {
   return t > first.T && t < last.T ? t : 0.5 * (first.T + last.T);
 }
@@ -154,11 +154,11 @@ struct Sample {
   double Derivative;
 };
 
-/// Where a guess leads that cannot be made; Between goes halfway.
+/// No usable guess: Between then bisects.
 constexpr double kNowhere = std::numeric_limits<double>::quiet_NaN();
 
-/// Where a function is nought, by the cubic through two samples that gives t as
-/// a function of the value. A guess: it may be anything.
+/// Estimate of a zero of a function: the cubic through two samples that gives t
+/// as a function of the value. The result may be any number.
 double InverseCubic(const Sample& a, const Sample& b) {
   if (a.Derivative == 0 || b.Derivative == 0) return kNowhere;
   const double rise = b.Value - a.Value;
@@ -202,8 +202,8 @@ void FamilySearch<OnFound>::Search(const Ray& first, const Ray& last) {
   Search(middle, last);
 }
 
-/// The function bends one way, away from the target at both ends: it reaches
-/// the target twice, once or never.
+/// The swept angle is convex and at both ends above the target, or concave and
+/// below: it reaches the target twice, once or never.
 template <class OnFound>
 void FamilySearch<OnFound>::SearchDip(Ray first, Ray last) {
   const double sign = Miss(first) < 0 ? -1.0 : 1.0;
@@ -215,14 +215,15 @@ void FamilySearch<OnFound>::SearchDip(Ray first, Ray last) {
       return;
     }
     if (AreNeighbours(first, last)) break;
-    // Now and then halfway, so that both ends come nearer.
+    // Bisect sometimes, so that both ends move.
     const bool isHalfway = ++probes % 4 == 0;
     const double turning = InverseCubic({first.T, first.Slope, first.Curve},
                                         {last.T, last.Slope, last.Curve});
     const Ray middle = At(Between(first, last, isHalfway ? kNowhere : turning));
     if (sign * Miss(middle) < 0) {
-      // Optical lengths change by invariant times swept angle, so over a dip
-      // of the angle the first ray is the shorter one, over a bump the last.
+      // d(optical length) = invariant * d(swept angle). So of two solutions
+      // around a minimum of the angle the first is shorter, around a maximum
+      // the last.
       if (wanted_ == eWanted::kAll || sign > 0) Solve(first, middle);
       if (wanted_ == eWanted::kAll || sign < 0) Solve(middle, last);
       return;
@@ -233,8 +234,8 @@ void FamilySearch<OnFound>::SearchDip(Ray first, Ray last) {
   if (std::abs(Miss(nearest)) <= kRounding) Tell(nearest);
 }
 
-/// Where the miss is nought, by the three derivatives at a ray (Householder's
-/// method of order 3, whose errors fall with the fourth power).
+/// Estimate of the zero of the miss from three derivatives at a ray
+/// (Householder's method of order 3, whose error falls with the fourth power).
 double NextFrom(const Ray& ray, double miss) {
   const double squared = ray.Slope * ray.Slope;
   const double divisor =
@@ -265,7 +266,7 @@ void FamilySearch<OnFound>::Solve(Ray first, Ray last) {
     }
     ((miss < 0) == (Miss(first) < 0) ? first : last) = ray;
     t = NextFrom(ray, miss);
-    // Steps that do not get shorter fast go nowhere.
+    // Bisect if the steps do not shrink quickly.
     const double stepBefore = step;
     step = std::abs(t - ray.T);
     if (!(step < 0.5 * stepBefore)) {
@@ -344,7 +345,7 @@ JoiningRay FindReflectedRay(const ConcentricMedia& media,
                       ReachesOf(media, ends.EventRadius, ends.PMTRadius), 0.0,
                       eWanted::kAll, keep);
   search.Find({ends.Angle, false});
-  // A connection that touches the vessel, or would but for rounding.
+  // The straight line touches the vessel, exactly or within rounding.
   if (reflected.Family == nullptr) search.TakeLast();
   return reflected;
 }

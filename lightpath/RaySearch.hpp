@@ -7,29 +7,29 @@
 
 namespace ZARN::DU {
 
-/// The ends of a path in their plane.
+/// Event and PMT in the plane of the path.
 struct PathEnds {
   double EventRadius;  ///< distance from the centre, mm
   double PMTRadius;    ///< mm
   double Angle;        ///< between the two, seen from the centre, 0 to pi
 };
 
-/// What a ray has to sweep to join two ends.
+/// The angle that a ray has to sweep around the centre to join event and PMT.
 struct Sweep {
-  double Angle = 0.0;         ///< rad
-  bool IsTheLongWay = false;  ///< away from the PMT first, across the line from
-                              ///< the event through the centre
+  double Angle = 0.0;  ///< rad
+  /// Starts away from the PMT and crosses the line of event and centre.
+  bool IsTheLongWay = false;
 };
 
-/// A ray that joins two ends.
+/// A ray that joins event and PMT.
 struct JoiningRay {
   const RayFamily* Family = nullptr;
   Sweep Swept;
   double OpticalLength = 0.0;  ///< mm
   SweptAngle::Ray Ray;
 
-  /// The direction of the light where it leaves or comes to a site, as the turn
-  /// from the outward radius.
+  /// The direction of the light where it leaves or arrives at a site, as a
+  /// rotation from the outward radius.
   Rotor DirectionAt(eSite site, eSense sense) const {
     const Rotor angle = Ray.AngleToRadius(site);
     if (sense == eSense::kOutward) return angle;
@@ -40,9 +40,9 @@ struct JoiningRay {
   }
 };
 
-/// The refracted ray of shortest optical length.
+/// The refracted ray with the shortest optical length.
 struct ShortestRay {
-  JoiningRay Joining;   ///< Family is null where there is none
+  JoiningRay Joining;   ///< Family is null if there is none
   int Evaluations = 0;  ///< of the swept angle, in the whole search
 };
 
@@ -52,8 +52,8 @@ ShortestRay FindShortestRay(const ConcentricMedia& media, const PathEnds& ends);
 std::vector<JoiningRay> FindAllRays(const ConcentricMedia& media,
                                     const PathEnds& ends);
 
-/// The ray reflected at the outer surface, between two ends in the water whose
-/// straight connection does not go through the vessel.
+/// The ray reflected at the outer surface, if event and PMT are in the water
+/// and the straight line between them does not go through the vessel.
 JoiningRay FindReflectedRay(const ConcentricMedia& media, const PathEnds& ends);
 
 }  // namespace ZARN::DU

@@ -2,14 +2,13 @@
 
 namespace ZARN::DU {
 
-/// A turn in a plane as (cosine, sine): angles add as rotors multiply, which
-/// spares the arc functions. (The library's complex product checks for
-/// infinities.)
+/// A rotation in a plane as (cosine, sine). Multiplying rotors adds angles
+/// without arc functions. (std::complex is slower: it checks for infinities.)
 struct Rotor {
   double Cosine = 1.0;
   double Sine = 0.0;
 
-  /// The turn the other way.
+  /// The inverse rotation.
   Rotor Back() const { return {Cosine, -Sine}; }
 
   friend Rotor operator*(const Rotor& a, const Rotor& b) {

@@ -7,14 +7,14 @@
 namespace ZARN::DU {
 namespace {
 
-/// The turn taken @p times times, -2 to 2.
+/// The rotation applied @p times times, -2 to 2.
 Rotor Repeated(const Rotor& turn, double times) {
   const Rotor once = times < 0 ? turn.Back() : turn;
   if (times == 0) return {};
   return std::abs(times) > 1 ? once * once : once;
 }
 
-/// Counts how often a growing sum changes its sign.
+/// Counts the sign changes of partial sums.
 class SignChanges {
  public:
   void Add(double term) {
@@ -65,7 +65,7 @@ SweptAngle::SweptAngle(const RayFamily& family, const PerSite<double>& reaches)
     const double reach = reaches[site];
     const bool isOnTheWay = turns_[site] != 0;
     ratios_[site] = isOnTheWay ? highest_ / reach : 0.0;
-    // Not 1 - ratio * ratio, which loses what two near reaches differ by.
+    // 1 - ratio * ratio would lose the difference of two close reaches.
     rests_[site] =
         isOnTheWay ? (reach - highest_) / reach * (1.0 + ratios_[site]) : 1.0;
   }
@@ -136,7 +136,7 @@ SweptAngle::Ray SweptAngle::At(double t) const {
   ray.Curve = -sine * ray.CurveByCosine();
   ray.Third = -cosine * third;
 
-  // Two factors, each of which stays within -pi and pi.
+  // Two factors, each of which stays between -pi and pi.
   const auto turnAt = [&](eSite site) {
     return Repeated(ray.AngleToRadius(site), turns_[IndexOf(site)]);
   };
@@ -162,8 +162,9 @@ void SweptAngle::AddUpSlopes(Ray& ray, const PerSite<double>& slopes,
 }
 
 double SweptAngle::OpticalLength(const Ray& ray) const {
-  // From a sphere outwards to where the ray passes nearest to the centre (or
-  // would) it is reach times cosine, so a stretch is a difference of two.
+  // From a sphere outwards, the optical length to the point of the line nearest
+  // to the centre is reach times cosine; a segment is the difference of two of
+  // these.
   double sum = 0.0;
   for (std::size_t site = 0; site < turns_.size(); ++site) {
     sum -= turns_[site] * reaches_[site] * ray.Cosines[site];

@@ -12,14 +12,14 @@
 
 namespace ZARN::DU {
 
-// How far a ray turns around the centre, as a function of how it starts.
+// The angle by which a ray turns around the centre, the swept angle.
 //
 // Along a ray through concentric media the invariant n r sin(angle to the
-// radius) stays the same (Bouguer's law; M. Born, E. Wolf, Principles of
-// Optics, section 3.2), so one number says all about a ray.
+// radius) is constant (Bouguer's law; M. Born, E. Wolf, Principles of Optics,
+// section 3.2), so one number describes a ray.
 
-/// Where a ray is met: at its two ends, and at the vessel's surfaces as seen
-/// from either side.
+/// Places on a ray: its two ends, and the vessel's surfaces as seen from either
+/// side.
 enum class eSite {
   kEvent,
   kInnerFromInside,
@@ -48,17 +48,18 @@ constexpr eSite SiteAt(eCrossing crossing, eMedium medium) {
 }
 
 /// Refractive index times distance from the centre, mm, by site: the largest
-/// invariant with which a ray gets there.
+/// invariant of a ray that gets there.
 PerSite<double> ReachesOf(const ConcentricMedia& media, double eventRadius,
                           double pmtRadius);
 
-/// Rays that start alike and cross the same surfaces.
+/// Rays that start in the same sense (outwards or inwards) and cross the same
+/// surfaces.
 ///
 /// Light that leaves a site outwards, at an angle to the radius whose sine is
-/// invariant / reach, would turn by that angle around the centre if it went on
-/// for ever; inwards, by pi less it. A stretch turns by the difference of its
-/// ends, so the swept angle of a ray is Base plus the sum over the sites of
-/// Turns * arcsin(invariant / reach).
+/// invariant / reach, would turn by that angle around the centre on an
+/// infinitely long straight line; inwards, by pi minus it. A segment turns by
+/// the difference of its ends, so the swept angle of a ray is Base plus the sum
+/// over the sites of Turns * arcsin(invariant / reach).
 struct RayFamily {
   eLightPathType Type = kUninitialised;
   eSense Launch = eSense::kOutward;
@@ -72,12 +73,12 @@ struct RayFamily {
   constexpr void ComeTo(eSite site, eSense sense);
 };
 
-/// The swept angle of one family's rays, by the angle t to the radius at the
-/// site where their light grazes first (the one with the smallest reach).
+/// The swept angle of one family's rays as a function of t, the angle to the
+/// radius at the site with the smallest reach, where the light grazes first.
 ///
-/// The invariant is Highest() sin(t), with t from 0 to pi/2. Every angle on the
-/// way is smooth in t, also at grazing incidence, where it is infinitely steep
-/// in the invariant.
+/// The invariant is Highest() sin(t), with t from 0 to pi/2. All angles along
+/// the ray are smooth in t, also at grazing incidence, where their derivative
+/// by the invariant is infinite.
 class SweptAngle {
  public:
   SweptAngle(const RayFamily& family, const PerSite<double>& reaches);
@@ -91,16 +92,16 @@ class SweptAngle {
     double Curve = 0.0;
     double Third = 0.0;
 
-    // The slope is a sum over the sites of Turns times something that grows
-    // with cos(t), and the derivative of that sum by cos(t) is one of Turns
-    // times something that falls with it. Added up apart by the sign of Turns,
-    // they bound both between two rays.
+    // The slope is a sum over the sites of Turns times a function that grows
+    // with cos(t); its derivative by cos(t) is a sum of Turns times a function
+    // that falls with cos(t). Summed separately for positive and negative
+    // Turns, they give bounds of both between two rays.
     double Growing = 0.0;
     double Shrinking = 0.0;
     double GrowingCurve = 0.0;
     double ShrinkingCurve = 0.0;
 
-    // Of the angle to the radius, 0 to pi/2, where the path comes by.
+    // Of the angle to the radius, 0 to pi/2, at each site.
     PerSite<double> Cosines;
     PerSite<double> Sines;
 
@@ -114,7 +115,7 @@ class SweptAngle {
 
   Ray At(double t) const;
 
-  /// The ray at t = 0, through the centre, where all is known beforehand.
+  /// The ray at t = 0, through the centre; needs no trigonometric functions.
   Ray Central() const;
 
   /// Sum of refractive index times length along a ray, mm.
@@ -122,8 +123,8 @@ class SweptAngle {
 
   double Highest() const { return highest_; }
 
-  /// The t of an invariant up to Highest(). Not by the arc sine, which next to
-  /// grazing incidence keeps half the digits.
+  /// The t of an invariant up to Highest(). (The arc sine would lose half of
+  /// the digits near grazing incidence.)
   double TOf(double invariant) const {
     return std::atan2(
         invariant, std::sqrt((highest_ - invariant) * (highest_ + invariant)));
@@ -132,13 +133,13 @@ class SweptAngle {
   /// Upper bounds on the number of zeros, counted with their multiplicity, that
   /// Slope and CurveByCosine() have over the whole range of t.
   ///
-  /// But for positive factors these are the sums over the sites of
+  /// Up to positive factors these are the sums over the sites of
   ///     Turns / sqrt(reach^2 - invariant^2)   and
   ///     Turns (reach^2 - Highest()^2) / sqrt(reach^2 - invariant^2)^3,
-  /// Laplace transforms of sums of exponentials. Such a sum has at most as many
-  /// zeros as its partial sums of numerators have changes of sign, with the
-  /// sites in the order of their reaches (Laguerre's sharper form of Descartes'
-  /// rule; S. Karlin, Total Positivity, 1968, chapter 5).
+  /// Laplace transforms of sums of exponentials. With the sites ordered by
+  /// reach, such a sum has at most as many zeros as the partial sums of its
+  /// numerators have sign changes (Laguerre's sharper form of Descartes' rule;
+  /// S. Karlin, Total Positivity, 1968, chapter 5).
   int MostExtrema() const { return mostExtrema_; }
   int MostInflections() const { return mostInflections_; }
 
@@ -150,12 +151,12 @@ class SweptAngle {
   double base_;
   bool startsInWater_;
   PerSite<double> turns_;
-  PerSite<double> growing_;    // turns where positive
-  PerSite<double> shrinking_;  // less the turns where negative
+  PerSite<double> growing_;    // positive turns, else 0
+  PerSite<double> shrinking_;  // absolute values of negative turns, else 0
   PerSite<double> reaches_;
   double highest_;
-  PerSite<double> ratios_;  // of Highest() to the reaches; 0 if not on the way
-  PerSite<double> rests_;   // 1 less the ratio squared
+  PerSite<double> ratios_;  // Highest() / reach; 0 if not on the path
+  PerSite<double> rests_;   // 1 - ratio^2
   int mostExtrema_ = 0;
   int mostInflections_ = 0;
 };

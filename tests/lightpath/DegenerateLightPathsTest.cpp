@@ -26,7 +26,7 @@ using Reference::TracedRay;
 
 class DegenerateLightPaths : public InRealVessel {
  protected:
-  /// The path is what a scan of all launch angles finds, and has no flaw.
+  /// Expects the path that a scan of all launch angles finds, without flaws.
   void ExpectAsScanned(const LaunchScan& scan, const TVector3& eventPos,
                        const TVector3& pmtPos);
 };
@@ -53,7 +53,7 @@ void DegenerateLightPaths::ExpectAsScanned(const LaunchScan& scan,
   EXPECT_NEAR(calculator_.GetOpticalLength(), shortest.OpticalLength, 1e-8);
 }
 
-TEST_F(DegenerateLightPaths, FromTheCentreGoStraightOut) {
+TEST_F(DegenerateLightPaths, FromTheCentreAreStraight) {
   ExpectExactly({0, 0, 0}, {0, 0, 8400}, DU::kInnerAVToWater, {0, 0, 1},
                 {{0, 0, kInner}, {0, 0, kOuter}});
   ExpectExactly({0, 0, 0}, {-8400, 0, 0}, DU::kInnerAVToWater, {-1, 0, 0},
@@ -62,7 +62,7 @@ TEST_F(DegenerateLightPaths, FromTheCentreGoStraightOut) {
                 {{0, kInner, 0}, {0, kOuter, 0}});
 }
 
-TEST_F(DegenerateLightPaths, FromTheCentreGoStraightOutInAnyDirection) {
+TEST_F(DegenerateLightPaths, FromTheCentreAreStraightInAnyDirection) {
   Random random(3);
   for (const Vessel& vessel : Vessels()) {
     SCOPED_TRACE(vessel.Name);
@@ -80,17 +80,17 @@ TEST_F(DegenerateLightPaths, FromTheCentreGoStraightOutInAnyDirection) {
   }
 }
 
-TEST_F(DegenerateLightPaths, AlongOneLineWithTheCentreAreStraight) {
+TEST_F(DegenerateLightPaths, OnOneLineWithTheCentreAreStraight) {
   const TVector3 up(0, 0, 1);
   const TVector3 pmtPos(0, 0, 8400);
   const TVector3 inner(0, 0, kInner);
   const TVector3 outer(0, 0, kOuter);
-  // On the side of the PMT.
+  // Event on the same side as the PMT.
   ExpectExactly({0, 0, 3000}, pmtPos, DU::kInnerAVToWater, up, {inner, outer});
   ExpectExactly({0, 0, 5830}, pmtPos, DU::kAVToWater, up, {outer});
   ExpectExactly({0, 0, 7000}, pmtPos, DU::kWater, up, {});
   ExpectExactly({0, 0, 9000}, pmtPos, DU::kWater, -up, {});
-  // On the other side.
+  // Event on the opposite side.
   ExpectExactly({0, 0, -3000}, pmtPos, DU::kInnerAVToWater, up, {inner, outer});
   ExpectExactly({0, 0, -5830}, pmtPos, DU::kAVThroughInnerAVToWater, up,
                 {-inner, inner, outer});
@@ -98,7 +98,7 @@ TEST_F(DegenerateLightPaths, AlongOneLineWithTheCentreAreStraight) {
                 {-outer, -inner, inner, outer});
 }
 
-TEST_F(DegenerateLightPaths, AlongAnyLineWithTheCentreAreStraight) {
+TEST_F(DegenerateLightPaths, OnAnyLineThroughTheCentreAreStraight) {
   Random random(5);
   for (const Vessel& vessel : Vessels()) {
     SCOPED_TRACE(vessel.Name);
@@ -108,7 +108,7 @@ TEST_F(DegenerateLightPaths, AlongAnyLineWithTheCentreAreStraight) {
       const TVector3 direction = random.Direction();
       const double radius = media.OuterRadius * random.Uniform(1.01, 3.0);
       const TVector3 pmtPos = radius * direction;
-      // Exactly on one line: by powers of two, or by one of three axes.
+      // Exactly on one line: scaled by powers of two, or along an axis.
       constexpr std::array kShares = {-4.0, -2.0, -1.0,   -0.5, -0.25, -0x1p-9,
                                       4.0,  2.0,  0x1p-9, 0.5,  0.25,  0x1p-40};
       const double share = random.Pick(kShares);
@@ -128,8 +128,8 @@ TEST_F(DegenerateLightPaths, AlongAnyLineWithTheCentreAreStraight) {
   }
 }
 
-TEST_F(DegenerateLightPaths, NearlyAlongOneLineAreNearlyStraight) {
-  // No ball lens: nothing else competes with the straight path.
+TEST_F(DegenerateLightPaths, NearlyOnOneLineAreNearlyStraight) {
+  // Not a ball lens: no other path competes with the straight one.
   for (const double aside : {1e-300, 1e-18, 1e-13, 1e-9, 1e-6}) {
     for (const double z : {3000.0, 5830.0, 7000.0, -3000.0}) {
       SCOPED_TRACE("aside " + Exact(aside) + ", z " + Exact(z));
@@ -145,7 +145,7 @@ TEST_F(DegenerateLightPaths, NearlyAlongOneLineAreNearlyStraight) {
   }
 }
 
-TEST_F(DegenerateLightPaths, OfEventsOnASurfaceBelongToTheMediumOutside) {
+TEST_F(DegenerateLightPaths, OfEventsOnASurfaceStartInTheMediumOutside) {
   const TVector3 pmtPos(0, 0, 8400);
   const TVector3 up(0, 0, 1);
   const TVector3 inner(0, 0, kInner);
@@ -173,7 +173,7 @@ TEST_F(DegenerateLightPaths, OfEventsOnASurfaceBelongToTheMediumOutside) {
                 {-outer, -inner, inner, outer});
 }
 
-TEST_F(DegenerateLightPaths, OfEventsOnASurfaceAreThoseThatAScanFinds) {
+TEST_F(DegenerateLightPaths, OfEventsOnASurfaceMatchAScan) {
   int paths = 0;
   for (const double surface : {kInner, kOuter}) {
     for (const double radius : {Below(surface), surface, Above(surface)}) {
@@ -190,7 +190,7 @@ TEST_F(DegenerateLightPaths, OfEventsOnASurfaceAreThoseThatAScanFinds) {
   EXPECT_GT(paths, 500);
 }
 
-TEST_F(DegenerateLightPaths, ToAPmtOnTheOuterSurfaceEndThere) {
+TEST_F(DegenerateLightPaths, ToAPmtOnTheOuterSurfaceEndOnIt) {
   const TVector3 up(0, 0, 1);
   ExpectExactly({0, 0, 0}, {0, 0, kOuter}, DU::kInnerAVToWater, up,
                 {{0, 0, kInner}, {0, 0, kOuter}});
@@ -217,7 +217,7 @@ TEST_F(DegenerateLightPaths, ToAPmtOnTheOuterSurfaceEndThere) {
   EXPECT_GT(paths, 300);
 }
 
-TEST_F(DegenerateLightPaths, AreNoneToAPmtThatIsNotInTheWater) {
+TEST_F(DegenerateLightPaths, DoNotExistToAPmtOutsideTheWater) {
   for (const double z :
        {0.0, 100.0, Below(kInner), kInner, 5830.0, Below(kOuter)}) {
     for (const TVector3& eventPos :
@@ -232,7 +232,7 @@ TEST_F(DegenerateLightPaths, AreNoneToAPmtThatIsNotInTheWater) {
   }
 }
 
-TEST_F(DegenerateLightPaths, AreNoneFromAnEventAtThePmt) {
+TEST_F(DegenerateLightPaths, DoNotExistFromAnEventAtThePmt) {
   for (const TVector3& position :
        {TVector3(0, 0, 8400), TVector3(3000, 5000, -6000),
         TVector3(0, kOuter, 0), TVector3(0, 0, 0), TVector3(1, 2, 3)}) {
@@ -241,9 +241,9 @@ TEST_F(DegenerateLightPaths, AreNoneFromAnEventAtThePmt) {
     Calculate(position, position);
     ExpectNoPath(calculator_);
   }
-  // One step beside it there is one.
+  // One rounding step away there is a path.
   ExpectExactly({0, 0, Below(8400)}, {0, 0, 8400}, DU::kWater, {0, 0, 1}, {});
-  // Or the smallest number beside it, if that still counts.
+  // Also for the smallest number, unless the sum rounds it away.
   Calculate({0, 5e-324, 8400}, {0, 0, 8400});
   if (calculator_.HasPath()) {
     EXPECT_EQ(calculator_.GetInitialDirection(), TVector3(0, -1, 0));
@@ -252,7 +252,7 @@ TEST_F(DegenerateLightPaths, AreNoneFromAnEventAtThePmt) {
   }
 }
 
-TEST_F(DegenerateLightPaths, AreNoneForPositionsThatAreNotFinite) {
+TEST_F(DegenerateLightPaths, DoNotExistForPositionsThatAreNotFinite) {
   const TVector3 inside(100, 200, 300);
   const TVector3 pmtPos(3000, 5000, -6000);
   for (const double bad : {kNaN, kInfinity, -kInfinity}) {
@@ -280,7 +280,7 @@ TEST_F(DegenerateLightPaths, AreNoneForPositionsThatAreNotFinite) {
 }
 
 TEST_F(DegenerateLightPaths,
-       OfHugeAndTinyPositionsHaveUnitDirectionsOrAreNone) {
+       OfHugeAndTinyPositionsHaveUnitDirectionsOrDoNotExist) {
   std::vector<TVector3> positions;
   for (const double size :
        {1e-320, 1e-308, 1e-200, 1e-160, 1e-30, 1e3, 5830.0, 8400.0, 1e9, 1e16,
@@ -316,7 +316,8 @@ TEST_F(DegenerateLightPaths,
   EXPECT_GT(paths, 200);
 }
 
-TEST_F(DegenerateLightPaths, OfAnEventAHairFromTheCentreAreThoseFromTheCentre) {
+TEST_F(DegenerateLightPaths,
+       OfAnEventVeryCloseToTheCentreAreThoseFromTheCentre) {
   const TVector3 pmtPos(2000, 3000, -7000);
   Calculate({0, 0, 0}, pmtPos);
   const std::vector<TVector3> corners = CornersOf(calculator_);
@@ -333,9 +334,9 @@ TEST_F(DegenerateLightPaths, OfAnEventAHairFromTheCentreAreThoseFromTheCentre) {
   }
 }
 
-TEST_F(DegenerateLightPaths, AlongACriticalAngleHaveNoFlaw) {
-  // For every type of every vessel: launch angles down to the last digit from
-  // where the type begins, and what comes out where they end.
+TEST_F(DegenerateLightPaths, AtCriticalAnglesHaveNoFlaw) {
+  // For every type in every vessel: rays with launch angles down to the last
+  // digit from the first one of the type, and the paths to their ends.
   Random random(7);
   int paths = 0;
   for (const Vessel& vessel : Vessels()) {

@@ -20,7 +20,7 @@ inline constexpr double kOuter = 5860.0;
 inline constexpr double kInfinity = std::numeric_limits<double>::infinity();
 inline constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
 
-/// The neighbouring numbers of a positive one.
+/// The neighbouring doubles of a positive number.
 inline double Below(double value) { return std::nextafter(value, 0.0); }
 inline double Above(double value) { return std::nextafter(value, kInfinity); }
 
@@ -29,7 +29,7 @@ inline std::vector<TVector3> PointsOf(const DU::LightPathCalculator& path) {
           path.GetAVPoint4()};
 }
 
-/// Nothing of a path, and nothing of the path before it.
+/// Expects no path, and no data of the previous path.
 inline void ExpectNoPath(const DU::LightPathCalculator& path) {
   EXPECT_FALSE(path.HasPath());
   EXPECT_EQ(path.GetLightPathType(), DU::kUninitialised);
@@ -47,14 +47,14 @@ inline void ExpectNoPath(const DU::LightPathCalculator& path) {
   EXPECT_EQ(path.GetIncidenceAngle(), 0.0);
 }
 
-/// In the liquid, acrylic and water of a real vessel.
+/// Tests in the liquid, acrylic and water of a real vessel.
 class InRealVessel : public testing::Test {
  protected:
   void Calculate(const TVector3& eventPos, const TVector3& pmtPos) {
     calculator_.CalcByPosition(eventPos, pmtPos);
   }
 
-  /// The straight path, to the last bit.
+  /// Expects the straight path, exact to the last bit.
   void ExpectExactly(const TVector3& eventPos, const TVector3& pmtPos,
                      DU::eLightPathType type, const TVector3& direction,
                      std::vector<TVector3> points) {

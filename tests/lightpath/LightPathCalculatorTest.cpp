@@ -27,7 +27,7 @@ TEST(LightPathCalculator, StartsUninitialised) {
   EXPECT_EQ(calculator.GetAVPoint1(), TVector3(0, 0, 0));
 }
 
-TEST(LightPathCalculator, NamesEveryTypeWithTheTextThatTheTestsCompare) {
+TEST(LightPathCalculator, NamesEveryType) {
   const LightPathCalculator::TypeNames expected = {
       {kUninitialised, "Light Path Uninitialised"},
       {kInnerAVToWater, "Scint/InnerAV->AV->Water"},
@@ -41,7 +41,7 @@ TEST(LightPathCalculator, NamesEveryTypeWithTheTextThatTheTestsCompare) {
   EXPECT_EQ(calculator.LightPathTypeNames(), expected);
 }
 
-TEST(LightPathCalculator, LeavesItsNamesOpenToChange) {
+TEST(LightPathCalculator, LetsCallersChangeNames) {
   LightPathCalculator calculator;
   const auto ownType = static_cast<eLightPathType>(kNumberOfLightPathTypes + 1);
   calculator.LightPathTypeNames()[ownType] = "a type of one's own";
@@ -51,7 +51,7 @@ TEST(LightPathCalculator, LeavesItsNamesOpenToChange) {
   EXPECT_EQ(LightPathCalculator().LightPathTypeNames().at(kWater), "Water");
 }
 
-TEST(LightPathCalculator, KeepsEveryResultThatIsSet) {
+TEST(LightPathCalculator, ReturnsEveryResultThatIsSet) {
   LightPathCalculator calculator;
   calculator.SetFinalDirection({1, 2, 3});
   calculator.SetInitialDirection({4, 5, 6});
@@ -73,7 +73,7 @@ TEST(LightPathCalculator, KeepsEveryResultThatIsSet) {
   EXPECT_EQ(calculator.GetLightPathType(), kWaterReflection);
 }
 
-TEST(LightPathCalculator, TakesAndGivesAWholePath) {
+TEST(LightPathCalculator, SetsAndReturnsAWholePath) {
   LightPath path;
   path.FinalDirection = {1, 2, 3};
   path.InitialDirection = {4, 5, 6};
@@ -132,7 +132,7 @@ TEST(LightPathCalculator, ReadsTheVesselAndItsMedia) {
   EXPECT_EQ(calculator.GetGroupIndices(), (PerMedium{1.5, 1.49, 1.33}));
 }
 
-TEST(LightPathCalculator, ReadsASetOfItsOwnInPlaceOfTheDatabase) {
+TEST(LightPathCalculator, ReadsAGivenTableSetInsteadOfTheDatabase) {
   VesselWithMedia().Load();
   LightPathCalculator ofTheProcess;
   ofTheProcess.BeginOfRun();
@@ -150,14 +150,14 @@ TEST(LightPathCalculator, ReadsASetOfItsOwnInPlaceOfTheDatabase) {
   EXPECT_EQ(ofTheProcess.GetGroupIndices(), (PerMedium{1.5, 1.49, 1.33}));
 }
 
-TEST(LightPathCalculator, TakesNothingThatItsSetLacksFromTheDatabase) {
+TEST(LightPathCalculator, DoesNotFallBackToTheDatabase) {
   VesselWithMedia().Load();
   LightPathCalculator calculator;
   const Tables withoutWater = VesselWithMedia().Remove("OPTICS", "water");
   EXPECT_THROW(calculator.BeginOfRun(withoutWater.AsSet()), DBNotFoundError);
 }
 
-TEST(LightPathCalculator, TakesTheIndicesAtItsWavelengthSetBeforeOrAfter) {
+TEST(LightPathCalculator, UsesTheWavelengthSetBeforeOrAfterBeginOfRun) {
   VesselWithDispersion().Load();
   LightPathCalculator calculator;
   EXPECT_EQ(calculator.GetWavelength(), 400);
@@ -171,7 +171,7 @@ TEST(LightPathCalculator, TakesTheIndicesAtItsWavelengthSetBeforeOrAfter) {
   EXPECT_EQ(calculator.GetMedia().IndexIn(eMedium::kAcrylic), 1.49);
 }
 
-TEST(LightPathCalculator, WarnsOnceInARunOfAWavelengthBeyondATable) {
+TEST(LightPathCalculator, WarnsOncePerRunAboutAWavelengthOutsideATable) {
   VesselWithDispersion().Load();
   const Testing::Captured captured(warn);
   LightPathCalculator calculator;
@@ -179,7 +179,7 @@ TEST(LightPathCalculator, WarnsOnceInARunOfAWavelengthBeyondATable) {
   calculator.BeginOfRun();
   const std::string expected =
       "LightPathCalculator: 250 nm is outside the wavelengths of OPTICS water, "
-      "300 to 700 nm: taking the index at their end.\n";
+      "300 to 700 nm: using the index at their end.\n";
   EXPECT_EQ(captured.Text(), expected);
   EXPECT_EQ(calculator.GetMedia().IndexIn(eMedium::kWater), 1.36);
   calculator.SetWavelength(800);
@@ -189,7 +189,7 @@ TEST(LightPathCalculator, WarnsOnceInARunOfAWavelengthBeyondATable) {
   EXPECT_EQ(captured.Text(), expected + expected);
 }
 
-TEST(LightPathCalculator, RefusesAWavelengthThatIsNone) {
+TEST(LightPathCalculator, RefusesAnInvalidWavelength) {
   LightPathCalculator calculator;
   const double infinity = std::numeric_limits<double>::infinity();
   for (const double bad : {0.0, -400.0, infinity, std::nan("")}) {
@@ -198,8 +198,8 @@ TEST(LightPathCalculator, RefusesAWavelengthThatIsNone) {
   EXPECT_EQ(calculator.GetWavelength(), 400);
 }
 
-TEST(LightPathCalculator, RefusesAVesselThatCannotBe) {
-  const auto complaint = [](const std::string& index, double radius) {
+TEST(LightPathCalculator, RefusesAnImpossibleVessel) {
+  const auto errorOf = [](const std::string& index, double radius) {
     VesselWithMedia().Set("SOLID", index, "r_sphere", radius).Load();
     try {
       LightPathCalculator().BeginOfRun();
@@ -209,20 +209,20 @@ TEST(LightPathCalculator, RefusesAVesselThatCannotBe) {
     return std::string();
   };
   const std::string noRadius =
-      ": the field r_sphere is not a finite number above 0";
+      ": the field r_sphere is not a finite number > 0";
   for (const char* index : {"acrylic_vessel_inner", "acrylic_vessel_outer"}) {
     for (const double bad : {0.0, -1.0, std::nan(""), HUGE_VAL}) {
-      EXPECT_EQ(complaint(index, bad),
+      EXPECT_EQ(errorOf(index, bad),
                 "table SOLID, index " + std::string(index) + noRadius);
     }
   }
   EXPECT_EQ(
-      complaint("acrylic_vessel_inner", 5860),
+      errorOf("acrylic_vessel_inner", 5860),
       "table SOLID, index acrylic_vessel_outer: the field r_sphere is not "
-      "above that of acrylic_vessel_inner");
+      "larger than that of acrylic_vessel_inner");
 }
 
-TEST(LightPathCalculator, KeepsTheFormerRunWhenItsTablesAreBad) {
+TEST(LightPathCalculator, KeepsThePreviousRunIfTablesAreBad) {
   VesselWithMedia().Load();
   LightPathCalculator calculator;
   calculator.BeginOfRun();
@@ -239,7 +239,7 @@ TEST(LightPathCalculator, KeepsTheFormerRunWhenItsTablesAreBad) {
   EXPECT_TRUE(calculator.HasPath());
 }
 
-TEST(LightPathCalculator, ComputesNoPathBeforeARun) {
+TEST(LightPathCalculator, ThrowsBeforeBeginOfRun) {
   LightPathCalculator calculator;
   EXPECT_THROW(calculator.CalcByPosition({0, 0, 0}, {0, 0, 8300}),
                std::logic_error);
@@ -247,7 +247,7 @@ TEST(LightPathCalculator, ComputesNoPathBeforeARun) {
                std::logic_error);
 }
 
-TEST(LightPathCalculator, MeasuresAPathThatWasSet) {
+TEST(LightPathCalculator, ReturnsLengthsOfAPathThatWasSet) {
   VesselWithMedia().Load();
   LightPathCalculator calculator;
   calculator.BeginOfRun();
@@ -269,7 +269,7 @@ TEST(LightPathCalculator, MeasuresAPathThatWasSet) {
   EXPECT_DOUBLE_EQ(calculator.GetIncidenceAngle(), std::acos(-1.0));
 }
 
-TEST(LightPathCalculator, MeasuresNothingWithoutAPath) {
+TEST(LightPathCalculator, ReturnsZeroLengthsWithoutAPath) {
   VesselWithMedia().Load();
   LightPathCalculator calculator;
   calculator.BeginOfRun();

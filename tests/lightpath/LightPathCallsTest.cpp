@@ -24,7 +24,7 @@
 
 namespace {
 
-/// How often this program has asked for memory.
+/// Number of allocations of this program.
 std::atomic<long> allocations{0};
 
 void* Allocate(std::size_t size) noexcept {
@@ -34,9 +34,9 @@ void* Allocate(std::size_t size) noexcept {
 
 }  // namespace
 
-// All forms that this program uses, so that none pairs with a replaced one. Not
-// inlined: where the compiler sees free beside a new that it does not see into,
-// it takes them for a mismatch.
+// All forms that this program uses, so that none is paired with a form that is
+// not replaced. Not inlined: the compiler would warn about a free that does not
+// match a new.
 [[gnu::noinline]] void* operator new(std::size_t size) {
   void* const memory = Allocate(size);
   if (memory == nullptr) throw std::bad_alloc();
@@ -81,10 +81,10 @@ namespace {
 
 using DU::LightPathCalculator;
 
-/// What every call of the calculator keeps, whatever path it finds.
+/// Properties of every call of the calculator, for any path.
 class LightPathCalls : public InRealVessel {};
 
-TEST_F(LightPathCalls, SayNothingWhetherThereIsAPathOrNot) {
+TEST_F(LightPathCalls, WriteNoMessages) {
   const Captured warnings(ZARN::warn);
   const Captured diagnostics(ZARN::debug);
   const TVector3 pmtPos(0, 0, 8400);
@@ -109,7 +109,7 @@ TEST_F(LightPathCalls, SayNothingWhetherThereIsAPathOrNot) {
   EXPECT_EQ(diagnostics.Text(), "");
 }
 
-TEST_F(LightPathCalls, LeaveNothingOfTheFormerPath) {
+TEST_F(LightPathCalls, ResetThePreviousPath) {
   const TVector3 pmtPos(0, 0, 8400);
   Calculate({0, 0, -7000}, pmtPos);
   ASSERT_NE(calculator_.GetAVPoint4(), TVector3());
@@ -117,16 +117,16 @@ TEST_F(LightPathCalls, LeaveNothingOfTheFormerPath) {
                 {{0, 0, kInner}, {0, 0, kOuter}});
   ExpectExactly({0, 0, 7000}, pmtPos, DU::kWater, {0, 0, 1}, {});
   Calculate({0, 0, -7000}, pmtPos);
-  // Into the shadow beside the vessel.
+  // Into the dark zone behind the vessel's edge.
   Calculate({-3000, kOuter - 1.0, 0}, {7000, kOuter - 1.0, 0});
   ExpectNoPath(calculator_);
-  // What was set by hand goes, too.
+  // Points that were set by hand are reset too.
   calculator_.SetAVPoint3({1, 2, 3});
   ExpectExactly({0, 0, 5830}, pmtPos, DU::kAVToWater, {0, 0, 1},
                 {{0, 0, kOuter}});
 }
 
-TEST(LightPathCalculatorBeforeItsRun, Refuses) {
+TEST(LightPathCalculatorBeforeItsRun, Throws) {
   LightPathCalculator calculator;
   EXPECT_THROW(calculator.CalcByPosition({0, 0, 0}, {0, 0, 8400}),
                std::logic_error);
@@ -136,7 +136,7 @@ TEST(LightPathCalculatorBeforeItsRun, Refuses) {
                std::logic_error);
 }
 
-/// Pairs of all kinds, for the tests that compare whole runs of them.
+/// Pairs of all kinds, for tests that compare many paths.
 std::vector<std::array<TVector3, 2>> ManyPairs(int count) {
   Random random(11);
   std::vector<std::array<TVector3, 2>> pairs;
@@ -148,7 +148,7 @@ std::vector<std::array<TVector3, 2>> ManyPairs(int count) {
   return pairs;
 }
 
-TEST_F(LightPathCalls, AskForNoMemory) {
+TEST_F(LightPathCalls, AllocateNothing) {
   const auto pairs = ManyPairs(5000);
   std::array<int, DU::kNumberOfLightPathTypes> ofType{};
   const long before = allocations.load();
@@ -167,7 +167,7 @@ TEST_F(LightPathCalls, AskForNoMemory) {
         DU::kWaterThroughInnerAV, DU::kWater, DU::kWaterReflection}) {
     EXPECT_GT(ofType[type], 0) << DU::kLightPathTypeNames[type];
   }
-  // The counter counts.
+  // Check that the counter works.
   const std::vector<int> memory(100);
   EXPECT_GT(allocations.load(), after);
 }
@@ -181,7 +181,7 @@ bool AreSamePaths(const DU::LightPath& a, const DU::LightPath& b) {
          AreSame(a.AVPoint3, b.AVPoint3) && AreSame(a.AVPoint4, b.AVPoint4);
 }
 
-TEST_F(LightPathCalls, AreTheSameInEveryThreadAndInEveryOrder) {
+TEST_F(LightPathCalls, AreTheSameInEveryThreadAndOrder) {
   constexpr int kThreads = 4;
   const int count = std::clamp(PairsInAll() / 50, 100, 20000);
   const auto pairs = ManyPairs(count);
@@ -196,7 +196,8 @@ TEST_F(LightPathCalls, AreTheSameInEveryThreadAndInEveryOrder) {
   for (std::size_t thread = 0; thread < kThreads; ++thread) {
     threads.emplace_back([&, thread, calculator = calculator_]() mutable {
       for (std::size_t i = 0; i < pairs.size(); ++i) {
-        // Each thread its own order: nothing may hang on the pair before.
+        // Threads use different orders: no result may depend on the previous
+        // pair.
         const std::size_t pick = thread % 2 == 0 ? i : pairs.size() - 1 - i;
         calculator.CalcByPosition(pairs[pick][0], pairs[pick][1]);
         if (!AreSamePaths(calculator.GetLightPath(), expected[pick])) {

@@ -9,7 +9,7 @@
 
 namespace ZARN::Testing {
 
-std::vector<DU::eMedium> StretchesOf(DU::eLightPathType type) {
+std::vector<DU::eMedium> SegmentsOf(DU::eLightPathType type) {
   constexpr DU::eMedium kInner = DU::eMedium::kInnerAV;
   constexpr DU::eMedium kWall = DU::eMedium::kAcrylic;
   constexpr DU::eMedium kWater = DU::eMedium::kWater;
@@ -36,9 +36,9 @@ std::vector<DU::eMedium> StretchesOf(DU::eLightPathType type) {
 std::vector<TVector3> CornersOf(const DU::LightPathCalculator& path) {
   const std::array points = {path.GetAVPoint1(), path.GetAVPoint2(),
                              path.GetAVPoint3(), path.GetAVPoint4()};
-  const std::size_t stretches = StretchesOf(path.GetLightPathType()).size();
+  const std::size_t segments = SegmentsOf(path.GetLightPathType()).size();
   std::vector<TVector3> corners = {path.GetStartPos()};
-  for (std::size_t i = 0; i + 1 < stretches; ++i) corners.push_back(points[i]);
+  for (std::size_t i = 0; i + 1 < segments; ++i) corners.push_back(points[i]);
   corners.push_back(path.GetEndPos());
   return corners;
 }
@@ -49,7 +49,7 @@ double DistanceFromSegment(const TVector3& point, const TVector3& a,
   const double square = along.Mag2();
   if (square == 0.0) return (point - a).Mag();
   const double t = std::clamp((point - a).Dot(along) / square, 0.0, 1.0);
-  // By the nearer end, which leaves less to cancel.
+  // From the nearer end, which loses fewer digits.
   const TVector3 foot = t < 0.5 ? a + t * along : b - (1.0 - t) * along;
   return (point - foot).Mag();
 }
@@ -60,12 +60,12 @@ double AngleBetween(const TVector3& a, const TVector3& b) {
 
 namespace {
 
-/// How a path turns up at one of its corners on a surface.
+/// A path at one of its corners on a surface.
 struct Passage {
   double Sine;            ///< of the angle to the radius
-  double SineError;       ///< what the rounding of the points does to it
+  double SineError;       ///< from the rounding of the points
   TVector3 Axis;          ///< radius x direction
-  double Cosine;          ///< above 0 outwards
+  double Cosine;          ///< > 0 if outwards
   double DirectionError;  ///< of axis and cosine
 };
 
@@ -73,7 +73,7 @@ std::string Flaw(const std::string& what, double by) {
   return what + " (" + Exact(by) + ")";
 }
 
-/// The checks of one path. Each gives the first flaw that it finds, or nothing.
+/// The checks of one path. Each returns the first flaw found, or "".
 class Inspection {
  public:
   Inspection(const DU::LightPathCalculator& path,
@@ -86,12 +86,12 @@ class Inspection {
         type_(path.GetLightPathType()),
         first_(path.GetInitialDirection()),
         last_(path.GetFinalDirection()),
-        stretches_(StretchesOf(type_)),
+        segments_(SegmentsOf(type_)),
         corners_(CornersOf(path)),
         surfaces_(corners_.size() - 2) {
     for (std::size_t i = 0; i < surfaces_; ++i) {
-      const bool isInner = stretches_[i] == DU::eMedium::kInnerAV ||
-                           stretches_[i + 1] == DU::eMedium::kInnerAV;
+      const bool isInner = segments_[i] == DU::eMedium::kInnerAV ||
+                           segments_[i + 1] == DU::eMedium::kInnerAV;
       radii_.push_back(isInner ? media.InnerRadius : media.OuterRadius);
     }
   }
@@ -99,7 +99,7 @@ class Inspection {
   std::string FirstFlaw() const {
     for (const auto check :
          {&Inspection::Ends, &Inspection::Directions, &Inspection::Surfaces,
-          &Inspection::Refraction, &Inspection::Stretches, &Inspection::Plane,
+          &Inspection::Refraction, &Inspection::Segments, &Inspection::Plane,
           &Inspection::Lengths}) {
       const std::string flaw = (this->*check)();
       if (!flaw.empty()) return flaw;
@@ -109,10 +109,10 @@ class Inspection {
 
  private:
   std::string Ends() const {
-    if (stretches_.empty() || type_ == DU::kWaterReflection) {
+    if (segments_.empty() || type_ == DU::kWaterReflection) {
       return "wrong type";
     }
-    if (stretches_.front() != media_.At(event_.Mag())) {
+    if (segments_.front() != media_.At(event_.Mag())) {
       return "type starts in another medium";
     }
     if (path_.GetStartPos() != event_) return "start is not the event";
@@ -125,7 +125,8 @@ class Inspection {
     return "";
   }
 
-  /// They are unit vectors and lead from end to point and from point to end.
+  /// Unit vectors from the start to the first point and from the last point to
+  /// the end.
   std::string Directions() const {
     for (const TVector3& direction : {first_, last_}) {
       const double excess = std::abs(direction.Mag2() - 1.0) / 2.0;
@@ -160,53 +161,53 @@ class Inspection {
     return "";
   }
 
-  /// How the stretch passes the surface at its corner.
-  Passage PassageOf(std::size_t stretch, std::size_t corner) const {
+  /// The passage of a segment through the surface at its corner.
+  Passage PassageOf(std::size_t segment, std::size_t corner) const {
     const TVector3 normal = corners_[corner] * (1.0 / radii_[corner - 1]);
     const auto by = [&](const TVector3& direction, double error) -> Passage {
       const TVector3 axis = normal.Cross(direction);
       return {axis.Mag(), error, axis, normal.Dot(direction), error};
     };
-    if (stretch == 0) return by(first_, 0.0);
-    if (stretch == surfaces_) return by(last_, 0.0);
-    const TVector3 chord = corners_[stretch + 1] - corners_[stretch];
+    if (segment == 0) return by(first_, 0.0);
+    if (segment == surfaces_) return by(last_, 0.0);
+    const TVector3 chord = corners_[segment + 1] - corners_[segment];
     const double length = chord.Mag();
     const double lost =
         length > 0.0 ? 1e-15 * media_.OuterRadius / length : 1.0;
     Passage result = by(length > 0.0 ? chord * (1.0 / length) : chord, lost);
-    const double radius = radii_[stretch - 1];
-    if (radius == radii_[stretch] && length < radius) {
-      // Between two points of one sphere the length alone gives the sine, the
-      // better the shorter it is.
+    const double radius = radii_[segment - 1];
+    if (radius == radii_[segment] && length < radius) {
+      // Between two points of one sphere the length gives the sine, more
+      // precisely the shorter it is.
       const double half = length / (2.0 * radius);
       result.Sine = std::sqrt((1.0 - half) * (1.0 + half));
       result.SineError = 0.0;
     }
-    // Across the walls of real vessels the points define the direction well
-    // enough; in one of less than a hundredth of the radius they cannot.
+    // Across the wall of a real vessel the points define the direction well
+    // enough; across a wall thinner than 1 % of the radius they do not.
     if (lost <= 1e-13) result.SineError = 0.0;
     return result;
   }
 
-  /// Snell's law, and the sides and ways that go with it.
+  /// Snell's law, and the sides and senses of the directions.
   std::string Refraction() const {
     for (std::size_t i = 0; i < surfaces_; ++i) {
       const Passage in = PassageOf(i, i + 1);
       const Passage out = PassageOf(i + 1, i + 1);
-      const double n1 = media_.IndexIn(stretches_[i]);
-      const double n2 = media_.IndexIn(stretches_[i + 1]);
+      const double n1 = media_.IndexIn(segments_[i]);
+      const double n2 = media_.IndexIn(segments_[i + 1]);
       const double residual = std::abs(n1 * in.Sine - n2 * out.Sine);
       const double rounding = n1 * in.SineError + n2 * out.SineError;
       if (!(residual <= 1e-12 + rounding)) {
         return Flaw("Snell's law fails at surface " + std::to_string(i + 1),
                     residual);
       }
-      constexpr double kTold = 1e-3;  // from there the directions tell a side
+      constexpr double kTold = 1e-3;  // above it the directions define a side
       const bool isBentBack = in.Axis.Dot(out.Axis) < 0.0 && in.Sine > 1e-9 &&
                               out.Sine > 1e-9 && in.DirectionError < kTold &&
                               out.DirectionError < kTold;
       if (isBentBack) return "refracted to the wrong side";
-      const bool isOutwards = stretches_[i + 1] > stretches_[i];
+      const bool isOutwards = segments_[i + 1] > segments_[i];
       for (const Passage& way : {in, out}) {
         const double cosine = isOutwards ? way.Cosine : -way.Cosine;
         if (!(cosine >= -1e-14 - way.DirectionError)) {
@@ -217,13 +218,13 @@ class Inspection {
     return "";
   }
 
-  /// No stretch leaves its medium inwards on the way.
-  std::string Stretches() const {
-    for (std::size_t i = 0; i < stretches_.size(); ++i) {
-      const double inside = stretches_[i] == DU::eMedium::kWater
+  /// No segment leaves its medium inwards on its way.
+  std::string Segments() const {
+    for (std::size_t i = 0; i < segments_.size(); ++i) {
+      const double inside = segments_[i] == DU::eMedium::kWater
                                 ? media_.OuterRadius
                                 : media_.InnerRadius;
-      if (stretches_[i] == DU::eMedium::kInnerAV) continue;
+      if (segments_[i] == DU::eMedium::kInnerAV) continue;
       const double closest =
           DistanceFromSegment(TVector3(), corners_[i], corners_[i + 1]);
       const double rounding =
@@ -235,7 +236,8 @@ class Inspection {
     return "";
   }
 
-  /// One plane through the centre, spanned by whichever two span it best.
+  /// All in one plane through the centre, spanned by the two vectors that
+  /// define it best.
   std::string Plane() const {
     std::vector<TVector3> spanning = corners_;
     spanning.push_back(first_);
@@ -262,14 +264,14 @@ class Inspection {
     return "";
   }
 
-  /// What the calculator works out from the points.
+  /// Lengths and times that the calculator derives from the points.
   std::string Lengths() const {
     constexpr std::array kMedia = {DU::eMedium::kInnerAV, DU::eMedium::kAcrylic,
                                    DU::eMedium::kWater};
     constexpr double kLightSpeed = 299.792458;  // mm/ns
     DU::PerMedium lengths{};
-    for (std::size_t i = 0; i < stretches_.size(); ++i) {
-      lengths[DU::IndexOf(stretches_[i])] +=
+    for (std::size_t i = 0; i < segments_.size(); ++i) {
+      lengths[DU::IndexOf(segments_[i])] +=
           (corners_[i + 1] - corners_[i]).Mag();
     }
     double optical = 0.0;
@@ -303,7 +305,7 @@ class Inspection {
   DU::eLightPathType type_;
   const TVector3& first_;
   const TVector3& last_;
-  std::vector<DU::eMedium> stretches_;
+  std::vector<DU::eMedium> segments_;
   std::vector<TVector3> corners_;
   std::size_t surfaces_;
   std::vector<double> radii_;

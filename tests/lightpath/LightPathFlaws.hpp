@@ -8,25 +8,25 @@
 #include "lightpath/LightPathCalculator.hpp"
 #include "lightpath/LightPathType.hpp"
 
-/// What every light path must satisfy, worked out from its points and
-/// directions alone.
+/// Conditions for every light path, checked from its points and directions
+/// only.
 namespace ZARN::Testing {
 
-/// The media of a type's stretches, in order.
-std::vector<DU::eMedium> StretchesOf(DU::eLightPathType type);
+/// The media of a type's segments, in order.
+std::vector<DU::eMedium> SegmentsOf(DU::eLightPathType type);
 
-/// Start, points on the surfaces as many as the type has, and end.
+/// Start, the points on the surfaces that the type uses, and end.
 std::vector<TVector3> CornersOf(const DU::LightPathCalculator& path);
 
-/// Distance of a point from the piece of a line between two ends.
+/// Distance of a point from a segment.
 double DistanceFromSegment(const TVector3& point, const TVector3& a,
                            const TVector3& b);
 
-/// The angle between two vectors, to the last digits where it is small, too.
+/// The angle between two vectors, accurate also for small angles.
 double AngleBetween(const TVector3& a, const TVector3& b);
 
-/// What is wrong with a refracted or straight path: the first thing found with
-/// its figures, or nothing. Uses the points and directions, never the solver.
+/// The first flaw found in a refracted or straight path with its size, or "".
+/// Uses the points and directions, not the solver.
 std::string FlawOf(const DU::LightPathCalculator& path,
                    const DU::ConcentricMedia& media, const TVector3& eventPos,
                    const TVector3& pmtPos);

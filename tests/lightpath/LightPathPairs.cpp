@@ -17,7 +17,7 @@ namespace {
 
 constexpr double kTwoPi = 2.0 * kPi;
 
-/// A radius close to a given one, down to nearly its last digits.
+/// A radius close to a given one, at any distance down to its last digits.
 double Near(Random& random, double radius) {
   const double side = random.Chance(0.5) ? 1.0 : -1.0;
   return radius * (1.0 + side * LogUniform(random, -15, -1));
@@ -67,7 +67,7 @@ Pair DrawPair(const DU::ConcentricMedia& media, Random& random) {
     }
   }
   pair.Event = pair.EventRadius * random.Direction();
-  // What rounding makes of it, for it may have crossed a surface.
+  // The rounded radius, which may be beyond a surface.
   pair.EventRadius = pair.Event.Mag();
   return pair;
 }
@@ -77,14 +77,14 @@ void AimByTracing(Pair& pair, const DU::ConcentricMedia& media,
   const auto launch = [&](double angle) {
     return Reference::TraceRay(media, pair.EventRadius, pair.PmtRadius, angle);
   };
-  // Away from rays that miss the vessel.
+  // Without rays that miss the vessel.
   const double rim =
       pair.EventRadius < media.OuterRadius
           ? 0.0
           : kPi - std::asin(media.OuterRadius / pair.EventRadius);
   Reference::TracedRay ray = launch(random.Uniform(rim, kPi));
   if (!pair.IsTame && random.Chance(0.4)) {
-    // Close to where this type begins: grazing incidence, critical angles.
+    // Close to the first ray of this type: grazing incidence, critical angles.
     const Reference::TracedRay other = launch(random.Uniform(rim, kPi));
     if (other.Type != ray.Type && ray.Type != DU::kUninitialised) {
       double same = ray.LaunchAngle;
@@ -93,8 +93,8 @@ void AimByTracing(Pair& pair, const DU::ConcentricMedia& media,
         const double middle = same + (differs - same) / 2.0;
         (launch(middle).Type == ray.Type ? same : differs) = middle;
       }
-      // Near a right angle the sine, by which the ray meets or misses a sphere,
-      // cannot tell angles apart that are this close.
+      // Near a right angle, the sine (which decides whether the ray hits a
+      // sphere) is the same for angles this close.
       const double blur = 4e-15 / std::abs(std::cos(same));
       const double distance = std::max(blur, LogUniform(random, -13, -1));
       const Reference::TracedRay near =
@@ -115,7 +115,7 @@ void PlacePmt(Pair& pair, Random& random) {
   const TVector3 aside = std::cos(turn) * y + std::sin(turn) * x.Cross(y);
   pair.Pmt = pair.PmtRadius *
              (std::cos(pair.Angle) * x + std::sin(pair.Angle) * aside);
-  // Rounding must not put it into the wall.
+  // Rounding must not move it into the wall.
   while (pair.Pmt.Mag() < pair.PmtRadius) pair.Pmt *= 1.0 + 4e-16;
 }
 

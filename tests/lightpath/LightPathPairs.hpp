@@ -15,21 +15,21 @@ struct Pair {
   double EventRadius = 0.0;
   double PmtRadius = 0.0;
   double Angle = 0.0;
-  bool IsTame = false;  ///< nothing about it is close to a limit by design
-  Reference::TracedRay Known;  ///< a path that leads there, if it has a type
+  bool IsTame = false;         ///< not made to be close to a limit
+  Reference::TracedRay Known;  ///< a ray that ends at the PMT, if it has a type
 
   TVector3 Event;
   TVector3 Pmt;
 };
 
-/// Ten to a power between two others.
+/// Ten to a random power between two limits.
 double LogUniform(Random& random, double lowPower, double highPower);
 
-/// An event in its place, and how far from the centre and the event the PMT is
-/// to be.
+/// An event at its position; the PMT as distance from the centre and angle to
+/// the event.
 Pair DrawPair(const DU::ConcentricMedia& media, Random& random);
 
-/// Moves the PMT to where a ray ends: then there is a path.
+/// Moves the PMT to the end of a traced ray, so that a path exists.
 void AimByTracing(Pair& pair, const DU::ConcentricMedia& media, Random& random);
 
 void PlacePmt(Pair& pair, Random& random);

@@ -30,8 +30,8 @@ constexpr double kTwoPi = 2.0 * kPi;
 
 enum class eMeeting { kMisses, kMeets, kTooCloseToTell };
 
-/// Whether the straight connection meets the outer sphere, in more digits than
-/// the calculator has.
+/// Whether the straight line hits the outer sphere, with more digits than the
+/// calculator uses.
 eMeeting StraightConnection(const DU::ConcentricMedia& media,
                             const TVector3& eventPos, const TVector3& pmtPos) {
   using Long = long double;
@@ -57,10 +57,9 @@ eMeeting StraightConnection(const DU::ConcentricMedia& media,
   return distance > outer ? eMeeting::kMisses : eMeeting::kMeets;
 }
 
-/// How far rounding of the ends may move the points of a path, mm: farther
-/// where the points move much more than the end does (near a caustic), and
-/// where a surface is crossed nearly along it. Infinite where a path begins or
-/// ends.
+/// How far rounding of the ends may move the points of a path, mm: more if the
+/// points move much faster than the end (near a caustic) or the path nearly
+/// grazes a surface. Infinite at the limit of existence of a path.
 double RoundingOf(const LightPathCalculator& path,
                   const DU::ConcentricMedia& media) {
   const double radius = path.GetStartPos().Mag();
@@ -87,7 +86,7 @@ double RoundingOf(const LightPathCalculator& path,
   return 2e-13 * media.OuterRadius * obliqueness + 1e-14 * moved / swept;
 }
 
-/// The largest distance of corresponding points, if the types are the same.
+/// The largest distance of corresponding points of two paths of one type.
 double LargestGap(const std::vector<TVector3>& a,
                   const std::vector<TVector3>& b) {
   if (a.size() != b.size()) return std::numeric_limits<double>::infinity();
@@ -98,7 +97,7 @@ double LargestGap(const std::vector<TVector3>& a,
   return gap;
 }
 
-/// That a test did not pass for want of cases. Of few pairs there may be none.
+/// Fails if a test had too few cases. With few pairs there may be none.
 void ExpectOneOf(int pairsPerCase, int cases, int pairs) {
   constexpr int kFew = 1000;
   if (pairs < kFew) return;
@@ -107,7 +106,7 @@ void ExpectOneOf(int pairsPerCase, int cases, int pairs) {
 
 class LightPathProperty : public testing::TestWithParam<std::size_t> {
  protected:
-  /// One of the vessels, or, as the last, random ones.
+  /// One of the vessels; random ones for the last parameter.
   void SetUp() override {
     const std::vector<Vessel> vessels = Vessels();
     isRandom_ = GetParam() == vessels.size();
@@ -115,7 +114,7 @@ class LightPathProperty : public testing::TestWithParam<std::size_t> {
     if (!isRandom_) Use(vessels[GetParam()].Media);
   }
 
-  /// The same media for a while, where they are random.
+  /// Random media change only now and then.
   void ChangeMedia(int pair) {
     constexpr int kPairsPerMedia = 200;
     if (isRandom_ && pair % kPairsPerMedia == 0) Use(RandomMedia(random_));
@@ -155,8 +154,8 @@ TEST_P(LightPathProperty, PathsObeySnellsLawAndReachTheirEnds) {
              Replay(media_, pair.Event, pair.Pmt) + "\n" +
              Describe(calculator_);
     };
-    // Rounding of a PMT's position just above the surface turns grazing light
-    // by more than such a ray may be close to the last of its kind.
+    // Rounding of a PMT's position just above the surface changes grazing light
+    // by more than the distance of such a ray from the limit of its type.
     const bool isKnown = pair.Known.Type != DU::kUninitialised &&
                          pair.PmtRadius > media_.OuterRadius * (1.0 + 1e-9);
     const bool isInWater = media_.At(pair.Event.Mag()) == DU::eMedium::kWater;
@@ -205,7 +204,7 @@ TEST_P(LightPathProperty, OpticalLengthIsStationary) {
     calculator_.CalcByPosition(pair.Event, pair.Pmt);
     const std::vector<TVector3> corners = CornersOf(calculator_);
     const std::vector<DU::eMedium> media =
-        StretchesOf(calculator_.GetLightPathType());
+        SegmentsOf(calculator_.GetLightPathType());
     double shortest = std::numeric_limits<double>::infinity();
     for (std::size_t k = 0; k < media.size(); ++k) {
       shortest = std::min(shortest, (corners[k + 1] - corners[k]).Mag());
@@ -231,7 +230,7 @@ TEST_P(LightPathProperty, OpticalLengthIsStationary) {
             << "at corner " << k << ", pair " << i << ": "
             << Replay(media_, pair.Event, pair.Pmt) << "\n"
             << Describe(calculator_);
-        // The same from the directions: what Fermat's principle says of them.
+        // The same from the directions, by Fermat's principle.
         const bool isFirst = k == 1;
         const bool isLast = k + 2 == corners.size();
         const TVector3 in = isFirst ? calculator_.GetInitialDirection()
@@ -252,7 +251,7 @@ TEST_P(LightPathProperty, OpticalLengthIsStationary) {
   if (isRandom_ || wall > 5e-3) ExpectOneOf(20, compared, pairs);
 }
 
-TEST_P(LightPathProperty, TheWayBackIsTheSame) {
+TEST_P(LightPathProperty, IsTheSameBackwards) {
   LightPathCalculator back = calculator_;
   int compared = 0;
   const int pairs = Pairs(10);
@@ -290,7 +289,7 @@ TEST_P(LightPathProperty, TheWayBackIsTheSame) {
   ExpectOneOf(20, compared, pairs);
 }
 
-TEST_P(LightPathProperty, PathsTurnWithTheirEnds) {
+TEST_P(LightPathProperty, PathsRotateWithTheirEnds) {
   LightPathCalculator turned = calculator_;
   int compared = 0;
   const int pairs = Pairs(10);
@@ -345,7 +344,7 @@ std::string DescribeRays(const std::vector<TracedRay>& rays) {
   return text;
 }
 
-TEST_P(LightPathProperty, IsTheShortestOfAllOrNoneIfThereIsNone) {
+TEST_P(LightPathProperty, IsTheShortestIfThereIsAny) {
   constexpr int kLaunches = 20000;
   constexpr int kAnglesPerScan = 40;
   constexpr int kPairsPerPair = 500;  // a scan costs as much as 2,000 paths
@@ -381,8 +380,9 @@ TEST_P(LightPathProperty, IsTheShortestOfAllOrNoneIfThereIsNone) {
         ++without;
         continue;
       }
-      // Where the swept angle is steep, no launch angle of a double hits the
-      // PMT; the length changes by the conserved n r sin per angle missed.
+      // Where the swept angle is steep, no launch angle that is a double
+      // reaches the PMT; the length changes by n r sin, which is conserved, per
+      // angle missed.
       const double shortest = rays.front().OpticalLength;
       const double perAngle =
           media_.IndexIn(DU::eMedium::kWater) * pair.PmtRadius;
@@ -423,7 +423,7 @@ TEST(LightPathOfEqualIndices, IsTheStraightLine) {
     const int pairs = std::max(100, PairsInAll() / 40);
     for (int i = 0; i < pairs; ++i) {
       Pair pair = DrawPair(media, random);
-      // Near-grazing lines: at a chosen distance from the centre.
+      // Nearly grazing lines, at a given distance from the centre.
       const bool isAimed = random.Chance(0.5);
       const double limit =
           random.Chance(0.5) ? media.InnerRadius : media.OuterRadius;
@@ -436,8 +436,8 @@ TEST(LightPathOfEqualIndices, IsTheStraightLine) {
         pair.Angle = turn - std::asin(distance / pair.PmtRadius);
       }
       PlacePmt(pair, random);
-      // What follows from the points needs ends that are not closer than they
-      // are exact.
+      // Derived values need ends that are farther apart than their rounding
+      // error.
       const double apart = (pair.Pmt - pair.Event).Mag();
       if (apart < 1.0 || pair.PmtRadius > 20 * media.OuterRadius) continue;
       calculator.CalcByPosition(pair.Event, pair.Pmt);

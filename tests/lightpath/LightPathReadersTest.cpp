@@ -19,7 +19,7 @@ using DU::LightPathCalculator;
 
 class LightPathReaders : public InRealVessel {};
 
-TEST_F(LightPathReaders, FollowWhatIsSetByHand) {
+TEST_F(LightPathReaders, UseValuesThatWereSet) {
   calculator_.SetLightPathType(DU::kAVToWater);
   calculator_.SetStartPos({0, 0, 5830});
   calculator_.SetAVPoint1({0, 0, 5860});
@@ -45,10 +45,10 @@ TEST_F(LightPathReaders, FollowWhatIsSetByHand) {
   EXPECT_EQ(calculator_.GetIncidenceAngle(), 0.0);
 }
 
-TEST(LightPathOfDispersiveMedia, HasLengthByPhaseAndTimeByGroupIndex) {
-  // Straight out from the centre: 5800 mm of liquid, 60 of acrylic, 2540 of
-  // water. The indices fall evenly by 3e-4, 2e-4 and 1e-4 per nm, so that n -
-  // wavelength dn/dwavelength, the group index, is what they come to at 0 nm.
+TEST(LightPathOfDispersiveMedia, UsesPhaseIndexForLengthAndGroupIndexForTime) {
+  // Straight outwards from the centre: 5800 mm of liquid, 60 of acrylic, 2540
+  // of water. The indices fall linearly by 3e-4, 2e-4 and 1e-4 per nm, so the
+  // group index n - wavelength dn/dwavelength is their value at 0 nm.
   Tables tables = TablesOf({kInner, kOuter, {1.5, 1.49, 1.33}});
   const std::vector<double> wavelengths = {300.0, 400.0, 500.0};
   const auto set = [&](const char* index, std::vector<double> n) {
@@ -70,18 +70,18 @@ TEST(LightPathOfDispersiveMedia, HasLengthByPhaseAndTimeByGroupIndex) {
               (1.65 * 5800 + 1.60 * 60 + 1.39 * 2540) / 299.792458, 1e-10);
 }
 
-TEST_F(LightPathReaders, GiveTheAngleOfLightFromStraightAhead) {
+TEST_F(LightPathReaders, ReturnTheAngleOfHeadOnLight) {
   Calculate({0, 0, 100}, {0, 0, 8400});
   EXPECT_EQ(calculator_.GetIncidenceAngle(), 0.0);
   Calculate({0, 0, 9000}, {0, 0, 8400});
   EXPECT_EQ(calculator_.GetIncidenceAngle(), kPi);
-  // From behind its own plane at a right angle.
+  // At a right angle to the radius of the PMT.
   Calculate({100, 0, 8400}, {0, 0, 8400});
   EXPECT_EQ(calculator_.GetIncidenceAngle(), kPi / 2.0);
 }
 
-TEST_F(LightPathReaders, GiveAllDigitsOfTheAngleOfLightFromNearlyAhead) {
-  // An arc cosine would have lost half of the digits here.
+TEST_F(LightPathReaders, ReturnAllDigitsOfASmallAngle) {
+  // An arc cosine would lose half of the digits here.
   Random random(13);
   for (int i = 0; i < 2000; ++i) {
     const double angle = std::pow(10.0, random.Uniform(-12.0, 0.0));

@@ -16,7 +16,7 @@ namespace {
 using Testing::Tables;
 using Numbers = std::vector<double>;
 
-TEST(OpticalMedium, OfOneNumberHasNoDispersion) {
+TEST(OpticalMedium, HasNoDispersionForOneNumber) {
   const OpticalMedium medium(1.5);
   for (const double wavelength : {1e-3, 400.0, 1e9}) {
     EXPECT_EQ(medium.RefractiveIndexAt(wavelength), 1.5);
@@ -25,7 +25,7 @@ TEST(OpticalMedium, OfOneNumberHasNoDispersion) {
   }
 }
 
-TEST(OpticalMedium, InterpolatesLinearlyAndGivesTableValuesExactly) {
+TEST(OpticalMedium, InterpolatesLinearlyAndReturnsTableValuesExactly) {
   const OpticalMedium medium({300, 400, 600}, {1.6, 1.5, 1.4});
   EXPECT_EQ(medium.RefractiveIndexAt(300), 1.6);
   EXPECT_EQ(medium.RefractiveIndexAt(400), 1.5);
@@ -34,7 +34,7 @@ TEST(OpticalMedium, InterpolatesLinearlyAndGivesTableValuesExactly) {
   EXPECT_DOUBLE_EQ(medium.RefractiveIndexAt(550), 1.425);
 }
 
-TEST(OpticalMedium, StaysAtItsEnds) {
+TEST(OpticalMedium, UsesTheEndValuesOutsideTheTable) {
   const OpticalMedium medium({300, 400, 600}, {1.6, 1.5, 1.4});
   for (const double wavelength : {1.0, 299.9}) {
     EXPECT_EQ(medium.RefractiveIndexAt(wavelength), 1.6);
@@ -50,7 +50,7 @@ TEST(OpticalMedium, StaysAtItsEnds) {
   EXPECT_TRUE(medium.Reaches(600));
 }
 
-TEST(OpticalMedium, HasTheGroupIndexOfAParabolaExactly) {
+TEST(OpticalMedium, HasTheExactGroupIndexOfAParabola) {
   const auto n = [](double x) { return 2.0 - 2e-3 * x + 1e-6 * x * x; };
   const auto group = [&](double x) { return n(x) - x * (-2e-3 + 2e-6 * x); };
   const Numbers wavelengths = {300, 320, 400, 410, 600};
@@ -63,7 +63,7 @@ TEST(OpticalMedium, HasTheGroupIndexOfAParabolaExactly) {
   EXPECT_NEAR(medium.GroupIndexAt(360), 0.5 * (group(320) + group(400)), 1e-13);
 }
 
-TEST(OpticalMedium, TakesTablesOfOneAndTwoWavelengths) {
+TEST(OpticalMedium, AcceptsTablesOfOneAndTwoWavelengths) {
   const OpticalMedium one({400}, {1.5});
   EXPECT_EQ(one.RefractiveIndexAt(400), 1.5);
   EXPECT_EQ(one.GroupIndexAt(300), 1.5);
@@ -72,7 +72,7 @@ TEST(OpticalMedium, TakesTablesOfOneAndTwoWavelengths) {
   EXPECT_DOUBLE_EQ(two.GroupIndexAt(500), 1.4 + 500 * 1e-3);
 }
 
-TEST(OpticalMedium, IsReadAsOneNumberOrAsArrays) {
+TEST(OpticalMedium, ReadsOneNumberOrArrays) {
   const TableSet tables =
       Tables()
           .Set("OPTICS", "water", "refractive_index", 1.33)
@@ -86,7 +86,7 @@ TEST(OpticalMedium, IsReadAsOneNumberOrAsArrays) {
 }
 
 template <class Error>
-std::string ComplaintOf(const Tables& tables) {
+std::string ErrorOf(const Tables& tables) {
   try {
     OpticalMedium::Read(tables.AsSet(), "water");
   } catch (const Error& error) {
@@ -101,47 +101,46 @@ Tables WaterOf(const Numbers& wavelengths, const Numbers& indices) {
       .Set("OPTICS", "water", "refractive_index", indices);
 }
 
-TEST(OpticalMedium, RefusesWhatCannotBe) {
-  const auto complaint = [](const Numbers& wavelengths,
-                            const Numbers& indices) {
-    return ComplaintOf<DBValueError>(WaterOf(wavelengths, indices));
+TEST(OpticalMedium, RefusesImpossibleValues) {
+  const auto error = [](const Numbers& wavelengths, const Numbers& indices) {
+    return ErrorOf<DBValueError>(WaterOf(wavelengths, indices));
   };
   const std::string place = "table OPTICS, index water: the field ";
   const double nan = std::numeric_limits<double>::quiet_NaN();
   const double infinity = std::numeric_limits<double>::infinity();
   const std::string noIndex =
-      "refractive_index is not a finite number from 1 up in place 2";
+      "refractive_index is not a finite number >= 1 at position 2";
   for (const double bad : {0.999, -1.5, nan, infinity}) {
-    EXPECT_EQ(complaint({400, 500}, {1.5, bad}), place + noIndex);
-    EXPECT_EQ(ComplaintOf<DBValueError>(
+    EXPECT_EQ(error({400, 500}, {1.5, bad}), place + noIndex);
+    EXPECT_EQ(ErrorOf<DBValueError>(
                   Tables().Set("OPTICS", "water", "refractive_index", bad)),
-              place + "refractive_index is not a finite number from 1 up");
+              place + "refractive_index is not a finite number >= 1");
   }
   const std::string noWavelength =
-      "wavelength is not positive and increasing in place ";
+      "wavelength is not positive and increasing at position ";
   for (const double bad : {400.0, 399.0, nan, infinity}) {
-    EXPECT_EQ(complaint({400, bad}, {1.5, 1.4}), place + noWavelength + "2");
+    EXPECT_EQ(error({400, bad}, {1.5, 1.4}), place + noWavelength + "2");
   }
   for (const double bad : {0.0, -400.0}) {
-    EXPECT_EQ(complaint({bad, 400}, {1.5, 1.4}), place + noWavelength + "1");
+    EXPECT_EQ(error({bad, 400}, {1.5, 1.4}), place + noWavelength + "1");
   }
-  EXPECT_EQ(complaint({400, 500}, {1.5}),
+  EXPECT_EQ(error({400, 500}, {1.5}),
             place + "refractive_index has 1 values for 2 wavelengths");
-  EXPECT_EQ(complaint({}, {}), place + "wavelength is empty");
-  EXPECT_EQ(complaint({400, 500}, {1.0, 1.4}), "") << "1 is an index";
+  EXPECT_EQ(error({}, {}), place + "wavelength is empty");
+  EXPECT_EQ(error({400, 500}, {1.0, 1.4}), "") << "1 is an index";
 }
 
-TEST(OpticalMedium, RefusesWhatIsMissing) {
-  EXPECT_EQ(ComplaintOf<DBNotFoundError>(Tables()),
+TEST(OpticalMedium, RefusesMissingFields) {
+  EXPECT_EQ(ErrorOf<DBNotFoundError>(Tables()),
             "table OPTICS, index water: there is no entry for run 0, so no "
             "field refractive_index");
-  EXPECT_EQ(ComplaintOf<DBNotFoundError>(
+  EXPECT_EQ(ErrorOf<DBNotFoundError>(
                 Tables().Set("OPTICS", "water", "wavelength", Numbers{400})),
             "table OPTICS, index water: there is no field refractive_index");
-  EXPECT_EQ(ComplaintOf<DBNotFoundError>(Tables().Set(
+  EXPECT_EQ(ErrorOf<DBNotFoundError>(Tables().Set(
                 "OPTICS", "water", "refractive_index", Numbers{1.33})),
             "table OPTICS, index water: there is no field wavelength");
-  EXPECT_EQ(ComplaintOf<DBNotFoundError>(
+  EXPECT_EQ(ErrorOf<DBNotFoundError>(
                 Tables().Set("OPTICS", "water", "refractive_index", "wet")),
             "table OPTICS, index water: the field refractive_index is not an "
             "array of numbers");

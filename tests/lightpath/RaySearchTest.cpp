@@ -23,7 +23,7 @@ ConcentricMedia RealMedia() {
   return media;
 }
 
-/// Ends whose light has to go through the vessel.
+/// Event and PMT whose light has to go through the vessel.
 PathEnds EndsThroughVessel(Random& random, const ConcentricMedia& media) {
   const double outer = media.OuterRadius;
   PathEnds ends{};
@@ -38,7 +38,7 @@ PathEnds EndsThroughVessel(Random& random, const ConcentricMedia& media) {
   return ends;
 }
 
-/// How far, as a swept angle, the ends are from those at which two rays become
+/// Distance, as a swept angle, from the nearest caustic, where two rays become
 /// one and vanish.
 double DistanceFromCaustic(const ConcentricMedia& media, const PathEnds& ends) {
   std::vector<RayFamily> families = {{kWaterThroughInnerAV, eSense::kInward}};
@@ -68,9 +68,9 @@ double DistanceFromCaustic(const ConcentricMedia& media, const PathEnds& ends) {
   return least;
 }
 
-TEST(FindShortestRay, TakesUnderTenEvaluationsAwayFromCaustics) {
+TEST(FindShortestRay, NeedsFewerThanTenEvaluationsAwayFromCaustics) {
   constexpr int kPairs = 100000;
-  // As docs/light-paths.md states it.
+  // The numbers that docs/light-paths.md states.
   constexpr double kNearCaustic = 0.2;  // rad
   constexpr double kGrazedTogether = 0.003;
   const ConcentricMedia media = RealMedia();
@@ -95,7 +95,7 @@ TEST(FindShortestRay, TakesUnderTenEvaluationsAwayFromCaustics) {
   EXPECT_LE(most, 14);
 }
 
-TEST(FindShortestRay, EndsInAnyMediaAndOnCaustics) {
+TEST(FindShortestRay, TerminatesInAnyMediaAndOnCaustics) {
   constexpr int kPairs = 100000;
   Random random(12);
   int most = 0;
@@ -105,7 +105,7 @@ TEST(FindShortestRay, EndsInAnyMediaAndOnCaustics) {
     media.InnerRadius = 6000 * random.Uniform(0.1, 0.999);
     for (double& n : media.RefractiveIndex) n = random.Uniform(1, 3);
     PathEnds ends = EndsThroughVessel(random, media);
-    // Half of them right at the angle where a family of rays turns back.
+    // Half of them exactly at an angle where a family of rays turns back.
     if (random.Chance(0.5)) {
       for (const JoiningRay& ray : FindAllRays(media, ends)) {
         const SweptAngle angle(
@@ -127,7 +127,7 @@ TEST(FindShortestRay, EndsInAnyMediaAndOnCaustics) {
   EXPECT_LE(most, 100);
 }
 
-TEST(FindShortestRay, IsTheShortestOfAll) {
+TEST(FindShortestRay, FindsTheShortestRay) {
   Random random(13);
   int withSeveral = 0;
   for (int i = 0; i < 20000; ++i) {
@@ -144,7 +144,7 @@ TEST(FindShortestRay, IsTheShortestOfAll) {
       least = std::min(least, ray.OpticalLength);
     EXPECT_NEAR(shortest.OpticalLength, least, 1e-9);
   }
-  EXPECT_GT(withSeveral, 500) << "the choice was hardly asked for";
+  EXPECT_GT(withSeveral, 500) << "too few cases with several rays";
 }
 
 }  // namespace

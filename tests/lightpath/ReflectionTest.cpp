@@ -31,7 +31,7 @@ class Reflection : public testing::Test {
 
   void ExpectNone(const TVector3& eventPos, const TVector3& pmtPos) {
     SCOPED_TRACE("event " + Exact(eventPos) + ", PMT " + Exact(pmtPos));
-    Calculate({0, 6000, 6000}, {0, 0, 8400});  // something that could stay
+    Calculate({0, 6000, 6000}, {0, 0, 8400});  // results that must be cleared
     ASSERT_TRUE(calculator_.HasPath());
     Calculate(eventPos, pmtPos);
     EXPECT_FALSE(calculator_.HasPath());
@@ -49,7 +49,7 @@ class Reflection : public testing::Test {
   DU::LightPathCalculator calculator_ = CalculatorFor(media_);
 };
 
-/// What is wrong with a reflected path: the first thing found, or nothing.
+/// The first flaw found in a reflected path, or "".
 std::string Reflection::Flaw(const TVector3& eventPos,
                              const TVector3& pmtPos) const {
   const DU::LightPathCalculator& path = calculator_;
@@ -98,7 +98,7 @@ std::string Reflection::Flaw(const TVector3& eventPos,
   return "";
 }
 
-/// The straight connection stays outside of the vessel, or only touches it.
+/// Whether the straight line stays outside the vessel or only touches it.
 bool IsClear(const TVector3& a, const TVector3& b) {
   return DistanceFromSegment(TVector3(), a, b) >= kOuter;
 }
@@ -107,7 +107,7 @@ TVector3 InTheWater(Random& random) {
   return kOuter * random.Uniform(1.0001, 2.5) * random.Direction();
 }
 
-TEST_F(Reflection, IsThereWhereTheStraightWayIsClear) {
+TEST_F(Reflection, ExistsIfTheStraightLineIsClear) {
   Random random(21);
   int reflected = 0;
   const int pairs = std::max(1000, PairsInAll() / 5);
@@ -125,7 +125,7 @@ TEST_F(Reflection, IsThereWhereTheStraightWayIsClear) {
   EXPECT_LT(reflected, pairs);
 }
 
-TEST_F(Reflection, IsTheShortestWayByTheOutsideOfTheSphere) {
+TEST_F(Reflection, IsTheShortestWayOverTheOuterSurface) {
   Random random(23);
   int compared = 0;
   const int pairs = std::max(200, PairsInAll() / 1000);
@@ -137,7 +137,7 @@ TEST_F(Reflection, IsTheShortestWayByTheOutsideOfTheSphere) {
     SCOPED_TRACE("event " + Exact(eventPos) + ", PMT " + Exact(pmtPos));
     const double shortest = calculator_.GetLength(DU::eMedium::kWater);
     for (int k = 0; k < 300; ++k) {
-      // Anywhere, and on the way from one end to the other.
+      // Anywhere, or on the arc between the two ends.
       const TVector3 point =
           k % 3 == 0 ? kOuter * random.Direction()
                      : kOuter * (random.Uniform(0, 1) * eventPos.Unit() +
@@ -154,9 +154,9 @@ TEST_F(Reflection, IsTheShortestWayByTheOutsideOfTheSphere) {
   EXPECT_GT(compared, 1000);
 }
 
-TEST_F(Reflection, IsWhereHalvingTheAngleBetweenTheEndsFindsIt) {
-  // Walking over the sphere from below the event to below the PMT, the light
-  // arrives steeper and steeper beside the radius, and leaves ever less so.
+TEST_F(Reflection, AgreesWithBisection) {
+  // From the foot of the event to the foot of the PMT, the angle of incidence
+  // grows and the angle of the leaving light falls.
   Random random(25);
   const int pairs = std::max(500, PairsInAll() / 50);
   for (int i = 0; i < pairs; ++i) {
@@ -183,14 +183,14 @@ TEST_F(Reflection, IsWhereHalvingTheAngleBetweenTheEndsFindsIt) {
   }
 }
 
-TEST_F(Reflection, TheWayBackIsTheSame) {
+TEST_F(Reflection, IsTheSameBackwards) {
   Random random(27);
   DU::LightPathCalculator back = calculator_;
   for (int i = 0; i < 5000; ++i) {
     const TVector3 eventPos = InTheWater(random);
     const TVector3 pmtPos = InTheWater(random);
     Calculate(eventPos, pmtPos);
-    const std::array ends = {pmtPos, eventPos};  // each in the other's place
+    const std::array ends = {pmtPos, eventPos};  // swapped
     back.CalcReflectionByPosition(ends[0], ends[1]);
     SCOPED_TRACE("event " + Exact(eventPos) + ", PMT " + Exact(pmtPos));
     ASSERT_EQ(calculator_.HasPath(), back.HasPath());
@@ -199,7 +199,7 @@ TEST_F(Reflection, TheWayBackIsTheSame) {
   }
 }
 
-TEST_F(Reflection, OfEndsAlongOneRadiusComesStraightBack) {
+TEST_F(Reflection, GoesStraightBackOnOneRadius) {
   const auto expectExactly = [&](double z, double pmtZ) {
     SCOPED_TRACE("z " + Exact(z) + ", PMT at " + Exact(pmtZ));
     Calculate({0, 0, z}, {0, 0, pmtZ});
@@ -224,8 +224,8 @@ TEST_F(Reflection, OfEndsAlongOneRadiusComesStraightBack) {
   }
 }
 
-TEST_F(Reflection, OfANearlyTouchingWayHasNoFlaw) {
-  // The straight connection passes the sphere at every height above it.
+TEST_F(Reflection, HasNoFlawIfTheStraightLineNearlyTouches) {
+  // The straight line passes the sphere at various heights.
   for (int power = -12; power <= 3; ++power) {
     for (const double reach : {1.0, 100.0, 3000.0, 20000.0}) {
       const double height = kOuter + std::pow(10.0, power);
@@ -236,7 +236,7 @@ TEST_F(Reflection, OfANearlyTouchingWayHasNoFlaw) {
       EXPECT_EQ(Flaw(eventPos, pmtPos), "");
     }
   }
-  // Touching it counts, what is deeper by more than rounding does not.
+  // Touching counts; lines deeper than rounding do not.
   Calculate({-3000, kOuter, 0}, {7000, kOuter, 0});
   EXPECT_EQ(Flaw({-3000, kOuter, 0}, {7000, kOuter, 0}), "");
   EXPECT_LE((calculator_.GetAVPoint1() - TVector3(0, kOuter, 0)).Mag(), 1e-9);
@@ -244,7 +244,7 @@ TEST_F(Reflection, OfANearlyTouchingWayHasNoFlaw) {
   ExpectNone({-3000, deeper, 0}, {7000, deeper, 0});
 }
 
-TEST_F(Reflection, OfEndsCloseToTheSurfaceHasNoFlaw) {
+TEST_F(Reflection, HasNoFlawForEndsCloseToTheSurface) {
   Random random(31);
   for (int i = 0; i < 20000; ++i) {
     const auto close = [&] {
@@ -264,9 +264,9 @@ TEST_F(Reflection, OfEndsCloseToTheSurfaceHasNoFlaw) {
   }
 }
 
-TEST_F(Reflection, OfAnEndOnTheSurfaceIsThereOrNone) {
-  // The limit of ever closer ends; a stretch of no length may have no
-  // direction, but never one that is not a number.
+TEST_F(Reflection, IsValidOrAbsentForAnEndOnTheSurface) {
+  // The limit of close ends: a segment of length zero may have no direction,
+  // but never NaN.
   for (const TVector3& other :
        {TVector3(0, 0, 8400), TVector3(3000, 0, 8400),
         TVector3(7000, 0, kOuter), TVector3(0, -2000, 6000)}) {
@@ -281,13 +281,13 @@ TEST_F(Reflection, OfAnEndOnTheSurfaceIsThereOrNone) {
   }
 }
 
-TEST_F(Reflection, IsNoneBehindTheVessel) {
+TEST_F(Reflection, DoesNotExistBehindTheVessel) {
   ExpectNone({0, 0, -7000}, {0, 0, 8400});
   ExpectNone({10, 0, -7000}, {0, 0, 8400});
   ExpectNone({0, 6000, -3000}, {0, 0, 8400});
 }
 
-TEST_F(Reflection, IsNoneFromWithinTheVessel) {
+TEST_F(Reflection, DoesNotExistFromInsideTheVessel) {
   const TVector3 pmtPos(0, 0, 8400);
   for (const double z :
        {0.0, 3000.0, 5800.0, 5830.0, std::nextafter(kOuter, 0.0)}) {
@@ -296,7 +296,7 @@ TEST_F(Reflection, IsNoneFromWithinTheVessel) {
   }
 }
 
-TEST_F(Reflection, IsNoneToAPmtThatIsNotInTheWater) {
+TEST_F(Reflection, DoesNotExistToAPmtOutsideTheWater) {
   for (const double z :
        {0.0, 3000.0, 5800.0, 5830.0, std::nextafter(kOuter, 0.0)}) {
     ExpectNone({0, 0, 8400}, {0, 0, z});
@@ -304,12 +304,12 @@ TEST_F(Reflection, IsNoneToAPmtThatIsNotInTheWater) {
   }
 }
 
-TEST_F(Reflection, IsNoneFromAnEventAtThePmt) {
+TEST_F(Reflection, DoesNotExistFromAnEventAtThePmt) {
   ExpectNone({0, 0, 8400}, {0, 0, 8400});
   ExpectNone({3000, 5000, -6000}, {3000, 5000, -6000});
 }
 
-TEST_F(Reflection, IsNoneForPositionsThatAreNotFinite) {
+TEST_F(Reflection, DoesNotExistForPositionsThatAreNotFinite) {
   const TVector3 good(3000, 5000, -6000);
   for (const double bad : {kNaN, kInfinity, -kInfinity}) {
     for (int axis = 0; axis < 3; ++axis) {
@@ -322,7 +322,7 @@ TEST_F(Reflection, IsNoneForPositionsThatAreNotFinite) {
   }
 }
 
-TEST_F(Reflection, OfHugePositionsHasUnitDirectionsOrIsNone) {
+TEST_F(Reflection, HasUnitDirectionsOrDoesNotExistForHugePositions) {
   for (const double size : {1e9, 1e16, 1e30, 1e154, 1e155, 1e200, 1e308}) {
     for (const TVector3& eventPos :
          {TVector3(0, size, 0), TVector3(size, size, size),
@@ -340,7 +340,7 @@ TEST_F(Reflection, OfHugePositionsHasUnitDirectionsOrIsNone) {
   }
 }
 
-TEST_F(Reflection, LeavesNothingOfARefractedPath) {
+TEST_F(Reflection, ResetsARefractedPath) {
   calculator_.CalcByPosition({0, 0, -7000}, {0, 0, 8400});
   ASSERT_NE(calculator_.GetAVPoint4(), TVector3());
   Calculate({0, 6000, 6000}, {0, 0, 8400});

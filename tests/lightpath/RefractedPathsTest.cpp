@@ -29,11 +29,11 @@ constexpr double kTwoPi = 2.0 * kPi;
 constexpr int kShards = 8;
 constexpr int kLaunches = 100000;
 constexpr int kAnglesPerScan = 25;
-/// Of the pairs of the other property tests: a scan costs as much as 10,000
-/// paths.
+/// Pairs of the other property tests per pair here: a scan costs as much as
+/// 10,000 paths.
 constexpr int kPairsPerPair = 100;
 
-/// The angle between 0 and pi that a swept angle comes to.
+/// A swept angle as an angle between 0 and pi.
 double Folded(double swept) {
   const double turned = std::fmod(swept, kTwoPi);
   return turned > kPi ? kTwoPi - turned : turned;
@@ -105,7 +105,7 @@ std::vector<double> Angles(const DU::ConcentricMedia& media,
   return angles;
 }
 
-/// How far from the angle, taken whatever way around, a ray ends.
+/// Difference between the end of a ray and the angle, in either sense.
 double Missed(const TracedRay& ray, double angle) {
   double missed = kTwoPi;
   for (const double way : LaunchScan::WaysAround(angle)) {
@@ -144,7 +144,7 @@ class RefractedPaths : public testing::TestWithParam<int> {
   double pmtRadius_ = 0.0;
 };
 
-/// The least change of the swept angle with the launch angle close by.
+/// The smallest change of the swept angle with the launch angle nearby.
 double RefractedPaths::SteepnessAt(const TracedRay& ray) const {
   double steepness = std::numeric_limits<double>::infinity();
   for (const double step : {-1e-7, -1e-9, 1e-9, 1e-7}) {
@@ -156,8 +156,8 @@ double RefractedPaths::SteepnessAt(const TracedRay& ray) const {
   return steepness;
 }
 
-/// Follows the ray of a solution, and of launch angles closer to it than the
-/// solver may err, and says what speaks against it.
+/// Traces the ray of a solution, and rays with launch angles within the
+/// solver's error of it, and returns the first flaw.
 std::string RefractedPaths::FlawOfSolution(const RefractedPath& path,
                                            double angle) const {
   const auto ways = LaunchScan::WaysAround(angle);
@@ -187,13 +187,14 @@ std::string RefractedPaths::FlawOfSolution(const RefractedPath& path,
     (gap < 0.0 ? isBelow : isAbove) = true;
     if (std::abs(gap) < closest) {
       closest = std::abs(gap);
-      // The optical length changes by the conserved n r sin per angle swept.
+      // The optical length changes by n r sin, which is conserved, per angle
+      // swept.
       const double perAngle = media_.IndexIn(DU::eMedium::kWater) * pmtRadius_;
       opticalGap =
           std::abs(ray.OpticalLength - path.OpticalLength) - perAngle * closest;
     }
   }
-  // At the steep end of a family the last ray may lie that far away.
+  // At the steep end of a family the last ray may be that far away.
   const double enough = 1e-12 + (isAtEnd ? 2.0 * (highest - lowest) : 0.0);
   const bool isReached = closest <= enough || (isBelow && isAbove);
   if (!isReached) return "its ray sweeps another angle, by " + Exact(closest);
@@ -204,7 +205,7 @@ std::string RefractedPaths::FlawOfSolution(const RefractedPath& path,
   return "";
 }
 
-/// What the scan and what the solver found, a line each.
+/// The solutions of the scan and of the solver, one per line.
 std::string Solutions(const std::vector<TracedRay>& rays,
                       const std::vector<RefractedPath>& paths) {
   std::string text;
@@ -248,8 +249,8 @@ void RefractedPaths::CheckPair(const LaunchScan& scan, double angle) {
     ++tally_.solutions;
     ++tally_.ofType[ray.Type];
     if (ray.SweptAngle > kTwoPi) ++tally_.onceAround;
-    // A ray traced in doubles tells its launch angle badly where the swept
-    // angle hardly changes with it, or the sine.
+    // The launch angle of a ray traced in doubles is inaccurate if the swept
+    // angle or the sine hardly changes with it.
     const double missed = Missed(ray, angle);
     const double tolerance = 1e-12 + (2e-14 + 4.0 * missed) / SteepnessAt(ray) +
                              LaunchScan::BlurOf(ray.LaunchAngle);
@@ -263,20 +264,20 @@ void RefractedPaths::CheckPair(const LaunchScan& scan, double angle) {
       isFound = true;
       isTaken[i] = true;
     }
-    // Two paths that are about to become none: rounding decides.
+    // Two paths that are about to vanish: rounding decides.
     const bool mayBeGone = scan.IsNearAnEnd(angle, 1e-12);
     EXPECT_TRUE(isFound || mayBeGone)
         << "not found: launch " << Exact(ray.LaunchAngle) << "\n"
         << replay();
   }
-  // What the scan did not see is right, as its ray shows; but far from where
-  // paths begin and end it sees all.
+  // Solutions that the scan missed are correct, as their traced rays show; but
+  // far from the limits of paths the scan finds all.
   const auto taken = std::count(isTaken.begin(), isTaken.end(), true);
   const auto unseen = static_cast<int>(paths.size()) - static_cast<int>(taken);
   tally_.unseen += unseen;
   if (!isNearAnEnd) {
     EXPECT_EQ(unseen, 0) << replay();
-    EXPECT_EQ(paths.size(), rays.size()) << "one comes twice\n" << replay();
+    EXPECT_EQ(paths.size(), rays.size()) << "one appears twice\n" << replay();
   }
 }
 
@@ -292,7 +293,7 @@ void RefractedPaths::CheckScan(const DU::ConcentricMedia& media,
   }
 }
 
-TEST_P(RefractedPaths, AreThoseThatAScanOfAllLaunchAnglesFinds) {
+TEST_P(RefractedPaths, MatchAScanOfAllLaunchAngles) {
   const std::vector<Vessel> vessels = Vessels();
   const int scans =
       std::max(1, PairsInAll() / kPairsPerPair / kAnglesPerScan / kShards);
@@ -310,7 +311,7 @@ TEST_P(RefractedPaths, AreThoseThatAScanOfAllLaunchAnglesFinds) {
   RecordProperty("unseen", tally_.unseen);
   RecordProperty("nearAnEnd", tally_.nearAnEnd);
   RecordProperty("onceAround", tally_.onceAround);
-  if (scans < 40) return;  // with few scans rare cases need not occur
+  if (scans < 40) return;  // rare cases may be absent from few scans
   EXPECT_LT(tally_.unseen, tally_.solutions / 20);
   EXPECT_LT(tally_.nearAnEnd, tally_.pairs / 4);
   EXPECT_GT(tally_.pairsWithThree, tally_.pairs / 50);
@@ -324,9 +325,9 @@ TEST_P(RefractedPaths, AreThoseThatAScanOfAllLaunchAnglesFinds) {
 
 INSTANTIATE_TEST_SUITE_P(Shards, RefractedPaths, testing::Range(0, kShards));
 
-TEST(RefractedPaths, BeyondTheFocusOfABallLensAreThree) {
-  // Of light from beside a strong ball lens, rays from both sides of the axis
-  // have crossed where it arrives.
+TEST(RefractedPaths, AreThreeBehindTheFocusOfABallLens) {
+  // Behind the focus of a strong ball lens, rays from both sides of the axis
+  // have crossed.
   const DU::ConcentricMedia media{5800, 5860, {1.9, 1.6, 1.0}};
   const std::vector<RefractedPath> paths =
       DU::FindRefractedPaths(media, 6500, 20000, kPi - 0.01);
@@ -340,9 +341,10 @@ TEST(RefractedPaths, BeyondTheFocusOfABallLensAreThree) {
   EXPECT_EQ(longWay, 1);
 }
 
-TEST(RefractedPaths, MayTurnOnceAroundTheCentre) {
-  // Far away ends, a wall much denser than the water and a core still denser:
-  // light along the wall's critical angle turns by more than a full circle.
+TEST(RefractedPaths, CanTurnOnceAroundTheCentre) {
+  // Distant ends, a wall with a much higher index than the water and a core
+  // with an even higher one: light at the wall's critical angle turns by more
+  // than a full circle.
   const DU::ConcentricMedia media{3400, 5860, {3.0, 1.75, 1.0}};
   const LaunchScan scan(media, 200000, 200000, kLaunches);
   constexpr double kAngle = 0.2;
@@ -356,9 +358,10 @@ TEST(RefractedPaths, MayTurnOnceAroundTheCentre) {
   EXPECT_EQ(std::count_if(paths.begin(), paths.end(), turnsOnce), 1);
 }
 
-TEST(RefractedPaths, AreNoneIntoTheShadowBesideTheVessel) {
-  // Light that enters the vessel from the water is bent towards its centre, and
-  // leaves a dark zone between itself and the light that passes by.
+TEST(RefractedPaths, DoNotReachTheDarkZoneBesideTheVessel) {
+  // Light that enters the vessel from the water is bent towards the centre.
+  // This leaves a dark zone between it and the light that passes beside the
+  // vessel.
   const DU::ConcentricMedia media{5800, 5860, {1.5, 1.49, 1.33}};
   const LaunchScan scan(media, 6500, 8400, kLaunches);
   int dark = 0;

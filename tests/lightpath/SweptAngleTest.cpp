@@ -19,7 +19,7 @@ struct Case {
   PerSite<double> reaches;
 };
 
-/// Every family, in media of any kind.
+/// Every family, in random media.
 std::vector<Case> Cases(int perFamily) {
   struct Kind {
     eLightPathType type;
@@ -56,7 +56,7 @@ std::vector<Case> Cases(int perFamily) {
   return cases;
 }
 
-TEST(SweptAngle, IsTheSumOfArcSines) {
+TEST(SweptAngle, EqualsTheSumOfArcSines) {
   for (const Case& c : Cases(50)) {
     const SweptAngle angle(c.family, c.reaches);
     for (const double t : {0.1, 0.7, 1.3, 1.5}) {
@@ -71,7 +71,7 @@ TEST(SweptAngle, IsTheSumOfArcSines) {
   }
 }
 
-TEST(SweptAngle, KnowsItsCentralRayBeforehand) {
+TEST(SweptAngle, HasACentralRayThatEqualsTheComputedOne) {
   for (const Case& c : Cases(5)) {
     const SweptAngle angle(c.family, c.reaches);
     const auto central = angle.Central();
@@ -90,7 +90,7 @@ TEST(SweptAngle, KnowsItsCentralRayBeforehand) {
   }
 }
 
-TEST(SweptAngle, HasTheDerivativesThatItTells) {
+TEST(SweptAngle, HasTheStatedDerivatives) {
   constexpr double kStep = 1e-5;
   for (const Case& c : Cases(50)) {
     const SweptAngle angle(c.family, c.reaches);
@@ -110,7 +110,7 @@ TEST(SweptAngle, HasTheDerivativesThatItTells) {
   }
 }
 
-TEST(SweptAngle, StaysFiniteWhereSeveralSitesAreGrazedAtOnce) {
+TEST(SweptAngle, IsFiniteIfSeveralSitesAreGrazedAtOnce) {
   ConcentricMedia media;
   media.InnerRadius = 5800;
   media.OuterRadius = 5860;
@@ -123,7 +123,7 @@ TEST(SweptAngle, StaysFiniteWhereSeveralSitesAreGrazedAtOnce) {
   EXPECT_TRUE(std::isfinite(ray.Curve));
 }
 
-TEST(SweptAngle, TurnsBackNoMoreOftenThanItTells) {
+TEST(SweptAngle, TurnsBackNoMoreOftenThanStated) {
   constexpr int kSteps = 2000;
   int turnedBack = 0;
   for (const Case& c : Cases(200)) {
@@ -144,7 +144,7 @@ TEST(SweptAngle, TurnsBackNoMoreOftenThanItTells) {
   EXPECT_GT(turnedBack, 100) << "the cases are too easy";
 }
 
-TEST(SweptAngle, AddsUpOpticalLengths) {
+TEST(SweptAngle, HasTheOpticalLengthOfTheRay) {
   // A ray from the inside along x = 1000 in one medium: a straight line.
   ConcentricMedia media;
   media.InnerRadius = 5800;

@@ -18,7 +18,7 @@ using DU::LightPathCalculator;
 
 class TouchingLightPaths : public InRealVessel {};
 
-TEST_F(TouchingLightPaths, FromOutsideAreStraight) {
+TEST_F(TouchingLightPaths, BetweenOutsidePointsAreStraight) {
   const auto expectStraight = [&](const TVector3& a, const TVector3& b) {
     SCOPED_TRACE("event " + Exact(a) + ", PMT " + Exact(b));
     Calculate(a, b);
@@ -29,13 +29,13 @@ TEST_F(TouchingLightPaths, FromOutsideAreStraight) {
     expectStraight({-3000, height, 0}, {7000, height, 0});
     expectStraight({0, height, -3000}, {0, height, 7000});
     expectStraight({7000, 0, -height}, {-1, 0, -height});
-    // Touching with an end, too.
+    // Also with an end at the touching point.
     expectStraight({0, height, 0}, {7000, height, 0});
     expectStraight({7000, height, 0}, {0, height, 0});
     expectStraight({0, height, 0}, {7000, 8000, 0});
   }
-  // A touch between whole numbers in no special plane: (3, 4, 0)/5 and (4, -3,
-  // 0)/5 are at right angles.
+  // A touching point with integer coordinates in a general plane: (3, 4, 0)/5
+  // and (4, -3, 0)/5 are at right angles.
   const TVector3 touch = 1172.0 * TVector3(3, 4, 0);
   const TVector3 along(4, -3, 0);
   expectStraight(touch - 1000.0 * along, touch + 900.0 * along);
@@ -43,8 +43,8 @@ TEST_F(TouchingLightPaths, FromOutsideAreStraight) {
                  touch + 900.0 * along + TVector3(0, 0, 8));
 }
 
-/// Positions of a touch that are not whole numbers are rounded: so many steps
-/// of the last digit deeper still count, or do not.
+/// Touching points without integer coordinates are rounded: within this many
+/// rounding steps a line may count as touching or not.
 constexpr int kRoundedSteps = 3;
 
 double BelowBy(double value, int steps) {
@@ -52,8 +52,8 @@ double BelowBy(double value, int steps) {
   return value;
 }
 
-TEST_F(TouchingLightPaths, AFewStepsBelowTheTouchAreInTheShadow) {
-  // The light that enters here is bent away: none arrives straight behind.
+TEST_F(TouchingLightPaths, AFewStepsDeeperDoNotExist) {
+  // Light that enters here is bent away, so none arrives straight behind.
   for (int steps = 1; steps <= 10; ++steps) {
     const double height = BelowBy(kOuter, steps);
     SCOPED_TRACE("height " + Exact(height));
@@ -69,7 +69,7 @@ TEST_F(TouchingLightPaths, AFewStepsBelowTheTouchAreInTheShadow) {
   }
 }
 
-TEST(TouchingLightPathsOfEqualIndices, AFewStepsBelowTheTouchGoThroughTheWall) {
+TEST(TouchingLightPathsOfEqualIndices, AFewStepsDeeperGoThroughTheWall) {
   for (const double inner : {3000.0, 5800.0, 5859.9999}) {
     const DU::ConcentricMedia media{inner, kOuter, {1.33, 1.33, 1.33}};
     LightPathCalculator calculator = CalculatorFor(media);
@@ -103,10 +103,9 @@ TEST(TouchingLightPathsOfEqualIndices, AFewStepsBelowTheTouchGoThroughTheWall) {
   }
 }
 
-TEST(TouchingLightPathsOfEqualIndices,
-     AreThereFromAnEventRightAtTheInnerSurface) {
-  // The straight line touches the inner surface, to the last digits: it belongs
-  // to the end of one family of rays and the beginning of another.
+TEST(TouchingLightPathsOfEqualIndices, ExistFromAnEventAtTheInnerSurface) {
+  // The straight line touches the inner surface to the last digits: it is at
+  // the end of one family of rays and at the start of another.
   constexpr double kIndex = 1.2769303342202885;
   const DU::ConcentricMedia media{
       5549.0023833975001, kOuter, {kIndex, kIndex, kIndex}};

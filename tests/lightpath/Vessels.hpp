@@ -25,9 +25,9 @@ struct Vessel {
   DU::ConcentricMedia Media;
 };
 
-/// Liquid, acrylic and water as they are; the three sizes of index in every
-/// order; equal ones, in part and all; strong ones; walls thin and thick; a
-/// wall alone in reach of light from the water.
+/// Realistic liquid, acrylic and water; three different indices in every order;
+/// some or all indices equal; large ratios of indices; thin and thick walls;
+/// light from the water that reaches only the wall.
 inline std::vector<Vessel> Vessels() {
   return {{"Real", {5800, 5860, {1.5, 1.49, 1.33}}},
           {"InnerWallWater", {4500, 5860, {1.2, 1.4, 1.6}}},
@@ -50,7 +50,7 @@ inline std::vector<Vessel> Vessels() {
           {"WallAlone", {4000, 5860, {1.6, 1.2, 1.5}}}};
 }
 
-/// Any media at all.
+/// Random radii and indices.
 inline DU::ConcentricMedia RandomMedia(Random& random) {
   const double outer = std::pow(10.0, random.Uniform(2.0, 4.5));
   const double inner =
@@ -76,7 +76,7 @@ inline Tables TablesOf(const DU::ConcentricMedia& media) {
   return tables;
 }
 
-/// A calculator at the begin of a run with these media.
+/// A calculator after BeginOfRun with these media.
 inline DU::LightPathCalculator CalculatorFor(const DU::ConcentricMedia& media) {
   TablesOf(media).Load();
   DU::LightPathCalculator calculator;
@@ -84,9 +84,9 @@ inline DU::LightPathCalculator CalculatorFor(const DU::ConcentricMedia& media) {
   return calculator;
 }
 
-/// How many random pairs of an event and a PMT the property tests take in all,
-/// unless ZARN_LIGHT_PATH_PAIRS gives another number: programs built with
-/// sanitizers are several times slower.
+/// Total number of random pairs of an event and a PMT in the property tests,
+/// unless ZARN_LIGHT_PATH_PAIRS is set. Programs with sanitizers are several
+/// times slower and use fewer.
 inline int PairsInAll() {
   constexpr long kUsual = 1000000;
   const char* text = std::getenv("ZARN_LIGHT_PATH_PAIRS");
@@ -94,7 +94,7 @@ inline int PairsInAll() {
   return static_cast<int>(given > 0 && given <= 100000000 ? given : kUsual);
 }
 
-/// A number to the last digit, so that a failure can be replayed.
+/// A number with all digits, so that a failure can be replayed.
 inline std::string Exact(double value) {
   std::ostringstream text;
   text << std::setprecision(17) << value;
