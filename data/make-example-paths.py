@@ -4,15 +4,15 @@
 Rays are traced forward from a random start through three concentric media
 (scintillator, acrylic, water) with Snell's law until they reach the sphere
 of the PMT faces. The neck is not traced: paths that start in it outside the
-vessel, or end in it, are dropped, and otherwise the spheres count as whole.
+vessel, or end in it, are dropped; otherwise the spheres are complete.
 
-The finished text is read back and every row checked before it is written; a
-row that breaks a check ends the script with an error and no file.
+The text of the file is read back and every row is checked before the file is
+written; a row that fails a check ends the script with an error and no file.
 
-Only + - * / and square roots are used, which every machine rounds alike,
-so one seed gives one file, byte for byte.
+Only + - * / and square roots are used, which every machine rounds in the same
+way, so one seed always gives the same file, byte for byte.
 
-Lengths are mm, in detector coordinates: centre of the vessel at the
+Lengths are in mm, in detector coordinates: centre of the vessel at the
 origin, neck along +z.
 """
 
@@ -26,10 +26,10 @@ import random
 import sys
 import tempfile
 
-SEED = 5860  # any number does; it only has to stay the same
+SEED = 5860  # any number; it only must not change
 
-# Refractive indices for visible light. The acrylic is the close match that
-# keeps the wall almost invisible from within.
+# Refractive indices for visible light. The acrylic is close to the
+# scintillator, so the wall is almost invisible from inside.
 N_SCINTILLATOR = 1.50
 N_ACRYLIC = 1.49
 N_WATER = 1.33
@@ -41,9 +41,9 @@ NECK_RADIUS = 700.0
 PMT_RADIUS = 8300.0
 
 SOURCE_RADIUS = 500.0  # a calibration source near the centre
-SOURCE_SHARE = 0.8  # the other inner starts spread through the vessel
-# Starts stay this far from every surface, so that the first stretch has a
-# length that the rounded file still shows.
+SOURCE_SHARE = 0.8  # the other inner starts are anywhere in the vessel
+# Minimum distance of starts from every surface, so that the first segment
+# keeps a length after rounding.
 START_MARGIN = 1.0
 
 SCINTILLATOR = "Scint/InnerAV->AV->Water"
@@ -54,8 +54,8 @@ WALL_ONLY = "Water->AV->Water"
 WATER = "Water"
 REFLECTED = "Water->Reflection->Water"
 
-# Most light starts inside; 1 % each of the four rare types is enough for
-# every branch to be seen a few hundred times.
+# Most light starts inside; 1 % for each of the four rare types covers every
+# branch a few hundred times.
 COUNTS = {
     SCINTILLATOR: 14000,
     WALL_INWARD: 240,
@@ -69,16 +69,16 @@ COUNTS = {
 POSITION_DECIMALS = 4
 DIRECTION_DECIMALS = 9
 
-# Limits of the check, from the rounding of the file. A rounded position is up
-# to sqrt(3) * 0.5e-4 = 0.87e-4 mm off.
+# Limits of the checks, from the rounding in the file. The error of a rounded
+# position is up to sqrt(3) * 0.5e-4 = 0.87e-4 mm.
 SURFACE_LIMIT = 1e-4
-# Both ends of a stretch are that far off its line.
+# Both ends of a segment can have this error.
 LINE_LIMIT = 2e-4
 # A rounded direction is up to 0.87e-9 too long or short.
 UNIT_LIMIT = 1e-9
-# Inner stretches get their direction from two rounded points at least a wall
-# (60 mm) apart: 2 * 0.87e-4 / 60 = 2.9e-6, once on either side of a surface,
-# times an index of up to 1.5: 8.7e-6. The normal adds less than 1e-7.
+# Inner segments get their direction from two rounded points at least 60 mm
+# apart (the wall): 2 * 0.87e-4 / 60 = 2.9e-6, on each side of a surface, times
+# an index of up to 1.5: 8.7e-6. The normal adds less than 1e-7.
 SNELL_LIMIT = 1e-5
 
 POINTS = ("av1", "av2", "av3", "av4")
@@ -125,7 +125,7 @@ def in_neck(p):
 # Rays.
 
 def crossings(p, d, radius):
-    """Both t at which p + t d meets the sphere, or None."""
+    """Both t at which p + t d hits the sphere, or None."""
     b = dot(p, d)
     root = b * b - dot(p, p) + radius * radius
     if root <= 0.0:
@@ -140,13 +140,13 @@ def leave(p, d, radius):
 
 
 def enter(p, d, radius):
-    """Where a ray from outside first meets the sphere, or None."""
+    """Where a ray from outside first hits the sphere, or None."""
     t = crossings(p, d, radius)
     return along(p, t[0], d) if t and t[0] > 0.0 else None
 
 
 def refract(p, d, before, after):
-    """Direction behind a sphere's surface at p, or None if all is reflected."""
+    """Direction after a sphere's surface at p, or None if all is reflected."""
     normal = unit(p)
     cosine = dot(d, normal)
     ratio = before / after
@@ -181,12 +181,12 @@ def in_shell(rng, inner, outer):
 def any_direction(rng):
     while True:
         p = in_ball(rng, 1.0)
-        if dot(p, p) > 1e-4:  # too near the middle, rounding picks directions
+        if dot(p, p) > 1e-4:  # closer to 0, rounding affects the direction
             return unit(p)
 
 
 def start_outside(rng, inner, outer):
-    """A start in the wall or the water, neither of which fills the neck."""
+    """A start in the wall or the water, but not in the neck."""
     while True:
         p = in_shell(rng, inner, outer)
         if not in_neck(p):
@@ -201,11 +201,11 @@ def start_in_water(rng):
     return start_outside(rng, OUTER_RADIUS, PMT_RADIUS)
 
 
-# One try at a path of each type: (start, AV points, initial, final), or None
-# if this ray is of another type.
+# One attempt at a path of each type: (start, AV points, initial, final), or
+# None if this ray is of another type.
 
 def out_through_wall(start, points, initial, d):
-    """Carry a ray inside the vessel out into the water."""
+    """Continue a ray from inside the vessel to the water."""
     points = points + [leave(points[-1] if points else start, d, INNER_RADIUS)]
     d = refract(points[-1], d, N_SCINTILLATOR, N_ACRYLIC)
     if d is None:
@@ -251,8 +251,8 @@ def try_through(rng):
 
 def try_wall_only(rng):
     # With these indices every ray from the water that enters the wall is bent
-    # on to the inside, so paths of this type are straight chords that cut the
-    # wall alone: the limit of a wall with the index of water.
+    # into the inside, so paths of this type are straight chords through the
+    # wall only: the limit of a wall with the index of water.
     start, d = start_in_water(rng), any_direction(rng)
     outer = enter(start, d, OUTER_RADIUS)
     if outer is None or enter(start, d, INNER_RADIUS):
@@ -289,7 +289,7 @@ def make_path(rng, kind):
             continue
         start, points, initial, final = found
         end = leave(points[-1] if points else start, final, PMT_RADIUS)
-        if not in_neck(end):  # no PMT looks out of the neck
+        if not in_neck(end):  # there is no PMT in the neck
             return kind, start, end, initial, final, points
 
 
@@ -323,9 +323,9 @@ def file_text(paths):
     return out.getvalue()
 
 
-# The check. It starts from the text of the file alone.
+# The checks. They use only the text of the file.
 
-# For each type, the media of its stretches and the radii of its AV points.
+# For each type, the media of its segments and the radii of its AV points.
 MEDIA = {
     SCINTILLATOR: (N_SCINTILLATOR, N_ACRYLIC, N_WATER),
     WALL_INWARD: (N_ACRYLIC, N_SCINTILLATOR, N_ACRYLIC, N_WATER),
@@ -362,7 +362,7 @@ def require(holds, what):
 
 
 def nearest_to_centre(a, b):
-    """Least distance from the origin to the stretch from a to b."""
+    """Smallest distance from the origin to the segment from a to b."""
     d = minus(b, a)
     t = min(1.0, max(0.0, -dot(a, d) / dot(d, d)))
     return length(along(a, t, d))
@@ -392,41 +392,41 @@ def check_row(row):
         require(abs(length(direction) - 1.0) < UNIT_LIMIT,
                 "direction not of unit length")
 
-    # One direction a stretch: the given ones first and last, the others from
-    # their ends.
+    # One direction per segment: the given ones for the first and last, the
+    # others from their ends.
     corners = [start, *points, end]
-    stretches = list(zip(corners, corners[1:]))
-    ways = [unit(minus(b, a)) for a, b in stretches]
+    segments = list(zip(corners, corners[1:]))
+    ways = [unit(minus(b, a)) for a, b in segments]
     ways[0] = initial
     ways[-1] = final
     if used == 0 or kind == WALL_ONLY:
         require(initial == final, "a straight path turns")
-    for (a, b), way in zip(stretches, ways):
+    for (a, b), way in zip(segments, ways):
         step = minus(b, a)
         require(dot(step, way) > 0.0, "points out of order")
         require(length(cross(step, way)) < LINE_LIMIT,
-                "a point beside its stretch")
+                "a point beside its segment")
 
-    # Every stretch stays in its medium.
+    # Every segment stays in its medium.
     media = MEDIA[kind]
-    for (a, b), medium in zip(stretches, media):
+    for (a, b), medium in zip(segments, media):
         nearest = nearest_to_centre(a, b)
         farthest = max(length(a), length(b))
         if medium == N_SCINTILLATOR:
             require(farthest < INNER_RADIUS + SURFACE_LIMIT,
-                    "an inner stretch leaves the vessel")
+                    "an inner segment leaves the vessel")
         elif medium == N_ACRYLIC or (kind == WALL_ONLY and a in points
                                      and b in points):
             require(nearest > INNER_RADIUS - SURFACE_LIMIT
                     and farthest < OUTER_RADIUS + SURFACE_LIMIT,
-                    "a wall stretch leaves the wall")
+                    "a wall segment leaves the wall")
         else:
             require(nearest > OUTER_RADIUS - SURFACE_LIMIT,
-                    "a water stretch cuts the vessel")
+                    "a water segment cuts the vessel")
 
     # Snell's law as vectors: index times (normal x direction) is the same on
-    # both sides, which also keeps both rays and the normal in one plane. A
-    # mirror obeys it too, with the radial part turned round.
+    # both sides; so both rays and the normal are in one plane. A reflection
+    # obeys it too, with the radial component reversed.
     for n, point in enumerate(points):
         normal = unit(point)
         jump = minus(scaled(cross(normal, ways[n]), media[n]),
@@ -452,7 +452,7 @@ def check(text):
 
 
 def write_file(path, text):
-    """Replace the file in one step: a reader never sees half of it."""
+    """Replace the file in one step, so that readers never see a part of it."""
     handle, temporary = tempfile.mkstemp(prefix=f".{path.name}.",
                                          dir=path.parent)
     try:
@@ -460,7 +460,7 @@ def write_file(path, text):
             out.write(text)
             out.flush()
             os.fsync(out.fileno())
-        os.chmod(temporary, 0o644)  # mkstemp makes it private
+        os.chmod(temporary, 0o644)  # mkstemp creates it private
         os.replace(temporary, path)
     except BaseException:
         os.unlink(temporary)
@@ -476,7 +476,7 @@ def main():
                         default=pathlib.Path(__file__).resolve().parent
                         / "example-paths.csv",
                         help="file to write (default: example-paths.csv "
-                             "beside this script)")
+                             "in the folder of this script)")
     output = parser.parse_args().output
 
     rng = random.Random(SEED)

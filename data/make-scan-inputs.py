@@ -1,11 +1,11 @@
 #!/usr/bin/env python3
 """Write the inputs of a scan: data/pmts.csv and data/source-scan.csv.
 
-pmts.csv holds the PMTs of reference-detector/pmts.json, with their place in
-it, from 0, as their name. source-scan.csv holds the 50 stops of a light source
-on its way through the detector, each named by its position.
+pmts.csv has the PMTs of reference-detector/pmts.json, named by their index
+there, from 0. source-scan.csv has the 50 positions of a light source in the
+detector, each named by its position.
 
-Lengths are mm, in detector coordinates: centre of the vessel at the
+Lengths are in mm, in detector coordinates: centre of the vessel at the
 origin, neck along +z.
 """
 
@@ -21,28 +21,28 @@ import tempfile
 HERE = pathlib.Path(__file__).resolve().parent
 PMT_TABLE = HERE / "reference-detector" / "pmts.json"
 
-# As in reference-detector: the inner surface of the vessel, and its top as the
-# neck of 700 cuts it off.
+# As in reference-detector: radius of the inner surface, and height of the
+# opening of the neck (radius 700 mm).
 INNER_RADIUS = 5800
 NECK_FOOT = 5757
 
-# Down the axis: the source hangs from one rope through the neck, so its place
-# is known best here and most stops are here. The ends are 300 mm off the wall,
-# room for the source's capsule, and past 5158 mm from the centre, where the
-# wall begins to hold back light by total reflection.
+# Along the axis: the source hangs from one rope through the neck, so its
+# position is known best here and most positions are here. The ends are 300 mm
+# from the wall, for the source's capsule, and more than 5158 mm from the
+# centre, where total reflection begins to keep light inside.
 AXIS_END = 5500
 AXIS_STEP = 500
 
-# Off the axis: a side rope to the equator at +x or -x draws the source aside,
-# so all these stops lie in the plane y = 0. The two ropes carry a weight only
-# below the line from the neck to the end of the side rope. A source that two
-# ropes place keeps 500 mm off the wall.
+# Off the axis: a side rope to the equator at +x or -x pulls the source aside,
+# so all these positions are in the plane y = 0. Two ropes can carry the source
+# only below the line from the neck to the end of the side rope. A source on
+# two ropes keeps 500 mm from the wall.
 SIDE_STEP = 1500
 SIDE_STEPS = 3
 SIDE_MARGIN = 500
 
-# Outside: a guide tube hangs in the water half way between the wall (5860) and
-# the PMT faces (8300), clear of the ropes (5920) and the bulbs.
+# Outside: a guide tube in the water, half way between the wall (5860 mm) and
+# the PMT faces (8300 mm), clear of the ropes (5920 mm) and the bulbs.
 TUBE_X = 7000
 TUBE_Z = (3000, 0, -3000)
 
@@ -52,13 +52,13 @@ def down(end, step):
 
 
 def in_reach(x, z):
-    """Whether the source can hang here from the neck and a side rope."""
+    """Whether the source can hang here from neck and side rope."""
     line = NECK_FOOT * (1.0 - abs(x) / INNER_RADIUS)
     return z < line and x * x + z * z < (INNER_RADIUS - SIDE_MARGIN)**2
 
 
 def stops():
-    """Every (x, z), in the order of the campaign; y is 0."""
+    """Every (x, z), in the order of the scan; y is 0."""
     axis = [(0, z) for z in down(AXIS_END, AXIS_STEP)]
     side = [(x, z)
             for x in down(SIDE_STEPS * SIDE_STEP, SIDE_STEP) if x != 0
@@ -72,7 +72,7 @@ def source_rows():
 
 
 def pmt_rows():
-    # The numbers are carried over as they are written.
+    # Keep the numbers exactly as they are written.
     (entry,) = json.loads(PMT_TABLE.read_text(encoding="utf-8"),
                           parse_float=str)
     fields = entry["fields"]
@@ -95,7 +95,7 @@ def file_text(name, rows):
 
 
 def write_file(path, text):
-    """Replace the file in one step: a reader never sees half of it."""
+    """Replace the file in one step, so that readers never see a part of it."""
     handle, temporary = tempfile.mkstemp(prefix=f".{path.name}.",
                                          dir=path.parent)
     try:
@@ -103,7 +103,7 @@ def write_file(path, text):
             out.write(text)
             out.flush()
             os.fsync(out.fileno())
-        os.chmod(temporary, 0o644)  # mkstemp makes it private
+        os.chmod(temporary, 0o644)  # mkstemp creates it private
         os.replace(temporary, path)
     except BaseException:
         os.unlink(temporary)
@@ -116,7 +116,7 @@ def main():
                     "scan of it, as CSV files.")
     parser.add_argument("--output", metavar="DIR", type=pathlib.Path,
                         default=HERE,
-                        help="folder to write to, made if missing "
+                        help="folder to write to, created if missing "
                              "(default: the folder of this script)")
     folder = parser.parse_args().output
     try:

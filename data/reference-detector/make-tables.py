@@ -3,11 +3,12 @@
 
 One JSON file per component, one for the PMTs and one for the optics go next
 to this script, or into the folder named by --output. The reference detector
-is invented: it has the right parts in plausible places and sizes, and stands
-in for no built detector.
+is invented: its parts have plausible places and sizes, but it does not
+describe any real detector.
 
-Lengths are mm, in detector coordinates: centre of the vessel at the
-origin, neck along +z. Azimuths and rope rolls are degrees, wavelengths nm.
+Lengths are in mm, in detector coordinates: centre of the vessel at the
+origin, neck along +z. Azimuths and rope rolls are in degrees, wavelengths in
+nm.
 """
 
 import argparse
@@ -20,72 +21,73 @@ import tempfile
 
 # Vessel.
 INNER_RADIUS = 5800.0  # about 800 m3 of target liquid
-WALL = 60.0  # acrylic thick enough to carry that load hung from its equator
+WALL = 60.0  # acrylic that can carry this load from its equator
 OUTER_RADIUS = INNER_RADIUS + WALL
-NECK_RADIUS = 700.0  # lets a person and the source gear through
+NECK_RADIUS = 700.0  # wide enough for a person and the source equipment
 
 # Cavity and PMTs.
-CAVITY_RADIUS = 8500.0  # where rope lines end; fixed in the rope tests too
-PMT_RADIUS = 8300.0  # 200 mm of room behind the PMT faces for their frame
-PMT_COUNT = 8000  # one each 0.11 m2; 20 cm bulbs cover 29 % of that
+CAVITY_RADIUS = 8500.0  # where ropes end; also a constant of the rope tests
+PMT_RADIUS = 8300.0  # leaves 200 mm behind the PMT faces for their frame
+PMT_COUNT = 8000  # one per 0.11 m2; 20 cm bulbs cover 29 % of it
 PMT_FACE_RADIUS = 100.0  # keeps whole bulbs, not just centres, out of the neck
 
-# The equator is shared out in ten sectors. A belly plate stands in the middle
-# of each, with a support rope near either side of it. The hold-down legs come
-# down in pairs, one leg of each of two ropes, 9 degrees on from each plate:
-# past the plate's edge (5.85 degrees), and well short of the azimuth half way
-# to the next plate, which at +y belongs to the pipes.
+# The equator is divided into ten sectors. Each has a belly plate in the
+# middle, with a support rope near each side of the plate. The hold-down legs
+# come down in pairs, one leg from each of two ropes, 9 degrees after each
+# plate: beyond the edge of the plate (5.85 degrees) and well before the middle
+# between two plates, where the pipes are at +y.
 SECTOR_COUNT = 10
 SECTOR = 360.0 / SECTOR_COUNT
 
 # Hold-down ropes.
-HOLD_DOWN_ROPE_RADIUS = 12.0  # a 24 mm rope, for the lift of the target
-HOLD_DOWN_LEG_RADIUS = 5880.0  # rope radius plus 8 mm of sleeve off the wall
-HOLD_DOWN_END_Z = 5.0  # just above z = 0: the angle tests flatten the crossing
+HOLD_DOWN_ROPE_RADIUS = 12.0  # a 24 mm rope, holds the buoyancy of the target
+HOLD_DOWN_LEG_RADIUS = 5880.0  # rope radius and 8 mm of sleeve from the wall
+HOLD_DOWN_END_Z = 5.0  # just above the z = 0 that the angle tests compare with
 HOLD_DOWN_PAIR_AZIMUTH = 9.0  # middle of the template's first pair
-HOLD_DOWN_PAIR_GAP = 2.0  # 205 mm from leg to leg: room for two fittings
-# A rope comes down again four sectors on, in the second place of that pair.
-# Five would lead it straight over the neck; with four, its middle lies beside
-# the neck.
+HOLD_DOWN_PAIR_GAP = 2.0  # 205 mm from leg to leg: space for two fittings
+# A rope comes down again four sectors later, as the second leg of that pair.
+# With five sectors it would pass over the neck; with four, its middle is
+# beside the neck.
 HOLD_DOWN_SECTORS = 4
-# Here the rope turns off its meridian, so that it passes 950 mm from the axis:
-# clear of the neck, and outside the foot of the neck boss (898 mm).
+# Here the rope turns away from its meridian, so that it passes 950 mm from the
+# axis: clear of the neck and outside the foot of the neck boss (898 mm).
 HOLD_DOWN_TURN_RADIUS = 3000.0
-# The stretches are lifted vertically on to the outer sphere. A turning point
-# outside that sphere could be lifted to its lower half, so stay 10 mm inside.
+# The segments are projected vertically on to the outer sphere. A turning point
+# outside that sphere could be projected to its lower half, so stay 10 mm
+# inside.
 HOLD_DOWN_TURN_MAG = OUTER_RADIUS - 10.0
 
 # Support ropes.
 SUPPORT_ROPE_RADIUS = 15.0  # a 30 mm rope: twenty carry the vessel's weight
 SUPPORT_CYLINDER = 5920.0  # clears the wall (5860) and the hold-down ropes
-SUPPORT_ANCHOR_Z = 5.0  # just above z = 0, for the same flattened comparison
-# Rope length from the plate to the cavity ceiling (6094 mm), less 4 mm of
+SUPPORT_ANCHOR_Z = 5.0  # just above z = 0, for the same comparison
+# Rope length from the plate to the cavity ceiling (6094 mm), minus 4 mm for a
 # fitting.
 SUPPORT_ROPE_LENGTH = 6090.0
 
 # Belly plates.
-PLATE_HALF_HEIGHT = 600.0  # spreads a pair of ropes over 1.2 m of wall
-PLATE_RADIUS = 5860.0  # the plates are let into the wall's outer face
+PLATE_HALF_HEIGHT = 600.0  # distributes the load of two ropes over 1.2 m
+PLATE_RADIUS = 5860.0  # the plates are set into the outer face of the wall
 
-# NCD anchors: they pull straight up, so their rows are straight seen from
-# above.
+# NCD anchors: they pull straight up, so seen from above they are in straight
+# rows.
 ANCHOR_PITCH = 900.0
-ANCHOR_RIM = 5000.0  # beyond this the wall is too steep to pull straight up
+ANCHOR_RIM = 5000.0  # beyond this the wall is too steep for a vertical pull
 ANCHOR_HALF_Z = 60.0  # a fist-sized block bonded to the inner surface
 ANCHOR_RADIUS = 40.0
 
 # AV pipes: all at the +y side, half way between the plates at 72 and 108
 # degrees, side by side in x.
-PIPE_STANDOFF = 100.0  # centre line off the wall; passes over the ropes
+PIPE_STANDOFF = 100.0  # centre line from the wall; passes over the ropes
 PIPE_PITCH = 70.0  # more than two radii, so that pipes never touch
 PIPE_RADIUS = 25.0
 LAB_PIPE_RADIUS = 33.0  # the two liquid pipes carry the larger flow
 PIPE_NECK_Y = 820.0  # down along the neck, 60 mm clear of its 60 mm wall
 PIPE_TOP_Z = 7800.0  # where the pipes enter, below the PMT sphere
-PIPE_STEP = 10.0  # degrees a straight piece; the chord sags 23 mm
-# Pipe index -> (place in x in pitches, radius, polar angle of its open end).
-# The ends lie at different depths; the outer pipes end early enough to stay
-# within 5 degrees of azimuth 90 below the polar angle 120.
+PIPE_STEP = 10.0  # degrees per straight piece; the chord sags by 23 mm
+# Pipe index -> (x in units of the pitch, radius, polar angle of its open end).
+# The ends are at different depths; the outer pipes end early enough to stay
+# within 5 degrees of azimuth 90 beyond polar angle 120.
 PIPES = {
     "av_pipe-1": (-3, PIPE_RADIUS, 150.0),
     "av_pipe-2": (-2, PIPE_RADIUS, 155.0),
@@ -96,25 +98,25 @@ PIPES = {
     "av_pipe-labr": (3, LAB_PIPE_RADIUS, 45.0),
 }
 
-# Neck boss: a two-step collar. Its foot is at 5850 - (70 + 50) = 5730, which
-# meets the inner sphere at a polar angle of 8.91 degrees (898 mm off the
-# axis): a collar 200 mm wide around the neck.
+# Neck boss: a collar with two steps. Its foot is at z = 5850 - (70 + 50) =
+# 5730 and reaches the inner sphere at a polar angle of 8.91 degrees (898 mm
+# from the axis): a collar 200 mm wide around the neck.
 NECK_BOSS_Z = 5850.0
 NECK_BOSS_HALF_HEIGHT_1 = 70.0
 NECK_BOSS_HALF_HEIGHT_2 = 50.0
 
-# Optics: published fits of plain materials, micrometres in, index out. Each is
-# named with its source and its range in README.md.
-WAVELENGTHS = range(300, 701, 5)  # nm: what scintillators emit and PMTs see
-# The fits of toluene and acrylic are of indices relative to air; over these
-# wavelengths that of air is 1.00028 to 2e-5.
+# Optics: published fits of common materials, as functions of the wavelength in
+# micrometres. README.md lists their sources and ranges.
+WAVELENGTHS = range(300, 701, 5)  # nm; the range of scintillators and PMTs
+# The fits of toluene and acrylic give indices relative to air, whose index at
+# these wavelengths is 1.00028 within 2e-5.
 AIR_INDEX = 1.00028
-WATER_TEMPERATURE = 283.15  # 10 degrees: cold water keeps the PMTs quiet
+WATER_TEMPERATURE = 283.15  # 10 degrees; cold PMTs have less noise
 WATER_DENSITY = 999.7  # kg/m3 at that temperature
 
-LENGTH_DECIMALS = 3  # a micrometre: finer than any survey
+LENGTH_DECIMALS = 3  # 1 um; finer than any survey
 DIRECTION_DECIMALS = 9
-INDEX_DECIMALS = 6  # finer than any of the fits is known
+INDEX_DECIMALS = 6  # finer than the accuracy of the fits
 LINE_WIDTH = 100
 
 
@@ -141,8 +143,8 @@ def vessel():
         entry("SOLID", "acrylic_vessel_inner", r_sphere=INNER_RADIUS),
         entry("SOLID", "acrylic_vessel_outer", r_sphere=OUTER_RADIUS,
               r_neck=NECK_RADIUS),
-        # One entry is one unit, so the names that the anchors and the plates
-        # look up here stand together.
+        # A later entry replaces this one completely, so it has the names for
+        # both anchors and plates.
         entry("GEO", "inner_av", ncd_anchor_definition="ncd_anchor",
               ncd_anchor_locations="ncd_anchors",
               belly_plate_locations="belly_plates"),
@@ -167,8 +169,8 @@ def hold_down_ropes():
               locations="hold_down_rope_rolls"),
         entry("SOLID", "hold_down_rope", r_rope=HOLD_DOWN_ROPE_RADIUS,
               rope_x=rope_x, rope_y=rope_y, rope_z=rope_z),
-        # Ten even steps: half a turn maps the rolls on to themselves, as the
-        # test for the legs expects.
+        # Ten equal steps: symmetric under half a turn, as the test of the legs
+        # assumes.
         entry("GEO_LOCATIONS", "hold_down_rope_rolls",
               roll=[SECTOR * k for k in range(SECTOR_COUNT)]),
     ]
@@ -199,7 +201,7 @@ def belly_plates():
 
 def ncd_anchors():
     half = math.ceil(ANCHOR_RIM / ANCHOR_PITCH)
-    # Half a pitch off the axis, where the deepest pipe ends.
+    # Shifted by half a pitch from the axis, where the deepest pipe ends.
     places = [(k + 0.5) * ANCHOR_PITCH for k in range(-half, half)]
     points = [(x, y, -math.sqrt(INNER_RADIUS**2 - x * x - y * y))
               for y in places for x in places
@@ -248,9 +250,9 @@ def neck_boss():
 
 
 def pmts():
-    # Equal steps in z are equal areas; turning by the golden angle from one
-    # to the next keeps neighbours evenly apart. The steps begin below the
-    # neck instead of at the pole.
+    # Equal steps in z have equal areas; turning by the golden angle after each
+    # step keeps neighbours at even distances. The steps begin below the neck,
+    # not at the pole.
     golden = math.pi * (3.0 - math.sqrt(5.0))
     top = math.sqrt(1.0 - ((NECK_RADIUS + PMT_FACE_RADIUS) / PMT_RADIUS)**2)
     outward = []
@@ -278,7 +280,7 @@ def acrylic_index(um):
 
 
 def water_index(um):
-    # Temperature, density and wavelength by their reference values.
+    # Temperature, density and wavelength relative to their reference values.
     theta = WATER_TEMPERATURE / 273.15
     delta = WATER_DENSITY / 1000.0
     square = (um / 0.589) * (um / 0.589)
@@ -292,7 +294,8 @@ def water_index(um):
 
 
 def optics():
-    # Arithmetic and square roots alone, which every machine rounds alike.
+    # Only arithmetic and square roots, which every machine rounds in the same
+    # way.
     wavelengths = [float(nm) for nm in WAVELENGTHS]
     return [entry("OPTICS", index, wavelength=wavelengths,
                   refractive_index=[round(formula(nm / 1000.0), INDEX_DECIMALS)
@@ -348,7 +351,7 @@ def file_text(entries):
 
 
 def write_file(path, text):
-    """Replace the file in one step: a reader never sees half of it."""
+    """Replace the file in one step, so that readers never see a part of it."""
     handle, temporary = tempfile.mkstemp(prefix=f".{path.name}.",
                                          dir=path.parent)
     try:
@@ -356,7 +359,7 @@ def write_file(path, text):
             out.write(text)
             out.flush()
             os.fsync(out.fileno())
-        os.chmod(temporary, 0o644)  # mkstemp makes it private
+        os.chmod(temporary, 0o644)  # mkstemp creates it private
         os.replace(temporary, path)
     except BaseException:
         os.unlink(temporary)
@@ -369,7 +372,7 @@ def main():
                     "one JSON file per component, PMTs and optics.")
     parser.add_argument("--output", metavar="DIR", type=pathlib.Path,
                         default=pathlib.Path(__file__).resolve().parent,
-                        help="folder to write to, made if missing "
+                        help="folder to write to, created if missing "
                              "(default: the folder of this script)")
     folder = parser.parse_args().output
     try:
