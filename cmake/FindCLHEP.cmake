@@ -1,5 +1,5 @@
-# Finds the headers of CLHEP: target CLHEP::Units. (Debian's package has no CMake
-# configuration; nothing of the library is linked.)
+# Finds the headers of CLHEP: target CLHEP::Units. (Debian's package has no
+# CMake configuration; the library is not linked.)
 find_path(CLHEP_INCLUDE_DIR CLHEP/Units/SystemOfUnits.h)
 mark_as_advanced(CLHEP_INCLUDE_DIR)
 include(FindPackageHandleStandardArgs)

@@ -1,10 +1,11 @@
+# The library of one folder ("room"):
 # zarn_add_room(<name>
-#   SOURCES <file>...          compiled into zarn_<name>, known as zarn::<name>
-#   HEADERS <file>...          public: installed, and each compiled alone
+#   SOURCES <file>...          compiled into zarn_<name>, alias zarn::<name>
+#   HEADERS <file>...          public: installed, and each must compile alone
 #   PRIVATE_HEADERS <file>...
-#   PUBLIC <target>...         what callers see, too
+#   PUBLIC <target>...         libraries that the public headers include
 #   LINK_ONLY <target>...      libraries that only the sources include
-#   PRIVATE <target>...        header-only libraries and the like
+#   PRIVATE <target>...        header-only libraries that only the sources include
 #   NOT_INSTALLED)
 function(zarn_add_room name)
   cmake_parse_arguments(PARSE_ARGV 1 room "NOT_INSTALLED" ""

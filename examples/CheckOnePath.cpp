@@ -6,7 +6,7 @@
 #include "du/ShadowingCalculator.hpp"
 #include "lightpath/LightPathCalculator.hpp"
 
-/// Asks for one light path what blocks it. The argument names the geometry
+/// Tests whether an AV pipe blocks one light path. The argument is the geometry
 /// tables, for example data/reference-detector.
 int main(int argc, char** argv) {
   if (argc != 2) {
@@ -21,7 +21,7 @@ int main(int argc, char** argv) {
     ZARN::DU::LightPathCalculator path;
     path.SetLightPathType(ZARN::DU::kAVToWater);
     path.SetAVPoint1({0, 5860, 0});     // mm: where the light leaves the vessel
-    path.SetFinalDirection({0, 1, 0});  // and where it goes from there
+    path.SetFinalDirection({0, 1, 0});  // its direction from there
     calculator.CheckForShadowing(path);
     std::cout << "shadowed by a pipe: " << calculator.IsShadowedByAVPipe()
               << "\n";

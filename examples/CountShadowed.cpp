@@ -27,9 +27,9 @@ std::vector<TVector3> ReadPositions(const std::string& file,
 
 }  // namespace
 
-/// Counts on two threads how many light paths from events to PMTs are shadowed.
-/// The arguments name the geometry tables, for example data/reference-detector,
-/// and CSV files of events and PMTs.
+/// Counts the shadowed light paths from events to PMTs, on two threads. The
+/// arguments are the geometry tables, for example data/reference-detector, and
+/// CSV files of events and PMTs.
 int main(int argc, char** argv) {
   if (argc != 4) {
     std::cerr << "usage: CountShadowed TABLES EVENTS.csv PMTS.csv\n";

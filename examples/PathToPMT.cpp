@@ -7,8 +7,9 @@
 #include "du/ShadowingCalculator.hpp"
 #include "lightpath/LightPathCalculator.hpp"
 
-/// Computes the light path from an event to a PMT and asks what blocks it. The
-/// argument names the geometry tables, for example data/reference-detector.
+/// Computes the light path from an event to a PMT and tests whether it is
+/// blocked. The argument is the geometry tables, for example
+/// data/reference-detector.
 int main(int argc, char** argv) {
   if (argc != 2) {
     std::cerr << "usage: PathToPMT TABLES\n";
