@@ -1,5 +1,5 @@
-# Installs the build into an empty folder, builds the outside project against it,
-# and runs both what it built and the installed command.
+# Installs the build into an empty folder, builds the separate project with it, and
+# runs its programs and the installed command.
 #   cmake -D BUILD=<build> -D SOURCE=<source> -D ROOT_DIR=<folder>
 #         -D CXX=<compiler> -D CXX_FLAGS=<flags> -P use-installed.cmake
 function(run)
@@ -16,20 +16,20 @@ run(${CMAKE_COMMAND} -S "${SOURCE}/tests/consumer" -B "${work}/build"
 run(${CMAKE_COMMAND} --build "${work}/build")
 
 set(tables "${work}/prefix/share/zarn/reference-detector")
-# expect(<program> <text> <argument>...): it ends well and says this.
+# expect(<program> <text> <argument>...): it succeeds and prints this.
 function(expect example text)
   execute_process(COMMAND "${work}/build/${example}" ${ARGN}
-    OUTPUT_VARIABLE said COMMAND_ERROR_IS_FATAL ANY)
-  if(NOT said STREQUAL "${text}\n")
-    message(FATAL_ERROR "${example} said: ${said}")
+    OUTPUT_VARIABLE output COMMAND_ERROR_IS_FATAL ANY)
+  if(NOT output STREQUAL "${text}\n")
+    message(FATAL_ERROR "${example} printed: ${output}")
   endif()
 endfunction()
-# refuse(<program> <text> <argument>...): it ends with status 2 and complains so.
+# refuse(<program> <text> <argument>...): it ends with status 2 and this error.
 function(refuse example text)
   execute_process(COMMAND "${work}/build/${example}" ${ARGN}
-    RESULT_VARIABLE status OUTPUT_VARIABLE said ERROR_VARIABLE complaint)
-  if(NOT status STREQUAL 2 OR NOT said STREQUAL "" OR NOT complaint MATCHES "${text}")
-    message(FATAL_ERROR "${example} ended with ${status}, said: ${said}${complaint}")
+    RESULT_VARIABLE status OUTPUT_VARIABLE output ERROR_VARIABLE error)
+  if(NOT status STREQUAL 2 OR NOT output STREQUAL "" OR NOT error MATCHES "${text}")
+    message(FATAL_ERROR "${example} ended with ${status}, printed: ${output}${error}")
   endif()
 endfunction()
 expect(CheckOnePath "shadowed by a pipe: 1" "${tables}")
@@ -44,11 +44,11 @@ foreach(example IN ITEMS CheckOnePath PathToPMT)
 endforeach()
 run("${work}/prefix/bin/zarn-shadow" --version)
 
-# What is installed must not lead back into this source tree.
+# Installed files must not refer to this source tree.
 file(GLOB_RECURSE installed "${work}/prefix/*.cmake")
 foreach(file IN LISTS installed)
-  file(STRINGS "${file}" leads REGEX "${SOURCE}/(log|db|lightpath|du|scan|io|build|cmake)")
-  if(leads)
-    message(FATAL_ERROR "${file} names the source tree: ${leads}")
+  file(STRINGS "${file}" references REGEX "${SOURCE}/(log|db|lightpath|du|scan|io|build|cmake)")
+  if(references)
+    message(FATAL_ERROR "${file} names the source tree: ${references}")
   endif()
 endforeach()

@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-"""The data files are what their scripts write, and hold what their pages say."""
+"""The data files are what their scripts write, and match their pages."""
 
 import csv
 import importlib.util
@@ -50,7 +50,7 @@ class DataFiles(unittest.TestCase):
             for name in names:
                 self.assert_alike(json.loads(pathlib.Path(folder, name).read_text()),
                                   json.loads((TABLES / name).read_text()), name)
-            # No sines here.
+            # This file needs no sines, so it is equal byte for byte.
             self.assertEqual(pathlib.Path(folder, "optics.json").read_bytes(),
                              (TABLES / "optics.json").read_bytes())
 
@@ -63,7 +63,7 @@ class DataFiles(unittest.TestCase):
                                  (DATA / name).read_bytes(), name)
 
     def assert_alike(self, new, old, place):
-        """Equal, but for the last written digit of a number: sines differ in
+        """Equal except for the last written digit of numbers: sines differ in
         their last bit between machines."""
         self.assertEqual(type(new), type(old), place)
         if isinstance(new, float):
@@ -81,7 +81,7 @@ class DataFiles(unittest.TestCase):
 
 
 def script_module():
-    sys.dont_write_bytecode = True  # nothing is left beside the data
+    sys.dont_write_bytecode = True  # writes no files next to the data
     spec = importlib.util.spec_from_file_location("make_tables", TABLES / "make-tables.py")
     module = importlib.util.module_from_spec(spec)
     spec.loader.exec_module(module)
@@ -89,15 +89,15 @@ def script_module():
 
 
 def between(x, y, at):
-    """The value at a place of the line through the places (x, y)."""
+    """Linear interpolation between the points (x, y)."""
     n = next(n for n in range(1, len(x)) if at <= x[n])
     share = (at - x[n - 1]) / (x[n] - x[n - 1])
     return (1.0 - share) * y[n - 1] + share * y[n]
 
 
 def slope_at(x, y, n):
-    """Of the parabola through a place and its neighbours, or at an end the
-    next two, as the program takes it."""
+    """Slope of the parabola through a point and its neighbours, or at an end the
+    next two points, like the program."""
     middle = min(max(n, 1), len(x) - 2)
     before, after = ((y[k + 1] - y[k]) / (x[k + 1] - x[k]) for k in (middle - 1, middle))
     bend = 2.0 * (after - before) / (x[middle + 1] - x[middle - 1])
@@ -128,15 +128,15 @@ class Optics(unittest.TestCase):
             self.assertLess(values[0], 1.6)
 
     def test_the_indices_agree_with_other_measurements(self):
-        in_air = 1.00028  # what these are relative to, but for those of water
+        in_air = 1.00028  # the values are relative to air, except for water
         for index, wavelength, value, within in (
                 # Handbooks, 20 degrees.
                 ("inner_av", 589.3, 1.4969 * in_air, 0.0005),
-                # Kozma et al. 2005, 22 degrees brought to 20.
+                # Kozma et al. 2005, corrected from 22 to 20 degrees.
                 ("inner_av", 400.0, (1.52254 + 0.0011) * in_air, 0.004),
-                # Moutzouris et al. 2013, 27 degrees brought to 20.
+                # Moutzouris et al. 2013, corrected from 27 to 20 degrees.
                 ("inner_av", 450.0, (1.50975 + 0.0036) * in_air, 0.0015),
-                # Sultanova et al. 2009, the measurements behind the fit.
+                # Sultanova et al. 2009, the measurements used for the fit.
                 ("acrylic", 436.8, 1.502 * in_air, 0.0005),
                 ("acrylic", 587.6, 1.491 * in_air, 0.0005),
                 ("acrylic", 632.8, 1.489 * in_air, 0.0005),
@@ -153,7 +153,7 @@ class Optics(unittest.TestCase):
             self.assertAlmostEqual(self.index_at(index, wavelength), value, delta=within,
                                    msg=f"{index} at {wavelength}")
 
-    def test_the_indices_at_the_default_wavelength_are_those_of_the_page(self):
+    def test_the_indices_at_the_default_wavelength_are_those_on_the_page(self):
         self.assertEqual([self.index_at(index, 400.0) for index in self.INDICES],
                          [1.527398, 1.50768, 1.344302])
 
@@ -165,7 +165,7 @@ class Optics(unittest.TestCase):
             self.assertGreater(abbe, least, index)
             self.assertLess(abbe, most, index)
 
-    def test_the_formula_of_water_gives_the_check_values_of_its_release(self):
+    def test_the_formula_of_water_gives_the_published_check_values(self):
         script = script_module()
         for micrometres, temperature, density, value in (
                 (0.2265, 298.15, 997.047435, 1.39277824),
@@ -174,7 +174,7 @@ class Optics(unittest.TestCase):
             script.WATER_DENSITY = density
             self.assertAlmostEqual(script.water_index(micrometres), value, delta=0.5e-8)
 
-    def test_lines_between_the_wavelengths_stay_near_the_formulas(self):
+    def test_interpolated_indices_are_close_to_the_formulas(self):
         script = script_module()
         for index, formula in zip(self.INDICES, (script.toluene_index, script.acrylic_index,
                                                  script.water_index)):
@@ -198,7 +198,7 @@ class ScanInputs(unittest.TestCase):
         self.assertEqual([position_of(row) for row in rows],
                          list(zip(fields["x"], fields["y"], fields["z"])))
 
-    def test_the_source_stops_at_fifty_places_named_by_their_position(self):
+    def test_the_source_has_fifty_positions_that_are_their_names(self):
         rows = rows_of("source-scan.csv")
         self.assertEqual(len(rows), 50)
         self.assertEqual(len({row["event"] for row in rows}), 50)
@@ -207,7 +207,7 @@ class ScanInputs(unittest.TestCase):
             self.assertEqual(position_of(row),
                              (float(named.get("x", 0)), 0.0, float(named["z"])), row["event"])
 
-    def test_the_source_stays_clear_of_everything_solid(self):
+    def test_the_source_is_clear_of_solids(self):
         inner = fields_of("vessel.json", "SOLID", "acrylic_vessel_inner")["r_sphere"]
         outer = fields_of("vessel.json", "SOLID", "acrylic_vessel_outer")["r_sphere"]
         pmts = math.hypot(*position_of(rows_of("pmts.csv")[0]))
@@ -223,7 +223,7 @@ class ScanInputs(unittest.TestCase):
             else:
                 self.assertLessEqual(distance, inner - (300.0 if stop in on_axis else 500.0), stop)
 
-    def test_both_ropes_carry_the_source_off_the_axis(self):
+    def test_both_ropes_can_carry_the_source_off_the_axis(self):
         inner = fields_of("vessel.json", "SOLID", "acrylic_vessel_inner")["r_sphere"]
         for x, _, z in map(position_of, rows_of("source-scan.csv")):
             if 0.0 < abs(x) < inner:

@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-"""What the documents quote is true."""
+"""Commands, code, numbers and links in the documents are correct."""
 
 import json
 import math
@@ -36,7 +36,7 @@ def commands(text):
 
 
 def with_data(folder):
-    """A folder in which the pages' commands find data/."""
+    """A folder with the data/ that the commands of the pages use."""
     (pathlib.Path(folder) / "data").symlink_to(SOURCE / "data")
     return folder
 
@@ -46,7 +46,7 @@ def unindented(text):
 
 
 class Documents(unittest.TestCase):
-    def test_code_is_quoted_from_an_example_that_is_built_and_run(self):
+    def test_code_is_quoted_from_an_example(self):
         examples = [unindented(p.read_text()) for p in SOURCE.glob("examples/*.cpp")]
         for page in PAGES:
             for block in blocks(page.read_text(), "cpp"):
@@ -55,13 +55,13 @@ class Documents(unittest.TestCase):
                             for example in examples for i in range(len(example)))
                 self.assertTrue(found, f"{page}: not in examples/:\n{block}")
 
-    def test_links_lead_somewhere(self):
+    def test_links_have_targets(self):
         for page in PAGES:
             for link in re.findall(r"\]\(([^)#]+)[^)]*\)", page.read_text()):
                 self.assertTrue("://" in link or (page.parent / link).exists(),
                                 f"{page}: {link}")
 
-    def test_every_command_line_help_is_shown_as_it_is(self):
+    def test_the_help_texts_are_current(self):
         shown = {}
         for block in blocks(COMMANDS, "text"):
             line, text = block.split("\n", 1)
@@ -72,9 +72,9 @@ class Documents(unittest.TestCase):
                                   capture_output=True, text=True, check=True).stdout
             self.assertEqual(text, said.strip())
 
-    def test_the_drawings_show_what_the_programs_find(self):
+    def test_the_drawings_are_current(self):
         shown = {p.name: p.read_text() for p in (SOURCE / "docs").glob("*.svg")}
-        del shown["performance.svg"]  # of times, which no two runs share
+        del shown["performance.svg"]  # shows times, which differ between runs
         for script, program in (("draw-light-paths.py", ZARN_SHADOW),
                                 ("draw-verdicts.py", ZARN_SHADOW),
                                 ("draw-flow.py", VERDICT_SHARES)):
@@ -88,14 +88,14 @@ class Documents(unittest.TestCase):
                                 f"docs/{name} is not what docs/{script} draws now")
         self.assertEqual(list(shown), [])
 
-    def test_every_command_shown_can_be_given(self):
+    def test_every_command_shown_is_valid(self):
         for page in PAGES:
             for words in commands(page.read_text()):
                 with self.subTest(page=page.name, command=shlex.join(words)):
-                    self.give(words)
+                    self.check_command(words)
 
-    def give(self, words):
-        """Run what takes seconds; of the rest see that it is there."""
+    def check_command(self, words):
+        """Run commands that take seconds; check only that the others exist."""
         if words[0] == "zarn-shadow":
             with tempfile.TemporaryDirectory() as folder:
                 result = subprocess.run([ZARN_SHADOW, *words[1:]], cwd=with_data(folder),
@@ -129,7 +129,7 @@ class Documents(unittest.TestCase):
 
     @staticmethod
     def counts(tolerance):
-        """The words of the table that a scan of the source prints, up to the times."""
+        """The words of the table that the source scan prints, up to the times."""
         said = subprocess.run(
             [ZARN_SHADOW, "scan", "--events", SOURCE / "data" / "source-scan.csv", "--pmts",
              SOURCE / "data" / "pmts.csv", "--geometry", DETECTOR, "--tolerance", tolerance,
@@ -192,7 +192,7 @@ class Documents(unittest.TestCase):
         self.assertEqual(result.returncode, 0, result.stderr)
         self.assertGreater(int(result.stdout), 0)
 
-    def test_the_positions_and_paths_shown_have_the_verdicts_shown(self):
+    def test_the_positions_and_paths_have_the_verdicts_shown(self):
         events, pmts, scanned, paths, checked = blocks(COMMANDS, "csv")
         with tempfile.TemporaryDirectory() as folder:
             (pathlib.Path(folder) / "events.csv").write_text(events)

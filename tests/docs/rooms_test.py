@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-"""The check of the rooms finds what goes against their order."""
+"""script/check-rooms finds includes against the order of the folders."""
 
 import os
 import pathlib
@@ -27,7 +27,7 @@ class CheckRooms(unittest.TestCase):
         self.assertEqual(result.returncode, 1)
         self.assertEqual(result.stderr, f"{name}:2: {reason}\n")
 
-    def test_accepts_what_each_room_may_include(self):
+    def test_accepts_direct_dependencies(self):
         result = check({
             "log/Log.cpp": '#include "log/Log.hpp"\n#include <map>\n',
             "db/DB.cpp": '#include <nlohmann/json.hpp>\n#include "log/Log.hpp"\n',
@@ -38,14 +38,14 @@ class CheckRooms(unittest.TestCase):
         })
         self.assertEqual((result.returncode, result.stderr), (0, ""))
 
-    def test_accepts_what_a_room_that_may_be_included_may_include(self):
+    def test_accepts_indirect_dependencies(self):
         result = check({
             "app/A.cpp": '#include "db/DB.hpp"\n#include "du/geometry/P.hpp"\n',
             "scan/S.cpp": '#include "lightpath/L.hpp"\n#include "log/Log.hpp"\n',
         })
         self.assertEqual((result.returncode, result.stderr), (0, ""))
 
-    def test_refuses_a_room_that_looks_down(self):
+    def test_refuses_an_include_of_a_later_folder(self):
         for name, include in (("db/DB.hpp", "du/hardware/NeckBoss.hpp"),
                               ("du/geometry/P.hpp", "du/hardware/NeckBoss.hpp"),
                               ("du/geometry/P.hpp", "db/DB.hpp"),
@@ -55,26 +55,26 @@ class CheckRooms(unittest.TestCase):
                               ("du/A.cpp", "scan/S.hpp"),
                               ("scan/S.cpp", "app/A.hpp"),
                               ("io/V.cpp", "app/A.hpp")):
-            room = name.rpartition("/")[0]
-            self.assert_refused(name, f'"{include}"', f"{room}/ must not include {include}")
+            folder = name.rpartition("/")[0]
+            self.assert_refused(name, f'"{include}"', f"{folder}/ must not include {include}")
 
-    def test_keeps_files_and_scans_apart(self):
+    def test_keeps_io_and_scan_independent(self):
         self.assert_refused("io/V.hpp", '"scan/S.hpp"', "io/ must not include scan/S.hpp")
         self.assert_refused("scan/S.hpp", '"io/V.hpp"', "scan/ must not include io/V.hpp")
 
-    def test_refuses_a_library_in_a_room_that_does_without(self):
+    def test_refuses_a_library_in_a_folder_that_must_not_use_it(self):
         for name, library in (("log/Log.hpp", '"TVector3.h"'), ("db/DB.cpp", "<ROOT/RError.hxx>"),
                               ("du/A.cpp", "<CLI/CLI.hpp>"), ("io/V.cpp", "<CLI/CLI.hpp>"),
                               ("scan/S.cpp", "<nlohmann/json.hpp>"),
                               ("du/hardware/A.cpp", "<CLHEP/Units/SystemOfUnits.h>")):
-            room = name.rpartition("/")[0]
-            self.assert_refused(name, library, f"{room}/ must not include {library[1:-1]}")
+            folder = name.rpartition("/")[0]
+            self.assert_refused(name, library, f"{folder}/ must not include {library[1:-1]}")
 
-    def test_refuses_the_plain_reference_outside_tests(self):
+    def test_refuses_the_reference_outside_tests(self):
         self.assert_refused("du/A.cpp", '"tests/reference/R.hpp"',
                             "the plain reference is for tests and benchmarks only")
 
-    def test_finds_the_project_in_order(self):
+    def test_accepts_this_project(self):
         result = subprocess.run([sys.executable, str(CHECK)], capture_output=True, text=True)
         self.assertEqual((result.returncode, result.stderr), (0, ""))
 
