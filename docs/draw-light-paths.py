@@ -3,8 +3,8 @@
 
     docs/draw-light-paths.py ZARN-SHADOW [FOLDER]
 
-runs the command on the reference detector and writes the drawing beside this
-script, or to FOLDER.
+runs the command on the reference detector and writes the drawing to FOLDER
+(default: the folder of this script).
 """
 
 import csv
@@ -17,14 +17,14 @@ import tempfile
 HERE = pathlib.Path(__file__).resolve().parent
 DETECTOR = HERE.parent / "data" / "reference-detector"
 
-# In the x-z plane, mm. So near the wall that total reflection hides a part of the
-# PMTs, and off the axis, so that the drawing is not its own mirror image.
+# In the x-z plane, mm: close to the wall, so that total reflection hides the event from
+# some PMTs, and off the axis, so that the drawing is not symmetric.
 EVENT = (4600.0, 0.0, 3000.0)
 PMTS = 72
 PMT_RADIUS = 8300.0
 SPHERES = (5800.0, 5860.0)
 
-SCALE = 0.035  # pixels a mm
+SCALE = 0.035  # pixels per mm
 SIZE = 640
 COLOURS = {"0": "#4477aa", "1": "#cc6677"}  # clear, shadowed
 
