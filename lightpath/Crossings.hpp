@@ -72,8 +72,8 @@ class CrossingList {
   std::size_t size_;
 };
 
-/// By path type; none for the straight path through water and for a path that
-/// was not computed.
+/// The crossings of each path type; empty for the straight path through water
+/// and for an uninitialised path.
 inline constexpr std::array<CrossingList, kNumberOfLightPathTypes> kCrossings =
     {CrossingList(),
      CrossingList(eCrossing::kOutOfInside, eCrossing::kOutOfWall),

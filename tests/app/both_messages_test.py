@@ -23,7 +23,7 @@ class Messages(BothTest):
         self.assertEqual(counts["NCDAnchor"], ("12,345", "100.000"))
 
     def test_a_component_loaded_without_parts_has_nothing_to_test(self):
-        # Arrays of unequal lengths give no points; an empty list of rolls no ropes.
+        # Arrays of unequal lengths give no points; an empty list of rolls gives no ropes.
         unequal = {"x": [0.0, 0.0], "y": [0.0, 0.0], "z": [-5800.0]}
         for component, entries in (
                 ("NCDAnchor", [*ANCHOR[:2], entry("GEO_LOCATIONS", "ncd_anchors", unequal)]),
