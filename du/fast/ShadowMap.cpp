@@ -10,7 +10,7 @@ namespace ZARN::DU {
 namespace {
 
 /// The first squares are so small that their balls say something.
-constexpr int kFirstSquares = 6;
+constexpr int kFirstSquares = 4;
 
 /// Sizes of squares: a map of as many cells as can be counted has no more.
 constexpr std::size_t kMostLevels = 15;

@@ -67,7 +67,7 @@ class ShadowMap {
   /// Real crossings are within 1e-9 of the sphere; tables of paths are often
   /// rounded to a fraction of a millimetre.
   static constexpr double kShell = 1.0;  // mm
-  static constexpr int kCells = 768;  // along each side
+  static constexpr int kCells = 1024;  // along each side
 
   using Tests = std::array<const BallTest*, kMappedTests>;
   /// The answers of one cell, in base 3: kMappedTests digits.
@@ -79,7 +79,7 @@ class ShadowMap {
   /// @param radius  of the sphere, mm; unless it is from 10 mm to 100 m the
   ///                map knows nothing
   /// @param tests   a null one is off: it never blocks
-  /// @param cells   along each side: 6 times a power of 2
+  /// @param cells   along each side: 4 times a power of 2
   ShadowMap(double radius, const Tests& tests, int cells = kCells);
 
   /// The cell that a point falls into, or OffMap().

@@ -48,7 +48,7 @@ class OpenTest final : public BallTest {
 TEST(ShadowMap, NamesNoItemsOnceThereIsNoRoomForMore) {
   constexpr std::uint32_t kCount = 40;
   const OpenTest test(kCount);
-  const ShadowMap map(kRadius, {&test}, 768);
+  const ShadowMap map(kRadius, {&test}, 1024);
   const CellItems& open = map.Open(static_cast<eMappedTest>(0));
   EXPECT_LT(open.All().size(), map.OffMap() * kCount);
   std::size_t named = 0;
@@ -105,7 +105,7 @@ int ExpectOpenItemsToDecide(const PointTree& tree, const ShadowMap& map,
 TEST(ShadowMap, KeepsOpenInEachUnsureCellWhatDecidesThere) {
   const TwoTests tests;
   const auto atLimits = tests.PointsAtLimits(50000);
-  for (const int cells : {12, 192, 768}) {
+  for (const int cells : {16, 128, 1024}) {
     SCOPED_TRACE(cells);
     const ShadowMap map = tests.Map(cells);
     const auto atBorders = TwoTests::PointsAtBorders(atLimits, cells);
@@ -121,7 +121,7 @@ TEST(ShadowMap, KeepsOpenWhatReachesOnlyTheCornerOfACell) {
   // this cell or another.
   Random random(34);
   constexpr double kReach = 50.0;
-  for (const int cells : {48, 192, 768}) {
+  for (const int cells : {64, 256, 1024}) {
     SCOPED_TRACE(cells);
     const double step = 2.0 / cells;
     std::vector<TVector3> spots;
@@ -189,12 +189,12 @@ TEST(ShadowMap, KeepsOpenFewOfManyItemsInASmallCell) {
 TEST(ShadowMap, KeepsOpenTheItemsOfEachTestApart) {
   const SmallBallTest unsure(0, eAnswer::kBlocks);
   const SmallBallTest blocks(1e9, eAnswer::kBlocks);
-  const ShadowMap map(kRadius, {&blocks, nullptr, &unsure}, 12);
+  const ShadowMap map(kRadius, {&blocks, nullptr, &unsure}, 16);
   EXPECT_TRUE(map.Open(eMappedTest::kHoldDownSurface).All().empty());
   EXPECT_TRUE(map.Open(eMappedTest::kBellyPlate).All().empty());
   const CellItems& open = map.Open(eMappedTest::kNCDAnchor);
-  EXPECT_EQ(open.All().size(), 144U);
-  for (std::size_t cell = 0; cell < 144; ++cell) {
+  EXPECT_EQ(open.All().size(), 256U);
+  for (std::size_t cell = 0; cell < 256; ++cell) {
     const CellItems::View some = open.Of(cell);
     ASSERT_EQ(some.end() - some.begin(), 1);
     EXPECT_EQ(some.begin()->Begin(), 1U);

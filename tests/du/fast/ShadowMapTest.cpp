@@ -72,14 +72,14 @@ TEST(ShadowMap, IsNeverWrongOfAPointInTheShellAndMostlySure) {
         mostUnsure);
   };
   // The fewer cells, the longer the borders.
-  expect(48, 0.5);
-  expect(96, 0.15);
-  expect(768, 0.02);
+  expect(64, 0.35);
+  expect(128, 0.15);
+  expect(1024, 0.02);
 }
 
 TEST(ShadowMap, IsNeverWrongWhereACellIsFoundInSinglePrecision) {
   const TwoTests tests;
-  const ShadowMap map = tests.Map(768);
+  const ShadowMap map = tests.Map(1024);
   ExpectSoundAnswers(
       tests,
       [&](const TVector3& point) {
@@ -91,7 +91,7 @@ TEST(ShadowMap, IsNeverWrongWhereACellIsFoundInSinglePrecision) {
 }
 
 TEST(ShadowMap, KnowsNothingOffTheShell) {
-  const ShadowMap map = TwoTests().Map(192);
+  const ShadowMap map = TwoTests().Map(128);
   const auto isKnown = [&](double z) {
     return map.At({0, 0, z}) != ShadowMap::kNothingKnown;
   };
@@ -111,7 +111,7 @@ TEST(ShadowMap, KnowsNothingOffTheShell) {
 }
 
 TEST(ShadowMap, TellsTheSquaresOfItsShell) {
-  const ShadowMap map = TwoTests().Map(192);
+  const ShadowMap map = TwoTests().Map(128);
   EXPECT_EQ(map.Lowest2(), (kRadius - kShell) * (kRadius - kShell));
   EXPECT_EQ(map.Highest2(), (kRadius + kShell) * (kRadius + kShell));
 }
@@ -119,10 +119,10 @@ TEST(ShadowMap, TellsTheSquaresOfItsShell) {
 TEST(ShadowMap, KnowsNothingOfASphereThatItCannotTrust) {
   const TwoTests tests;
   const auto isKnown = [&](double radius) {
-    const ShadowMap map = tests.Map(12, radius);
-    const bool isMade = map.Cells() == 12;
+    const ShadowMap map = tests.Map(16, radius);
+    const bool isMade = map.Cells() == 16;
     EXPECT_EQ(map.At({0, 0, radius}) != ShadowMap::kNothingKnown, isMade);
-    EXPECT_EQ(map.Codes().size(), isMade ? 12U * 12U + 1U : 1U);
+    EXPECT_EQ(map.Codes().size(), isMade ? 16U * 16U + 1U : 1U);
     EXPECT_EQ(map.Codes().back(), ShadowMap::kNothingKnown);
     return isMade;
   };
@@ -140,8 +140,8 @@ TEST(ShadowMap, KnowsNothingOfASphereThatItCannotTrust) {
 }
 
 TEST(ShadowMap, IsClearEverywhereWithoutATest) {
-  const ShadowMap map(kRadius, {}, 12);
-  for (std::size_t cell = 0; cell < 144; ++cell) {
+  const ShadowMap map(kRadius, {}, 16);
+  for (std::size_t cell = 0; cell < 256; ++cell) {
     ASSERT_EQ(AnswersOf(map.Codes()[cell]),
               std::vector<eAnswer>(kMappedTests, eAnswer::kClear));
   }
@@ -152,8 +152,8 @@ TEST(ShadowMap, GivesEachTestItsOwnAnswer) {
   const SmallBallTest unsure(0, eAnswer::kBlocks);
   const SmallBallTest small(2000, eAnswer::kBlocks);
   const ShadowMap map(kRadius, {&blocks, &unsure, nullptr, &small, &unsure},
-                      12);
-  for (std::size_t cell = 0; cell < 144; ++cell) {
+                      16);
+  for (std::size_t cell = 0; cell < 256; ++cell) {
     ASSERT_EQ(AnswersOf(map.Codes()[cell]),
               (std::vector<eAnswer>{eAnswer::kBlocks, eAnswer::kUnsure,
                                     eAnswer::kClear, eAnswer::kBlocks,
@@ -167,8 +167,8 @@ TEST(ShadowMap, GivesEachTestItsOwnAnswer) {
 TEST(ShadowMap, DoesNotDivideWhatIsSure) {
   const SmallBallTest blocks(1e9, eAnswer::kBlocks);
   const SmallBallTest clear(1e9, eAnswer::kClear);
-  const ShadowMap map(kRadius, {&blocks, &clear}, 768);
-  EXPECT_LE(blocks.Asked(), 36);
+  const ShadowMap map(kRadius, {&blocks, &clear}, 1024);
+  EXPECT_LE(blocks.Asked(), 16);
   EXPECT_EQ(clear.Asked(), blocks.Asked());
 }
 
@@ -182,7 +182,7 @@ TEST(CellAnswers, AreTheDigitsOfTheCode) {
 
 TEST(ShadowMap, FindsTheCellOfEveryPointInTheShell) {
   const TwoTests tests;
-  for (const int cells : {12, 192}) {
+  for (const int cells : {16, 128}) {
     const ShadowMap map = tests.Map(cells);
     const auto side = static_cast<std::size_t>(cells);
     const std::size_t count = side * side;
@@ -201,14 +201,14 @@ TEST(ShadowMap, FindsTheCellOfEveryPointInTheShell) {
       EXPECT_EQ(map.At(cell), map.Codes()[cell]);
       isFound[cell] = true;
     }
-    if (cells == 12) {
+    if (cells == 16) {
       EXPECT_EQ(std::count(isFound.begin(), isFound.end(), false), 0);
     }
   }
 }
 
 TEST(ShadowMap, FindsNoCellOffTheShell) {
-  const ShadowMap map = TwoTests().Map(192);
+  const ShadowMap map = TwoTests().Map(128);
   constexpr double kInfinity = std::numeric_limits<double>::infinity();
   for (const double sign : {-1.0, 1.0}) {
     EXPECT_NE(map.CellAt({0, 0, sign * Below(kRadius + kShell)}), map.OffMap());
@@ -223,7 +223,7 @@ TEST(ShadowMap, FindsNoCellOffTheShell) {
 
 TEST(ShadowMap, FindsNoCellAtAllWhereItKnowsNothing) {
   const TwoTests tests;
-  for (const ShadowMap& map : {ShadowMap(), tests.Map(12, 1.0)}) {
+  for (const ShadowMap& map : {ShadowMap(), tests.Map(16, 1.0)}) {
     EXPECT_EQ(map.OffMap(), 0U);
     for (const TVector3& point :
          {TVector3(0, 0, 0), TVector3(0, 0, kRadius), TVector3(1, 0, 0)}) {
