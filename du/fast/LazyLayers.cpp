@@ -5,10 +5,10 @@
 namespace ZARN::DU {
 namespace {
 
-// What the formulas and the making of the layers take, measured on the
-// reference detector and on copies of its parts, in units of what a formula
-// takes for one surface point (about 5 ns). They need only be right to a small
-// factor: they decide when the layers are made, never a verdict.
+// The time that the formulas take, and that making the layers takes, measured
+// on the reference detector and on copies of its parts. The unit is the time of
+// a formula for one surface point (about 5 ns). Rough values are enough: they
+// decide when the layers are made, never a verdict.
 constexpr std::uint64_t kCostOfRope = 8;    // two angles
 constexpr std::uint64_t kCostOfPlate = 80;  // frame and angles
 constexpr std::uint64_t kCostOfPath = 20;   // pipes, boss, copies
@@ -45,7 +45,7 @@ void LazyLayers::Make(const Hardware& hardware) noexcept {
     layers_.emplace(hardware, wanted_);
     state_.store(eState::kMade, std::memory_order_release);
   } catch (const std::exception&) {
-    // No memory: the verdicts are the formulas' then as well.
+    // No memory: the formulas give the same verdicts.
     state_.store(eState::kFailed, std::memory_order_relaxed);
   }
 }

@@ -11,7 +11,7 @@
 
 namespace ZARN::DU {
 
-/// What is made for one geometry and one set of tolerances.
+/// The layers of one geometry and one set of tolerances.
 struct PreparedLayers {
   PreparedLayers(const Hardware& hardware, const ShadowingLayers& layers)
       : filter(hardware, layers), batch(filter) {}
@@ -20,22 +20,22 @@ struct PreparedLayers {
   ShadowingBatch batch;
 };
 
-/// The layers of one geometry and one set of tolerances, made when they pay:
-/// once the formulas have cost what making them would, or when asked for.
+/// Makes the layers when it pays: once the formulas have cost as much as making
+/// the layers would, or on request.
 ///
-/// Thread-safe: one thread makes the layers while others go on with the
-/// formulas. Where there is no memory for them, the formulas go on for good.
-/// From then on nothing here is written.
+/// Thread-safe: one thread makes the layers while others continue with the
+/// formulas. If there is no memory for them, the formulas continue to be used.
+/// After that, no call writes to this object.
 class LazyLayers {
  public:
-  /// @param hardware  the one that every other call is made with
+  /// @param hardware  the same as in every other call
   /// @param wanted    the layers that are made
   LazyLayers(const Hardware& hardware, const ShadowingLayers& wanted);
 
   LazyLayers(const LazyLayers&) = delete;
   LazyLayers& operator=(const LazyLayers&) = delete;
 
-  /// The layers; null where they are not made.
+  /// The layers, or null if they are not made.
   const PreparedLayers* Get() const {
     return state_.load(std::memory_order_acquire) == eState::kMade ? &*layers_
                                                                    : nullptr;
@@ -44,7 +44,7 @@ class LazyLayers {
   /// Count a path that the formulas judged, and make the layers if they pay.
   void CountByFormulas(const Hardware& hardware, ePathKind kind);
 
-  /// Make the layers now, unless another thread makes them already.
+  /// Make the layers now, unless they are made or another thread makes them.
   void Make(const Hardware& hardware) noexcept;
 
  private:

@@ -9,14 +9,14 @@
 namespace ZARN::DU {
 namespace {
 
-/// The first squares are so small that their balls say something.
+/// Larger first squares would always be unsure.
 constexpr int kFirstSquares = 4;
 
-/// Sizes of squares: a map of as many cells as can be counted has no more.
+/// The number of sizes of squares: enough for as many cells as an int counts.
 constexpr std::size_t kMostLevels = 15;
 
-/// A square of cells: its first row and column, and how many on a side; and the
-/// directions of its corners, row by row.
+/// A square of cells: its first row and column, the number of cells on a side,
+/// and the directions of its corners, row by row.
 struct Square {
   int row;
   int column;
@@ -24,21 +24,21 @@ struct Square {
   std::array<Point, 4> corners;
 };
 
-/// In single precision a point near an edge may be taken for one in the
-/// neighbouring cell, by as much as its place is off. A step e of both u and v
-/// is one of at most sqrt(6) e on the octahedron, whose middle is nowhere
-/// nearer than 1 / sqrt(3): below sqrt(18) = 4.25 times e on the sphere, in
-/// radii.
+/// In single precision a point can be assigned to the neighbouring cell if it
+/// is nearer to the edge than the error of its place. A step e of both u and v
+/// is a step of at most sqrt(6) e on the octahedron. The octahedron is at least
+/// 1 / sqrt(3) away from its centre, so the step on the sphere is at most
+/// sqrt(18) e = 4.25 e, in radii.
 constexpr double kCellError = 5.0 * kPlaceError;
 
-/// Of one test no more stretches are kept than this.
+/// The largest number of stretches that are kept for one test.
 constexpr std::size_t kMostStretches = std::size_t{1} << 22U;
 
-/// Adds the answers of one test to the codes of all cells, one square after the
-/// other, and keeps what is open in single cells.
+/// Adds the answers of one test to the codes of all cells, and keeps the items
+/// that are open in unsure cells.
 class MapPainter {
  public:
-  /// @param codes  kClear for this test
+  /// @param codes  with the answer kClear of this test everywhere
   MapPainter(double radius, const BallTest& test, ShadowMap::Code digit,
              int cells, std::vector<ShadowMap::Code>& codes)
       : radius_(radius),
@@ -63,8 +63,7 @@ class MapPainter {
     }
   }
 
-  /// What is open in the cells where the test is unsure, unless it has no
-  /// entries.
+  /// The open entries of all unsure cells; none if the test has no entries.
   CellItems Open() const {
     const auto count =
         static_cast<std::size_t>(cells_) * static_cast<std::size_t>(cells_);
@@ -72,7 +71,7 @@ class MapPainter {
   }
 
  private:
-  /// Paint a square that lies in a larger one, of which @p outer is open.
+  /// Paint a square; in the larger one around it the items @p outer are open.
   void Paint(const Square& square, const BallTest::Items& outer,
              std::size_t level) {
     BallTest::Items& open = open_[level];
@@ -108,7 +107,7 @@ class MapPainter {
     return DirectionAt(column * step - 1.0, row * step - 1.0);
   }
 
-  /// A ball that holds every point that falls into a cell of the square.
+  /// A ball that contains every point that is assigned to a cell of the square.
   Ball BallAround(const Square& square) const {
     const auto& corners = square.corners;
     const Point middle =
@@ -134,7 +133,7 @@ class MapPainter {
     }
   }
 
-  /// Keep what can still block in a single cell.
+  /// Keep the items that can block in a single cell.
   void KeepOpen(const Square& cell, const BallTest::Items& open) {
     test_.AppendEntries(open, lists_);
     ofCells_.emplace_back(

@@ -26,15 +26,15 @@ inline constexpr std::size_t kMappedTests = 5;
 static_assert(static_cast<std::size_t>(eMappedTest::kNeckBoss) ==
               kMappedTests - 1);
 
-/// How many answers all tests together can give.
+/// The number of combinations of the answers of all tests.
 constexpr std::size_t CountCellAnswers() {
   std::size_t count = 1;
   for (std::size_t i = 0; i < kMappedTests; ++i) count *= 3;
   return count;
 }
 
-/// Of every number with kMappedTests digits in base 3 the digits, from the
-/// last, as answers.
+/// For every number with kMappedTests digits in base 3, its digits as answers,
+/// the last digit first.
 constexpr auto MakeCellAnswers() {
   std::array<std::array<eAnswer, kMappedTests>, CountCellAnswers()> answers =
       {};
@@ -51,53 +51,51 @@ inline constexpr auto kCellAnswers = MakeCellAnswers();
 
 /// The outer vessel sphere in cells, each with the answer of every test that
 /// looks only at a crossing point: the whole cell blocks, none of it does, or
-/// the test has to be asked.
+/// the test has to decide.
 ///
 /// Decides for points within kShell of the sphere that it was made for; all
-/// other points are unsure. An answer covers the whole ball around a cell (and
-/// the shell, and a margin for the rounding of the cell's number in single
-/// precision), so it holds for every point that falls into the cell.
+/// other points are unsure. An answer holds for a ball around the cell, with
+/// the shell and with a margin for the rounding of the cell's number in single
+/// precision. So it holds for every point that is assigned to the cell.
 ///
-/// For each test a quadtree over the octahedral square fills what is surely the
-/// same in large pieces; only the borders of shadows are divided down to single
-/// cells. Where a test has to be asked there, the few entries are known that
-/// can block.
+/// For each test a quadtree over the octahedral square fills large squares with
+/// one answer; only the borders of shadows are divided into single cells. For
+/// an unsure cell the map lists the few entries that can block there.
 class ShadowMap {
  public:
   /// Real crossings are within 1e-9 of the sphere; tables of paths are often
   /// rounded to a fraction of a millimetre.
   static constexpr double kShell = 1.0;  // mm
-  static constexpr int kCells = 1024;  // along each side
+  static constexpr int kCells = 1024;    // along each side
 
   using Tests = std::array<const BallTest*, kMappedTests>;
   /// The answers of one cell, in base 3: kMappedTests digits.
   using Code = std::uint8_t;
   static_assert(kCellAnswers.size() - 1 <= std::numeric_limits<Code>::max());
 
-  /// A map that knows nothing.
+  /// A map in which all points are unsure.
   ShadowMap() : ShadowMap(0.0, {}) {}
-  /// @param radius  of the sphere, mm; unless it is from 10 mm to 100 m the
-  ///                map knows nothing
-  /// @param tests   a null one is off: it never blocks
+  /// @param radius  of the sphere, mm; outside 10 mm to 100 m all points are
+  ///                unsure
+  /// @param tests   a null pointer is a test that is off: it never blocks
   /// @param cells   along each side: 4 times a power of 2
   ShadowMap(double radius, const Tests& tests, int cells = kCells);
 
-  /// The cell that a point falls into, or OffMap().
+  /// The cell of a point, or OffMap().
   std::size_t CellAt(const TVector3& point) const {
     const double r2 = point.Mag2();
     if (!(r2 > lowest2_ && r2 < highest2_)) return OffMap();
     return static_cast<std::size_t>(CellOf(point.X(), point.Y(), point.Z()));
   }
 
-  /// Stands for all points off the shell.
+  /// The number that stands for all points outside the shell.
   std::size_t OffMap() const { return codes_.size() - 1; }
 
   Code At(std::size_t cell) const { return codes_[cell]; }
   Code At(const TVector3& point) const { return At(CellAt(point)); }
 
-  /// Entries that suffice to decide for a point in a cell, for every cell on
-  /// the map in which a test that has entries is unsure; none if that takes
-  /// all.
+  /// The entries that are enough to decide for a point in a cell, for every
+  /// unsure cell of a test that has entries; an empty list means all entries.
   const CellItems& Open(eMappedTest test) const {
     return open_[static_cast<std::size_t>(test)];
   }
@@ -115,8 +113,8 @@ class ShadowMap {
   }
 
   int Cells() const { return cells_; }
-  /// Row by row; behind the last one stands kNothingKnown once more, for points
-  /// off the shell.
+  /// Row by row, and after the last row kNothingKnown for points outside the
+  /// shell.
   const std::vector<Code>& Codes() const { return codes_; }
   double Lowest2() const { return lowest2_; }    ///< of the shell, mm^2
   double Highest2() const { return highest2_; }  ///< mm^2

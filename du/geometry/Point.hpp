@@ -7,8 +7,8 @@
 namespace ZARN::DU {
 
 /// A point or vector without the bookkeeping of a TVector3, for preparations
-/// that make millions of them. Squares are added in TVector3's order, on which
-/// PointBlocks relies; otherwise not for the formulas.
+/// that make millions of them. Squares are added in the order of TVector3, on
+/// which PointBlocks relies. The formulas do not use it.
 struct Point {
   double x = 0.0;
   double y = 0.0;

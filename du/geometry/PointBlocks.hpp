@@ -13,16 +13,16 @@
 
 namespace ZARN::DU {
 
-/// Points in blocks of four neighbours, and whether one of some blocks lies
-/// within reach of a place, exactly as a loop does that computes every
+/// Points in blocks of four neighbours. Tells whether a point of some blocks
+/// lies within reach of a place, exactly as a loop that computes every
 /// distance:
 ///
 ///     reach > (place - listed).Mag()
 ///
 /// The squared distances are computed in the loop's order of operations and
-/// compared by SquaredReach, so nothing is left to a guard band. Coordinates of
-/// a block stand side by side, so that the compiler computes the distances of
-/// several points at once.
+/// compared by SquaredReach, so that no guard band is needed. The coordinates
+/// of a block are side by side, so that the compiler computes several distances
+/// at once.
 class PointBlocks {
  public:
   /// Points of a block; the last one may have fewer.
@@ -84,10 +84,10 @@ class PointBlocks {
     }
 
    private:
-    /// One number of each point, with which the compiler counts side by side.
+    /// One coordinate of each point, for vector instructions.
     using Four [[gnu::vector_size(kPoints * sizeof(double))]] = double;
 
-    // Where there is no point: never near.
+    // In place of a missing point: never near.
     static constexpr double kNowhere = std::numeric_limits<double>::infinity();
 
     Four x_ = {kNowhere, kNowhere, kNowhere, kNowhere};

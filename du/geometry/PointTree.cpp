@@ -15,29 +15,28 @@ namespace {
 constexpr std::uint32_t kLeafBlocks = 8;
 constexpr std::uint32_t kLeafPoints = kLeafBlocks * PointBlocks::kPoints;
 
-/// More levels than the tree has, whose numbers have 32 bits.
+/// At least the number of levels: node numbers have 32 bits.
 constexpr std::size_t kMostLevels = 32;
 
-/// Points farther out along an axis have no tree; no detector is larger.
+/// With a larger coordinate there is no tree; no detector is so large.
 constexpr double kLargestLength = 1e9;
 
-/// By how much a distance may be off, as a share of it, when it is computed
-/// here and by the loop: three differences, three squares and two sums are
-/// rounded by 2^-53 each, all but the differences count half in the root, and
-/// that is rounded: less than 2^-51. Both and the limit that they are compared
-/// with are less than 2^-49; this is twice as much. A distance whose square
-/// underflows counts as none, and is nearer than any limit here: every node has
-/// a radius.
+/// Bound on the relative error of a distance, computed here and by the loop:
+/// three differences, three squares and two sums are rounded by 2^-53 each; all
+/// but the differences count half in the root, which is also rounded: less than
+/// 2^-51. For both distances and the limit together this is less than 2^-49;
+/// the bound is twice as large. A distance whose square underflows counts as
+/// zero and is below every limit here, because every node has a radius.
 constexpr double kDistanceError = 0x1p-48;
 
-/// By how much the centre and the radius of a ball may be off, mm: those of a
-/// map's, on spheres of up to 100 m, are rounded by less than 1e-10.
+/// Bound on the errors of the centre and the radius of a ball, mm. On a map's
+/// sphere of up to 100 m they are less than 1e-10.
 constexpr double kBallError = 1e-6;
 
 /// The smallest radius of a node.
 constexpr double kLeastRadius = 1e-30;
 
-/// Every other bit of a number of 16.
+/// Put a zero bit before each of the lower 16 bits.
 std::uint32_t SpreadOut(std::uint32_t bits) {
   bits = (bits | bits << 8U) & 0x00FF00FFU;
   bits = (bits | bits << 4U) & 0x0F0F0F0FU;
@@ -45,10 +44,10 @@ std::uint32_t SpreadOut(std::uint32_t bits) {
   return (bits | bits << 1U) & 0x55555555U;
 }
 
-/// Where a point's direction comes along a curve through the octahedral square
-/// that stays long in small squares (G. Morton, 1966).
+/// The position of a point's direction on a curve through the octahedral square
+/// that passes small squares one after the other (G. Morton, 1966).
 std::uint32_t PlaceOnCurve(const Point& point) {
-  // The origin has no direction; nearer to it the place would overflow.
+  // The origin has no direction; very close to it the division overflows.
   constexpr double kLeastLength = 1e-300;
   const double length =
       std::abs(point.x) + std::abs(point.y) + std::abs(point.z);
@@ -65,7 +64,7 @@ bool IsInRange(double coordinate) {
   return std::abs(coordinate) < kLargestLength;
 }
 
-/// Sort points along the curve, so that neighbours stand side by side.
+/// Sort points along the curve, so that neighbours are side by side.
 void SortAlongCurve(std::vector<Point>& points) {
   std::vector<std::uint64_t> order(points.size());
   for (std::size_t i = 0; i < points.size(); ++i) {
@@ -158,7 +157,7 @@ PointTree::Node PointTree::BallAround(const Box& box) {
   const double radius = std::sqrt(Squared(
       {farthest(box.low.x, x, box.high.x), farthest(box.low.y, y, box.high.y),
        farthest(box.low.z, z, box.high.z)}));
-  // Larger by more than it is rounded, also to single precision.
+  // More than the rounding, also the one to single precision.
   return {x, y, z, static_cast<float>(radius * (1.0 + 1e-6) + kLeastRadius)};
 }
 
@@ -172,7 +171,7 @@ bool PointTree::HasPointNear(const TVector3& place) const {
     const std::uint32_t number = open[--count];
     const Node& node = nodes_[number];
     const double far = (reach_ + node.Radius()) * (1.0 + kDistanceError);
-    // Also of a place that is not finite.
+    // Also true for a place that is not finite.
     if (!(SquaredDistance(from, node.Middle()) < far * far)) {
       continue;
     }
@@ -219,7 +218,7 @@ void PointTree::AppendEntries(const Items& items, StretchLists& list) const {
   }
 }
 
-/// The work of Judge.
+/// Judge for one ball.
 class PointTree::Judging {
  public:
   Judging(const PointTree& tree, const Ball& ball, Items& open)
@@ -255,18 +254,18 @@ class PointTree::Judging {
   }
 
  private:
-  /// How near to the centre a point must be to block all of a ball. A reach
-  /// beyond kLargestLength counts as that.
+  /// A point nearer to the centre than this blocks all of the ball. A reach
+  /// above kLargestLength counts as kLargestLength.
   static double InnerLimit(double reach, double radius) {
     const double nearer = std::min(reach, kLargestLength);
     return std::max(nearer - radius - kDistanceError * (nearer + radius), 0.0);
   }
 
-  /// Nodes are divided down to this share of the ball's radius.
+  /// Nodes with a smaller share of the ball's radius are not divided.
   static constexpr double kSmallNode = 0.5;
 
   struct Found {
-    std::size_t count;      // of what is open, and 1 for the nearest
+    std::size_t count;      // of open items, plus 1 for the nearest
     std::uint32_t nearest;  // as an item
     double nearest2;        // its squared distance
   };
@@ -279,8 +278,8 @@ class PointTree::Judging {
     if (open_.size() < items) open_.resize(items);
   }
 
-  /// Without a branch: whether a block is open is hard to foresee, and this is
-  /// most of what a map costs.
+  /// Without a branch: a processor predicts it badly, and most of the time of
+  /// making a map is spent here.
   [[gnu::always_inline]] void Take(std::uint32_t item, std::uint32_t* open,
                                    Found& found) const {
     const double distance2 = SquaredDistanceTo(item);
@@ -290,13 +289,14 @@ class PointTree::Judging {
     found.count += distance2 >= outer_ * outer_ ? 0U : 1U;
   }
 
-  /// Take the blocks from a place on up to the next node.
+  /// Take the blocks from position @p i up to the next node.
   ///
-  /// @return the place of that
+  /// @return the position of that node
   std::size_t TakeBlocks(const Items& items, std::size_t i, Found& found) {
     MakeRoomFor(found.count + items.size() - i);
     std::uint32_t* const open = open_.data();
-    const Judging judging = *this;  // which no item that is written can change
+    const Judging judging =
+        *this;  // a copy, because writing items cannot change it
     Found now = found;
     for (; i < items.size() && items[i] >= judging.firstBlock_; ++i) {
       judging.Take(items[i], open, now);
@@ -305,7 +305,7 @@ class PointTree::Judging {
     return i;
   }
 
-  /// Take a node, or what is in it.
+  /// Take a node, or divide it.
   ///
   /// @return whether it blocks all of the ball
   bool Divide(std::uint32_t number, Found& found) {

@@ -16,37 +16,37 @@ namespace ZARN::DU {
 ///
 ///     reach > (point - listed).Mag()
 ///
-/// The points are put into an order in which neighbours in space mostly stand
-/// side by side. A few blocks of them make a leaf, two leaves a node, and so on
-/// up to all: a complete binary tree, each of whose nodes knows a ball around
-/// its points. What a ball cannot decide is left to PointBlocks.
+/// The points are sorted so that neighbours in the list are mostly neighbours
+/// in space. A few blocks of them are a leaf of a complete binary tree. Every
+/// node has a ball around its points. If the ball cannot decide, PointBlocks
+/// does.
 class PointTree final : public BallTest {
  public:
   PointTree() = default;
-  /// @param points  any, also none; one that is not finite is never near
+  /// @param points  any, or none; a point that is not finite is never near
   /// @param reach   mm, any
   PointTree(const std::vector<TVector3>& points, double reach);
 
   /// Whether a point lies strictly within the reach of @p place; false for a
   /// place that is not finite. Never throws, never allocates.
   bool HasPointNear(const TVector3& place) const;
-  /// Whether a point of a few blocks does, which are entries of the BallTest.
+  /// The same for the points of some blocks, which are entries of the BallTest.
   bool HasPointNear(const TVector3& place, Stretch entries) const {
     return blocks_.HasNear(place, entries);
   }
-  /// How many points can be near at all.
+  /// The number of points that can be near.
   std::uint32_t CountPoints() const { return count_; }
 
-  /// Items are nodes of the tree by their number and blocks, numbered on from
-  /// there, from front to back. Before them stands the nearest one once more:
-  /// in a smaller ball it mostly decides.
+  /// An item is the number of a node, or the number of a block plus the number
+  /// of nodes, in increasing order of their points. The first item repeats the
+  /// nearest one, which mostly decides in a smaller ball.
   Items AllItems() const override;
   eAnswer Judge(const Ball& ball, const Items& items,
                 Items& open) const override;
   void AppendEntries(const Items& items, StretchLists& list) const override;
 
  private:
-  /// A ball that holds the points of a node; one without points is nowhere.
+  /// A ball around the points of a node; without points it is at infinity.
   class Node {
    public:
     Node() = default;
@@ -80,8 +80,8 @@ class PointTree final : public BallTest {
   double reach_ = 0.0;
   std::uint32_t count_ = 0;
   PointBlocks blocks_;
-  /// From the root, number 1, down to the leaves; those below node n are 2 n
-  /// and 2 n + 1. None if there are no points, or some lie too far out.
+  /// From the root, number 1, to the leaves; the children of node n are 2 n and
+  /// 2 n + 1. Empty if there are no points, or some are too far out.
   std::vector<Node> nodes_;
   std::uint32_t firstLeaf_ = 0;
 };

@@ -33,7 +33,7 @@ class StretchLists {
   const std::vector<Stretch>& All() const { return all_; }
 
  private:
-  /// To go over an entry more costs less than another stretch.
+  /// Checking one entry more costs less than another stretch.
   static constexpr std::uint32_t kMostBetween = 1;
 
   void Keep();

@@ -15,7 +15,7 @@
 #include "du/hardware/NeckBoss.hpp"
 #include "tests/property/Random.hpp"
 
-// What the tests of the shadow map put on it.
+// Tests of single points that the tests of the shadow map paint.
 
 namespace ZARN::Testing {
 
@@ -69,7 +69,7 @@ class TwoTests {
     return points;
   }
 
-  /// Points at limits of the spots, moved to where cells meet or a hair beside.
+  /// Points at limits of the spots, moved to an edge of cells or just beside.
   static std::vector<TVector3> PointsAtBorders(
       const std::vector<TVector3>& points, int cells) {
     Random random(33);
@@ -134,7 +134,7 @@ class TwoTests {
   std::unique_ptr<NeckBossCap> cap_;
 };
 
-/// Says the same of every ball until it is small.
+/// Unsure for large balls; one and the same answer for small ones.
 class SmallBallTest final : public BallTest {
  public:
   SmallBallTest(double radius, eAnswer answer)
@@ -143,7 +143,7 @@ class SmallBallTest final : public BallTest {
   Items AllItems() const override { return {0, 1, 2}; }
   eAnswer Judge(const Ball& ball, const Items& items,
                 Items& open) const override {
-    // What is open is handed on from ball to ball; at first all is.
+    // Open items are passed from ball to ball; at first all are open.
     EXPECT_TRUE(items == Items({0, 1, 2}) || items == Items{1});
     ++asked_;
     if (ball.radius < radius_) return answer_;
