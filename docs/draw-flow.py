@@ -36,7 +36,7 @@ def draw_flow():
     drawing.arrow((160, 63), (190, 63))
     drawing.arrow((340, 63), (370, 63))
     drawing.arrow((465, 92), (465, 176))
-    drawing.text(474, 138, "made when they pay", size=12)
+    drawing.text(474, 138, "built when it saves time", size=12)
     drawing.arrow((560, 63), (685, 63), (685, 146))
 
     drawing.text(20, 176, "One path a call", colour="second")
@@ -49,7 +49,7 @@ def draw_flow():
     for i, name in enumerate(("hold-down ropes", "support ropes", "belly plates", "NCD anchors",
                               "AV pipes", "neck boss")):
         drawing.text(627, 190 + 18 * i, f"{i + 1}  {name}")
-    box(drawing, 790, 190, 80, 76, "Verdict", "none, or", "by what")
+    box(drawing, 790, 190, 80, 76, "Verdict", "component", "or none")
     drawing.arrow((160, 219), (190, 219))
     drawing.arrow((340, 219), (370, 219))
     drawing.arrow((560, 219), (610, 219))
@@ -90,11 +90,11 @@ def share(count, total):
 SINGLE = (("Map", "a cell of the vessel", "knows the answer"),
           ("Azimuth tables", "a cell of azimuth", "knows the ropes"),
           ("Algebra", "the few parts near,", "by products"),
-          ("Formula", "of one component,", "as it is written"))
+          ("Formula", "of one component,", "in full"))
 BATCH = (("Map and tables", "in single precision,", "many paths at a time"),
          ("Algebra", "the few points and", "plates of the cell"),
          ("Single call", "as above, in double", "precision"),
-         ("Formula", "of one component,", "as it is written"))
+         ("Formula", "of one component,", "in full"))
 
 
 def draw_shares(paths, single, batch):

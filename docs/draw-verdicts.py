@@ -162,7 +162,7 @@ def draw_hold_down_ropes(judge):
     def pixel(x, y):
         return left + size * cells / 2 + x / scale, top + size * cells / 2 - y / scale
 
-    drawing.text(left, 22, "Above the rope ends: from above", bold=True)
+    drawing.text(left, 22, "Above the leg tops, seen from above", bold=True)
     drawing.circle(*pixel(0, 0), OUTER / scale, fill="panel", stroke="vessel")
     drawing.cells(left, top, size, judge.grid(cells, cells, point), fill="AVHDRope", opacity=0.4)
     for line in rope_lines():
@@ -175,7 +175,7 @@ def draw_hold_down_ropes(judge):
     # Below.
     azimuths, distance = legs()
     plan = Plan(drawing, 290, 44, 350, "AVHDRope", distance)
-    drawing.text(290, 22, "Below the rope ends: a slice, from above", bold=True)
+    drawing.text(290, 22, "Below the leg tops: a slice, from above", bold=True)
     middle = sum([a for a in azimuths if a > 0][:2]) / 2
     plan.show(judge, middle, azimuths, TABLES["SOLID", "hold_down_rope"]["r_rope"], -1000.0)
     return drawing
@@ -412,8 +412,8 @@ def draw_av_pipes(judge):
 
 def draw_neck_boss(judge):
     boss = TABLES["SOLID", "neck_boss"]
-    foot = TABLES["GEO", "av"]["neck_boss_z"] - (boss["half_height1"] + boss["half_height2"])
-    limit = math.acos(foot / INNER)
+    base = TABLES["GEO", "av"]["neck_boss_z"] - (boss["half_height1"] + boss["half_height2"])
+    limit = math.acos(base / INNER)
     drawing = Drawing(660, 246, "Neck boss: which light it blocks")
     scale, left, zero = 0.17, 230, 230  # zero: z = 5300
 
@@ -434,11 +434,11 @@ def draw_neck_boss(judge):
         edge = [(radius * math.sin(limit) * side, radius * math.cos(limit))
                 for radius in (5310 / math.cos(limit), 6250)]
         drawing.line(*(pixel(*p) for p in edge), stroke="NeckBoss", pen=1.2, dash="5 3")
-        collar = [(NECK, foot), (INNER * math.sin(limit), foot),
-                  (NECK + 60, foot + 2 * (boss["half_height1"] + boss["half_height2"])),
-                  (NECK, foot + 2 * (boss["half_height1"] + boss["half_height2"]))]
+        collar = [(NECK, base), (INNER * math.sin(limit), base),
+                  (NECK + 60, base + 2 * (boss["half_height1"] + boss["half_height2"])),
+                  (NECK, base + 2 * (boss["half_height1"] + boss["half_height2"]))]
         drawing.polygon(*(pixel(side * x, z) for x, z in collar), fill="NeckBoss", opacity=0.6)
-    drawing.line(pixel(-INNER * math.sin(limit), foot), pixel(INNER * math.sin(limit), foot),
+    drawing.line(pixel(-INNER * math.sin(limit), base), pixel(INNER * math.sin(limit), base),
                  stroke="ink", pen=0.8, dash="2 3")
     crossings = [0.2 * k / 20 for k in range(-20, 21)]
     places = [(OUTER * math.sin(a), 0.0, OUTER * math.cos(a)) for a in crossings]
@@ -453,7 +453,7 @@ def draw_neck_boss(judge):
                      pen=1.4)
         drawing.circle(x, y, 2.6, fill=colour)
     x = 460
-    drawing.text(x, 60, f"foot of the boss: z = {foot:,.0f} mm", size=12)
+    drawing.text(x, 60, f"base of the boss: z = {base:,.0f} mm", size=12)
     drawing.text(x, 78, f"It meets the inner sphere", size=12)
     drawing.text(x, 94, f"at a polar angle of {math.degrees(limit):.2f}\u00b0.", size=12)
     key(drawing, x, 124, "NeckBoss", "blocked, at any tolerance")
