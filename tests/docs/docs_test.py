@@ -153,10 +153,10 @@ class Documents(unittest.TestCase):
         for words in (
                 f"radius {cylinder:,.0f} mm",
                 f"not above {math.sqrt(8500**2 - cylinder**2):,.0f} mm",
-                f"a rope of {rope['r_rope']:g} mm blocks {rope['r_rope'] + 150:g} mm",
+                f"a rope of {rope['r_rope']:g} mm radius blocks {rope['r_rope'] + 150:g} mm",
                 f"radius {outside:,.0f} mm",
                 f"not above {math.sqrt(8500**2 - outside**2):,.0f} mm",
-                "a rope of {0:g} mm blocks {1:g} mm".format(
+                "a rope of {0:g} mm radius blocks {1:g} mm".format(
                     *(tables["SOLID", "hold_up_rope"]["r_rope"] + t for t in (0, 150))),
                 f"asin({cylinder:,.0f} mm / distance of the start) apart: "
                 f"{math.degrees(math.asin(cylinder / 7000)):.0f} degrees for a start 7 m",
