@@ -49,7 +49,7 @@ def draw_flow():
     for i, name in enumerate(("hold-down ropes", "support ropes", "belly plates", "NCD anchors",
                               "AV pipes", "neck boss")):
         drawing.text(627, 190 + 18 * i, f"{i + 1}  {name}")
-    box(drawing, 790, 190, 80, 76, "Verdict", "component", "or none")
+    box(drawing, 790, 190, 80, 76, "Verdict", "none, or", "by what")
     drawing.arrow((160, 219), (190, 219))
     drawing.arrow((340, 219), (370, 219))
     drawing.arrow((560, 219), (610, 219))

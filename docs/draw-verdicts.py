@@ -162,7 +162,7 @@ def draw_hold_down_ropes(judge):
     def pixel(x, y):
         return left + size * cells / 2 + x / scale, top + size * cells / 2 - y / scale
 
-    drawing.text(left, 22, "Above the leg tops, seen from above", bold=True)
+    drawing.text(left, 22, "Above the leg tops: from above", bold=True)
     drawing.circle(*pixel(0, 0), OUTER / scale, fill="panel", stroke="vessel")
     drawing.cells(left, top, size, judge.grid(cells, cells, point), fill="AVHDRope", opacity=0.4)
     for line in rope_lines():
