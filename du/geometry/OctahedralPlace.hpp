@@ -21,8 +21,8 @@ struct OctahedralPlace {
 /// CellAlong adds. In units of 2^-24, for numbers up to 1: each coordinate is
 /// rounded by 1, and so is their sum, to which its two additions add 2. With
 /// the division by the sum and the product that is 1 + 3 + 1 + 1 = 6. The fold
-/// adds 1, the addition of 1 in CellAlong another, and its product with half the
-/// number of cells, of a number up to 2, another 2.
+/// adds 1, the addition of 1 in CellAlong another, and its product with half
+/// the number of cells, of a number up to 2, another 2.
 inline constexpr double kPlaceError = 10 * 0x1p-24;
 
 /// The place of a direction of any length above 0.

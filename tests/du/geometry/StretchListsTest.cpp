@@ -34,7 +34,8 @@ TEST(Stretch, HoldsItsBeginAndEnd) {
 
 TEST(StretchLists, JoinEntriesThatAreAdjacentOrNearlySo) {
   StretchLists lists(100);
-  for (const std::uint32_t i : {3U, 4U, 5U, 7U, 10U, 22U}) lists.Append(i, i + 1);
+  for (const std::uint32_t i : {3U, 4U, 5U, 7U, 10U, 22U})
+    lists.Append(i, i + 1);
   lists.Append(22, 30);
   EXPECT_EQ(lists.EndList().Count(), 3U);
   EXPECT_EQ(PairsOf(lists), (Pairs{{3, 8}, {10, 11}, {22, 30}}));
