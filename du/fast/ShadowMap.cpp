@@ -67,7 +67,7 @@ class MapPainter {
   CellItems Open() const {
     const auto count =
         static_cast<std::size_t>(cells_) * static_cast<std::size_t>(cells_);
-    return CellItems(count, ofCells_, lists_.All());
+    return {count, ofCells_, lists_.All()};
   }
 
  private:
