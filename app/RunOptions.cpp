@@ -32,8 +32,8 @@ void Begin(const RunOptions& options, Calculator& calculator) {
 }
 
 /// The fixed messages of the calculator do not say which table is missing.
-void TellLoadErrors(const RunOptions& options,
-                    const DU::ShadowingCalculator& calculator) {
+void ReportLoadErrors(const RunOptions& options,
+                      const DU::ShadowingCalculator& calculator) {
   for (const DU::eShadowingComponent component : DU::kShadowingComponents) {
     if (calculator.IsInfoLoaded(component)) continue;
     std::cerr << options.geometry << ": " << DU::NameOf(component)
@@ -99,7 +99,7 @@ void LoadTables(const RunOptions& options) {
 
 void BeginRun(const RunOptions& options, DU::ShadowingCalculator& calculator) {
   Begin(options, calculator);
-  TellLoadErrors(options, calculator);
+  ReportLoadErrors(options, calculator);
   if (options.tolerance.has_value()) {
     calculator.SetAllGeometryTolerances(*options.tolerance);
   }

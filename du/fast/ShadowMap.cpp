@@ -146,8 +146,8 @@ class MapPainter {
   ShadowMap::Code digit_;
   int cells_;
   std::vector<ShadowMap::Code>& codes_;
-  std::array<BallTest::Items, kMostLevels>
-      open_;  // one for each size of square
+  // Of the current square of each size.
+  std::array<BallTest::Items, kMostLevels> open_;
   std::vector<std::pair<std::uint32_t, Stretch>> ofCells_;
   StretchLists lists_{kMostStretches};
 };

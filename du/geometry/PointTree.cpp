@@ -295,8 +295,8 @@ class PointTree::Judging {
   std::size_t TakeBlocks(const Items& items, std::size_t i, Found& found) {
     MakeRoomFor(found.count + items.size() - i);
     std::uint32_t* const open = open_.data();
-    const Judging judging =
-        *this;  // a copy, because writing items cannot change it
+    // A copy, which writing items cannot change.
+    const Judging judging = *this;
     Found now = found;
     for (; i < items.size() && items[i] >= judging.firstBlock_; ++i) {
       judging.Take(items[i], open, now);
