@@ -6,12 +6,14 @@
 #include <string>
 
 #include "db/TableSet.hpp"
+#include "du/Verdict.hpp"
 #include "du/hardware/Hardware.hpp"
 #include "du/hardware/ShadowingComponent.hpp"
 #include "du/hardware/WaterSegments.hpp"
 #include "lightpath/LightPath.hpp"
 #include "lightpath/LightPathArrays.hpp"
 #include "lightpath/LightPathCalculator.hpp"
+#include "lightpath/PMTArray.hpp"
 
 namespace ZARN::DU {
 
@@ -89,6 +91,21 @@ class ShadowingCalculator {
   void FindShadowing(const LightPathArrays& paths, std::size_t count,
                      eShadowingComponent* verdicts,
                      std::size_t threads = 1) const;
+
+  /// Write the verdict on the light from one event to each PMT: that of
+  /// FindShadowing for the path of CalcByPosition, or why there is no path.
+  /// Thread-safe.
+  ///
+  /// @param light      gives the vessel and the media; BeginOfRun was called
+  /// @param eventPos   mm, any values
+  /// @param direct     pmts.Count() verdicts are written here
+  /// @param reflected  as many verdicts on the light that is reflected at the
+  ///                   vessel (CalcReflectionByPosition) are written here;
+  ///                   kNoReflectedPath where there is none. May be null.
+  /// @throws std::logic_error before @p light had its BeginOfRun
+  void FindVerdicts(const LightPathCalculator& light, const TVector3& eventPos,
+                    const PMTArray& pmts, eVerdict* direct,
+                    eVerdict* reflected = nullptr) const;
 
   /// Build the layers now instead of while paths are judged. Does nothing if
   /// they exist, if another thread is building them, or if there is not enough

@@ -30,6 +30,9 @@ class LightPathCalculator {
   using TypeNames = std::map<eLightPathType, std::string>;
 
   static constexpr double kDefaultWavelength = 400.0;  // nm
+  /// Positions farther from the centre are treated as not finite, mm: products
+  /// of their coordinates overflow.
+  static constexpr double kFarthest = 1e70;
 
   /// An uninitialised path, and the names of all known types.
   LightPathCalculator();
@@ -69,7 +72,7 @@ class LightPathCalculator {
   ///
   /// There is no path (HasPath) if total reflection leaves none, if the PMT is
   /// not in the water, if the event is at the PMT, or if a position is not
-  /// finite (or farther than 1e70 mm).
+  /// finite (or farther than kFarthest).
   ///
   /// Allocates nothing. Use one calculator per thread.
   ///

@@ -5,6 +5,7 @@
 #include <limits>
 
 #include "lightpath/Crossings.hpp"
+#include "lightpath/LightPathCalculator.hpp"
 #include "lightpath/RaySearch.hpp"
 #include "lightpath/Rotor.hpp"
 
@@ -14,8 +15,7 @@ namespace {
 /// Rounding error of a sum of products of coordinates, relative to its terms.
 constexpr double kRounding = 4 * std::numeric_limits<double>::epsilon();
 
-/// Farther away than this, mm, products of positions overflow.
-constexpr double kFarthest = 1e70;
+constexpr double kFarthest = LightPathCalculator::kFarthest;
 
 double RadiusOf(const ConcentricMedia& media, eCrossing crossing) {
   return IsAtInnerSurface(crossing) ? media.InnerRadius : media.OuterRadius;
