@@ -5,6 +5,8 @@
 #include <limits>
 
 #include "TMath.h"
+#include "lightpath/RayBounds.hpp"
+#include "lightpath/RayFamilies.hpp"
 
 namespace ZARN::DU {
 namespace {
@@ -15,41 +17,7 @@ using Ray = SweptAngle::Ray;
 /// numbers up to 2 pi; at 10 m it is 4e-11 mm).
 constexpr double kRounding = 4e-15;
 
-constexpr RayFamily kFromInside[] = {{kInnerAVToWater, eSense::kOutward},
-                                     {kInnerAVToWater, eSense::kInward}};
-constexpr RayFamily kFromWall[] = {{kAVToWater, eSense::kOutward},
-                                   {kAVToWater, eSense::kInward},
-                                   {kAVThroughInnerAVToWater, eSense::kInward}};
-constexpr RayFamily kFromWater[] = {{kWaterThroughAV, eSense::kInward},
-                                    {kWaterThroughInnerAV, eSense::kInward}};
-constexpr RayFamily kReflected = {kWaterReflection, eSense::kInward};
-
-/// Rays that go inwards through the wall and leave it without reaching the
-/// inner surface.
-bool StaysInWall(const RayFamily& family) {
-  return family.Launch == eSense::kInward &&
-         (family.Type == kAVToWater || family.Type == kWaterThroughAV);
-}
-
 enum class eWanted { kAll, kShortest };
-
-/// The bounds of a value.
-struct Range {
-  double Low;
-  double High;
-  bool IsSigned() const { return Low >= 0 || High <= 0; }
-};
-
-Range SlopesBetween(const Ray& first, const Ray& last) {
-  return {last.Growing - first.Shrinking, first.Growing - last.Shrinking};
-}
-
-/// Bounds of d(Slope)/d(cos t), which has the opposite sign of the second
-/// derivative by t.
-Range CurvesBetween(const Ray& first, const Ray& last) {
-  return {first.GrowingCurve - last.ShrinkingCurve,
-          last.GrowingCurve - first.ShrinkingCurve};
-}
 
 /// Lower bound of a function between two points @p width apart, given its
 /// values @p first and @p last there: its slope is at least slopes.Low and at
@@ -294,20 +262,20 @@ int SearchAll(const ConcentricMedia& media, const PathEnds& ends,
   const PerSite<double> reaches =
       ReachesOf(media, ends.EventRadius, ends.PMTRadius);
   int evaluations = 0;
-  const auto search = [&](const auto& families) {
-    for (const RayFamily& family : families) {
-      evaluations += SearchFamily(family, reaches, ends.Angle, wanted, onFound);
-    }
+  const auto search = [&](const auto&... families) {
+    ((evaluations +=
+      SearchFamily(families, reaches, ends.Angle, wanted, onFound)),
+     ...);
   };
   switch (media.At(ends.EventRadius)) {
     case eMedium::kInnerAV:
-      search(kFromInside);
+      search(kOutwardFromInside, kInwardFromInside);
       break;
     case eMedium::kAcrylic:
-      search(kFromWall);
+      search(kOutwardFromWall, kAlongWallFromWall, kInwardFromWall);
       break;
     case eMedium::kWater:
-      search(kFromWater);
+      search(kAlongWallFromWater, kInwardFromWater);
       break;
   }
   return evaluations;
