@@ -1,7 +1,7 @@
 #pragma once
 
 #include <cstddef>
-#include <utility>
+#include <cstdint>
 #include <vector>
 
 #include "TVector3.h"
@@ -10,18 +10,50 @@ namespace ZARN::DU {
 
 /// The positions of many PMTs, prepared once for calculations that join each of
 /// many events to all of them.
+///
+/// PMTs at nearly the same distance from the centre form a group: one table of
+/// light rays serves them all. A detector whose PMTs have one distance is one
+/// group; distances that vary without steps are divided into a few.
 class PMTArray {
  public:
+  /// PMTs at nearly the same distance: those with the indexes begin to before
+  /// end of Order() and of the columns.
+  struct Group {
+    std::size_t begin;
+    std::size_t end;
+    double lowest;   ///< distance from the centre, mm
+    double highest;  ///< mm
+  };
+
   PMTArray() = default;
   /// @param positions  mm, any values, also not finite ones
-  explicit PMTArray(std::vector<TVector3> positions)
-      : positions_(std::move(positions)) {}
+  explicit PMTArray(std::vector<TVector3> positions);
 
   std::size_t Count() const { return positions_.size(); }
   const TVector3& At(std::size_t pmt) const { return positions_[pmt]; }
 
+  const std::vector<Group>& Groups() const { return groups_; }
+  /// The numbers of the PMTs, group by group, then those of the PMTs in no
+  /// group: at the centre, farther away than any detector, or not finite.
+  const std::vector<std::uint32_t>& Order() const { return order_; }
+
+  // Of the PMTs in the groups, in this order: unit vectors from the centre, and
+  // inverse distances from it, 1/mm.
+  const std::vector<double>& X() const { return x_; }
+  const std::vector<double>& Y() const { return y_; }
+  const std::vector<double>& Z() const { return z_; }
+  const std::vector<double>& InverseRadius() const { return inverseRadius_; }
+
  private:
+  void MakeGroups(const std::vector<double>& radii);
+
   std::vector<TVector3> positions_;
+  std::vector<Group> groups_;
+  std::vector<std::uint32_t> order_;
+  std::vector<double> x_;
+  std::vector<double> y_;
+  std::vector<double> z_;
+  std::vector<double> inverseRadius_;
 };
 
 }  // namespace ZARN::DU

@@ -50,6 +50,7 @@ PerSite<double> ReachesOf(const ConcentricMedia& media, double eventRadius,
 
 SweptAngle::SweptAngle(const RayFamily& family, const PerSite<double>& reaches)
     : base_(family.Base),
+      isBaseOdd_(std::cos(family.Base) < 0.0),
       startsInWater_(family.Type == kWaterThroughInnerAV ||
                      family.Type == kWaterThroughAV ||
                      family.Type == kWaterReflection),

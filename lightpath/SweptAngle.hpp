@@ -122,6 +122,15 @@ class SweptAngle {
   double OpticalLength(const Ray& ray) const;
 
   double Highest() const { return highest_; }
+  /// Highest() / reach by site, 0 if the site is not on the path: the sine of
+  /// the angle to the radius there is this times sin(t).
+  const PerSite<double>& Ratios() const { return ratios_; }
+  const PerSite<double>& Turns() const { return turns_; }
+  /// Whether rays of the family start or end on the far side of the centre: the
+  /// product of their turns is that of a swept angle that differs by pi.
+  bool IsBaseOdd() const { return isBaseOdd_; }
+  /// 1 - ratio^2: the cosine is sqrt(rest + (ratio cos(t))^2).
+  const PerSite<double>& Rests() const { return rests_; }
 
   /// The t of an invariant up to Highest(). (The arc sine would lose half of
   /// the digits near grazing incidence.)
@@ -149,6 +158,7 @@ class SweptAngle {
                    const PerSite<double>& curves) const;
 
   double base_;
+  bool isBaseOdd_;
   bool startsInWater_;
   PerSite<double> turns_;
   PerSite<double> growing_;    // positive turns, else 0

@@ -52,24 +52,18 @@ class PathsByType {
 
 }  // namespace
 
-std::vector<eKernel> AvailableKernels() {
-  std::vector<eKernel> kernels = {eKernel::kBaseline};
-#ifdef __x86_64__
-  if (__builtin_cpu_supports("avx2") != 0) kernels.push_back(eKernel::kAVX2);
-  if (__builtin_cpu_supports("avx512f") != 0 &&
-      __builtin_cpu_supports("avx512vl") != 0 &&
-      __builtin_cpu_supports("avx512dq") != 0 &&
-      __builtin_cpu_supports("avx512bw") != 0) {
-    kernels.push_back(eKernel::kAVX512);
-  }
-#endif
-  return kernels;
-}
-
 ShadowingBatch::ShadowingBatch(const ShadowingFilter& filter)
-    : kernel_(&KernelOf(AvailableKernels().back())), tables_(filter) {}
+    : kernel_(&KernelOf(WidestKernel())), tables_(filter) {}
 
 void ShadowingBatch::UseKernel(eKernel kernel) { kernel_ = &KernelOf(kernel); }
+
+void ShadowingBatch::PassWater(WaterBlock& block, std::size_t count,
+                               BatchVerdict* verdicts) const {
+  kernel_->passWater(tables_.Geometry(), block, count);
+  for (std::size_t i = 0; i < count; ++i) {
+    verdicts[i] = tables_.InWater(block, i);
+  }
+}
 
 /// Processes one block of paths: copies them into arrays, lets the kernel judge
 /// them, and looks up its results in the tables.

@@ -1,20 +1,14 @@
 #pragma once
 
 #include <cstddef>
-#include <vector>
 
 #include "du/fast/BatchKernel.hpp"
 #include "du/fast/BatchTables.hpp"
 #include "du/fast/PathLists.hpp"
 #include "du/fast/ShadowingFilter.hpp"
+#include "lightpath/Kernels.hpp"
 
 namespace ZARN::DU {
-
-/// Kinds of processors for which there is a batch kernel.
-enum class eKernel { kBaseline, kAVX2, kAVX512 };
-
-/// The kernels that this processor can run, the narrowest first.
-std::vector<eKernel> AvailableKernels();
 
 /// Verdicts on many paths at a time, by the arithmetic of ShadowingFilter in
 /// single precision: a register holds twice as many paths, and the bands are so
@@ -41,6 +35,26 @@ class ShadowingBatch {
              std::size_t count, BatchVerdict* verdicts) const;
   void Judge(const ShadowingFilter& filter, const PathsInColumns& paths,
              std::size_t count, BatchVerdict* verdicts) const;
+
+  /// Find the cells of @p count segments that cross the vessel.
+  void Cross(CrossingBlock& block, std::size_t count) const {
+    kernel_->cross(tables_.Geometry(), block, count);
+  }
+  /// Find the rope answers of @p count paths in water, and the verdicts on
+  /// them.
+  void PassWater(WaterBlock& block, std::size_t count,
+                 BatchVerdict* verdicts) const;
+  /// The verdict on a segment of a block, from its cells alone.
+  ///
+  /// @param isFirst  of its path
+  BatchVerdict VerdictAt(const ShadowingFilter& filter,
+                         const CrossingBlock& block, std::size_t place,
+                         bool isFirst) const {
+    return tables_.OnCrossing(
+        tables_.RopesAt(block.rope.at[place]),
+        filter.Map().At(static_cast<std::size_t>(block.cell.at[place])),
+        isFirst);
+  }
 
   /// Use this kernel, which must be available. The default is the widest.
   void UseKernel(eKernel kernel);

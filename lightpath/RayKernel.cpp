@@ -1,0 +1,350 @@
+#include "lightpath/RayKernel.hpp"
+
+// Compiled once for each kind of processor; ZARN_KERNEL names the result. The
+// loops have no branches and no calls, so the compiler vectorises them.
+
+namespace ZARN::DU {
+namespace {
+
+constexpr double kInfinity = __builtin_inf();
+
+constexpr std::size_t kEventSite = 0;
+constexpr std::size_t kOuterSite = 4;
+
+/// Error of the difference between the swept angle and the angle between event
+/// and PMT, rad, of this kernel and of the exact search together. The search
+/// ends within 4e-15 of the angle that it computes, which has an error of 4e-15
+/// itself; the kernel's product of up to 11 turns has one of 11 * 4e-16. The
+/// unit vectors, and the sums of products with them, are rounded too.
+constexpr double kAngleError = 2e-14;
+
+/// The angle between event and PMT is known by its cosine, with an error of 4
+/// roundings. This times the inverse sine is the error of the angle; a point is
+/// moved by it once more, since it is composed of both unit vectors.
+constexpr double kCosineError = 2e-15;
+
+/// Nearer to one line with the centre, the sine is not known well enough.
+constexpr double kLeastSine = 1e-4;
+
+/// Errors of the angle up to this are inside the range of cells for which a
+/// cell's inverse slope holds (RayTable.cpp); the sine of one equals it within
+/// 2e-16.
+constexpr double kLargestMiss = 1e-5;
+
+/// The turns of a family at the near sites, known at compile time, so that the
+/// loops below have no branches.
+template <int kEvent, int kInside, int kInWall, int kOutWall, int kOutside,
+          bool kStartsAtT>
+struct Turns {
+  static constexpr int kAt[kNearSites] = {  // NOLINT(*-avoid-c-arrays)
+      kEvent, kInside, kInWall, kOutWall, kOutside};
+  /// Whether the angle at the event is t itself. Its cosine then keeps its
+  /// sign.
+  static constexpr bool kIsEventT = kStartsAtT;
+};
+
+struct Ray {
+  double cosT, sinT;
+};
+
+/// A product of rotations.
+struct Product {
+  double re, im;
+
+  /// Multiply by a rotation, applied @p kTurns times.
+  template <int kTurns>
+  [[gnu::always_inline]] void Turn(double cosine, double sine) {
+    constexpr bool kIsTwice = kTurns == 2 || kTurns == -2;
+    const double c = kIsTwice ? cosine * cosine - sine * sine : cosine;
+    const double absolute = kIsTwice ? 2.0 * cosine * sine : sine;
+    const double s = kTurns < 0 ? -absolute : absolute;
+    const double before = re;
+    re = re * c - im * s;
+    im = im * c + before * s;
+  }
+};
+
+[[gnu::always_inline]] inline double CosineAt(const RayBranch& branch,
+                                              std::size_t site,
+                                              const Ray& ray) {
+  const double across = branch.ratios[site] * ray.cosT;
+  return __builtin_sqrt(branch.rests[site] + across * across);
+}
+
+template <class Turns, std::size_t kSite>
+[[gnu::always_inline]] inline void TurnAt(const RayBranch& branch,
+                                          const Ray& ray, Product& product) {
+  constexpr int kTurns = Turns::kAt[kSite];
+  if constexpr (kSite == kEventSite && Turns::kIsEventT) {
+    product.template Turn<kTurns>(ray.cosT, ray.sinT);
+  } else if constexpr (kTurns != 0) {
+    product.template Turn<kTurns>(CosineAt(branch, kSite, ray),
+                                  branch.ratios[kSite] * ray.sinT);
+  }
+}
+
+/// What the table says about PMTs.
+struct Estimates {
+  template <class Number>
+  using Lane = RayBlock::Lane<Number>;
+  Lane<double> sine, cosT, sinT, inverseSlope, spread;
+};
+
+template <bool kIsFolded>
+void Estimate(const RayBranch& b, const RayOrigin& e, RayBlock& k,
+              Estimates& found, std::size_t count) {
+  const RayBranch branch = b;
+  const RayOrigin event = e;
+  const double last = branch.count - 1;
+#pragma GCC ivdep  // the cells are not among the results
+  for (std::size_t i = 0; i < count; ++i) {
+    const double x = event.x * k.pmtX.at[i] + event.y * k.pmtY.at[i] +
+                     event.z * k.pmtZ.at[i];
+    const double y = branch.sense * x;
+    const double less = 1.0 - y;
+    const double more = 1.0 + y;
+    const double sine2 = less * more;
+    const double sine = __builtin_sqrt(sine2 > 0.0 ? sine2 : 0.0);
+    const double beyond = y - branch.fold;
+    const double along =
+        kIsFolded ? __builtin_sqrt(beyond > 0.0 ? beyond : 0.0) : y;
+    const double place = (along - branch.first) * branch.scale;
+    const double positive = place > 0.0 ? place : 0.0;
+    const int at = static_cast<int>(positive < last ? positive : last);
+    const double share = place - at;
+    const RayCell& cell = branch.cells[at];
+    const double h =
+        cell.h0 + share * (cell.h1 + share * (cell.h2 + share * cell.h3));
+    const double h2 = h * h * less;
+    const double inverse = 1.0 / (more + h2);
+    k.cosine.at[i] = x;
+    found.sine.at[i] = sine;
+    found.cosT.at[i] = (more - h2) * inverse;
+    found.sinT.at[i] = 2.0 * h * sine * inverse;
+    found.inverseSlope.at[i] = cell.inverseSlope;
+    found.spread.at[i] = cell.spread;
+  }
+}
+
+/// What is known about a PMT besides t.
+struct Known {
+  double cosine, sine, inverseSine;
+  double ratioAtPMT;
+  double inverseSlope, spread;
+};
+
+/// The rotation by the swept angle minus the angle between event and PMT.
+struct Miss {
+  double cosine, sine;
+};
+
+template <class Turns>
+[[gnu::always_inline]] inline Miss MissOf(const RayBranch& branch,
+                                          const Known& known, const Ray& ray) {
+  Product product = {branch.sign, 0.0};
+  TurnAt<Turns, 0>(branch, ray, product);
+  TurnAt<Turns, 1>(branch, ray, product);
+  TurnAt<Turns, 2>(branch, ray, product);
+  TurnAt<Turns, 3>(branch, ray, product);
+  TurnAt<Turns, 4>(branch, ray, product);
+  const double sine = known.ratioAtPMT * ray.sinT;
+  product.Turn<-1>(__builtin_sqrt(1.0 - sine * sine), sine);
+  return {product.re * known.cosine + product.im * known.sine,
+          product.im * known.cosine - product.re * known.sine};
+}
+
+/// The turn of t that corrects a small miss.
+[[gnu::always_inline]] inline double StepFor(const RayBranch& branch,
+                                             const Miss& miss,
+                                             double inverseSlope) {
+  return -branch.sense * miss.sine * inverseSlope;
+}
+
+/// Turn t; the series are exact to 1e-16 below 0.005.
+[[gnu::always_inline]] inline Ray Turned(const Ray& ray, double step) {
+  const double step2 = step * step;
+  const double c = 1.0 - step2 * (0.5 - step2 * (1.0 / 24.0));
+  const double s = step * (1.0 - step2 * (1.0 / 6.0 - step2 * (1.0 / 120.0)));
+  return {ray.cosT * c - ray.sinT * s, ray.sinT * c + ray.cosT * s};
+}
+
+/// Correct t a last time.
+///
+/// The inverse slope between the estimate and the exact ray differs from that
+/// of the cell by at most the spread.
+///
+/// @return a bound on the error that is left
+template <class Turns>
+[[gnu::always_inline]] inline double CorrectLast(const RayBranch& branch,
+                                                 const Known& known, Ray& ray) {
+  const Miss miss = MissOf<Turns>(branch, known, ray);
+  const double size = miss.sine < 0.0 ? -miss.sine : miss.sine;
+  const bool isKnown = (miss.cosine > 0.0) & (size < kLargestMiss) &
+                       (ray.cosT > branch.leastCosine) &
+                       (known.sine > kLeastSine);
+  const double error = kAngleError + kCosineError * known.inverseSine;
+  const double bound =
+      size * known.spread + error * (1.0 + known.inverseSlope + known.spread);
+  ray = Turned(ray, StepFor(branch, miss, known.inverseSlope));
+  return isKnown ? bound : kInfinity;
+}
+
+/// Correct t three times, from the second time on with the inverse slope of the
+/// chord (the secant method).
+template <class Turns>
+[[gnu::always_inline]] inline void CorrectOften(const RayBranch& branch,
+                                                const Known& known, Ray& ray) {
+  const double low = known.inverseSlope - known.spread;
+  const double high = known.inverseSlope + known.spread;
+  const auto chord = [&](double step, const Miss& before, const Miss& after) {
+    const double inverse = branch.sense * step / (after.sine - before.sine);
+    return inverse > low ? (inverse < high ? inverse : high) : low;
+  };
+  const Miss first = MissOf<Turns>(branch, known, ray);
+  const double step1 = StepFor(branch, first, known.inverseSlope);
+  ray = Turned(ray, step1);
+  const Miss second = MissOf<Turns>(branch, known, ray);
+  const double step2 = StepFor(branch, second, chord(step1, first, second));
+  ray = Turned(ray, step2);
+  const Miss third = MissOf<Turns>(branch, known, ray);
+  ray = Turned(ray, StepFor(branch, third, chord(step2, second, third)));
+}
+
+/// A point on the vessel's outer surface at the end of a ray, and the direction
+/// from there to the end. Both are combinations of the unit vectors to this end
+/// and to the other one.
+struct AtEnd {
+  double pointOfThis, pointOfOther;
+  double directionOfThis, directionOfOther;
+};
+
+/// @param sine,cosine    of the angle to the radius at the end
+/// @param outerSine,outerCosine  of the angle to the radius in the water at the
+///                       vessel
+/// @param x,inverseSine  of the angle between both ends
+[[gnu::always_inline]] inline AtEnd EndOf(double sine, double cosine,
+                                          double outerSine, double outerCosine,
+                                          double x, double inverseSine) {
+  // The point is that far from the end, seen from the centre.
+  const double turnCosine = outerCosine * cosine + outerSine * sine;
+  const double turnSine = outerSine * cosine - outerCosine * sine;
+  const double point = turnSine * inverseSine;
+  const double direction = sine * inverseSine;
+  return {turnCosine - x * point, point, cosine + x * direction, -direction};
+}
+
+template <class Turns, bool kIsFolded, eSteps kSteps>
+void TraceRays(const RayBranch& b, const RayOrigin& e, RayBlock& k,
+               std::size_t count) {
+  const RayBranch branch = b;
+  const RayOrigin event = e;
+  Estimates found;
+  Estimate<kIsFolded>(branch, event, k, found, count);
+  for (std::size_t i = 0; i < count; ++i) {
+    const double x = k.pmtX.at[i];
+    const double y = k.pmtY.at[i];
+    const double z = k.pmtZ.at[i];
+    const double inverseSine = 1.0 / found.sine.at[i];
+    const Known known = {k.cosine.at[i],
+                         found.sine.at[i],
+                         inverseSine,
+                         branch.highest * k.inverseRadius.at[i],
+                         found.inverseSlope.at[i],
+                         found.spread.at[i]};
+    Ray ray = {found.cosT.at[i], found.sinT.at[i]};
+    if constexpr (kSteps == eSteps::kMany) {
+      CorrectOften<Turns>(branch, known, ray);
+    }
+    const double bound = CorrectLast<Turns>(branch, known, ray);
+    const double sine = known.ratioAtPMT * ray.sinT;
+    const AtEnd end =
+        EndOf(sine, __builtin_sqrt(1.0 - sine * sine),
+              branch.ratios[kOuterSite] * ray.sinT,
+              CosineAt(branch, kOuterSite, ray), known.cosine, inverseSine);
+    k.bound.at[i] = bound;
+    k.inverseSine.at[i] = inverseSine;
+    k.cosT.at[i] = ray.cosT;
+    k.sinT.at[i] = ray.sinT;
+    k.pointX.at[i] = end.pointOfThis * x + end.pointOfOther * event.x;
+    k.pointY.at[i] = end.pointOfThis * y + end.pointOfOther * event.y;
+    k.pointZ.at[i] = end.pointOfThis * z + end.pointOfOther * event.z;
+    k.directionX.at[i] =
+        end.directionOfThis * x + end.directionOfOther * event.x;
+    k.directionY.at[i] =
+        end.directionOfThis * y + end.directionOfOther * event.y;
+    k.directionZ.at[i] =
+        end.directionOfThis * z + end.directionOfOther * event.z;
+  }
+}
+
+void TraceBack(const RayBranch& b, const RayOrigin& e, RayBlock& k,
+               std::size_t count) {
+  const RayBranch branch = b;
+  const RayOrigin event = e;
+  for (std::size_t i = 0; i < count; ++i) {
+    const Ray ray = {k.cosT.at[i], k.sinT.at[i]};
+    const AtEnd end = EndOf(
+        branch.ratios[kEventSite] * ray.sinT, CosineAt(branch, kEventSite, ray),
+        branch.ratios[kOuterSite] * ray.sinT, CosineAt(branch, kOuterSite, ray),
+        k.cosine.at[i], k.inverseSine.at[i]);
+    const double x = k.pmtX.at[i];
+    const double y = k.pmtY.at[i];
+    const double z = k.pmtZ.at[i];
+    k.firstX.at[i] = end.pointOfThis * event.x + end.pointOfOther * x;
+    k.firstY.at[i] = end.pointOfThis * event.y + end.pointOfOther * y;
+    k.firstZ.at[i] = end.pointOfThis * event.z + end.pointOfOther * z;
+    k.backX.at[i] = end.directionOfThis * event.x + end.directionOfOther * x;
+    k.backY.at[i] = end.directionOfThis * event.y + end.directionOfOther * y;
+    k.backZ.at[i] = end.directionOfThis * event.z + end.directionOfOther * z;
+  }
+}
+
+template <class Turns, bool kIsFolded>
+void TraceFamily(const RayBranch& branch, const RayOrigin& event, eSteps steps,
+                 RayBlock& block, std::size_t count) {
+  if (steps == eSteps::kOne) {
+    TraceRays<Turns, kIsFolded, eSteps::kOne>(branch, event, block, count);
+  } else {
+    TraceRays<Turns, kIsFolded, eSteps::kMany>(branch, event, block, count);
+  }
+}
+
+template <class Turns>
+void TraceFamily(const RayBranch& branch, const RayOrigin& event, eSteps steps,
+                 RayBlock& block, std::size_t count) {
+  if (branch.isFolded) {
+    TraceFamily<Turns, true>(branch, event, steps, block, count);
+  } else {
+    TraceFamily<Turns, false>(branch, event, steps, block, count);
+  }
+}
+
+void Trace(const RayBranch& branch, const RayOrigin& event, eSteps steps,
+           RayBlock& block, std::size_t count) {
+  const auto trace = [&](auto turns) {
+    TraceFamily<decltype(turns)>(branch, event, steps, block, count);
+  };
+  switch (branch.family) {
+    case eRayFamily::kOutwardJoined:
+      return trace(Turns<1, -1, 1, -1, 1, true>());
+    case eRayFamily::kOutwardFromInside:
+      return trace(Turns<1, -1, 1, -1, 1, false>());
+    case eRayFamily::kInwardFromInside:
+      return trace(Turns<-1, -1, 1, -1, 1, false>());
+    case eRayFamily::kOutwardFromWall:
+      return trace(Turns<1, 0, 0, -1, 1, false>());
+    case eRayFamily::kInwardFromWall:
+      return trace(Turns<-1, -2, 2, -1, 1, false>());
+    case eRayFamily::kInwardFromWater:
+      return trace(Turns<-1, -2, 2, -2, 2, false>());
+    case eRayFamily::kReflected:
+      return trace(Turns<-1, 0, 0, 0, 2, false>());
+  }
+}
+
+}  // namespace
+
+extern const RayKernel ZARN_KERNEL;
+const RayKernel ZARN_KERNEL = {Trace, TraceBack};
+
+}  // namespace ZARN::DU

@@ -1,0 +1,117 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+
+namespace ZARN::DU {
+
+// This header is included by code that is compiled for several processors, so
+// it has no functions and includes no header that has.
+
+/// The number of PMTs in a block. All their data stays in the level 1 cache.
+inline constexpr std::size_t kRayBlock = 256;
+
+/// Sites of a ray besides the PMT: the event and both sides of both surfaces.
+inline constexpr std::size_t kNearSites = 5;
+
+/// One cell of a table of rays: H as a cubic of the share of the cell that is
+/// passed, and bounds of the inverse slope of the swept angle.
+struct alignas(64) RayCell {
+  double h0, h1, h2, h3;
+  double inverseSlope;  ///< |dt/d(swept angle)|, the middle of its bounds
+  double spread;        ///< half of their distance; infinite if unknown
+};
+
+/// The families that a table can hold.
+enum class eRayFamily {
+  kOutwardJoined,  ///< from inside, also inwards: the event is where t is
+  kOutwardFromInside,
+  kInwardFromInside,
+  kOutwardFromWall,
+  kInwardFromWall,
+  kInwardFromWater,
+  kReflected
+};
+
+/// How often t is corrected: once, for PMTs at nearly the distance of the
+/// table; or until the bound is as small as it can be.
+enum class eSteps { kOne, kMany };
+
+/// The rays of one family from one event, over the direction to the PMT.
+///
+/// A ray is described by t (SweptAngle.hpp). G is the angle between event and
+/// PMT seen from the centre, or its supplement if opposite, so that the ray
+/// through the centre has G = t = 0. The table gives
+///     H = tan(t / 2) / tan(G / 2)
+/// over y = cos(G), or over sqrt(y - fold) if the family ends at the fold of a
+/// caustic. H is smooth also at G = 0 and pi.
+struct RayBranch {
+  eRayFamily family;
+  double sense;  ///< 1, or -1 if opposite
+  bool isFolded;
+  double fold;   ///< y there
+  double first;  ///< of the cells, in y or its root
+  double scale;  ///< cells per unit
+  int count;
+  const RayCell* cells;
+  double leastCosine;  ///< cos(t) of the last ray
+  double sign;         ///< of the product of all turns
+  // By site: the sine and cosine of the angle to the radius are ratio sin(t)
+  // and sqrt(rest + (ratio cos(t))^2).
+  double ratios[kNearSites];  // NOLINT(*-avoid-c-arrays)
+  double rests[kNearSites];   // NOLINT(*-avoid-c-arrays)
+  int turns[kNearSites];      // NOLINT(*-avoid-c-arrays)
+  int tSite;                  ///< where the angle is t itself
+  int turnsAtPMT;             ///< always -1
+  double highest;  ///< ratio at the PMT times its distance from the centre
+};
+
+/// Rays from one event to some PMTs.
+struct RayBlock {
+  template <class Number>
+  struct alignas(64) Lane {
+    Number at[kRayBlock];  // NOLINT(*-avoid-c-arrays)
+  };
+
+  // Given: unit vectors to the PMTs, and their inverse distances from the
+  // centre, 1/mm.
+  Lane<double> pmtX, pmtY, pmtZ, inverseRadius;
+
+  // Found: cosine and inverse sine of the angle between event and PMT, and
+  // cosine and sine of t.
+  Lane<double> cosine, inverseSine, cosT, sinT;
+  /// Bound on the error of t, rad; above it, infinity, if it is not known. The
+  /// crossings and directions turn by at most as much.
+  Lane<double> bound;
+  // The last point on the vessel in units of its outer radius, and the
+  // direction of travel from there to the PMT.
+  Lane<double> pointX, pointY, pointZ;
+  Lane<double> directionX, directionY, directionZ;
+  // The first point for light from the water, and the direction back to the
+  // event.
+  Lane<double> firstX, firstY, firstZ;
+  Lane<double> backX, backY, backZ;
+};
+
+/// The direction to the event; any unit vector for one at the centre.
+struct RayOrigin {
+  double x, y, z;
+};
+
+/// The functions that process a block; one set for each kind of processor.
+struct RayKernel {
+  /// Find t, its bound, the last points and the directions from there.
+  void (*trace)(const RayBranch& branch, const RayOrigin& event, eSteps steps,
+                RayBlock& block, std::size_t count);
+  /// Find the first points and the directions back to the event.
+  void (*traceBack)(const RayBranch& branch, const RayOrigin& event,
+                    RayBlock& block, std::size_t count);
+};
+
+extern const RayKernel kBaselineRayKernel;
+#ifdef __x86_64__
+extern const RayKernel kAVX2RayKernel;
+extern const RayKernel kAVX512RayKernel;
+#endif
+
+}  // namespace ZARN::DU
