@@ -28,20 +28,6 @@ bool IsUsual(ePathKind kind) {
          kind == ePathKind::kWater;
 }
 
-/// The verdict on an event and a PMT between which there is no direct path.
-eVerdict WhyNoPath(const ConcentricMedia& media, const TVector3& eventPos,
-                   const TVector3& pmtPos) {
-  const auto isNear = [](const TVector3& position) {
-    return position.Mag() <= LightPathCalculator::kFarthest;  // not for NaN
-  };
-  if (!isNear(eventPos) || !isNear(pmtPos)) return eVerdict::kPositionNotFinite;
-  if (media.At(pmtPos.Mag()) != eMedium::kWater) {
-    return eVerdict::kPMTNotInWater;
-  }
-  return eventPos == pmtPos ? eVerdict::kEventAtPMT
-                            : eVerdict::kTotalReflection;
-}
-
 }  // namespace
 
 void ShadowingCalculator::BeginOfRun() { BeginOfRun(DB::Get()); }
@@ -216,25 +202,6 @@ void ShadowingCalculator::FindShadowingOfSome(
                                                })
                             : static_cast<eShadowingComponent>(found[k]);
     }
-  }
-}
-
-void ShadowingCalculator::FindVerdicts(const LightPathCalculator& light,
-                                       const TVector3& eventPos,
-                                       const PMTArray& pmts, eVerdict* direct,
-                                       eVerdict* reflected) const {
-  MakeLayers();
-  LightPathCalculator path = light;
-  for (std::size_t i = 0; i < pmts.Count(); ++i) {
-    path.CalcByPosition(eventPos, pmts.At(i));
-    direct[i] = path.HasPath()
-                    ? VerdictOf(FindShadowing(path.GetLightPath()))
-                    : WhyNoPath(light.GetMedia(), eventPos, pmts.At(i));
-    if (reflected == nullptr) continue;
-    path.CalcReflectionByPosition(eventPos, pmts.At(i));
-    reflected[i] = path.HasPath()
-                       ? VerdictOf(FindShadowing(path.GetLightPath()))
-                       : eVerdict::kNoReflectedPath;
   }
 }
 

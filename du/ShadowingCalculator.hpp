@@ -6,7 +6,7 @@
 #include <string>
 
 #include "db/TableSet.hpp"
-#include "du/Verdict.hpp"
+#include "du/VerdictRows.hpp"
 #include "du/hardware/Hardware.hpp"
 #include "du/hardware/ShadowingComponent.hpp"
 #include "du/hardware/WaterSegments.hpp"
@@ -93,19 +93,20 @@ class ShadowingCalculator {
                      std::size_t threads = 1) const;
 
   /// Write the verdict on the light from one event to each PMT: that of
-  /// FindShadowing for the path of CalcByPosition, or why there is no path.
-  /// Thread-safe.
+  /// FindShadowing for the path of CalcByPosition, or why there is no path. For
+  /// reflected light the path is that of CalcReflectionByPosition, and the
+  /// verdict kNoReflectedPath where there is none. Thread-safe.
   ///
-  /// @param light      gives the vessel and the media; BeginOfRun was called
-  /// @param eventPos   mm, any values
-  /// @param direct     pmts.Count() verdicts are written here
-  /// @param reflected  as many verdicts on the light that is reflected at the
-  ///                   vessel (CalcReflectionByPosition) are written here;
-  ///                   kNoReflectedPath where there is none. May be null.
+  /// Computes hardly any of these paths exactly: a table of the event's rays
+  /// gives crossings and directions within a bound, which mostly leaves no
+  /// doubt. It pays from about 16 PMTs.
+  ///
+  /// @param light     gives the vessel and the media; BeginOfRun was called
+  /// @param eventPos  mm, any values
+  /// @param rows      pmts.Count() values are written to each
   /// @throws std::logic_error before @p light had its BeginOfRun
   void FindVerdicts(const LightPathCalculator& light, const TVector3& eventPos,
-                    const PMTArray& pmts, eVerdict* direct,
-                    eVerdict* reflected = nullptr) const;
+                    const PMTArray& pmts, const VerdictRows& rows) const;
 
   /// Build the layers now instead of while paths are judged. Does nothing if
   /// they exist, if another thread is building them, or if there is not enough

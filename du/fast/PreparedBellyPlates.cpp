@@ -7,6 +7,14 @@
 #include "du/geometry/Constants.hpp"
 
 namespace ZARN::DU {
+namespace {
+
+/// What a ball is widened by. In mm: for coordinates up to 1e5, with a rounding
+/// error of 1e-11, and for the quotient of its radius. In rad: for two angles
+/// from an arc cosine, with an error of 5e-8 each.
+constexpr double kBallRounding = 1e-6;
+
+}  // namespace
 
 PreparedBellyPlates::PreparedBellyPlates(const BellyPlateModel& model,
                                          double tolerance,
@@ -64,27 +72,47 @@ BallTest::Items PreparedBellyPlates::AllItems() const {
   return items;
 }
 
+PreparedBellyPlates::eHeight PreparedBellyPlates::HeightOf(
+    const Ball& ball) const {
+  const double radius = ball.radius + kBallRounding;
+  const double z = std::abs(ball.centre.z);
+  if (!(z < halfHeight_ + radius)) return eHeight::kOutside;  // also NaN
+  return z < halfHeight_ - radius ? eHeight::kInside : eHeight::kUnsure;
+}
+
+eAnswer PreparedBellyPlates::JudgePlate(const Plate& plate, const Ball& ball,
+                                        eHeight height) {
+  const double radius = ball.radius + kBallRounding;
+  const TVector3 level(ball.centre.x, ball.centre.y, plate.centre.Z());
+  const double distance = level.Mag();
+  const double angle = level.Angle(plate.centre);
+  // By how much the angle varies within the ball.
+  const double spread =
+      distance > radius ? std::asin(radius / distance) + kBallRounding : kPi;
+  return AnswerOf(height == eHeight::kInside && angle + spread < plate.limit,
+                  angle - spread >= plate.limit);
+}
+
+eAnswer PreparedBellyPlates::JudgePlates(const Ball& ball,
+                                         Stretch plates) const {
+  const eHeight height = HeightOf(ball);
+  eAnswer answer = eAnswer::kClear;
+  if (height == eHeight::kOutside) return answer;
+  for (std::uint32_t i = plates.Begin(); i < plates.End(); ++i) {
+    answer = Either(answer, JudgePlate(plates_[i], ball, height));
+  }
+  return answer;
+}
+
 eAnswer PreparedBellyPlates::Judge(const Ball& ball, const Items& items,
                                    Items& open) const {
   open.clear();
-  // In mm: for coordinates up to 1e5, with a rounding error of 1e-11, and for
-  // the quotient below. In rad: for two angles from an arc cosine, with an
-  // error of 5e-8 each.
-  constexpr double kRounding = 1e-6;
-  const double radius = ball.radius + kRounding;
-  const double z = std::abs(ball.centre.z);
-  if (!(z < halfHeight_ + radius)) return eAnswer::kClear;  // also NaN
-  const bool isInBand = z < halfHeight_ - radius;
+  const eHeight height = HeightOf(ball);
+  if (height == eHeight::kOutside) return eAnswer::kClear;
   for (const std::uint32_t i : items) {
-    const Plate& plate = plates_[i];
-    const TVector3 level(ball.centre.x, ball.centre.y, plate.centre.Z());
-    const double distance = level.Mag();
-    const double angle = level.Angle(plate.centre);
-    // By how much the angle varies within the ball.
-    const double spread =
-        distance > radius ? std::asin(radius / distance) + kRounding : kPi;
-    if (isInBand && angle + spread < plate.limit) return eAnswer::kBlocks;
-    if (!(angle - spread >= plate.limit)) open.push_back(i);
+    const eAnswer answer = JudgePlate(plates_[i], ball, height);
+    if (answer == eAnswer::kBlocks) return answer;
+    if (answer == eAnswer::kUnsure) open.push_back(i);
   }
   return open.empty() ? eAnswer::kClear : eAnswer::kUnsure;
 }

@@ -32,6 +32,9 @@ class PreparedBellyPlates final : public BallTest {
   /// The same for a range of the plates.
   bool HasPlateAt(const TVector3& point, Stretch plates) const;
 
+  /// The answer of a range of the plates for every point of a ball.
+  eAnswer JudgePlates(const Ball& ball, Stretch plates) const;
+
   Items AllItems() const override;
   eAnswer Judge(const Ball& ball, const Items& items,
                 Items& open) const override;
@@ -50,6 +53,11 @@ class PreparedBellyPlates final : public BallTest {
     return point.Z() < halfHeight_ && point.Z() > -halfHeight_;
   }
   static bool IsInside(const Plate& plate, const TVector3& point);
+  /// The answer for the points of a ball in the height of the plates.
+  enum class eHeight { kInside, kUnsure, kOutside };
+  eHeight HeightOf(const Ball& ball) const;
+  static eAnswer JudgePlate(const Plate& plate, const Ball& ball,
+                            eHeight height);
 
   double halfHeight_ = 0.0;
   std::vector<Plate> plates_;

@@ -17,6 +17,8 @@ using Bands = CrossingBands<double>;
 using BandsInSingle = CrossingBands<float>;
 static_assert(RopeDirections::kAngleBand > 2 * Bands::kAzimuthError);
 static_assert(RopeDirections::kAngleBandInSpace > 2 * Bands::kSpaceError);
+static_assert(RopeDirections::kAngleBandBounded >
+              2 * BoundedBands::kAzimuthError);
 static_assert(RopeDirections::kHeightMargin >
               1.2 * double{BandsInSingle::kSpaceError});
 static_assert(AzimuthTable::kMargin > double{BandsInSingle::kAzimuthError} +
@@ -89,20 +91,20 @@ RopeDirections::RopeDirections(const std::vector<TVector3>& ropes,
     directions_.push_back(rope.Unit());
     ranges.push_back(RangeOf(rope, angleTolerance, crossings));
   }
-  SetCosineLimits(angleTolerance, crossings);
+  limits_ = CosineLimits(angleTolerance, AngleBand(crossings));
+  boundedLimits_ = CosineLimits(angleTolerance, kAngleBandBounded);
   SetHeightLimits(angleTolerance);
   table_ = AzimuthTable(ranges, cells);
 }
 
-void RopeDirections::SetCosineLimits(double angleTolerance,
-                                     eCrossings crossings) {
-  const double band = AngleBand(crossings);
+RopeDirections::CosineLimits::CosineLimits(double angleTolerance, double band) {
   const double near = angleTolerance - band;
   const double far = angleTolerance + band;
   // All directions are nearer than an angle above pi.
-  if (near > 0.0)
-    surelyNear_ = near > kPi ? -2.0 : std::cos(near) + kCosineBand;
-  if (far < kPi) surelyFar_ = std::cos(far) - kCosineBand;
+  if (near > 0.0) {
+    surelyNear = near > kPi ? -2.0 : std::cos(near) + kCosineBand;
+  }
+  if (far < kPi) surelyFar = std::cos(far) - kCosineBand;
 }
 
 void RopeDirections::SetHeightLimits(double angleTolerance) {
@@ -119,6 +121,15 @@ void RopeDirections::SetHeightLimits(double angleTolerance) {
 }
 
 eAnswer RopeDirections::Judge(double x, double y, double z) const {
+  return Judge(x, y, z, limits_);
+}
+
+eAnswer RopeDirections::JudgeBounded(double x, double y) const {
+  return Judge(x, y, 0.0, boundedLimits_);
+}
+
+eAnswer RopeDirections::Judge(double x, double y, double z,
+                              const CosineLimits& limits) const {
   ZARN_ASSERT(std::isfinite(x + y + z) && (x != 0.0 || y != 0.0), x, y, z);
   const int cell = table_.CellOf(x, y);
   eAnswer answer = table_.At(cell);
@@ -129,8 +140,8 @@ eAnswer RopeDirections::Judge(double x, double y, double z) const {
   for (const std::uint32_t* i = table_.BeginCandidates(cell); i != end; ++i) {
     const TVector3& rope = directions_[*i];
     const double product = x * rope.X() + y * rope.Y() + z * rope.Z();
-    if (product > surelyNear_ * length) return eAnswer::kBlocks;
-    if (!(product < surelyFar_ * length)) answer = eAnswer::kUnsure;
+    if (product > limits.surelyNear * length) return eAnswer::kBlocks;
+    if (!(product < limits.surelyFar * length)) answer = eAnswer::kUnsure;
   }
   return answer;
 }

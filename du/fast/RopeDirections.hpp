@@ -30,6 +30,9 @@ class RopeDirections {
   /// or with its height.
   static constexpr double kAngleBand = 1e-9;
   static constexpr double kAngleBandInSpace = 2e-6;
+  /// The same for a flattened crossing of a path that is known within
+  /// BoundedBands.
+  static constexpr double kAngleBandBounded = 5e-6;
   /// A cosine nearer to that of the tolerance than this is left open. The error
   /// of the formula's angle is at most 14 u in its cosine, u = 2^-53: scalar
   /// product and lengths 10, arc cosine 4 (which need not even be monotonic).
@@ -77,6 +80,10 @@ class RopeDirections {
   /// @param x,y,z  finite and not all zero, x and y not both zero; mm
   eAnswer Judge(double x, double y, double z) const;
 
+  /// As Judge, for a flattened crossing with an error of up to
+  /// kAngleBandBounded.
+  eAnswer JudgeBounded(double x, double y) const;
+
   const AzimuthTable& Table() const { return table_; }
 
   /// The ropes' heights lie between these sines of the angle above the horizon,
@@ -86,12 +93,22 @@ class RopeDirections {
   double HighestSine() const { return highestSine_; }
 
  private:
-  void SetCosineLimits(double angleTolerance, eCrossings crossings);
+  /// The cosines above which a rope surely blocks, and below which it surely
+  /// does not.
+  struct CosineLimits {
+    CosineLimits() = default;
+    CosineLimits(double angleTolerance, double band);
+
+    double surelyNear = 2.0;
+    double surelyFar = -2.0;
+  };
+
+  eAnswer Judge(double x, double y, double z, const CosineLimits& limits) const;
   void SetHeightLimits(double angleTolerance);
 
   std::vector<TVector3> directions_;  // unit vectors
-  double surelyNear_ = 2.0;           // above it for any rope: blocked
-  double surelyFar_ = -2.0;           // below it for every rope: clear
+  CosineLimits limits_;
+  CosineLimits boundedLimits_;
   double lowestSine_ = -2.0;
   double highestSine_ = 2.0;
   AzimuthTable table_;

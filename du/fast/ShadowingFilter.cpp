@@ -1,5 +1,6 @@
 #include "du/fast/ShadowingFilter.hpp"
 
+#include <cmath>
 #include <optional>
 
 #include "du/fast/AVPipeBands.hpp"
@@ -169,6 +170,90 @@ eComponent ShadowingFilter::FindAtCrossing(const TVector3& point,
       return IsBlockedAt(component, at);
     }
   });
+}
+
+std::optional<eComponent> ShadowingFilter::FindBounded(
+    const WaterSegmentViews& path, double error) const {
+  const BoundedSegment first = {path.first, error,
+                                map_.CellAt(path.first.point), true};
+  const BoundedSegment second = {path.second, error,
+                                 map_.CellAt(path.second.point), false};
+  const bool areTwo = path.kind == ePathKind::kTwoCrossings;
+  for (const eComponent component : kShadowingComponents) {
+    eAnswer answer = JudgeBounded(component, first);
+    if (areTwo) answer = Either(answer, JudgeBounded(component, second));
+    if (answer == eAnswer::kUnsure) return std::nullopt;
+    if (answer == eAnswer::kBlocks) return component;
+  }
+  return eComponent::kNone;
+}
+
+eAnswer ShadowingFilter::JudgeBounded(eComponent component,
+                                      const BoundedSegment& tested) const {
+  const double z = tested.segment.point.Z();
+  const auto isUnsureAbove = [&](double height) {
+    return std::abs(z - height) <= tested.error;
+  };
+  switch (component) {
+    case eComponent::kAVHDRope:
+      if (!hasHoldDown_) return eAnswer::kClear;
+      if (isUnsureAbove(holdDownEndHeight_)) return eAnswer::kUnsure;
+      return holdDownEndHeight_ > z
+                 ? holdDown_.JudgeBounded(tested.segment)
+                 : JudgeItems(eMappedTest::kHoldDownSurface, tested);
+    case eComponent::kSupportRope:
+      if (!hasSupport_) return eAnswer::kClear;
+      if (isUnsureAbove(supportFootHeight_)) return eAnswer::kUnsure;
+      return z > supportFootHeight_ ? support_.JudgeBounded(tested.segment)
+                                    : eAnswer::kClear;
+    case eComponent::kBellyPlate:
+      return JudgeItems(eMappedTest::kBellyPlate, tested);
+    case eComponent::kNCDAnchor:
+      return JudgeItems(eMappedTest::kNCDAnchor, tested);
+    case eComponent::kAVPipe:
+      return tested.isFirst ? JudgeItems(eMappedTest::kAVPipe, tested)
+                            : eAnswer::kClear;
+    case eComponent::kNeckBoss:
+      return JudgeItems(eMappedTest::kNeckBoss, tested);
+    case eComponent::kNone:
+      break;
+  }
+  return eAnswer::kClear;
+}
+
+/// The answer of a test that looks only at the crossing point: of the map, and
+/// if it is unsure that of the cell's items. Both hold for the exact point too:
+/// an answer of the map is one for a ball that is larger by kShell.
+eAnswer ShadowingFilter::JudgeItems(eMappedTest test,
+                                    const BoundedSegment& tested) const {
+  if (tested.cell == map_.OffMap()) return eAnswer::kUnsure;
+  const eAnswer inCell = ShadowMap::AnswerOf(map_.At(tested.cell), test);
+  if (inCell != eAnswer::kUnsure) return inCell;
+  const TVector3& point = tested.segment.point;
+  const Ball ball = {{point.X(), point.Y(), point.Z()}, tested.error};
+  BallTest::Items open;  // stays empty: nothing is allocated
+  if (test == eMappedTest::kAVPipe) return AVPipeBands().Judge(ball, {}, open);
+  if (test == eMappedTest::kNeckBoss) {
+    return NeckBossCap(neckBoss_).Judge(ball, {}, open);
+  }
+  const CellItems::View some = map_.Open(test).Of(tested.cell);
+  if (some.IsEmpty()) return eAnswer::kUnsure;
+  eAnswer answer = eAnswer::kClear;
+  for (const Stretch items : some) {
+    const auto judge = [&] {
+      switch (test) {
+        case eMappedTest::kBellyPlate:
+          return plates_.JudgePlates(ball, items);
+        case eMappedTest::kNCDAnchor:
+          return anchors_.JudgePointNear(ball, items);
+        default:
+          return surface_.JudgePointNear(ball, items);
+      }
+    };
+    answer = Either(answer, judge());
+    if (answer == eAnswer::kBlocks) break;
+  }
+  return answer;
 }
 
 eAnswer ShadowingFilter::JudgeHoldDownInWater(const SegmentView& first,

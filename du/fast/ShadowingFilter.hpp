@@ -1,6 +1,7 @@
 #pragma once
 
 #include <algorithm>
+#include <optional>
 
 #include "du/fast/PreparedBellyPlates.hpp"
 #include "du/fast/ShadowMap.hpp"
@@ -70,6 +71,13 @@ class ShadowingFilter {
   /// @param ropes  what is known besides the point
   eShadowingComponent FindAtCrossing(const TVector3& point, std::size_t cell,
                                      const KnownRopes& ropes) const;
+
+  /// The component that blocks a path through the vessel that is only known
+  /// within BoundedBands; nothing if that is not enough.
+  ///
+  /// @param error  of its crossing points, mm
+  std::optional<eShadowingComponent> FindBounded(const WaterSegmentViews& path,
+                                                 double error) const;
 
   // The layers, for batches and tests.
   const ShadowMap& Map() const { return map_; }
@@ -238,6 +246,17 @@ class ShadowingFilter {
         ShadowMap::AnswerOf(at.code, eMappedTest::kNeckBoss),
         [&] { return hasNeckBoss_ && IsUnderNeckBoss(neckBoss_, at.point); });
   }
+
+  // The answers for a segment that is known within a bound.
+  struct BoundedSegment {
+    const SegmentView& segment;
+    double error;  // of its point, mm
+    std::size_t cell;
+    bool isFirst;
+  };
+  eAnswer JudgeBounded(eComponent component,
+                       const BoundedSegment& segment) const;
+  eAnswer JudgeItems(eMappedTest test, const BoundedSegment& segment) const;
 
   bool hasHoldDown_ = false;
   bool hasSupport_ = false;

@@ -8,11 +8,14 @@
 namespace ZARN::DU {
 namespace {
 
-CylinderCrossing<double> Cross(const SegmentView& segment, double radius2) {
-  return CrossCylinder(segment.point.X(), segment.point.Y(),
-                       segment.sense * segment.direction.X(),
-                       segment.sense * segment.direction.Y(),
-                       segment.sense * segment.direction.Z(), radius2);
+template <class Bands = CrossingBands<double>>
+CylinderCrossing<double, Bands> Cross(const SegmentView& segment,
+                                      double radius2) {
+  return CrossCylinderWithin<Bands>(segment.point.X(), segment.point.Y(),
+                                    segment.sense * segment.direction.X(),
+                                    segment.sense * segment.direction.Y(),
+                                    segment.sense * segment.direction.Z(),
+                                    radius2);
 }
 
 }  // namespace
@@ -37,6 +40,15 @@ eAnswer VerticalRopeFilter::JudgeFlattened(const SegmentView& segment) const {
                                   IsAboveHeight(crossing, height2_));
   if (answer != eAnswer::kBlocks) return answer;
   return ropes_.Judge(crossing.x, crossing.y, 0.0);
+}
+
+eAnswer VerticalRopeFilter::JudgeBounded(const SegmentView& segment) const {
+  if (!(radius2_ > 0.0)) return eAnswer::kUnsure;
+  const auto crossing = Cross<BoundedBands>(segment, radius2_);
+  const eAnswer answer = AnswerOf(IsWithinHeight(crossing, height2_),
+                                  IsAboveHeight(crossing, height2_));
+  if (answer != eAnswer::kBlocks) return answer;
+  return ropes_.JudgeBounded(crossing.x, crossing.y);
 }
 
 eAnswer VerticalRopeFilter::JudgeInSpace(const SegmentView& segment) const {

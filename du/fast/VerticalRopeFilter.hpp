@@ -19,6 +19,8 @@ class VerticalRopeFilter {
   VerticalRopeFilter(const RopeCylinderLimits& limits, RopeDirections ropes);
 
   eAnswer JudgeFlattened(const SegmentView& segment) const;
+  /// As JudgeFlattened, for a path that is known within BoundedBands.
+  eAnswer JudgeBounded(const SegmentView& segment) const;
   /// As JudgeFlattened, but the crossing keeps its height in the angle to the
   /// ropes.
   eAnswer JudgeInSpace(const SegmentView& segment) const;

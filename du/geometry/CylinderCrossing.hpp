@@ -76,6 +76,11 @@ struct CrossingBands<double> {
 
 template <>
 struct CrossingBands<float> {
+  /// A path may also be wrong by this, relative to s, and its flattened
+  /// direction by as many rad: about half of a rounding, so 1.1 u s^2 in step
+  /// 1.
+  static constexpr double kPathError = 3e-8;
+
   static constexpr float kWayError = 1.4e-5F;
   static constexpr float kAzimuthError = 1.6e-4F;
   static constexpr float kSpaceError = 2e-2F;
@@ -89,15 +94,44 @@ struct CrossingBands<float> {
   static constexpr float kHeightBand = 2e-3F;
 };
 
-/// Whether the bands satisfy steps 3 to 6.
-template <class Real>
-constexpr bool AreBandsWideEnough() {
-  using Bands = CrossingBands<Real>;
+/// The bands in double precision for a path that is only known within a bound.
+struct BoundedBands {
+  /// Bound on the error of the start, relative to s, and on that of the
+  /// flattened direction, rad: so of the direction, times the sine of its polar
+  /// angle.
+  static constexpr double kPathError = 5e-12;
+
+  // The error of the start and the turn of the direction change the distance
+  // aside by at most 2 kPathError s, and D by twice that times s. With the
+  // roundings that is 2.1e-11 s^2; the error of its root is half of that over
+  // sqrt(kLeastD) s, 1.1e-8 s.
+  static constexpr double kWayError = 1.3e-8;
+  static constexpr double kAzimuthError = 2e-6;
+
+  static constexpr double kLeastD = 1e-6;
+  static constexpr double kLeastEdge2 = 1e-4;
+  static constexpr double kLeastFlat2 = 1e-6;
+  static constexpr double kLeastCosine2 = 1e-6;
+  static constexpr double kWayBand = 6e-8;
+  static constexpr double kHeightBand = 1.3e-5;
+};
+
+/// Whether the bands satisfy steps 3 to 5.
+template <class Real, class Bands>
+constexpr bool AreFlatBandsWideEnough() {
   return Bands::kAzimuthError * Bands::kAzimuthError * Bands::kLeastEdge2 >
              2 * Bands::kWayError * Bands::kWayError &&
          Bands::kWayBand > 3 * Real(1.42) * Bands::kWayError &&
          Bands::kHeightBand >
-             3 * (2 * Bands::kAzimuthError + Real(1.42) * Bands::kWayError) &&
+             3 * (2 * Bands::kAzimuthError + Real(1.42) * Bands::kWayError);
+}
+static_assert(AreFlatBandsWideEnough<double, BoundedBands>());
+
+/// Whether they satisfy steps 3 to 6.
+template <class Real>
+constexpr bool AreBandsWideEnough() {
+  using Bands = CrossingBands<Real>;
+  return AreFlatBandsWideEnough<Real, Bands>() &&
          (Bands::kSpaceError - Real(2.5e-7)) *
                  (Bands::kSpaceError - Real(2.5e-7)) *
                  Bands::kLeastCosine2InSpace >
@@ -108,7 +142,7 @@ static_assert(AreBandsWideEnough<double>() && AreBandsWideEnough<float>());
 
 /// Where a line leaves a cylinder around the z axis: the result of
 /// VectorToCylinderEdge without a shift, or an unsure answer.
-template <class Real>
+template <class Real, class Bands = CrossingBands<Real>>
 struct CylinderCrossing {
   bool isSure;
   Real x;         ///< mm
@@ -128,17 +162,16 @@ struct CylinderCrossing {
   }
 };
 
-/// Find the crossing. Code without branches: called in double precision for one
-/// path, and in single precision for many, in loops that the compiler
-/// vectorises.
+/// Find the crossing with these bands. Code without branches: called in double
+/// precision for one path, and in single precision for many, in loops that the
+/// compiler vectorises.
 ///
 /// @param px,py     start, mm
 /// @param vx,vy,vz  direction; unsure unless its squared length is 0.5 to 2
 /// @param radius2   squared radius, mm^2, 1 to 1e10
-template <class Real>
-[[gnu::always_inline]] inline CylinderCrossing<Real> CrossCylinder(
+template <class Bands, class Real>
+[[gnu::always_inline]] inline CylinderCrossing<Real, Bands> CrossCylinderWithin(
     Real px, Real py, Real vx, Real vy, Real vz, Real radius2) {
-  using Bands = CrossingBands<Real>;
   const Real flat2 = vx * vx + vy * vy;
   const Real length2 = flat2 + vz * vz;
   const Real start2 = px * px + py * py;
@@ -178,11 +211,16 @@ template <class Real>
           largest2};
 }
 
-/// Bound on the error of the two sides of the comparisons below.
 template <class Real>
+[[gnu::always_inline]] inline CylinderCrossing<Real> CrossCylinder(
+    Real px, Real py, Real vx, Real vy, Real vz, Real radius2) {
+  return CrossCylinderWithin<CrossingBands<Real>>(px, py, vx, vy, vz, radius2);
+}
+
+/// Bound on the error of the two sides of the comparisons below.
+template <class Real, class Bands>
 [[gnu::always_inline]] inline Real HeightBand(
-    const CylinderCrossing<Real>& crossing, Real limit2) {
-  using Bands = CrossingBands<Real>;
+    const CylinderCrossing<Real, Bands>& crossing, Real limit2) {
   return (Bands::kHeightBand * (crossing.way2 + limit2) +
           Bands::kWayBand * crossing.largest2) *
          crossing.scale;
@@ -192,16 +230,16 @@ template <class Real>
 /// reaches it.
 ///
 /// @param limit2  the squared limit, mm^2
-template <class Real>
+template <class Real, class Bands>
 [[gnu::always_inline]] inline bool IsAboveHeight(
-    const CylinderCrossing<Real>& crossing, Real limit2) {
+    const CylinderCrossing<Real, Bands>& crossing, Real limit2) {
   return crossing.isSure & (crossing.across2 - limit2 * crossing.along2 >
                             HeightBand(crossing, limit2));
 }
 /// Whether it is surely not farther, so that a rope may be there.
-template <class Real>
+template <class Real, class Bands>
 [[gnu::always_inline]] inline bool IsWithinHeight(
-    const CylinderCrossing<Real>& crossing, Real limit2) {
+    const CylinderCrossing<Real, Bands>& crossing, Real limit2) {
   return crossing.isSure & (crossing.across2 - limit2 * crossing.along2 <
                             -HeightBand(crossing, limit2));
 }

@@ -49,6 +49,16 @@ class PointBlocks {
     return blocks_[block].LeastSquaredDistance(from);
   }
 
+  /// The squared distance from a place to the nearest point of some blocks;
+  /// infinite without one.
+  double LeastSquaredDistance(const Point& from, Stretch blocks) const {
+    double least = std::numeric_limits<double>::infinity();
+    for (std::uint32_t i = blocks.Begin(); i < blocks.End(); ++i) {
+      least = std::min(least, LeastSquaredDistance(from, i));
+    }
+    return least;
+  }
+
   /// Whether a point of some blocks lies strictly within the reach of @p place;
   /// false for a place that is not finite.
   bool HasNear(const TVector3& place, Stretch blocks) const {

@@ -161,6 +161,15 @@ PointTree::Node PointTree::BallAround(const Box& box) {
   return {x, y, z, static_cast<float>(radius * (1.0 + 1e-6) + kLeastRadius)};
 }
 
+eAnswer PointTree::JudgePointNear(const Ball& places, Stretch entries) const {
+  // The distance of another place differs by at most the radius, and by the
+  // rounding of both.
+  const double nearest =
+      std::sqrt(blocks_.LeastSquaredDistance(places.centre, entries));
+  const double margin = places.radius + kDistanceError * (nearest + reach_);
+  return AnswerOf(nearest<reach_ - margin, nearest> reach_ + margin);
+}
+
 bool PointTree::HasPointNear(const TVector3& place) const {
   if (nodes_.empty()) return blocks_.HasNear(place);
   const Point from = {place.X(), place.Y(), place.Z()};

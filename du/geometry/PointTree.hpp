@@ -34,6 +34,8 @@ class PointTree final : public BallTest {
   bool HasPointNear(const TVector3& place, Stretch entries) const {
     return blocks_.HasNear(place, entries);
   }
+  /// The same for every place in a ball.
+  eAnswer JudgePointNear(const Ball& places, Stretch entries) const;
   /// The number of points that can be near.
   std::uint32_t CountPoints() const { return count_; }
 

@@ -1,0 +1,87 @@
+#include <algorithm>
+#include <cstdint>
+
+#include "du/ShadowingCalculator.hpp"
+#include "du/fast/EventBatch.hpp"
+#include "du/fast/LazyLayers.hpp"
+
+namespace ZARN::DU {
+namespace {
+
+/// The verdict on an event and a PMT between which there is no direct path.
+eVerdict WhyNoPath(const ConcentricMedia& media, const TVector3& eventPos,
+                   const TVector3& pmtPos) {
+  const auto isNear = [](const TVector3& position) {
+    return position.Mag() <= LightPathCalculator::kFarthest;  // not for NaN
+  };
+  if (!isNear(eventPos) || !isNear(pmtPos)) return eVerdict::kPositionNotFinite;
+  if (media.At(pmtPos.Mag()) != eMedium::kWater) {
+    return eVerdict::kPMTNotInWater;
+  }
+  return eventPos == pmtPos ? eVerdict::kEventAtPMT
+                            : eVerdict::kTotalReflection;
+}
+
+/// A row as an EventBatch writes it: with the same numbers.
+BatchVerdict* AsBatch(eVerdict* row) {
+  static_assert(sizeof(eVerdict) == sizeof(BatchVerdict));
+  return reinterpret_cast<BatchVerdict*>(row);  // bytes may alias anything
+}
+
+/// Call @p decide(i) for every open verdict of a row.
+template <class Decide>
+void ForEachOpen(const eVerdict* row, std::size_t count, const Decide& decide) {
+  constexpr auto kOpen = static_cast<eVerdict>(kOpenVerdict);
+  const eVerdict* const end = row + count;
+  for (const eVerdict* at = std::find(row, end, kOpen); at != end;
+       at = std::find(at + 1, end, kOpen)) {
+    decide(static_cast<std::size_t>(at - row));
+  }
+}
+
+}  // namespace
+
+void ShadowingCalculator::FindVerdicts(const LightPathCalculator& light,
+                                       const TVector3& eventPos,
+                                       const PMTArray& pmts,
+                                       const VerdictRows& rows) const {
+  MakeLayers();
+  const PreparedLayers* const layers =
+      Layers == nullptr ? nullptr : Layers->Get();
+  const std::size_t count = pmts.Count();
+  if (layers != nullptr) {
+    EventBatch batch(*layers, light.GetMedia(), eventPos, pmts);
+    batch.JudgeDirect({AsBatch(rows.direct),
+                       static_cast<BatchVerdict>(eVerdict::kTotalReflection),
+                       rows.types});
+    if (rows.reflected != nullptr) {
+      batch.JudgeReflected(
+          {AsBatch(rows.reflected),
+           static_cast<BatchVerdict>(eVerdict::kNoReflectedPath), nullptr});
+    }
+  } else {
+    constexpr auto kOpen = static_cast<eVerdict>(kOpenVerdict);
+    std::fill_n(rows.direct, count, kOpen);
+    if (rows.reflected != nullptr) std::fill_n(rows.reflected, count, kOpen);
+  }
+
+  LightPathCalculator path = light;
+  ForEachOpen(rows.direct, count, [&](std::size_t i) {
+    path.CalcByPosition(eventPos, pmts.At(i));
+    rows.direct[i] = path.HasPath()
+                         ? VerdictOf(FindShadowing(path.GetLightPath()))
+                         : WhyNoPath(light.GetMedia(), eventPos, pmts.At(i));
+    if (rows.types != nullptr) {
+      rows.types[i] = static_cast<std::uint8_t>(path.GetLightPathType());
+    }
+  });
+  if (rows.reflected == nullptr) return;
+  ForEachOpen(rows.reflected, count, [&](std::size_t i) {
+    path.CalcReflectionByPosition(eventPos, pmts.At(i));
+    rows.reflected[i] = path.HasPath()
+                            ? VerdictOf(FindShadowing(path.GetLightPath()))
+                            : eVerdict::kNoReflectedPath;
+  });
+}
+
+}  // namespace ZARN::DU

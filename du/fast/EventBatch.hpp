@@ -1,0 +1,81 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <vector>
+
+#include "TVector3.h"
+#include "du/fast/BatchTables.hpp"
+#include "du/fast/LazyLayers.hpp"
+#include "lightpath/ConcentricMedia.hpp"
+#include "lightpath/PMTArray.hpp"
+#include "lightpath/RayTable.hpp"
+
+namespace ZARN::DU {
+
+/// Where an EventBatch writes: one value for each PMT.
+struct BatchRow {
+  BatchVerdict* verdicts;
+  BatchVerdict noPath;  ///< the verdict if there is no path
+  std::uint8_t* types;  ///< path types of verdicts that are not open; may be
+                        ///< null
+};
+
+/// Verdicts on the light from one event to many PMTs, without computing most of
+/// its paths.
+///
+/// 1. A RayTable of the event gives the crossing points and the directions of
+///    its rays, each with a bound on its error.
+/// 2. ShadowingBatch judges them. Its bands cover the bound.
+/// 3. What it leaves open is traced again, to the last digits, and judged by
+///    ShadowingFilter::FindBounded.
+/// 4. The rest stays open: kOpenVerdict.
+///
+/// Use one for each event and thread.
+class EventBatch {
+ public:
+  /// @param layers, pmts  must outlive this
+  EventBatch(const PreparedLayers& layers, const ConcentricMedia& media,
+             const TVector3& eventPos, const PMTArray& pmts);
+
+  /// Use this kernel, which must be available. The default is the widest.
+  void UseKernel(eKernel kernel) { kernel_ = &RayKernelOf(kernel); }
+
+  /// Judge the light of CalcByPosition.
+  void JudgeDirect(const BatchRow& row);
+  /// Judge the light of CalcReflectionByPosition.
+  void JudgeReflected(const BatchRow& row);
+
+ private:
+  using Indexes = std::vector<std::uint32_t>;  // into the columns of pmts_
+
+  void Judge(eLight light, const BatchRow& row);
+  void JudgeGroup(eLight light, const PMTArray::Group& group);
+  void SortGroup(const PMTArray::Group& group, const RayTable& table);
+  void JudgeThrough(const RayRange& range, const Indexes& indexes);
+  void JudgeBlock(const RayRange& range, const std::uint32_t* indexes,
+                  std::size_t count);
+  void JudgeAgain(const RayRange& range, const std::uint32_t* indexes,
+                  std::size_t count);
+  void JudgeStraight(const std::uint32_t* indexes, std::size_t count);
+  void Trace(const RayRange& range, eSteps steps, const std::uint32_t* indexes,
+             std::size_t count);
+  void Set(std::uint32_t index, BatchVerdict verdict, eLightPathType type);
+
+  const PreparedLayers& layers_;
+  ConcentricMedia media_;
+  TVector3 eventPos_;
+  double eventRadius_;
+  RayOrigin origin_;
+  const PMTArray& pmts_;
+  const RayKernel* kernel_ = &RayKernelOf(WidestKernel());
+
+  BatchRow row_ = {};
+  eSteps steps_ = eSteps::kOne;  // of the current group
+  Indexes near_;
+  Indexes far_;
+  Indexes open_;  // to be traced again
+  RayBlock rays_;
+};
+
+}  // namespace ZARN::DU
