@@ -104,6 +104,21 @@ class BatchTables {
     return (isFirst ? firstVerdicts_ : secondVerdicts_)[ropes.Code()][code];
   }
 
+  /// OnCrossing for segments of a block.
+  ///
+  /// @param codes  of the map
+  void OnCrossings(const CrossingBlock& block, std::size_t begin,
+                   std::size_t count, const ShadowMap::Code* codes,
+                   bool isFirst, BatchVerdict* verdicts) const {
+    // Copied: a byte that is written could be part of any of these.
+    const RopeAnswer* const ropes = ropes_.data();
+    const CrossingVerdicts& table = isFirst ? firstVerdicts_ : secondVerdicts_;
+    for (std::size_t i = 0; i < count; ++i) {
+      const RopeAnswer rope = ropes[block.rope.at[begin + i]];
+      verdicts[i] = table[rope.Code()][codes[block.cell.at[begin + i]]];
+    }
+  }
+
   /// The verdict on path @p i of a block in water.
   BatchVerdict InWater(const WaterBlock& block, std::size_t i) const {
     const auto answer = [&](const WaterBlock::Values<int>& places) {

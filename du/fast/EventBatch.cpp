@@ -28,7 +28,7 @@ bool HasTwoCrossings(eLightPathType type) {
 bool IsWithin(double bound, double directionX, double directionY,
               double error) {
   const double flat2 = directionX * directionX + directionY * directionY;
-  return bound < error && bound * bound < error * error * flat2;
+  return (bound < error) & (bound * bound < error * error * flat2);
 }
 
 }  // namespace
@@ -190,37 +190,51 @@ void EventBatch::JudgeBlock(const RayRange& range, const std::uint32_t* indexes,
        rays_.directionY, rays_.directionZ);
   layers_.batch.Cross(block, lasts + count);
 
-  // A path that is not known well enough is open, whatever its verdict is.
-  constexpr double kError = CrossingBands<float>::kPathError;
   std::array<BatchVerdict, kRayBlock> verdicts;
-  for (std::size_t i = 0; i < count; ++i) {
-    const bool isKnown = IsWithin(rays_.bound.at[i], rays_.directionX.at[i],
-                                  rays_.directionY.at[i], kError);
-    verdicts[i] = isKnown ? 0 : kOpenVerdict;
-  }
-  for (std::size_t i = 0; i < count; ++i) {
-    verdicts[i] |=
-        layers_.batch.VerdictAt(layers_.filter, block, lasts + i, !areTwo);
-  }
+  layers_.batch.FindVerdicts(layers_.filter, block, lasts, count, !areTwo,
+                             verdicts.data());
   if (areTwo) {
+    std::array<BatchVerdict, kRayBlock> firsts;
+    layers_.batch.FindVerdicts(layers_.filter, block, 0, count, true,
+                               firsts.data());
     for (std::size_t i = 0; i < count; ++i) {
-      const bool isKnown = IsWithin(rays_.bound.at[i], rays_.backX.at[i],
-                                    rays_.backY.at[i], kError);
-      verdicts[i] = EarlierOf(
-          isKnown ? layers_.batch.VerdictAt(layers_.filter, block, i, true)
-                  : kOpenVerdict,
-          verdicts[i]);
+      verdicts[i] = EarlierOf(firsts[i], verdicts[i]);
     }
   }
-  // Written in any case, so that there is no branch to predict.
-  std::size_t open = open_.size();
-  open_.resize(open + count);
+  SetKnown(range, indexes, count, verdicts.data());
+}
+
+/// Set the verdicts of a block, and append the paths that are open to open_:
+/// also those that are not known well enough, whatever their verdict is.
+void EventBatch::SetKnown(const RayRange& range, const std::uint32_t* indexes,
+                          std::size_t count, BatchVerdict* verdicts) {
+  constexpr double kError = CrossingBands<float>::kPathError;
+  const bool areTwo = HasTwoCrossings(range.type);
+  std::array<bool, kRayBlock> isKnown;
   for (std::size_t i = 0; i < count; ++i) {
-    Set(indexes[i], verdicts[i], range.type);
-    open_[open] = indexes[i];
-    open += verdicts[i] == kOpenVerdict ? 1U : 0U;
+    isKnown[i] = IsWithin(rays_.bound.at[i], rays_.directionX.at[i],
+                          rays_.directionY.at[i], kError);
   }
-  open_.resize(open);
+  for (std::size_t i = 0; areTwo && i < count; ++i) {
+    isKnown[i] = isKnown[i] & IsWithin(rays_.bound.at[i], rays_.backX.at[i],
+                                       rays_.backY.at[i], kError);
+  }
+  // Written in any case, so that there is no branch to predict.
+  std::array<std::uint32_t, kRayBlock> open;
+  std::size_t opens = 0;
+  const std::uint32_t* const order = pmts_.Order().data();
+  BatchVerdict* const row = row_.verdicts;
+  for (std::size_t i = 0; i < count; ++i) {
+    const BatchVerdict verdict = isKnown[i] ? verdicts[i] : kOpenVerdict;
+    row[order[indexes[i]]] = verdict;
+    open[opens] = indexes[i];
+    opens += verdict == kOpenVerdict ? 1U : 0U;
+  }
+  open_.insert(open_.end(), open.begin(), open.begin() + opens);
+  if (row_.types == nullptr) return;
+  for (std::size_t i = 0; i < count; ++i) {
+    row_.types[order[indexes[i]]] = static_cast<std::uint8_t>(range.type);
+  }
 }
 
 /// Judge paths that the first bands leave open.

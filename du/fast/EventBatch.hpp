@@ -55,6 +55,8 @@ class EventBatch {
   void JudgeThrough(const RayRange& range, const Indexes& indexes);
   void JudgeBlock(const RayRange& range, const std::uint32_t* indexes,
                   std::size_t count);
+  void SetKnown(const RayRange& range, const std::uint32_t* indexes,
+                std::size_t count, BatchVerdict* verdicts);
   void JudgeAgain(const RayRange& range, const std::uint32_t* indexes,
                   std::size_t count);
   void JudgeStraight(const std::uint32_t* indexes, std::size_t count);

@@ -44,16 +44,14 @@ class ShadowingBatch {
   /// them.
   void PassWater(WaterBlock& block, std::size_t count,
                  BatchVerdict* verdicts) const;
-  /// The verdict on a segment of a block, from its cells alone.
+  /// The verdicts on segments of a block, from their cells alone.
   ///
-  /// @param isFirst  of its path
-  BatchVerdict VerdictAt(const ShadowingFilter& filter,
-                         const CrossingBlock& block, std::size_t place,
-                         bool isFirst) const {
-    return tables_.OnCrossing(
-        tables_.RopesAt(block.rope.at[place]),
-        filter.Map().At(static_cast<std::size_t>(block.cell.at[place])),
-        isFirst);
+  /// @param areFirst  of their paths
+  void FindVerdicts(const ShadowingFilter& filter, const CrossingBlock& block,
+                    std::size_t begin, std::size_t count, bool areFirst,
+                    BatchVerdict* verdicts) const {
+    tables_.OnCrossings(block, begin, count, filter.Map().Codes().data(),
+                        areFirst, verdicts);
   }
 
   /// Use this kernel, which must be available. The default is the widest.
