@@ -2,46 +2,58 @@
 
 #include <cmath>
 
-#include "TVector3.h"
 #include "du/geometry/Constants.hpp"
 
 namespace ZARN::DU {
 namespace {
 
-/// The half-width of the bands around 90 degrees of azimuth at a polar angle,
-/// both in degrees.
-double BandHalfWidth(double theta) {
-  if (theta < 30.0) return 15.0;
-  return theta < 120.0 ? 10.0 : 5.0;
-}
+/// The sine and cosine of an angle in degrees.
+struct Direction {
+  explicit Direction(double degrees)
+      : sine(std::sin(degrees / kDegreesPerRadian)),
+        cosine(std::cos(degrees / kDegreesPerRadian)) {}
+  double sine;
+  double cosine;
+};
 
 }  // namespace
 
+/// The bands around 90 degrees of azimuth are 15 degrees wide to either side
+/// down to a polar angle of 30 degrees, 10 down to 120 degrees, and then 5.
+///
+/// A ball lies on one side of a plane or cone if its centre is farther from it
+/// than the radius. The distance to a plane through the axis is that from the
+/// axis times the sine of the angle between; so is, at least, the distance to a
+/// cone around it.
 eAnswer AVPipeBands::Judge(const Ball& ball, const Items& /*items*/,
                            Items& /*open*/) const {
-  // In mm: for coordinates up to 1e5, with a rounding error of 1e-11, and for
-  // the quotients below. In degrees: for two arc tangents and an arc sine, with
-  // an error of 1e-13.
+  // mm: for coordinates up to 1e5, with a rounding error of 1e-10 here, and of
+  // 1e-9 by the formula, whose angles have an error of 1e-13 degrees.
   constexpr double kRounding = 1e-6;
+  static const Direction kUpperEnd(30.0);
+  static const Direction kLowerEnd(120.0);
+  static const Direction kWide(15.0);
+  static const Direction kMiddle(10.0);
+  static const Direction kNarrow(5.0);
   const double radius = ball.radius + kRounding;
-  const TVector3 centre = AsTVector3(ball.centre);
-  const double distance = centre.Mag();
-  const double fromAxis = centre.Perp();
-  if (fromAxis > radius) {
-    const double theta = kDegreesPerRadian * centre.Theta();
-    const double spread =
-        kDegreesPerRadian * std::asin(radius / distance) + kRounding;
-    const double phiSpread =
-        kDegreesPerRadian * std::asin(radius / fromAxis) + kRounding;
-    const double fromMiddle = std::abs(
-        std::remainder(kDegreesPerRadian * centre.Phi() - 90.0, 360.0));
-    // The bands get narrower towards the bottom.
-    const double widest = BandHalfWidth(theta - spread);
-    const double narrowest = BandHalfWidth(theta + spread);
-    if (fromMiddle + phiSpread < narrowest) return eAnswer::kBlocks;
-    if (fromMiddle - phiSpread > widest) return eAnswer::kClear;
-  }
-  return eAnswer::kUnsure;
+  const auto [x, y, z] = ball.centre;
+  const double fromAxis = std::sqrt(x * x + y * y);
+  const auto below = [&, z = z](const Direction& cone) {
+    return fromAxis * cone.cosine - z * cone.sine;
+  };
+  const double belowUpper = below(kUpperEnd);
+  const double belowLower = below(kLowerEnd);
+  // The bands get narrower towards the bottom.
+  const Direction& widest = belowLower > radius   ? kNarrow
+                            : belowUpper > radius ? kMiddle
+                                                  : kWide;
+  const Direction& narrowest = belowUpper < -radius   ? kWide
+                               : belowLower < -radius ? kMiddle
+                                                      : kNarrow;
+  const auto inside = [x = std::abs(x), y = y](const Direction& band) {
+    return y * band.sine - x * band.cosine;
+  };
+  return AnswerOf(inside(narrowest) > radius, inside(widest) < -radius);
 }
 
 }  // namespace ZARN::DU
