@@ -145,11 +145,15 @@ int BatchTables::Append(RopeAnswer answer) {
 /// has fewer cells; it is filled up with its first one.
 int BatchTables::Append(const VerticalRopeFilter& ropes, bool isBelowEnds) {
   const AzimuthTable& table = ropes.Ropes().Table();
-  const auto begin = static_cast<int>(ropes_.size());
-  for (int cell = 0; cell < geometry_.azimuthCells; ++cell) {
-    Append({table.At(cell < table.Cells() ? cell : 0), isBelowEnds});
-  }
-  return begin;
+  const std::size_t begin = ropes_.size();
+  ropes_.resize(begin + static_cast<std::size_t>(geometry_.azimuthCells),
+                {table.At(0), isBelowEnds});
+  std::transform(table.Answers().begin(), table.Answers().end(),
+                 ropes_.begin() + static_cast<std::ptrdiff_t>(begin),
+                 [&](eAnswer answer) -> RopeAnswer {
+                   return {answer, isBelowEnds};
+                 });
+  return static_cast<int>(begin);
 }
 
 void BatchTables::MakeCrossingVerdicts() {
