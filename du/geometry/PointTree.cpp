@@ -36,8 +36,13 @@ constexpr double kBallError = 1e-6;
 /// The smallest radius of a node.
 constexpr double kLeastRadius = 1e-30;
 
-/// Put a zero bit before each of the lower 16 bits.
+/// Bits of a coordinate on the curve: neighbours nearer than the 2048th part of
+/// the octahedral square need no order.
+constexpr unsigned kCurveBits = 11;
+
+/// Put a zero bit before each of the lower kCurveBits bits.
 std::uint32_t SpreadOut(std::uint32_t bits) {
+  static_assert(kCurveBits <= 16);
   bits = (bits | bits << 8U) & 0x00FF00FFU;
   bits = (bits | bits << 4U) & 0x0F0F0F0FU;
   bits = (bits | bits << 2U) & 0x33333333U;
@@ -53,7 +58,7 @@ std::uint32_t PlaceOnCurve(const Point& point) {
       std::abs(point.x) + std::abs(point.y) + std::abs(point.z);
   if (!(length > kLeastLength)) return 0;
   const auto place = PlaceOf(point.x, point.y, point.z);
-  constexpr int kCells = 1 << 16;
+  constexpr int kCells = 1 << kCurveBits;
   const auto along = [](double at) {
     return static_cast<std::uint32_t>(CellAlong(at, kCells / 2.0, kCells));
   };
@@ -64,16 +69,34 @@ bool IsInRange(double coordinate) {
   return std::abs(coordinate) < kLargestLength;
 }
 
-/// Sort points along the curve, so that neighbours are side by side.
+/// Sort points along the curve, so that neighbours are side by side: by the
+/// lower half of their places, and then by the upper half (a radix sort, which
+/// no branch slows down).
 void SortAlongCurve(std::vector<Point>& points) {
-  std::vector<std::uint64_t> order(points.size());
-  for (std::size_t i = 0; i < points.size(); ++i) {
-    order[i] = std::uint64_t{PlaceOnCurve(points[i])} << 32U | i;
+  struct Placed {
+    std::uint32_t place;
+    std::uint32_t index;
+  };
+  constexpr std::uint32_t kHalves = 1U << kCurveBits;
+  std::vector<Placed> from(points.size());
+  for (std::uint32_t i = 0; i < from.size(); ++i) {
+    from[i] = {PlaceOnCurve(points[i]), i};
   }
-  std::sort(order.begin(), order.end());
+  std::vector<Placed> to(points.size());
+  for (const unsigned shift : {0U, kCurveBits}) {
+    const auto half = [shift](const Placed& point) {
+      return point.place >> shift & (kHalves - 1);
+    };
+    std::array<std::uint32_t, kHalves> next = {};
+    for (const Placed& point : from) ++next[half(point)];
+    std::uint32_t begin = 0;
+    for (std::uint32_t& count : next) begin += std::exchange(count, begin);
+    for (const Placed& point : from) to[next[half(point)]++] = point;
+    from.swap(to);
+  }
   std::vector<Point> sorted(points.size());
   for (std::size_t i = 0; i < points.size(); ++i) {
-    sorted[i] = points[order[i] & 0xFFFFFFFFU];
+    sorted[i] = points[from[i].index];
   }
   points = std::move(sorted);
 }
