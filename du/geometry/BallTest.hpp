@@ -1,19 +1,15 @@
 #pragma once
 
+#include <array>
+#include <cstddef>
 #include <cstdint>
 #include <vector>
 
 #include "du/geometry/Answer.hpp"
-#include "du/geometry/Point.hpp"
+#include "du/geometry/QuarteredBox.hpp"
 #include "du/geometry/StretchLists.hpp"
 
 namespace ZARN::DU {
-
-/// All points within a distance of a centre, mm.
-struct Ball {
-  Point centre;
-  double radius;
-};
 
 /// A test of single points that can be applied to all points of a ball at once.
 ///
@@ -24,6 +20,8 @@ struct Ball {
 class BallTest {
  public:
   using Items = std::vector<std::uint32_t>;
+  template <class T>
+  using OfQuarters = std::array<T, QuarteredBox::kQuarters>;
 
   BallTest() = default;
   BallTest(const BallTest&) = default;
@@ -41,6 +39,18 @@ class BallTest {
   ///              these points; otherwise unspecified
   virtual eAnswer Judge(const Ball& ball, const Items& items,
                         Items& open) const = 0;
+
+  /// The same for the points of each quarter of a box: one answer, and one list
+  /// of open items, for each. By default a ball around the quarter is judged.
+  virtual OfQuarters<eAnswer> JudgeQuarters(const QuarteredBox& box,
+                                            const Items& items,
+                                            OfQuarters<Items>& open) const {
+    OfQuarters<eAnswer> answers;
+    for (std::size_t i = 0; i < answers.size(); ++i) {
+      answers[i] = Judge(box.BallAround(i), items, open[i]);
+    }
+    return answers;
+  }
 
   /// Append the entries of @p items to @p list.
   virtual void AppendEntries(const Items& items, StretchLists& list) const = 0;

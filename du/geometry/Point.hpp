@@ -15,6 +15,18 @@ struct Point {
   double z = 0.0;
 };
 
+inline Point operator+(const Point& a, const Point& b) {
+  return {a.x + b.x, a.y + b.y, a.z + b.z};
+}
+
+inline Point operator-(const Point& a, const Point& b) {
+  return {a.x - b.x, a.y - b.y, a.z - b.z};
+}
+
+inline double Dot(const Point& a, const Point& b) {
+  return a.x * b.x + a.y * b.y + a.z * b.z;
+}
+
 inline double Squared(const Point& p) {
   return p.x * p.x + p.y * p.y + p.z * p.z;
 }
@@ -28,7 +40,7 @@ inline Point Unit(const Point& p) {
 }
 
 inline double SquaredDistance(const Point& a, const Point& b) {
-  return Squared({a.x - b.x, a.y - b.y, a.z - b.z});
+  return Squared(a - b);
 }
 
 inline TVector3 AsTVector3(const Point& p) { return {p.x, p.y, p.z}; }
