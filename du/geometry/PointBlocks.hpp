@@ -25,7 +25,7 @@ namespace ZARN::DU {
 /// at once.
 class PointBlocks {
  public:
-  /// Points of a block; the last one may have fewer.
+  /// Points of a block; in the last one the last point may be repeated.
   static constexpr std::uint32_t kPoints = 4;
 
   PointBlocks() = default;
@@ -36,6 +36,9 @@ class PointBlocks {
         squaredReach_(SquaredReach(reach)) {
     for (std::size_t i = 0; i < points.size(); ++i) {
       blocks_[i / kPoints].Set(i % kPoints, points[i]);
+    }
+    for (std::size_t i = points.size(); i % kPoints != 0; ++i) {
+      blocks_.back().Set(i % kPoints, points.back());
     }
   }
 
@@ -57,6 +60,20 @@ class PointBlocks {
       least = std::min(least, LeastSquaredDistance(from, i));
     }
     return least;
+  }
+
+  /// One number of each point of a block, for vector instructions.
+  using FourInSingle [[gnu::vector_size(kPoints * sizeof(float))]] = float;
+  /// A place as seen from each point of a block.
+  struct Offsets {
+    FourInSingle x;
+    FourInSingle y;
+    FourInSingle z;
+  };
+  /// Computed in double precision and then rounded.
+  [[gnu::always_inline]] Offsets OffsetsTo(const Point& place,
+                                           std::uint32_t block) const {
+    return blocks_[block].OffsetsTo(place);
   }
 
   /// Whether a point of some blocks lies strictly within the reach of @p place;
@@ -93,16 +110,19 @@ class PointBlocks {
       return std::min(std::min(d2[0], d2[2]), std::min(d2[1], d2[3]));
     }
 
+    [[gnu::always_inline]] Offsets OffsetsTo(const Point& place) const {
+      return {__builtin_convertvector(place.x - x_, FourInSingle),
+              __builtin_convertvector(place.y - y_, FourInSingle),
+              __builtin_convertvector(place.z - z_, FourInSingle)};
+    }
+
    private:
     /// One coordinate of each point, for vector instructions.
     using Four [[gnu::vector_size(kPoints * sizeof(double))]] = double;
 
-    // In place of a missing point: never near.
-    static constexpr double kNowhere = std::numeric_limits<double>::infinity();
-
-    Four x_ = {kNowhere, kNowhere, kNowhere, kNowhere};
-    Four y_ = {};
-    Four z_ = {};
+    Four x_;
+    Four y_;
+    Four z_;
   };
 
   std::vector<Block> blocks_;

@@ -221,7 +221,7 @@ bool PointTree::HasPointNear(const TVector3& place) const {
 PointTree::Items PointTree::AllItems() const {
   if (count_ == 0) return {};
   const std::uint32_t root = nodes_.empty() ? 0 : 1;
-  return {root, root};
+  return {root};
 }
 
 PointTree::Entries PointTree::EntriesOf(std::uint32_t item) const {
@@ -244,33 +244,34 @@ void PointTree::AppendEntries(const Items& items, StretchLists& list) const {
     list.Append(0, blocks_.Size());
     return;
   }
-  for (std::size_t i = 1; i < items.size(); ++i) {
-    const Entries entries = EntriesOf(items[i]);
+  for (const std::uint32_t item : items) {
+    const Entries entries = EntriesOf(item);
     list.Append(entries.begin, entries.end);
   }
 }
 
-/// Judge for one ball.
+/// A reach above kLargestLength counts as kLargestLength for the inner limit.
+PointTree::Limits PointTree::LimitsWith(double margin) const {
+  const double more = margin + kBallError;
+  const double nearer = std::min(reach_, kLargestLength);
+  return {std::max(nearer - more - kDistanceError * (nearer + more), 0.0),
+          (reach_ + more) * (1.0 + kDistanceError)};
+}
+
+/// Judges for one ball.
 class PointTree::Judging {
  public:
   Judging(const PointTree& tree, const Ball& ball, Items& open)
       : tree_(tree),
         firstBlock_(static_cast<std::uint32_t>(tree.nodes_.size())),
         centre_(ball.centre),
-        inner_(InnerLimit(tree.reach_, ball.radius + kBallError)),
-        outer_((tree.reach_ + ball.radius + kBallError) *
-               (1.0 + kDistanceError)),
+        limits_(tree.LimitsWith(ball.radius)),
         smallNode_(ball.radius * kSmallNode),
         open_(open) {}
 
   eAnswer Judge(const Items& items) {
-    const std::uint32_t nearest = items.front();
-    if (nearest >= firstBlock_ &&
-        SquaredDistanceTo(nearest) < inner_ * inner_) {
-      return eAnswer::kBlocks;
-    }
-    Found found = {1, nearest, outer_ * outer_};
-    for (std::size_t i = 1; i < items.size();) {
+    Found found = {0, limits_.outer * limits_.outer};
+    for (std::size_t i = 0; i < items.size();) {
       if (items[i] < firstBlock_) {
         if (Divide(items[i], found)) return eAnswer::kBlocks;
         ++i;
@@ -278,28 +279,16 @@ class PointTree::Judging {
         i = TakeBlocks(items, i, found);
       }
     }
-    if (found.nearest2 < inner_ * inner_) return eAnswer::kBlocks;
-    if (found.count == 1) return eAnswer::kClear;
+    if (found.nearest2 < limits_.inner * limits_.inner) return eAnswer::kBlocks;
+    if (found.count == 0) return eAnswer::kClear;
     open_.resize(found.count);
-    open_.front() = found.nearest;
     return eAnswer::kUnsure;
   }
 
  private:
-  /// A point nearer to the centre than this blocks all of the ball. A reach
-  /// above kLargestLength counts as kLargestLength.
-  static double InnerLimit(double reach, double radius) {
-    const double nearer = std::min(reach, kLargestLength);
-    return std::max(nearer - radius - kDistanceError * (nearer + radius), 0.0);
-  }
-
-  /// Nodes with a smaller share of the ball's radius are not divided.
-  static constexpr double kSmallNode = 0.5;
-
   struct Found {
-    std::size_t count;      // of open items, plus 1 for the nearest
-    std::uint32_t nearest;  // as an item
-    double nearest2;        // its squared distance
+    std::size_t count;  // of open items
+    double nearest2;    // the least squared distance of a point
   };
 
   /// To the nearest point of a block.
@@ -316,9 +305,8 @@ class PointTree::Judging {
                                    Found& found) const {
     const double distance2 = SquaredDistanceTo(item);
     open[found.count] = item;
-    found.nearest = distance2 < found.nearest2 ? item : found.nearest;
     found.nearest2 = std::min(found.nearest2, distance2);
-    found.count += distance2 >= outer_ * outer_ ? 0U : 1U;
+    found.count += distance2 >= limits_.outer * limits_.outer ? 0U : 1U;
   }
 
   /// Take the blocks from position @p i up to the next node.
@@ -343,9 +331,9 @@ class PointTree::Judging {
   bool Divide(std::uint32_t number, Found& found) {
     const Node& node = tree_.nodes_[number];
     const double distance2 = SquaredDistance(centre_, node.Middle());
-    const double outer = outer_ + node.Radius();
+    const double outer = limits_.outer + node.Radius();
     if (!(distance2 < outer * outer)) return false;
-    const double inner = inner_ - node.Radius();
+    const double inner = limits_.inner - node.Radius();
     if (inner > 0.0 && distance2 < inner * inner) return true;
     if (node.Radius() <= smallNode_) {
       MakeRoomFor(found.count + 1);
@@ -366,8 +354,7 @@ class PointTree::Judging {
   const PointTree& tree_;
   std::uint32_t firstBlock_;  // its number as an item
   Point centre_;
-  double inner_;
-  double outer_;
+  Limits limits_;
   double smallNode_;
   Items& open_;
 };

@@ -40,11 +40,12 @@ class PointTree final : public BallTest {
   std::uint32_t CountPoints() const { return count_; }
 
   /// An item is the number of a node, or the number of a block plus the number
-  /// of nodes, in increasing order of their points. The first item repeats the
-  /// nearest one, which mostly decides in a smaller ball.
+  /// of nodes, in increasing order of their points.
   Items AllItems() const override;
   eAnswer Judge(const Ball& ball, const Items& items,
                 Items& open) const override;
+  OfQuarters<eAnswer> JudgeQuarters(const QuarteredBox& box, const Items& items,
+                                    OfQuarters<Items>& open) const override;
   void AppendEntries(const Items& items, StretchLists& list) const override;
 
  private:
@@ -63,11 +64,22 @@ class PointTree final : public BallTest {
     float z_ = 0.0F;
     float radius_ = 0.0F;
   };
+  /// For a place with a margin: a point nearer to it than `inner` blocks, one
+  /// farther away than `outer` does not.
+  struct Limits {
+    double inner;
+    double outer;
+  };
   struct Box {
     Point low;
     Point high;
   };
   class Judging;
+  class JudgingQuarters;
+
+  /// Nodes with a smaller share of the radius of a ball or quarter are not
+  /// divided.
+  static constexpr double kSmallNode = 0.5;
 
   /// The blocks of an item: from begin to before end.
   struct Entries {
@@ -75,6 +87,7 @@ class PointTree final : public BallTest {
     std::uint32_t end;
   };
   Entries EntriesOf(std::uint32_t item) const;
+  Limits LimitsWith(double margin) const;
   void MakeNodes(const std::vector<Point>& points);
   Box MakeNode(std::uint32_t number, const std::vector<Point>& points);
   static Node BallAround(const Box& box);
