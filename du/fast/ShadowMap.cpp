@@ -4,24 +4,20 @@
 #include <cmath>
 #include <utility>
 
-#include "du/geometry/OctahedralDirection.hpp"
+#include "du/geometry/QuarteredBox.hpp"
 
 namespace ZARN::DU {
 namespace {
 
-/// Larger first squares would always be unsure.
-constexpr int kFirstSquares = 4;
-
 /// The number of sizes of squares: enough for as many cells as an int counts.
 constexpr std::size_t kMostLevels = 15;
 
-/// A square of cells: its first row and column, the number of cells on a side,
-/// and the directions of its corners, row by row.
+/// A square of cells: its first row and column, and the number of cells on a
+/// side.
 struct Square {
   int row;
   int column;
   int size;
-  std::array<Point, 4> corners;
 };
 
 /// In single precision a point can be assigned to the neighbouring cell if it
@@ -49,16 +45,11 @@ class MapPainter {
 
   void PaintAll() {
     const BallTest::Items all = test_.AllItems();
-    const int size = cells_ / kFirstSquares;
+    // The largest power of 2 in the number of cells, if not all of them.
+    const int size = std::min(cells_ & -cells_, cells_ / 2);
     for (int row = 0; row < cells_; row += size) {
       for (int column = 0; column < cells_; column += size) {
-        Paint({row,
-               column,
-               size,
-               {CornerAt(row, column), CornerAt(row, column + size),
-                CornerAt(row + size, column),
-                CornerAt(row + size, column + size)}},
-              all, 0);
+        Divide({row, column, size}, all, 0);
       }
     }
   }
@@ -71,56 +62,34 @@ class MapPainter {
   }
 
  private:
-  /// Paint a square; in the larger one around it the items @p outer are open.
-  void Paint(const Square& square, const BallTest::Items& outer,
-             std::size_t level) {
-    BallTest::Items& open = open_[level];
-    const eAnswer answer = test_.Judge(BallAround(square), outer, open);
-    if (answer == eAnswer::kClear) return;
-    if (answer == eAnswer::kBlocks || square.size == 1) {
-      Fill(square, answer);
-      if (answer == eAnswer::kUnsure && !open.empty()) KeepOpen(square, open);
-      return;
-    }
+  /// Paint the quarters of a square for which @p items are open.
+  void Divide(const Square& square, const BallTest::Items& items,
+              std::size_t level) {
+    auto& open = open_[level];
+    const auto answers = test_.JudgeQuarters(BoxAround(square), items, open);
     const int half = square.size / 2;
-    const int row = square.row + half;
-    const int column = square.column + half;
-    const Point above = CornerAt(square.row, column);
-    const Point left = CornerAt(row, square.column);
-    const Point middle = CornerAt(row, column);
-    const Point right = CornerAt(row, square.column + square.size);
-    const Point below = CornerAt(square.row + square.size, column);
-    const auto& corners = square.corners;
-    const auto paint = [&](int firstRow, int firstColumn,
-                           const std::array<Point, 4>& cornersOfQuarter) {
-      Paint({firstRow, firstColumn, half, cornersOfQuarter}, open, level + 1);
-    };
-    paint(square.row, square.column, {corners[0], above, left, middle});
-    paint(square.row, column, {above, corners[1], middle, right});
-    paint(row, square.column, {left, middle, corners[2], below});
-    paint(row, column, {middle, right, below, corners[3]});
-  }
-
-  /// The direction of the corner before a row and a column.
-  Point CornerAt(int row, int column) const {
-    const double step = 2.0 / cells_;
-    return DirectionAt(column * step - 1.0, row * step - 1.0);
-  }
-
-  /// A ball that contains every point that is assigned to a cell of the square.
-  Ball BallAround(const Square& square) const {
-    const auto& corners = square.corners;
-    const Point middle =
-        Scaled({corners[0].x + corners[3].x, corners[0].y + corners[3].y,
-                corners[0].z + corners[3].z},
-               0.5);
-    // The last corner is as far away as the first.
-    double farthest2 = 0.0;
-    for (std::size_t i = 0; i < 3; ++i) {
-      farthest2 = std::max(farthest2, SquaredDistance(corners[i], middle));
+    for (std::size_t i = 0; i < answers.size(); ++i) {
+      if (answers[i] == eAnswer::kClear) continue;
+      const Square quarter = {square.row + (i / 2 == 0 ? 0 : half),
+                              square.column + (i % 2 == 0 ? 0 : half), half};
+      if (answers[i] == eAnswer::kUnsure && half > 1) {
+        Divide(quarter, open[i], level + 1);
+        continue;
+      }
+      Fill(quarter, answers[i]);
+      if (answers[i] == eAnswer::kUnsure && !open[i].empty()) {
+        KeepOpen(quarter, open[i]);
+      }
     }
-    return {Scaled(middle, radius_),
-            (std::sqrt(farthest2) + kCellError) * radius_ + ShadowMap::kShell};
+  }
+
+  /// Contains every point that is assigned to a cell of the square.
+  QuarteredBox BoxAround(const Square& square) const {
+    const double perCell = 2.0 / cells_;
+    const double half = square.size / 2.0;
+    return DU::BoxAround({(square.column + half) * perCell - 1.0,
+                          (square.row + half) * perCell - 1.0, half * perCell},
+                         {radius_, ShadowMap::kShell, kCellError * radius_});
   }
 
   void Fill(const Square& square, eAnswer answer) {
@@ -147,7 +116,7 @@ class MapPainter {
   int cells_;
   std::vector<ShadowMap::Code>& codes_;
   // Of the current square of each size.
-  std::array<BallTest::Items, kMostLevels> open_;
+  std::array<BallTest::OfQuarters<BallTest::Items>, kMostLevels> open_;
   std::vector<std::pair<std::uint32_t, Stretch>> ofCells_;
   StretchLists lists_{kMostStretches};
 };

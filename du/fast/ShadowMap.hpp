@@ -54,9 +54,10 @@ inline constexpr auto kCellAnswers = MakeCellAnswers();
 /// the test has to decide.
 ///
 /// Decides for points within kShell of the sphere that it was made for; all
-/// other points are unsure. An answer holds for a ball around the cell, with
-/// the shell and with a margin for the rounding of the cell's number in single
-/// precision. So it holds for every point that is assigned to the cell.
+/// other points are unsure. An answer holds for a box (or a ball) around the
+/// cell, with the shell and with a margin for the rounding of the cell's number
+/// in single precision. So it holds for every point that is assigned to the
+/// cell.
 ///
 /// For each test a quadtree over the octahedral square fills large squares with
 /// one answer; only the borders of shadows are divided into single cells. For
@@ -66,7 +67,7 @@ class ShadowMap {
   /// Real crossings are within 1e-9 of the sphere; tables of paths are often
   /// rounded to a fraction of a millimetre.
   static constexpr double kShell = 1.0;  // mm
-  static constexpr int kCells = 1024;    // along each side
+  static constexpr int kCells = 768;     // along each side
 
   using Tests = std::array<const BallTest*, kMappedTests>;
   /// The answers of one cell, in base 3: kMappedTests digits.
@@ -78,7 +79,7 @@ class ShadowMap {
   /// @param radius  of the sphere, mm; outside 10 mm to 100 m all points are
   ///                unsure
   /// @param tests   a null pointer is a test that is off: it never blocks
-  /// @param cells   along each side: 4 times a power of 2
+  /// @param cells   along each side: at least 4, and 2 or 3 times a power of 2
   ShadowMap(double radius, const Tests& tests, int cells = kCells);
 
   /// The cell of a point, or OffMap().

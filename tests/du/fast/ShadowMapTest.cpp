@@ -152,8 +152,8 @@ TEST(ShadowMap, GivesEachTestItsOwnAnswer) {
   const SmallBallTest unsure(0, eAnswer::kBlocks);
   const SmallBallTest small(2000, eAnswer::kBlocks);
   const ShadowMap map(kRadius, {&blocks, &unsure, nullptr, &small, &unsure},
-                      16);
-  for (std::size_t cell = 0; cell < 256; ++cell) {
+                      64);
+  for (std::size_t cell = 0; cell < map.OffMap(); ++cell) {
     ASSERT_EQ(AnswersOf(map.Codes()[cell]),
               (std::vector<eAnswer>{eAnswer::kBlocks, eAnswer::kUnsure,
                                     eAnswer::kClear, eAnswer::kBlocks,
