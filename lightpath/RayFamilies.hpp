@@ -4,7 +4,8 @@
 
 namespace ZARN::DU {
 
-// The families of rays that can join an event to a PMT, by where they start.
+/// The families of rays that can join an event to a PMT, by where they start.
+namespace Families {
 
 inline constexpr RayFamily kOutwardFromInside = {kInnerAVToWater,
                                                  eSense::kOutward};
@@ -19,6 +20,8 @@ inline constexpr RayFamily kAlongWallFromWater = {kWaterThroughAV,
 inline constexpr RayFamily kInwardFromWater = {kWaterThroughInnerAV,
                                                eSense::kInward};
 inline constexpr RayFamily kReflected = {kWaterReflection, eSense::kInward};
+
+}  // namespace Families
 
 /// Rays that go inwards through the wall and leave it without reaching the
 /// inner surface.

@@ -269,13 +269,14 @@ int SearchAll(const ConcentricMedia& media, const PathEnds& ends,
   };
   switch (media.At(ends.EventRadius)) {
     case eMedium::kInnerAV:
-      search(kOutwardFromInside, kInwardFromInside);
+      search(Families::kOutwardFromInside, Families::kInwardFromInside);
       break;
     case eMedium::kAcrylic:
-      search(kOutwardFromWall, kAlongWallFromWall, kInwardFromWall);
+      search(Families::kOutwardFromWall, Families::kAlongWallFromWall,
+             Families::kInwardFromWall);
       break;
     case eMedium::kWater:
-      search(kAlongWallFromWater, kInwardFromWater);
+      search(Families::kAlongWallFromWater, Families::kInwardFromWater);
       break;
   }
   return evaluations;
@@ -309,7 +310,7 @@ JoiningRay FindReflectedRay(const ConcentricMedia& media,
                             const PathEnds& ends) {
   JoiningRay reflected;
   const auto keep = [&](const JoiningRay& found) { reflected = found; };
-  FamilySearch search(kReflected,
+  FamilySearch search(Families::kReflected,
                       ReachesOf(media, ends.EventRadius, ends.PMTRadius), 0.0,
                       eWanted::kAll, keep);
   search.Find({ends.Angle, false});

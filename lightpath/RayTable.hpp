@@ -7,6 +7,7 @@
 #include "lightpath/Kernels.hpp"
 #include "lightpath/LightPathType.hpp"
 #include "lightpath/RayKernel.hpp"
+#include "lightpath/RayRange.hpp"
 
 namespace ZARN::DU {
 
@@ -21,14 +22,6 @@ struct PMTRadii {
   double highest;
 };
 
-/// Which path type light takes over a range of directions to the PMT, and the
-/// table of its rays.
-struct RayRange {
-  eLightPathType type = kUninitialised;
-  RayBranch branch = {};
-  std::vector<RayCell> cells;
-};
-
 /// What light a table is for: that of CalcByPosition or of
 /// CalcReflectionByPosition.
 enum class eLight { kDirect, kReflected };
@@ -36,9 +29,30 @@ enum class eLight { kDirect, kReflected };
 /// The shortest rays from one event to PMTs in all directions.
 ///
 /// x is the cosine of the angle between event and PMT, seen from the centre.
-/// For x > leastNear the shortest ray is that of Near(), for x < mostFar that
-/// of Far(); between highestEmpty and lowestEmpty there is none. What lies in
-/// between is not known.
+/// For x > LeastNear() the shortest ray is that of Near(), for x < MostFar()
+/// that of Far(); between LeastEmpty() and MostEmpty() there is none. The rest
+/// is not known. Media and radii in which the following is not proved give an
+/// empty table.
+///
+/// 1. Inside and in the wall there are two families, one that starts outwards
+///    from x = 1 and one that starts inwards from x = -1. RayCurve finds their
+///    folds (caustics), and proves between any two of its points that there is
+///    no other. No swept angle may exceed pi, so that no ray goes the long way
+///    round the centre.
+/// 2. Along a family d(optical length) = invariant * d(swept angle), and the
+///    invariant grows with t. Beyond the one fold of the inward family the
+///    invariant is larger than before it, so rays there are longer than those
+///    before it with the same swept angle. The same holds for both folds of a
+///    family that starts outwards and goes on inwards: no ray between them is
+///    the shortest.
+/// 3. Where both families overlap, the difference of their lengths grows with
+///    the angle; they change places where it is zero.
+/// 4. From the water the path is straight up to the angle at which the line
+///    touches the vessel; beyond it only the family through the inside may
+///    exist, not the one that stays in the wall.
+///
+/// All this is proved for the PMTs' middle distance with margins for the
+/// others (CurveSlack).
 class RayTable {
  public:
   RayTable(eLight light, const ConcentricMedia& media, double eventRadius,
@@ -54,7 +68,6 @@ class RayTable {
   double MostEmpty() const { return mostEmpty_; }
 
   class Reaches;
-  struct Piece;
 
  private:
   void SetThrough(const Reaches& reaches, eRayFamily nearFamily,
@@ -63,8 +76,8 @@ class RayTable {
                     const Reaches& reaches);
   void SetReflected(const ConcentricMedia& media, double eventRadius,
                     const Reaches& reaches);
-  void SetNear(const Piece& piece, double end, double margin);
-  void SetFar(const Piece& piece, double begin, double margin);
+  void SetNear(const RayPiece& piece, double end, double margin);
+  void SetFar(const RayPiece& piece, double begin, double margin);
   void SetEmpty(double begin, double end, double margin);
 
   int cells_;

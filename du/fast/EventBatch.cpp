@@ -207,7 +207,7 @@ void EventBatch::JudgeBlock(const RayRange& range, const std::uint32_t* indexes,
 /// Set the verdicts of a block, and append the paths that are open to open_:
 /// also those that are not known well enough, whatever their verdict is.
 void EventBatch::SetKnown(const RayRange& range, const std::uint32_t* indexes,
-                          std::size_t count, BatchVerdict* verdicts) {
+                          std::size_t count, const BatchVerdict* verdicts) {
   constexpr double kError = CrossingBands<float>::kPathError;
   const bool areTwo = HasTwoCrossings(range.type);
   std::array<bool, kRayBlock> isKnown;

@@ -56,7 +56,7 @@ class EventBatch {
   void JudgeBlock(const RayRange& range, const std::uint32_t* indexes,
                   std::size_t count);
   void SetKnown(const RayRange& range, const std::uint32_t* indexes,
-                std::size_t count, BatchVerdict* verdicts);
+                std::size_t count, const BatchVerdict* verdicts);
   void JudgeAgain(const RayRange& range, const std::uint32_t* indexes,
                   std::size_t count);
   void JudgeStraight(const std::uint32_t* indexes, std::size_t count);
