@@ -19,7 +19,7 @@ constexpr double kNarrow = 1e-6;
 constexpr std::size_t kFewest = 128;
 
 /// The number of groups if distances vary without steps.
-constexpr double kWideGroups = 12.0;
+constexpr double kWideGroups = 20.0;
 
 }  // namespace
 
