@@ -55,22 +55,28 @@ void OutputFile::OpenDirectly(const std::string& path) {
 
 void OutputFile::Write(std::string_view text) {
   if (buffer_.size() + text.size() > kBufferSize) Flush();
-  buffer_ += text;
+  if (text.size() > kBufferSize) {
+    WriteNow(text);
+  } else {
+    buffer_ += text;
+  }
 }
 
 void OutputFile::Flush() {
-  std::size_t written = 0;
-  while (written < buffer_.size()) {
+  WriteNow(buffer_);
+  buffer_.clear();
+}
+
+void OutputFile::WriteNow(std::string_view text) {
+  while (!text.empty()) {
     CheckForInterrupt();
-    const ssize_t count =
-        write(descriptor_, buffer_.data() + written, buffer_.size() - written);
+    const ssize_t count = write(descriptor_, text.data(), text.size());
     if (count >= 0) {
-      written += static_cast<std::size_t>(count);
+      text.remove_prefix(static_cast<std::size_t>(count));
     } else if (errno != EINTR) {
       FailWithErrno();
     }
   }
-  buffer_.clear();
 }
 
 void OutputFile::Finish() {

@@ -43,6 +43,7 @@ class OutputFile {
   void OpenDirectly(const std::string& path);
   void Duplicate(int descriptor);
   void Flush();
+  void WriteNow(std::string_view text);
   [[noreturn]] void FailWithErrno() const;
 
   std::string name_;                    // in messages
