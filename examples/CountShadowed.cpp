@@ -9,7 +9,8 @@
 #include "io/InputFile.hpp"
 #include "io/PositionReader.hpp"
 #include "lightpath/LightPathCalculator.hpp"
-#include "scan/PairScan.hpp"
+#include "lightpath/PMTArray.hpp"
+#include "scan/RowScan.hpp"
 #include "scan/VerdictCounts.hpp"
 
 namespace {
@@ -44,14 +45,14 @@ int main(int argc, char** argv) {
     const auto events = ReadPositions(argv[2], "event");
     const auto pmts = ReadPositions(argv[3], "pmt");
 
-    ZARN::Scan::PairScan scan(shadowing, lightPath, {2});
-    const ZARN::Scan::Pairs pairs = {events, pmts};
+    ZARN::Scan::RowScan::Settings settings;
+    settings.threads = 2;
+    ZARN::Scan::RowScan scan(shadowing, lightPath, ZARN::DU::PMTArray(pmts),
+                             settings);
     ZARN::Scan::VerdictCounts counts;
-    for (const auto& chunk : scan.FindVerdicts(pairs, 0, pairs.Count())) {
-      for (const auto& verdict : chunk.verdicts) {
-        if (verdict.HasPath()) counts.Add(verdict.by);
-      }
-    }
+    scan.Run(events, [&](const ZARN::Scan::RowBlock& block) {
+      for (const auto& ofEvent : block.counts) counts += ofEvent;
+    });
     std::cout << counts.Shadowed() << " of " << counts.Paths()
               << " paths are shadowed\n";
   } catch (const std::exception& error) {  // files that are missing or bad

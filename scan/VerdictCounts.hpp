@@ -1,8 +1,10 @@
 #pragma once
 
 #include <array>
+#include <cstddef>
 #include <cstdint>
 
+#include "du/Verdict.hpp"
 #include "du/hardware/ShadowingComponent.hpp"
 
 namespace ZARN::Scan {
@@ -10,9 +12,14 @@ namespace ZARN::Scan {
 /// Counts the verdicts on light paths.
 class VerdictCounts {
  public:
-  void Add(DU::eShadowingComponent verdict) {
-    ++counts_[static_cast<std::size_t>(verdict)];
+  void Add(DU::eShadowingComponent verdict, std::uint64_t count = 1) {
+    counts_[static_cast<std::size_t>(verdict)] += count;
   }
+  VerdictCounts& operator+=(const VerdictCounts& other);
+
+  /// Add a row of verdicts; those that say why there is no path are not
+  /// counted.
+  void AddRow(const DU::eVerdict* row, std::size_t length);
 
   /// Number of paths with this verdict.
   std::uint64_t Of(DU::eShadowingComponent verdict) const {
@@ -27,7 +34,7 @@ class VerdictCounts {
   DU::eShadowingComponent MostFrequent() const;
 
  private:
-  std::array<std::uint64_t, DU::kShadowingComponents.size() + 1> counts_ = {};
+  std::array<std::uint64_t, DU::kNumberOfComponents + 1> counts_ = {};
 };
 
 }  // namespace ZARN::Scan

@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <vector>
+
 namespace ZARN::Scan {
 namespace {
 
@@ -30,6 +32,24 @@ TEST(VerdictCounts, NamesTheComponentTestedFirstOnATie) {
   EXPECT_EQ(counts.MostFrequent(), eShadowingComponent::kBellyPlate);
   counts.Add(eShadowingComponent::kAVPipe);
   EXPECT_EQ(counts.MostFrequent(), eShadowingComponent::kAVPipe);
+}
+
+TEST(VerdictCounts, CountsALongRowAndSkipsReasonsWithoutAPath) {
+  std::vector<DU::eVerdict> row;
+  for (int i = 0; i < 12000; ++i) {
+    row.push_back(static_cast<DU::eVerdict>(i % 12));
+  }
+  row.insert(row.end(), 700, DU::eVerdict::kClear);
+  VerdictCounts counts;
+  counts.AddRow(row.data(), row.size());
+  EXPECT_EQ(counts.Paths(), 7700U);
+  EXPECT_EQ(counts.Of(eShadowingComponent::kNone), 1700U);
+  for (const auto component : DU::kShadowingComponents) {
+    EXPECT_EQ(counts.Of(component), 1000U);
+  }
+  VerdictCounts twice = counts;
+  twice += counts;
+  EXPECT_EQ(twice.Shadowed(), 12000U);
 }
 
 }  // namespace
