@@ -1,8 +1,8 @@
 #include "app/EventSource.hpp"
 
-#include <algorithm>
-
 #include "app/ProgressBar.hpp"
+#include "io/IntegerName.hpp"
+#include "io/Quoted.hpp"
 
 namespace ZARN::App {
 
@@ -10,35 +10,33 @@ EventSource::EventSource(const std::string& path) {
   reader_.emplace(input_.emplace(path), "event");
 }
 
-EventSource::EventSource(const TVector3& position)
-    : events_{{"0", "0", position}} {}
+EventSource::EventSource(const TVector3& position) : position_(position) {}
 
-bool EventSource::Next(std::size_t pmts) {
-  if (isAtEnd_) return false;
+bool EventSource::Next(std::vector<IO::NamedPosition>& events,
+                       std::size_t most) {
+  events.clear();
   if (!reader_.has_value()) {
-    isAtEnd_ = true;
-    return true;
+    if (position_.has_value()) events.push_back({"0", "0", *position_});
+    position_.reset();
+    return !events.empty();
   }
-  constexpr std::size_t kPairs = 1UL << 14U;
-  const std::size_t wanted =
-      std::max<std::size_t>(1, kPairs / std::max<std::size_t>(1, pmts));
-  bytesBefore_ = reader_->BytesTaken();
-  events_.clear();
   IO::NamedPosition event;
-  while (events_.size() < wanted && !isAtEnd_) {
+  while (events.size() < most && !isAtEnd_) {
     isAtEnd_ = !reader_->Next(event);
-    if (!isAtEnd_) events_.push_back(event);
+    if (isAtEnd_) break;
+    if (requiresIntegers_ && !IO::IntegerOf(event.name).has_value()) {
+      reader_->FailName(IO::Quoted(event.name) +
+                        " is not an integer; the first events have integers, "
+                        "so the ROOT file stores integers");
+    }
+    events.push_back(event);
   }
-  return !events_.empty();
+  return !events.empty();
 }
 
-std::optional<double> EventSource::Done(double share) const {
-  if (!reader_.has_value()) return share;
-  const auto size = input_->Size();
-  const auto before = Share(bytesBefore_, size);
-  const auto after = Share(reader_->BytesTaken(), size);
-  if (!before.has_value()) return std::nullopt;
-  return *before + share * (*after - *before);
+std::optional<double> EventSource::Done() const {
+  if (!reader_.has_value()) return 1.0;
+  return Share(reader_->BytesTaken(), input_->Size());
 }
 
 }  // namespace ZARN::App

@@ -1,6 +1,6 @@
 #pragma once
 
-#include <cstdint>
+#include <cstddef>
 #include <optional>
 #include <string>
 #include <vector>
@@ -11,7 +11,7 @@
 
 namespace ZARN::App {
 
-/// Reads events in batches, so that memory does not grow with their number.
+/// Reads events in blocks, so that memory does not grow with their number.
 class EventSource {
  public:
   /// @param path  CSV file of events, as for IO::InputFile
@@ -24,25 +24,26 @@ class EventSource {
   EventSource(const EventSource&) = delete;
   EventSource& operator=(const EventSource&) = delete;
 
-  /// Read the next batch of events; false after the last.
+  /// Read the next events; false after the last.
   ///
-  /// @param pmts  number of PMTs that each event is judged with; fewer PMTs
-  ///              make larger batches
+  /// @param most  number of events to read, unless fewer are left
   /// @throws as IO::PositionReader::Next
-  bool Next(std::size_t pmts);
+  bool Next(std::vector<IO::NamedPosition>& events, std::size_t most);
 
-  const std::vector<IO::NamedPosition>& Events() const { return events_; }
+  /// From now on refuse events whose name is not an integer (IO::IntegerOf), as
+  /// all names so far were.
+  void RequireIntegers() { requiresIntegers_ = true; }
 
-  /// Fraction of all events done when @p share of the current batch is done;
-  /// nullopt if the total is unknown.
-  std::optional<double> Done(double share) const;
+  /// Fraction of the events that has been read; nullopt if the total is
+  /// unknown.
+  std::optional<double> Done() const;
 
  private:
   std::optional<IO::InputFile> input_;
   std::optional<IO::PositionReader> reader_;
-  std::vector<IO::NamedPosition> events_;
+  std::optional<TVector3> position_;  // of the only event, until it is read
   bool isAtEnd_ = false;
-  std::uint64_t bytesBefore_ = 0;  // file position before the current batch
+  bool requiresIntegers_ = false;
 };
 
 }  // namespace ZARN::App

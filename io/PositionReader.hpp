@@ -33,6 +33,11 @@ class PositionReader {
   ///         coordinate, which must not be read as 0
   bool Next(NamedPosition& item);
 
+  /// Report an error in the name that was read last.
+  [[noreturn]] void FailName(const std::string& reason) const {
+    table_.Fail(nameColumn_, reason);
+  }
+
   /// Bytes of the file up to the end of the current row.
   std::uint64_t BytesTaken() const { return table_.BytesTaken(); }
 

@@ -1,15 +1,18 @@
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <memory>
 #include <string>
+#include <vector>
 
-#include "du/hardware/ShadowingComponent.hpp"
+#include "io/PairColumns.hpp"
 #include "io/PendingFile.hpp"
+#include "io/PositionReader.hpp"
 #include "lightpath/LightPathType.hpp"
 
 namespace ROOT {
-class RNTupleWriter;
+class RNTupleParallelWriter;
 }
 
 namespace ZARN::IO {
@@ -17,9 +20,10 @@ namespace ZARN::IO {
 /// A ROOT file with an RNTuple of verdicts, which appears complete or not at
 /// all.
 ///
-/// The RNTuple is called "verdicts" and has the fields event, pmt, type, by
-/// (strings) and shadowed (0, 1, or -1 for no path). Its description is a JSON
-/// object with the Origin.
+/// The RNTuple is called "verdicts" and has the fields event and pmt (integers
+/// or strings), type, by (strings), shadowed (0, 1, or -1 for no path), and
+/// those of a list of columns (NaN where there is no value). Its description is
+/// a JSON object with the Origin.
 class VerdictNTuple {
  public:
   /// How the verdicts were made.
@@ -31,20 +35,69 @@ class VerdictNTuple {
     double wavelength;  ///< nm
   };
 
+  /// What the fields of an RNTuple depend on.
+  struct Fields {
+    bool hasIntegerEvents = false;  ///< all names of events are integers
+    std::vector<const PairColumn*> columns = {};  ///< after the usual fields
+  };
+
+  /// Fills in consecutive rows, which Commit appends to the RNTuple. Several
+  /// blocks can be filled at the same time.
+  class Block {
+   public:
+    ~Block();
+
+    /// Begin the rows of an event.
+    ///
+    /// @param event  must exist until the next call
+    void SetEvent(const NamedPosition& event);
+
+    /// Add the verdict on a light path.
+    ///
+    /// @param pmt   number of the PMT
+    /// @param type  of the path; ignored if there is none
+    /// @throws OutputFailure if writing fails
+    void Fill(std::size_t pmt, DU::eLightPathType type, const JudgedPair& pair);
+
+    /// Compress and write the rows.
+    ///
+    /// @throws OutputFailure
+    void Flush();
+
+    /// Append the flushed rows to those of the blocks committed before. One
+    /// thread commits, while others may fill.
+    ///
+    /// @throws OutputFailure
+    void Commit();
+
+   private:
+    friend class VerdictNTuple;
+    explicit Block(const VerdictNTuple& owner);
+
+    struct Entry;  // in ROOT's terms
+    const VerdictNTuple& owner_;
+    std::unique_ptr<Entry> entry_;
+  };
+
   /// @param path  a regular file, or a new name; ROOT needs to seek, which
   ///              pipes and devices cannot do
+  /// @param pmts  must outlive this
   /// @throws OutputFailure if the file cannot be created
-  VerdictNTuple(const std::string& path, const Origin& origin);
+  VerdictNTuple(const std::string& path, const Origin& origin,
+                const std::vector<NamedPosition>& pmts);
   ~VerdictNTuple();
 
-  /// Add the verdict on the light path from an event to a PMT.
+  /// Define the fields. Finish does it if there are no rows.
   ///
-  /// @param type  kUninitialised if there is no path
-  /// @throws OutputFailure if writing fails
-  void Fill(const std::string& event, const std::string& pmt,
-            DU::eLightPathType type, DU::eShadowingComponent by);
+  /// @param blocks  number of blocks to be filled at the same time
+  /// @throws OutputFailure
+  void Begin(const Fields& fields, std::size_t blocks);
+  bool HasBegun() const { return writer_ != nullptr; }
 
-  /// Write buffered data.
+  /// One of the blocks, after Begin.
+  Block& BlockAt(std::size_t number) { return *blocks_[number]; }
+
+  /// Write buffered data, after the last Commit of a block.
   ///
   /// @throws OutputFailure
   void Finish();
@@ -56,13 +109,14 @@ class VerdictNTuple {
 
  private:
   PendingFile file_;
-  std::string name_;  // in messages
-  std::shared_ptr<std::string> event_;
-  std::shared_ptr<std::string> pmt_;
-  std::shared_ptr<std::string> type_;
-  std::shared_ptr<std::int32_t> shadowed_;
-  std::shared_ptr<std::string> by_;
-  std::unique_ptr<ROOT::RNTupleWriter> writer_;
+  std::string name_;         // in messages
+  std::string description_;  // of the RNTuple
+  const std::vector<NamedPosition>& pmts_;
+  std::vector<std::int64_t>
+      pmtIntegers_;  // empty unless all names are integers
+  Fields fields_;
+  std::unique_ptr<ROOT::RNTupleParallelWriter> writer_;
+  std::vector<std::unique_ptr<Block>> blocks_;
 };
 
 }  // namespace ZARN::IO
