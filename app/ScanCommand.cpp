@@ -1,10 +1,10 @@
 #include "app/ScanCommand.hpp"
 
 #include <CLI/CLI.hpp>
-#include <algorithm>
 #include <chrono>
 #include <iostream>
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -18,25 +18,11 @@
 #include "app/Signals.hpp"
 #include "io/InputFile.hpp"
 #include "io/PositionReader.hpp"
-#include "scan/PairScan.hpp"
+#include "scan/RowScan.hpp"
 #include "scan/VerdictCounts.hpp"
 
 namespace ZARN::App {
 namespace {
-
-/// What a scan counts.
-struct ScanCounts {
-  std::uint64_t pairs = 0;
-  std::uint64_t withoutPath = 0;
-  Scan::VerdictCounts all;
-  std::vector<Scan::VerdictCounts> perPMT;
-
-  void Print(const DU::ShadowingCalculator& shadowing, double seconds) const {
-    PrintCount(std::cerr, "pairs", pairs);
-    PrintCount(std::cerr, "no path", withoutPath);
-    PrintCounts(std::cerr, all, shadowing, seconds);
-  }
-};
 
 std::vector<IO::NamedPosition> ReadPMTs(const std::string& path) {
   IO::InputFile input(path);
@@ -55,36 +41,68 @@ std::vector<TVector3> PositionsOf(const std::vector<IO::NamedPosition>& items) {
   return positions;
 }
 
-/// Judge the pairs of some events, one slice after the other.
-void ScanEvents(Scan::PairScan& scan, const Scan::Pairs& pairs,
-                ScanOutputs& outputs, ScanCounts& counts,
-                const std::function<void(double)>& tellShareDone) {
-  std::vector<Scan::VerdictCounts> perEvent(pairs.events.size());
-  for (std::size_t begin = 0; begin < pairs.Count();
-       begin += ScanOutputs::kSliceSize) {
-    const std::size_t end =
-        std::min(begin + ScanOutputs::kSliceSize, pairs.Count());
-    const std::vector<Scan::PairChunk>& slice =
-        scan.FindVerdicts(pairs, begin, end);
-    outputs.Write(slice);
-    for (const Scan::PairChunk& chunk : slice) {
-      for (const Scan::PairVerdict& verdict : chunk.verdicts) {
-        if (!verdict.HasPath()) {
-          ++counts.withoutPath;
-          continue;
-        }
-        counts.all.Add(verdict.by);
-        counts.perPMT[pairs.PMTOf(verdict.pair)].Add(verdict.by);
-        perEvent[pairs.EventOf(verdict.pair)].Add(verdict.by);
-      }
+/// What a scan counts.
+struct ScanCounts {
+  std::uint64_t pairs = 0;
+  std::uint64_t withoutPath = 0;
+  Scan::VerdictCounts all;
+
+  void Add(const Scan::RowBlock& block) {
+    pairs += block.events.size() * block.pmts;
+    withoutPath += block.withoutPath;
+    for (const Scan::VerdictCounts& counts : block.counts) all += counts;
+  }
+
+  void Print(const DU::ShadowingCalculator& shadowing, double seconds) const {
+    PrintCount(std::cerr, "pairs", pairs);
+    PrintCount(std::cerr, "no path", withoutPath);
+    PrintCounts(std::cerr, all, shadowing, seconds);
+  }
+};
+
+/// The events of a file as blocks for the scan; their names are kept with the
+/// outputs.
+class ScanInput : public Scan::RowScan::Source {
+ public:
+  ScanInput(EventSource& events, ScanOutputs& outputs, std::size_t slots)
+      : events_(events), outputs_(outputs), done_(slots) {}
+
+  bool Next(Scan::RowBlock& block, std::size_t most) override {
+    std::vector<IO::NamedPosition>& events = outputs_.EventsOf(block.slot);
+    if (!events_.Next(events, most)) return false;
+    if (block.firstEvent == 0) {
+      outputs_.Begin(events);
+      if (outputs_.RequiresIntegers()) events_.RequireIntegers();
     }
-    counts.pairs += end - begin;
-    tellShareDone(static_cast<double>(end) /
-                  static_cast<double>(pairs.Count()));
+    block.events = PositionsOf(events);
+    done_[block.slot] = events_.Done();
+    return true;
   }
-  for (std::size_t event = 0; event < perEvent.size(); ++event) {
-    outputs.WriteEvent(event, perEvent[event]);
+
+  /// Fraction of the events up to the end of a block; nullopt if unknown.
+  std::optional<double> DoneAfter(const Scan::RowBlock& block) const {
+    return done_[block.slot];
   }
+
+ private:
+  EventSource& events_;
+  ScanOutputs& outputs_;
+  std::vector<std::optional<double>> done_;  // by slot
+};
+
+Scan::RowScan::Settings SettingsOf(const ScanOptions& options,
+                                   ScanOutputs& outputs) {
+  Scan::RowScan::Settings settings;
+  settings.threads = options.threads;
+  settings.withReflections = options.withReflections;
+  settings.withTypes = options.WritesVerdicts() || options.paths.has_value();
+  settings.withPMTCounts = options.perPMT.has_value();
+  settings.pairsPerBlock = outputs.PairsPerBlock();
+  settings.onBlock = [&outputs](const Scan::RowBlock& block) {
+    ThrowIfInterrupted();
+    outputs.MakeRows(block);
+  };
+  return settings;
 }
 
 void RunScan(const ScanOptions& options) {
@@ -95,37 +113,26 @@ void RunScan(const ScanOptions& options) {
   lightPath.SetWavelength(options.wavelength);
   BeginRun(options.run, lightPath);
   const std::vector<IO::NamedPosition> pmts = ReadPMTs(options.pmts);
-  const std::vector<TVector3> pmtPositions = PositionsOf(pmts);
-  EventSource source = options.at.has_value() ? EventSource(*options.at)
+  EventSource events = options.at.has_value() ? EventSource(*options.at)
                                               : EventSource(*options.events);
 
   const DeferredSignals deferredSignals;
-  ScanOutputs outputs(options, shadowing, pmts);
-  Scan::PairScan scan(
-      shadowing, lightPath,
-      {options.threads, options.withReflections, options.paths.has_value(),
-       [&outputs](std::size_t number, const auto& chunk) {
-         ThrowIfInterrupted();
-         outputs.MakeRows(number, chunk);
-       }});
+  ScanOutputs outputs(options, shadowing, lightPath, pmts);
+  ScanInput input(events, outputs, Scan::RowScan::SlotsFor(options.threads));
+  Scan::RowScan scan(shadowing, lightPath, DU::PMTArray(PositionsOf(pmts)),
+                     SettingsOf(options, outputs));
   ScanCounts counts;
-  counts.perPMT.resize(pmts.size());
 
   const auto begin = std::chrono::steady_clock::now();
   {
     ProgressBar progress;
     const ScopedLogOutput logOutput(progress.Messages());
-    while (source.Next(pmts.size())) {
-      outputs.SetEvents(source.Events());
-      const std::vector<TVector3> positions = PositionsOf(source.Events());
-      ScanEvents(scan, {positions, pmtPositions}, outputs, counts,
-                 [&](double share) {
-                   progress.Update(counts.pairs, source.Done(share));
-                 });
-    }
-    for (std::size_t i = 0; i < pmts.size(); ++i) {
-      outputs.WritePMT(i, counts.perPMT[i]);
-    }
+    scan.Run(input, [&](const Scan::RowBlock& block) {
+      outputs.Write(block);
+      counts.Add(block);
+      progress.Update(counts.pairs, input.DoneAfter(block));
+    });
+    outputs.WritePMTs(scan.CountsPerPMT());
     outputs.Commit();
   }
   const std::chrono::duration<double> elapsed =

@@ -1,7 +1,10 @@
 #include "app/ScanOptions.hpp"
 
 #include <CLI/CLI.hpp>
+#include <algorithm>
 #include <array>
+#include <sstream>
+#include <string>
 #include <vector>
 
 #include "app/Usage.hpp"
@@ -12,16 +15,19 @@
 namespace ZARN::App {
 namespace {
 
-constexpr const char* kFooter =
+constexpr const char* kInputs =
     "EVENTS and PMTS have a header row and these columns, in any order:\n"
     "  event / pmt          any name; copied to the output\n"
     "  x, y, z              position, mm\n"
     "Other columns are ignored. The light is refracted at the vessel's\n"
     "surfaces; the refractive indices are read from the entries inner_av,\n"
-    "acrylic and water of the table OPTICS.\n\n"
-    "The verdicts go to standard output unless -o names a file: for each "
-    "event,\nin order, one row per PMT:\n"
-    "  event, pmt           the names\n"
+    "acrylic and water of the table OPTICS.\n\n";
+
+constexpr const char* kOutputs =
+    "The verdicts go to standard output unless -o names a file or only counts\n"
+    "are asked for: for each event, in order, one row per PMT:\n"
+    "  event, pmt           the names; integers in an RNTuple if all names of\n"
+    "                       PMTs, or those of the first events, are integers\n"
     "  type                 the path's type, e.g. AV->Water\n"
     "  shadowed             0 or 1; -1 in an RNTuple if there is no path\n"
     "  by                   AVHDRope, SupportRope, BellyPlate, NCDAnchor,\n"
@@ -29,6 +35,10 @@ constexpr const char* kFooter =
     "                       shadowed are then empty) if total reflection\n"
     "                       leaves none, the PMT is not in the water, the\n"
     "                       event is at the PMT or a position is not finite\n"
+    "Columns that --columns can add, in the order given (empty, in an RNTuple\n"
+    "NaN, if there is no path):\n";
+
+constexpr const char* kCountsAndExample =
     "The counts are CSV: pmt or event, paths, shadowed, fraction, and by, "
     "the\n"
     "component that blocks most. Any one output can be - (standard output).\n"
@@ -41,6 +51,17 @@ constexpr const char* kFooter =
     "  zarn-shadow scan --events data/source-scan.csv --pmts data/pmts.csv "
     "\\\n"
     "      --geometry data/reference-detector -o verdicts.csv";
+
+std::string Footer() {
+  constexpr std::size_t kNameWidth = 21;
+  std::string columns;
+  for (const IO::PairColumn& column : IO::PairColumns()) {
+    std::string name = column.name;
+    name.resize(kNameWidth, ' ');
+    columns += "  " + name + column.description + "\n";
+  }
+  return std::string(kInputs) + kOutputs + columns + kCountsAndExample;
+}
 
 /// The text without blanks at its ends.
 std::string WithoutBlanks(const std::string& text) {
@@ -100,12 +121,45 @@ void AddWavelength(CLI::App& command, ScanOptions& options) {
       ->type_name("NM");
 }
 
+/// The columns of a list of names separated by commas.
+std::vector<const IO::PairColumn*> ColumnsOf(const std::string& option,
+                                             const std::string& list) {
+  std::vector<const IO::PairColumn*> columns;
+  std::istringstream names(list + ",");
+  for (std::string name; std::getline(names, name, ',');) {
+    name = WithoutBlanks(name);
+    const IO::PairColumn* const column = IO::FindPairColumn(name);
+    if (column == nullptr) {
+      std::vector<std::string> known;
+      for (const auto& each : IO::PairColumns()) known.emplace_back(each.name);
+      const std::string nearest = NearestName(name, known);
+      throw BadUsage(option + ": there is no column " + IO::Quoted(name) +
+                     (nearest.empty() ? "; see --help for all names"
+                                      : "; did you mean " + nearest + "?"));
+    }
+    if (std::find(columns.begin(), columns.end(), column) != columns.end()) {
+      throw BadUsage(option + ": the column " + IO::Quoted(name) +
+                     " is given more than once");
+    }
+    columns.push_back(column);
+  }
+  return columns;
+}
+
 void AddOutputs(CLI::App& command, ScanOptions& options) {
   command
       .add_option("-o,--output", options.output,
                   "Write the verdicts to this file: CSV, or an RNTuple for "
                   "*.root")
       ->type_name("OUT");
+  command
+      .add_option_function<std::string>(
+          "--columns",
+          [&options](const std::string& list) {
+            options.columns = ColumnsOf("--columns", list);
+          },
+          "More columns for the verdicts, e.g. time,angle; see below")
+      ->type_name("LIST");
   command
       .add_option("--paths", options.paths,
                   "Write every light path to this file, for check")
@@ -134,12 +188,15 @@ void AddScanOptions(CLI::App& command, ScanOptions& options) {
                    "Also judge the light reflected at the vessel");
   AddOutputs(command, options);
   AddThreadsOption(command, options.threads);
-  command.footer(kFooter);
+  command.footer(Footer());
 }
 
 void RequireConsistent(const ScanOptions& options) {
   if (options.events.has_value() == options.at.has_value()) {
     throw BadUsage("scan needs either --events or --at");
+  }
+  if (!options.columns.empty() && !options.WritesVerdicts()) {
+    throw BadUsage("--columns needs -o: only counts are written");
   }
   RequireCsvName("--paths", options.paths);
   RequireCsvName("--per-pmt", options.perPMT);
@@ -147,7 +204,8 @@ void RequireConsistent(const ScanOptions& options) {
   std::vector<std::string> inputs = FilesOf(options.run);
   inputs.push_back(options.pmts);
   if (options.events.has_value()) inputs.push_back(*options.events);
-  std::vector<std::string> outputs = {options.output.value_or("-")};
+  std::vector<std::string> outputs;
+  if (options.WritesVerdicts()) outputs.push_back(options.output.value_or("-"));
   for (const auto& output : {options.paths, options.perPMT, options.perEvent}) {
     if (output.has_value()) outputs.push_back(*output);
   }

@@ -3,9 +3,11 @@
 #include <cstddef>
 #include <optional>
 #include <string>
+#include <vector>
 
 #include "TVector3.h"
 #include "app/RunOptions.hpp"
+#include "io/PairColumns.hpp"
 #include "lightpath/LightPathCalculator.hpp"
 
 namespace CLI {
@@ -28,6 +30,13 @@ struct ScanOptions {
   std::size_t threads = 1;
   bool withReflections = false;
 
+  std::vector<const IO::PairColumn*> columns;  // besides the usual ones
+
+  /// Whether the verdicts are written: to a file, or to standard output unless
+  /// only counts were asked for.
+  bool WritesVerdicts() const {
+    return output.has_value() || !(perPMT.has_value() || perEvent.has_value());
+  }
   /// Whether the verdicts are written as an RNTuple, not as CSV.
   bool WritesNTuple() const;
 };

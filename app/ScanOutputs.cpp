@@ -1,34 +1,49 @@
 #include "app/ScanOutputs.hpp"
 
+#include <algorithm>
+
 #include "app/Signals.hpp"
+#include "io/IntegerName.hpp"
 #include "io/LightPathText.hpp"
-#include "io/VerdictText.hpp"
 
 namespace ZARN::App {
 namespace {
 
-void WriteCounts(std::optional<IO::CountsFile>& file,
-                 const IO::NamedPosition& name,
+/// The rows of a longer row of verdicts are made piece by piece when they are
+/// written: kept in memory they would need 50 bytes for each PMT, in every
+/// block in work.
+constexpr std::size_t kLongestKeptRow = 1UL << 15U;
+
+bool IsKept(const Scan::RowBlock& block) {
+  return block.pmts <= kLongestKeptRow;
+}
+
+void WriteCounts(IO::CountsFile& file, const IO::NamedPosition& name,
                  const Scan::VerdictCounts& counts) {
-  if (!file.has_value()) return;
-  file->Write(name.cell, counts.Paths(), counts.Shadowed(),
-              counts.MostFrequent());
+  file.Write(name.cell, counts.Paths(), counts.Shadowed(),
+             counts.MostFrequent());
 }
 
 }  // namespace
 
 ScanOutputs::ScanOutputs(const ScanOptions& options,
                          const DU::ShadowingCalculator& shadowing,
+                         const DU::LightPathCalculator& lightPath,
                          const std::vector<IO::NamedPosition>& pmts)
-    : pmts_(pmts) {
+    : pmts_(pmts),
+      slots_(Scan::RowScan::SlotsFor(options.threads)),
+      fields_{false, options.columns} {
+  for (Slot& slot : slots_) slot.lightPath = lightPath;
   if (options.WritesNTuple()) {
     ntuple_.emplace(*options.output,
                     IO::VerdictNTuple::Origin{
                         "zarn-shadow", ZARN_VERSION, options.run.run,
-                        shadowing.GetAVHDRopeTolerance(), options.wavelength});
-  } else {
+                        shadowing.GetAVHDRopeTolerance(), options.wavelength},
+                    pmts);
+  } else if (options.WritesVerdicts()) {
+    text_.emplace(pmts, options.columns);
     verdicts_.emplace(options.output);
-    verdicts_->Write("event,pmt,type,shadowed,by\n");
+    verdicts_->Write(text_->Header());
   }
   if (options.paths.has_value()) {
     paths_.emplace(options.paths);
@@ -38,53 +53,131 @@ ScanOutputs::ScanOutputs(const ScanOptions& options,
   if (options.perEvent.has_value()) {
     perEvent_.emplace(options.perEvent, "event");
   }
+  needsPaths_ =
+      options.paths.has_value() ||
+      std::any_of(options.columns.begin(), options.columns.end(),
+                  [](const auto* column) { return column->needsPath; });
 }
 
-void ScanOutputs::MakeRows(std::size_t number, const Scan::PairChunk& chunk) {
-  Rows& rows = rows_[number];
-  rows.verdicts.clear();
-  rows.paths.clear();
-  auto path = chunk.paths.begin();
-  for (const Scan::PairVerdict& verdict : chunk.verdicts) {
-    if (verdicts_.has_value()) {
-      AppendNames(rows.verdicts, verdict.pair);
-      IO::AppendPathVerdict(rows.verdicts, verdict.type, verdict.by);
-      rows.verdicts += '\n';
+std::size_t ScanOutputs::PairsPerBlock() const {
+  // The text of a light path is ten times as long as that of a verdict.
+  if (paths_.has_value()) return 1UL << 10U;
+  // A block is a cluster of the RNTuple, and small clusters compress badly.
+  if (ntuple_.has_value()) return 1UL << 16U;
+  return 1UL << 13U;
+}
+
+void ScanOutputs::Begin(const std::vector<IO::NamedPosition>& firstEvents) {
+  if (!ntuple_.has_value()) return;
+  fields_.hasIntegerEvents = std::all_of(
+      firstEvents.begin(), firstEvents.end(),
+      [](const auto& event) { return IO::IntegerOf(event.name).has_value(); });
+  ntuple_->Begin(fields_, slots_.size());
+}
+
+bool ScanOutputs::MakesRows() const {
+  return verdicts_.has_value() || ntuple_.has_value() || paths_.has_value();
+}
+
+void ScanOutputs::MakeRows(const Scan::RowBlock& block) {
+  if (!MakesRows() || !IsKept(block)) return;
+  Slot& slot = slots_[block.slot];
+  slot.verdicts.Clear();
+  slot.paths.clear();
+  for (std::size_t event = 0; event < block.events.size(); ++event) {
+    AddRows(block, event, 0, block.pmts);
+  }
+  if (ntuple_.has_value()) ntuple_->BlockAt(block.slot).Flush();
+}
+
+void ScanOutputs::AddRows(const Scan::RowBlock& block, std::size_t event,
+                          std::size_t begin, std::size_t end) {
+  Slot& slot = slots_[block.slot];
+  const TVector3& position = block.events[event];
+  const DU::eVerdict* const direct = block.Direct(event);
+  const DU::eVerdict* const reflected = block.Reflected(event);
+  if (text_.has_value()) {
+    slot.rowBegin = IO::VerdictText::BeginOf(slot.events[event]);
+  }
+  if (ntuple_.has_value()) {
+    ntuple_->BlockAt(block.slot).SetEvent(slot.events[event]);
+  }
+  for (std::size_t pmt = begin; pmt < end; ++pmt) {
+    const TVector3& pmtPosition = pmts_[pmt].position;
+    const bool hasPath = DU::HasPath(direct[pmt]);
+    if (needsPaths_ && hasPath) {
+      slot.lightPath.CalcByPosition(position, pmtPosition);
     }
-    if (paths_.has_value() && verdict.HasPath()) {
-      AppendNames(rows.paths, verdict.pair);
-      IO::AppendLightPath(rows.paths, *path++);
-      rows.paths += '\n';
+    AddRow(block.slot, event, pmt, block.DirectType(event, pmt),
+           {position, pmtPosition, direct[pmt], slot.lightPath});
+    if (reflected == nullptr || !DU::HasPath(reflected[pmt])) continue;
+    if (needsPaths_) {
+      slot.lightPath.CalcReflectionByPosition(position, pmtPosition);
+    }
+    AddRow(block.slot, event, pmt, DU::kWaterReflection,
+           {position, pmtPosition, reflected[pmt], slot.lightPath});
+  }
+}
+
+void ScanOutputs::AddRow(std::size_t slotNumber, std::size_t event,
+                         std::size_t pmt, DU::eLightPathType type,
+                         const IO::JudgedPair& pair) {
+  Slot& slot = slots_[slotNumber];
+  if (text_.has_value()) {
+    text_->AppendRow(slot.verdicts, slot.rowBegin, pmt, type, pair);
+  }
+  if (ntuple_.has_value()) ntuple_->BlockAt(slotNumber).Fill(pmt, type, pair);
+  if (!paths_.has_value() || !DU::HasPath(pair.verdict)) return;
+  slot.paths += slot.events[event].cell;
+  slot.paths += ',';
+  slot.paths += pmts_[pmt].cell;
+  slot.paths += ',';
+  IO::AppendLightPath(slot.paths, pair.lightPath.GetLightPath());
+  slot.paths += '\n';
+}
+
+void ScanOutputs::Write(const Scan::RowBlock& block) {
+  if (MakesRows()) {
+    if (IsKept(block)) {
+      WriteRows(block.slot);
+    } else {
+      MakeAndWriteRows(block);
+    }
+  }
+  if (!perEvent_.has_value()) return;
+  for (std::size_t event = 0; event < block.events.size(); ++event) {
+    WriteCounts(*perEvent_, slots_[block.slot].events[event],
+                block.counts[event]);
+  }
+}
+
+void ScanOutputs::WriteRows(std::size_t slotNumber) {
+  const Slot& slot = slots_[slotNumber];
+  if (verdicts_.has_value()) verdicts_->Write(slot.verdicts.Text());
+  if (paths_.has_value()) paths_->Write(slot.paths);
+  if (ntuple_.has_value()) ntuple_->BlockAt(slotNumber).Commit();
+}
+
+void ScanOutputs::MakeAndWriteRows(const Scan::RowBlock& block) {
+  Slot& slot = slots_[block.slot];
+  for (std::size_t event = 0; event < block.events.size(); ++event) {
+    for (std::size_t begin = 0; begin < block.pmts; begin += kLongestKeptRow) {
+      ThrowIfInterrupted();
+      slot.verdicts.Clear();
+      slot.paths.clear();
+      AddRows(block, event, begin,
+              std::min(begin + kLongestKeptRow, block.pmts));
+      if (ntuple_.has_value()) ntuple_->BlockAt(block.slot).Flush();
+      WriteRows(block.slot);
     }
   }
 }
 
-void ScanOutputs::AppendNames(std::string& row, std::size_t pair) const {
-  row += EventOf(pair).cell;
-  row += ',';
-  row += PMTOf(pair).cell;
-  row += ',';
-}
-
-void ScanOutputs::Write(const std::vector<Scan::PairChunk>& slice) {
-  for (std::size_t number = 0; number < slice.size(); ++number) {
-    if (verdicts_.has_value()) verdicts_->Write(rows_[number].verdicts);
-    if (paths_.has_value()) paths_->Write(rows_[number].paths);
-    if (!ntuple_.has_value()) continue;
-    for (const Scan::PairVerdict& verdict : slice[number].verdicts) {
-      ntuple_->Fill(EventOf(verdict.pair).name, PMTOf(verdict.pair).name,
-                    verdict.type, verdict.by);
-    }
+void ScanOutputs::WritePMTs(const std::vector<Scan::VerdictCounts>& counts) {
+  if (!perPMT_.has_value()) return;
+  for (std::size_t pmt = 0; pmt < pmts_.size(); ++pmt) {
+    WriteCounts(*perPMT_, pmts_[pmt], counts[pmt]);
   }
-}
-
-void ScanOutputs::WriteEvent(std::size_t event,
-                             const Scan::VerdictCounts& counts) {
-  WriteCounts(perEvent_, (*events_)[event], counts);
-}
-
-void ScanOutputs::WritePMT(std::size_t pmt, const Scan::VerdictCounts& counts) {
-  WriteCounts(perPMT_, pmts_[pmt], counts);
 }
 
 template <class Work>

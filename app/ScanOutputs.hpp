@@ -1,6 +1,5 @@
 #pragma once
 
-#include <array>
 #include <cstddef>
 #include <optional>
 #include <string>
@@ -10,67 +9,82 @@
 #include "du/ShadowingCalculator.hpp"
 #include "io/CountsFile.hpp"
 #include "io/OutputFile.hpp"
+#include "io/PieceText.hpp"
 #include "io/PositionReader.hpp"
 #include "io/VerdictNTuple.hpp"
-#include "scan/PairScan.hpp"
+#include "io/VerdictText.hpp"
+#include "lightpath/LightPathCalculator.hpp"
+#include "scan/RowScan.hpp"
 #include "scan/VerdictCounts.hpp"
 
 namespace ZARN::App {
 
-/// All output files of a scan, written one slice of pairs at a time.
+/// All output files of a scan, written block by block. Only what an output
+/// needs is computed and formatted.
 class ScanOutputs {
  public:
-  /// Maximum number of pairs in a slice: after each slice, results are written
-  /// and progress is shown.
-  static constexpr std::size_t kSliceSize = 1UL << 14U;
-
-  /// @param pmts  must outlive this
+  /// @param lightPath  BeginOfRun was called
+  /// @param pmts       must outlive this
   /// @throws as IO::OutputFile
   ScanOutputs(const ScanOptions& options,
               const DU::ShadowingCalculator& shadowing,
+              const DU::LightPathCalculator& lightPath,
               const std::vector<IO::NamedPosition>& pmts);
 
-  /// Set the next batch of events, which must exist until the next call.
-  void SetEvents(const std::vector<IO::NamedPosition>& events) {
-    events_ = &events;
+  /// The largest number of pairs in a block, unless one row is longer: few
+  /// enough that the rows of the blocks in work fit into memory.
+  std::size_t PairsPerBlock() const;
+
+  /// The events of a block, to be filled in before MakeRows.
+  std::vector<IO::NamedPosition>& EventsOf(std::size_t slot) {
+    return slots_[slot].events;
   }
 
-  /// Make the CSV rows of a chunk. Thread-safe for different chunks of a slice.
-  ///
-  /// @param number  of the chunk in its slice
-  void MakeRows(std::size_t number, const Scan::PairChunk& chunk);
+  /// Define the fields of the RNTuple, if one is written, by the first events.
+  void Begin(const std::vector<IO::NamedPosition>& firstEvents);
+  /// Whether all names of events must be integers, after Begin.
+  bool RequiresIntegers() const { return fields_.hasIntegerEvents; }
 
-  /// Write a slice, after MakeRows for each of its chunks.
-  void Write(const std::vector<Scan::PairChunk>& slice);
+  /// Make the rows of a block. Thread-safe for different slots.
+  void MakeRows(const Scan::RowBlock& block);
 
-  /// Write the counts of an event or a PMT.
-  void WriteEvent(std::size_t event, const Scan::VerdictCounts& counts);
-  void WritePMT(std::size_t pmt, const Scan::VerdictCounts& counts);
+  /// Write a block, after MakeRows.
+  void Write(const Scan::RowBlock& block);
+
+  /// Write the counts for all PMTs.
+  void WritePMTs(const std::vector<Scan::VerdictCounts>& counts);
 
   /// Finish all files, then move all to their final names.
   void Commit();
 
  private:
-  struct Rows {
-    std::string verdicts;
+  /// What belongs to one of the blocks in work.
+  struct Slot {
+    DU::LightPathCalculator lightPath;
+    std::vector<IO::NamedPosition> events;
+    IO::PieceText::Piece rowBegin;  // of the current event
+    IO::PieceText verdicts;
     std::string paths;
   };
 
-  void AppendNames(std::string& row, std::size_t pair) const;
-  const IO::NamedPosition& EventOf(std::size_t pair) const {
-    return (*events_)[pair / pmts_.size()];
-  }
-  const IO::NamedPosition& PMTOf(std::size_t pair) const {
-    return pmts_[pair % pmts_.size()];
-  }
+  bool MakesRows() const;
+  /// Add the rows of some PMTs to what the slot holds.
+  void AddRows(const Scan::RowBlock& block, std::size_t event,
+               std::size_t begin, std::size_t end);
+  void AddRow(std::size_t slotNumber, std::size_t event, std::size_t pmt,
+              DU::eLightPathType type, const IO::JudgedPair& pair);
+  void WriteRows(std::size_t slotNumber);
+  void MakeAndWriteRows(const Scan::RowBlock& block);
   template <class Work>
   void ForEachFile(const Work& work);
 
   const std::vector<IO::NamedPosition>& pmts_;
-  const std::vector<IO::NamedPosition>* events_ = nullptr;
-  std::array<Rows, kSliceSize / Scan::PairScan::kChunkSize> rows_;
-  std::optional<IO::VerdictNTuple> ntuple_;
+  std::vector<Slot> slots_;
+  IO::VerdictNTuple::Fields fields_;
+  bool needsPaths_ = false;  // whether light paths must be computed
+  std::optional<IO::VerdictText> text_;
   std::optional<IO::OutputFile> verdicts_;
+  std::optional<IO::VerdictNTuple> ntuple_;
   std::optional<IO::OutputFile> paths_;
   std::optional<IO::CountsFile> perPMT_;
   std::optional<IO::CountsFile> perEvent_;

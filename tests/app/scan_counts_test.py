@@ -43,8 +43,8 @@ class Counts(ScanTest):
         pmts["in"] = CENTRE
         geometry = self.reference_tables()
         for options in ([], ["--reflections", "--threads", "3"]):
-            result = self.scan(events, pmts, "--per-pmt", "pmts-out.csv", "--per-event",
-                               "events-out.csv", *options, geometry=geometry)
+            result = self.scan(events, pmts, "-o", "-", "--per-pmt", "pmts-out.csv",
+                               "--per-event", "events-out.csv", *options, geometry=geometry)
             rows = rows_of(result.out)
             self.assertEqual(self.written("events-out.csv", "event"), self.sums(rows, events, 0))
             self.assertEqual(self.written("pmts-out.csv", "pmt"), self.sums(rows, pmts, 1))
@@ -81,7 +81,8 @@ class Counts(ScanTest):
         pmts = {"aside": (PMT_RADIUS, 0.0, 0.0)}
         for events, by in (([CENTRE, sideways], "BellyPlate"), ([sideways, CENTRE], "BellyPlate"),
                            ([CENTRE, sideways, sideways], "NCDAnchor")):
-            rows = self.rows(events, pmts, "--per-pmt", "out.csv", geometry=geometry)
+            rows = self.rows(events, pmts, "-o", "-", "--per-pmt", "out.csv",
+                             geometry=geometry)
             self.assertEqual({row.by for row in rows}, {"BellyPlate", "NCDAnchor"})
             self.assertEqual(self.read("out.csv").decode(), "pmt,paths,shadowed,fraction,by\n"
                              f"aside,{len(events)},{len(events)},1,{by}\n")
@@ -96,10 +97,35 @@ class Counts(ScanTest):
         self.assertEqual([counts[x][0] for x in ("pairs", "no path", "paths", "shadowed")],
                          ["1", "0", "2", "1"])
 
+    def test_sums_alone_are_those_of_a_scan_that_writes_verdicts(self):
+        events, pmts = random_events(30, 92), random_pmts(40, 93)
+        geometry = self.reference_tables()
+        options = ["--per-pmt", "pmts-out.csv", "--per-event", "events-out.csv", "--reflections"]
+        wanted = self.scan(events, pmts, "-o", "-", *options, geometry=geometry)
+        sums = [self.read(name) for name in ("pmts-out.csv", "events-out.csv")]
+        for threads in (1, 3):
+            found = self.scan(events, pmts, *options, "--threads", threads, geometry=geometry)
+            self.assertEqual(found.out, b"")
+            self.assertEqual([self.read(name) for name in ("pmts-out.csv", "events-out.csv")], sums)
+            for label in ("pairs", "no path", "paths", "shadowed", *COMPONENTS):
+                self.assertEqual(found.counts()[label], wanted.counts()[label])
+
+    def test_verdicts_go_to_standard_output_only_without_sums_or_on_request(self):
+        for option in ("--per-pmt", "--per-event"):
+            self.assertEqual(self.scan([CENTRE], [TOP], option, "out.csv").out, b"")
+            self.assertEqual(len(rows_of(self.scan([CENTRE], [TOP], option, "out.csv", "-o",
+                                                   "-").out)), 1)
+
+    def test_more_rows_than_a_byte_can_count_are_counted(self):
+        self.scan([CENTRE] * 1000, [TOP, BOTTOM], "--per-pmt", "out.csv", "--threads", "1")
+        self.assertEqual(self.written("out.csv", "pmt"),
+                         [["p0", 1000, 0, 0.0, ""], ["p1", 1000, 1000, 1.0, "NCDAnchor"]])
+
     def test_sums_can_go_to_standard_output(self):
         for option, wanted in (("--per-pmt", b"pmt,paths,shadowed,fraction,by\np0,1,0,0,\n"),
                                ("--per-event", b"event,paths,shadowed,fraction,by\ne0,1,0,0,\n")):
             self.assertEqual(self.scan([CENTRE], [TOP], "-o", "out.csv", option, "-").out, wanted)
+            self.assertEqual(self.scan([CENTRE], [TOP], option, "-").out, wanted)
 
 
 class Messages(ScanTest):

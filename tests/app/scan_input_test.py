@@ -43,7 +43,7 @@ class Input(ScanTest):
                  "007", "1e5", "nan", "#", ";", "'", "\t", "\\n", "no path", "x" * 100_000]
         events = {name: CENTRE for name in names}
         pmts = {name: TOP for name in names}
-        result = self.scan(events, pmts, "--per-pmt", "pmts-out.csv", "--per-event",
+        result = self.scan(events, pmts, "-o", "-", "--per-pmt", "pmts-out.csv", "--per-event",
                            "events-out.csv", "--paths", "paths.csv")
         wanted = list(itertools.product(names, names))
         self.assertEqual([(row.event, row.pmt) for row in rows_of(result.out)], wanted)
@@ -69,8 +69,8 @@ class Input(ScanTest):
     def test_ids_may_repeat(self):
         pmts = "pmt,x,y,z\nsame,0,0,8300\nsame,0,0,-8300\n"
         events = "event,x,y,z\n1,0,0,0\n1,0,0,7000\n"
-        result = self.scan_text(events, pmts, "--per-pmt", "pmts-out.csv", "--per-event",
-                                "events-out.csv")
+        result = self.scan_text(events, pmts, "-o", "-", "--per-pmt", "pmts-out.csv",
+                                "--per-event", "events-out.csv")
         self.assertEqual([row[:2] for row in rows_of(result.out)], [("1", "same")] * 4)
         self.assertEqual(self.read("pmts-out.csv"), b"pmt,paths,shadowed,fraction,by\n"
                          b"same,2,0,0,\nsame,2,2,1,NCDAnchor\n")
@@ -159,7 +159,7 @@ class Input(ScanTest):
 
     def test_a_header_without_rows_gives_a_header_without_rows(self):
         head, pmt_head = "event,x,y,z\n", "pmt,x,y,z\n"
-        files = ["--paths", "paths.csv", "--per-pmt", "pmts-out.csv", "--per-event",
+        files = ["-o", "-", "--paths", "paths.csv", "--per-pmt", "pmts-out.csv", "--per-event",
                  "events-out.csv"]
         sums = b",paths,shadowed,fraction,by\n"
         for events, pmts, per_event, per_pmt in (

@@ -116,10 +116,9 @@ class Output(OutputTest):
         for a, b in itertools.combinations(self.FILES, 2):
             result = self.assert_all_left_alone(a, "-", b, "-", status=2)
             self.assertEqual(result.out, b"")
-        # Without -o the verdicts go to standard output.
-        for option in ("--paths", "--per-pmt", "--per-event"):
-            result = self.assert_all_left_alone(option, "-", status=2)
-            self.assertEqual(result.out, b"")
+        # Without -o and counts the verdicts go to standard output.
+        result = self.assert_all_left_alone("--paths", "-", status=2)
+        self.assertEqual(result.out, b"")
 
     def test_an_output_that_cannot_be_written_leaves_the_others_unchanged(self):
         self.write("file", "x")
@@ -257,6 +256,26 @@ class RootOutput(OutputTest):
         os.mkfifo(pipe)
         self.scan([CENTRE], [TOP], "-o", pipe, status=(1, 2))
         self.assertTrue(stat.S_ISFIFO(pipe.stat().st_mode))
+
+    def test_a_later_event_that_is_no_integer_is_refused(self):
+        self.write("verdicts.root", "as it was")
+        pmts, geometry = self.pmts([TOP]), self.tables(*OPTICS)
+        for name in ("z=1", "007", "", "1.0"):
+            text = positions("event", {str(i): CENTRE for i in range(9000)})
+            events = self.write("events.csv", text + f"{name},0,0,0\n")
+            before = self.snapshot()
+            for threads in (1, 3):
+                result = self.scan(events, pmts, "-o", "verdicts.root", "--threads", threads,
+                                   geometry=geometry, status=2)
+                self.assertIn(f'events.csv: line 9002 (row 9000), column event: "{name}" is not '
+                              "an integer", result.err)
+                self.assertEqual(self.snapshot(), before)
+            self.scan(events, pmts, "-o", "out.csv", geometry=geometry)  # CSV stores any name
+
+    def test_events_that_are_no_integers_at_first_may_have_any_name(self):
+        events = {"a": CENTRE, **{str(i): CENTRE for i in range(9000)}}
+        self.scan(events, [TOP], "-o", "verdicts.root")
+        self.assert_whole("verdicts.root")
 
     def test_no_rows_give_a_valid_file(self):
         self.scan([], [TOP], "-o", "verdicts.root")

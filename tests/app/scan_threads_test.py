@@ -9,8 +9,9 @@ import unittest
 
 sys.dont_write_bytecode = True  # the source folder stays clean
 
-from command_support import TIMEOUT
-from scan_support import BOTTOM, CENTRE, OPTICS, ScanTest, TOP, random_events, random_pmts, rows_of
+from command_support import ANCHOR, TIMEOUT
+from scan_support import (
+    BOTTOM, CENTRE, OPTICS, ScanTest, TOP, random_events, random_pmts, records, rows_of)
 
 
 class Threads(ScanTest):
@@ -47,6 +48,20 @@ class Threads(ScanTest):
                                                 geometry=self.tables(*OPTICS))[0]
         self.assertEqual([row.event for row in rows_of(out)], list(events))
 
+    def test_rows_too_long_to_keep_are_written_alike(self):
+        # 40,000 PMTs, with and without light paths and reflections.
+        pmts = self.pmts(random_pmts(4000, 110) * 10)
+        out = self.assert_threads_do_not_matter([TOP, (0.0, 7000.0, 0.0)], pmts, "--reflections",
+                                                "--columns", "time,code", geometry=self.tables(
+                                                    *OPTICS, *ANCHOR))[0]
+        parts = {}  # the same positions again and again
+        for event, pmt, *cells in records(out)[1:]:
+            parts.setdefault((event, int(pmt[1:]) // 4000), []).append(cells)
+        self.assertEqual(len(parts), 20)
+        for (event, _), cells in parts.items():
+            self.assertEqual(cells, parts[event, 0])
+        self.scan([TOP], pmts, "-o", "out.root")
+
     def test_many_pmts_of_one_event_stay_in_order(self):
         pmts = {f"{i}": ("nan", "0", "0") if i % 97 else (i / 10, 0.0, 8000.0)
                 for i in range(20_000)}
@@ -58,8 +73,8 @@ class Memory(ScanTest):
     def peak_of(self, events, pmts, *options):
         """The peak memory of a run, kB, after all its events were processed."""
         geometry = self.tables(*OPTICS)
-        process = self.start(self.scan_command("-", pmts, geometry, "--per-event", "sums.csv",
-                                               *options), stdout=subprocess.DEVNULL, env=self.MEMORY_ENV)
+        process = self.start(self.scan_command("-", pmts, geometry, "-o", "-",
+                                               "--per-event", "sums.csv", *options), stdout=subprocess.DEVNULL, env=self.MEMORY_ENV)
         process.stdin.write(events)
         process.stdin.flush()
         self.wait_until_it_sleeps(process)
