@@ -24,6 +24,16 @@ class EventList : public RowScan::Source {
   std::size_t next_ = 0;
 };
 
+void AddRow(const DU::eVerdict* row, std::size_t length, SmearedCount* counts) {
+  for (std::size_t i = 0; i < length; ++i) {
+    const int path = DU::HasPath(row[i]) ? 1 : 0;
+    const int shadowed = DU::IsShadowed(row[i]) ? 1 : 0;
+    counts[i].paths = static_cast<std::uint16_t>(counts[i].paths + path);
+    counts[i].shadowed =
+        static_cast<std::uint16_t>(counts[i].shadowed + shadowed);
+  }
+}
+
 }  // namespace
 
 RowScan::RowScan(const DU::ShadowingCalculator& shadowing,
@@ -36,12 +46,15 @@ RowScan::RowScan(const DU::ShadowingCalculator& shadowing,
       free_(SlotsFor(settings_.threads)),
       work_(settings_.threads, [this](RowBlock& block, std::size_t worker) {
         if (isStopping_) return;
-        Judge(block, worker);
+        Judge(block);
+        if (settings_.smearing.has_value()) JudgeSmeared(block, worker);
+        Count(block, worker);
         if (settings_.onBlock) settings_.onBlock(block);
       }) {
   if (settings_.withPMTCounts) {
     countsOfWorker_.assign(settings_.threads, PMTCounts(pmts_.Count()));
   }
+  if (settings_.smearing.has_value()) rowsOfWorker_.resize(settings_.threads);
 }
 
 void RowScan::Run(const std::vector<TVector3>& events, const Sink& sink) {
@@ -102,7 +115,7 @@ void RowScan::Drain() {
   for (PMTCounts& counts : countsOfWorker_) counts = PMTCounts(pmts_.Count());
 }
 
-void RowScan::Judge(RowBlock& block, std::size_t worker) {
+void RowScan::Judge(RowBlock& block) {
   block.pmts = pmts_.Count();
   const std::size_t pairs = block.events.size() * block.pmts;
   block.direct.resize(pairs);
@@ -115,9 +128,33 @@ void RowScan::Judge(RowBlock& block, std::size_t worker) {
       rows.reflected = block.reflected.data() + begin;
     }
     if (settings_.withTypes) rows.types = block.types.data() + begin;
-    shadowing_.FindVerdicts(lightPath_, block.events[event], pmts_, rows);
+    JudgeRows(block.events[event], rows);
   }
-  Count(block, worker);
+}
+
+void RowScan::JudgeRows(const TVector3& event,
+                        const DU::VerdictRows& rows) const {
+  if (settings_.checkForStop != nullptr) settings_.checkForStop();
+  shadowing_.FindVerdicts(lightPath_, event, pmts_, rows);
+}
+
+void RowScan::JudgeSmeared(RowBlock& block, std::size_t worker) {
+  std::vector<DU::eVerdict>& row = rowsOfWorker_[worker];
+  row.resize((settings_.withReflections ? 2 : 1) * block.pmts);
+  DU::VerdictRows rows = {row.data()};
+  if (settings_.withReflections) rows.reflected = row.data() + block.pmts;
+  block.smeared.assign(block.direct.size(), {});
+  block.smearedReflected.assign(block.reflected.size(), {});
+  for (std::size_t event = 0; event < block.events.size(); ++event) {
+    SmearedPositions positions(*settings_.smearing, block.firstEvent + event);
+    const std::size_t begin = event * block.pmts;
+    for (std::size_t i = 0; i < settings_.smearing->samples; ++i) {
+      JudgeRows(positions.Next(block.events[event]), rows);
+      AddRow(rows.direct, block.pmts, block.smeared.data() + begin);
+      if (rows.reflected == nullptr) continue;
+      AddRow(rows.reflected, block.pmts, block.smearedReflected.data() + begin);
+    }
+  }
 }
 
 void RowScan::Count(RowBlock& block, std::size_t worker) {

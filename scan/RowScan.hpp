@@ -5,16 +5,19 @@
 #include <cstdint>
 #include <functional>
 #include <mutex>
+#include <optional>
 #include <vector>
 
 #include "TVector3.h"
 #include "du/ShadowingCalculator.hpp"
 #include "du/Verdict.hpp"
+#include "du/VerdictRows.hpp"
 #include "lightpath/LightPathCalculator.hpp"
 #include "lightpath/LightPathType.hpp"
 #include "lightpath/PMTArray.hpp"
 #include "scan/OrderedWork.hpp"
 #include "scan/PMTCounts.hpp"
+#include "scan/Smearing.hpp"
 #include "scan/VerdictCounts.hpp"
 
 namespace ZARN::Scan {
@@ -34,6 +37,9 @@ struct RowBlock {
   std::vector<DU::eVerdict> reflected;
   std::vector<std::uint8_t> types;  ///< eLightPathType of the direct light
 
+  std::vector<SmearedCount> smeared;           ///< of the direct light
+  std::vector<SmearedCount> smearedReflected;  ///< of the reflected light
+
   std::vector<VerdictCounts> counts;  ///< of each event, over all its rows
   std::uint64_t withoutPath = 0;      ///< pairs without direct light
 
@@ -43,6 +49,14 @@ struct RowBlock {
   /// Null if reflections were not asked for.
   const DU::eVerdict* Reflected(std::size_t event) const {
     return reflected.empty() ? nullptr : reflected.data() + event * pmts;
+  }
+  /// All zero if smearing was not asked for.
+  SmearedCount Smeared(std::size_t event, std::size_t pmt) const {
+    return smeared.empty() ? SmearedCount() : smeared[event * pmts + pmt];
+  }
+  SmearedCount SmearedReflected(std::size_t event, std::size_t pmt) const {
+    return smearedReflected.empty() ? SmearedCount()
+                                    : smearedReflected[event * pmts + pmt];
   }
   DU::eLightPathType DirectType(std::size_t event, std::size_t pmt) const {
     return static_cast<DU::eLightPathType>(types[event * pmts + pmt]);
@@ -68,10 +82,15 @@ class RowScan {
     bool withReflections = false;  ///< judge reflected light too
     bool withTypes = false;        ///< keep the types of the paths
     bool withPMTCounts = false;    ///< count for each PMT
+    /// Judge positions around each event, too; its own verdicts stay those of
+    /// its position.
+    std::optional<Smearing> smearing = std::nullopt;
     /// A block has so many pairs at most, unless one row is longer: enough that
     /// taking a block costs next to nothing, few enough to spread the work
     /// evenly.
     std::size_t pairsPerBlock = 1UL << 13U;
+    /// Called often, on every thread that judges; may throw to end the scan.
+    void (*checkForStop)() = nullptr;
     /// Called with each block on the thread that judged it, so for several
     /// blocks at the same time.
     std::function<void(const RowBlock& block)> onBlock = nullptr;
@@ -114,7 +133,9 @@ class RowScan {
  private:
   void RunBlocks(Source& source, const Sink& sink);
   void Drain();
-  void Judge(RowBlock& block, std::size_t worker);
+  void Judge(RowBlock& block);
+  void JudgeRows(const TVector3& event, const DU::VerdictRows& rows) const;
+  void JudgeSmeared(RowBlock& block, std::size_t worker);
   void Count(RowBlock& block, std::size_t worker);
   void CountForPMTs(const DU::eVerdict* row, PMTCounts& counts);
 
@@ -124,6 +145,8 @@ class RowScan {
   const Settings settings_;
   std::vector<RowBlock> free_;  // by slot, when not in work
   std::vector<PMTCounts> countsOfWorker_;
+  /// Verdicts on one smeared position, direct and then reflected.
+  std::vector<std::vector<DU::eVerdict>> rowsOfWorker_;
   std::vector<VerdictCounts> perPMT_;
   std::mutex perPMTGuard_;
   std::atomic<bool> isStopping_ = false;  // skip what has not started

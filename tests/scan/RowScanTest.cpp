@@ -8,6 +8,7 @@
 #include <set>
 #include <stdexcept>
 #include <thread>
+#include <utility>
 #include <vector>
 
 #include "tests/du/Detector.hpp"
@@ -208,6 +209,60 @@ TEST_F(RowScanTest, WorksWithoutEventsAndWithoutPMTs) {
     EXPECT_EQ(block.withoutPath, 0U);
   });
   EXPECT_EQ(events, events_.size());
+}
+
+TEST_F(RowScanTest, CountsTheVerdictsOnSmearedPositions) {
+  Smearing smearing;
+  smearing.sigma = 300.0;
+  smearing.samples = 5;
+  smearing.seed = 11;
+  std::vector<std::pair<int, int>> wanted;
+  std::vector<std::pair<int, int>> wantedReflected;
+  for (std::size_t event = 0; event < events_.size(); ++event) {
+    std::vector<TVector3> positions;
+    SmearedPositions smeared(smearing, event);
+    for (int i = 0; i < 5; ++i)
+      positions.push_back(smeared.Next(events_[event]));
+    for (const TVector3& pmt : pmts_) {
+      wanted.emplace_back();
+      wantedReflected.emplace_back();
+      DU::LightPathCalculator path = lightPath_;
+      const auto count = [&](std::pair<int, int>& counts) {
+        if (!path.HasPath()) return;
+        ++counts.first;
+        const auto by = shadowing_.FindShadowing(path.GetLightPath());
+        if (by != DU::eShadowingComponent::kNone) ++counts.second;
+      };
+      for (const TVector3& position : positions) {
+        path.CalcByPosition(position, pmt);
+        count(wanted.back());
+        path.CalcReflectionByPosition(position, pmt);
+        count(wantedReflected.back());
+      }
+    }
+  }
+  const Found plain = JudgedPairByPair();
+  for (const std::size_t threads : {1U, 3U}) {
+    RowScan::Settings settings = WithThreads(threads);
+    settings.withReflections = true;
+    settings.smearing = smearing;
+    RowScan scan(shadowing_, lightPath_, PMTs(), settings);
+    std::vector<std::pair<int, int>> found;
+    std::vector<std::pair<int, int>> foundReflected;
+    Found unsmeared;
+    scan.Run(events_, [&](const RowBlock& block) {
+      unsmeared.Take(block);
+      for (const SmearedCount& count : block.smeared) {
+        found.emplace_back(count.paths, count.shadowed);
+      }
+      for (const SmearedCount& count : block.smearedReflected) {
+        foundReflected.emplace_back(count.paths, count.shadowed);
+      }
+    });
+    EXPECT_EQ(found, wanted);
+    EXPECT_EQ(foundReflected, wantedReflected);
+    EXPECT_EQ(unsmeared.direct, plain.direct);
+  }
 }
 
 TEST_F(RowScanTest, EndsWhenTheSinkThrows) {
