@@ -98,8 +98,9 @@ Scan::RowScan::Settings SettingsOf(const ScanOptions& options,
   settings.withTypes = options.WritesVerdicts() || options.paths.has_value();
   settings.withPMTCounts = options.perPMT.has_value();
   settings.pairsPerBlock = outputs.PairsPerBlock();
+  settings.smearing = options.Smearing();
+  settings.checkForStop = ThrowIfInterrupted;
   settings.onBlock = [&outputs](const Scan::RowBlock& block) {
-    ThrowIfInterrupted();
     outputs.MakeRows(block);
   };
   return settings;

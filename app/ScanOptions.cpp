@@ -23,7 +23,7 @@ constexpr const char* kInputs =
     "surfaces; the refractive indices are read from the entries inner_av,\n"
     "acrylic and water of the table OPTICS.\n\n";
 
-constexpr const char* kOutputs =
+constexpr const char* kVerdicts =
     "The verdicts go to standard output unless -o names a file or only counts\n"
     "are asked for: for each event, in order, one row per PMT:\n"
     "  event, pmt           the names; integers in an RNTuple if all names of\n"
@@ -35,13 +35,17 @@ constexpr const char* kOutputs =
     "                       shadowed are then empty) if total reflection\n"
     "                       leaves none, the PMT is not in the water, the\n"
     "                       event is at the PMT or a position is not finite\n"
+    "With --smear these columns follow, over the positions around the event:\n";
+
+constexpr const char* kColumns =
     "Columns that --columns can add, in the order given (empty, in an RNTuple\n"
     "NaN, if there is no path):\n";
 
 constexpr const char* kCountsAndExample =
     "The counts are CSV: pmt or event, paths, shadowed, fraction, and by, "
     "the\n"
-    "component that blocks most. Any one output can be - (standard output).\n"
+    "component that blocks most; with --smear then smeared_fraction, the mean\n"
+    "over the rows that have one. Any one output can be - (standard output).\n"
     "check gives the same verdicts for PATHS with the same tables, run and\n"
     "tolerance.\n\n"
     "Exit status: 0 success; 1 output cannot be written; 2 bad usage or "
@@ -54,13 +58,17 @@ constexpr const char* kCountsAndExample =
 
 std::string Footer() {
   constexpr std::size_t kNameWidth = 21;
-  std::string columns;
-  for (const IO::PairColumn& column : IO::PairColumns()) {
-    std::string name = column.name;
-    name.resize(kNameWidth, ' ');
-    columns += "  " + name + column.description + "\n";
-  }
-  return std::string(kInputs) + kOutputs + columns + kCountsAndExample;
+  const auto describe = [](const std::vector<IO::PairColumn>& columns) {
+    std::string text;
+    for (const IO::PairColumn& column : columns) {
+      std::string name = column.name;
+      name.resize(kNameWidth, ' ');
+      text += "  " + name + column.description + "\n";
+    }
+    return text;
+  };
+  return kInputs + (kVerdicts + describe(IO::SmearedColumns())) + kColumns +
+         describe(IO::PairColumns()) + kCountsAndExample;
 }
 
 /// The text without blanks at its ends.
@@ -146,6 +154,41 @@ std::vector<const IO::PairColumn*> ColumnsOf(const std::string& option,
   return columns;
 }
 
+void AddSmearing(CLI::App& command, ScanOptions& options) {
+  command
+      .add_option_function<std::string>(
+          "--smear",
+          [&options](const std::string& text) {
+            options.sigma = NumberOf("--smear", text);
+            if (*options.sigma >= 0) return;
+            throw BadUsage("--smear: " + IO::Quoted(text) + " is less than 0");
+          },
+          "Also judge Gaussian positions around each event; mm in each "
+          "coordinate")
+      ->type_name("SIGMA");
+  command
+      .add_option_function<std::string>(
+          "--samples",
+          [&options](const std::string& text) {
+            const int number = WholeNumberOf("--samples", text);
+            if (number < 1 || number > Scan::Smearing::kMostSamples) {
+              throw BadUsage("--samples: " + IO::Quoted(text) +
+                             " is out of range (1 to 65535)");
+            }
+            options.samples = number;
+          },
+          "Number of positions for --smear (default: 100)")
+      ->type_name("N");
+  command
+      .add_option_function<std::string>(
+          "--seed",
+          [&options](const std::string& text) {
+            options.seed = WholeNumberOf("--seed", text);
+          },
+          "Seed of the positions for --smear (default: 1)")
+      ->type_name("S");
+}
+
 void AddOutputs(CLI::App& command, ScanOptions& options) {
   command
       .add_option("-o,--output", options.output,
@@ -180,12 +223,35 @@ bool ScanOptions::WritesNTuple() const {
   return output.has_value() && IO::IsRootFileName(*output);
 }
 
+std::optional<Scan::Smearing> ScanOptions::Smearing() const {
+  if (!sigma.has_value()) return std::nullopt;
+  Scan::Smearing smearing;
+  smearing.sigma = *sigma;
+  if (samples.has_value()) {
+    smearing.samples = static_cast<std::size_t>(*samples);
+  }
+  if (seed.has_value()) smearing.seed = static_cast<std::uint64_t>(*seed);
+  return smearing;
+}
+
+std::vector<const IO::PairColumn*> ScanOptions::AllColumns() const {
+  std::vector<const IO::PairColumn*> all;
+  if (sigma.has_value()) {
+    for (const IO::PairColumn& column : IO::SmearedColumns()) {
+      all.push_back(&column);
+    }
+  }
+  all.insert(all.end(), columns.begin(), columns.end());
+  return all;
+}
+
 void AddScanOptions(CLI::App& command, ScanOptions& options) {
   AddInputs(command, options);
   AddRunOptions(command, options.run);
   AddWavelength(command, options);
   command.add_flag("--reflections", options.withReflections,
                    "Also judge the light reflected at the vessel");
+  AddSmearing(command, options);
   AddOutputs(command, options);
   AddThreadsOption(command, options.threads);
   command.footer(Footer());
@@ -197,6 +263,12 @@ void RequireConsistent(const ScanOptions& options) {
   }
   if (!options.columns.empty() && !options.WritesVerdicts()) {
     throw BadUsage("--columns needs -o: only counts are written");
+  }
+  if (options.samples.has_value() && !options.sigma.has_value()) {
+    throw BadUsage("--samples needs --smear");
+  }
+  if (options.seed.has_value() && !options.sigma.has_value()) {
+    throw BadUsage("--seed needs --smear");
   }
   RequireCsvName("--paths", options.paths);
   RequireCsvName("--per-pmt", options.perPMT);

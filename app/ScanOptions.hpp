@@ -9,6 +9,7 @@
 #include "app/RunOptions.hpp"
 #include "io/PairColumns.hpp"
 #include "lightpath/LightPathCalculator.hpp"
+#include "scan/Smearing.hpp"
 
 namespace CLI {
 class App;
@@ -31,6 +32,14 @@ struct ScanOptions {
   bool withReflections = false;
 
   std::vector<const IO::PairColumn*> columns;  // besides the usual ones
+  std::optional<double> sigma;  // of the smearing, mm; none without it
+  std::optional<int> samples;
+  std::optional<int> seed;
+
+  std::optional<Scan::Smearing> Smearing() const;
+
+  /// All columns besides the usual ones: those of the smearing come first.
+  std::vector<const IO::PairColumn*> AllColumns() const;
 
   /// Whether the verdicts are written: to a file, or to standard output unless
   /// only counts were asked for.

@@ -19,9 +19,17 @@ bool IsKept(const Scan::RowBlock& block) {
 }
 
 void WriteCounts(IO::CountsFile& file, const IO::NamedPosition& name,
-                 const Scan::VerdictCounts& counts) {
+                 const Scan::VerdictCounts& counts,
+                 const Scan::SmearedMean& smeared) {
   file.Write(name.cell, counts.Paths(), counts.Shadowed(),
-             counts.MostFrequent());
+             counts.MostFrequent(), smeared.Value());
+}
+
+IO::JudgedPair PairOf(const TVector3& event, const TVector3& pmt,
+                      DU::eVerdict verdict,
+                      const DU::LightPathCalculator& lightPath,
+                      const Scan::SmearedCount& smeared) {
+  return {event, pmt, verdict, lightPath, smeared.paths, smeared.shadowed};
 }
 
 }  // namespace
@@ -32,7 +40,7 @@ ScanOutputs::ScanOutputs(const ScanOptions& options,
                          const std::vector<IO::NamedPosition>& pmts)
     : pmts_(pmts),
       slots_(Scan::RowScan::SlotsFor(options.threads)),
-      fields_{false, options.columns} {
+      fields_{false, options.AllColumns()} {
   for (Slot& slot : slots_) slot.lightPath = lightPath;
   if (options.WritesNTuple()) {
     ntuple_.emplace(*options.output,
@@ -41,7 +49,7 @@ ScanOutputs::ScanOutputs(const ScanOptions& options,
                         shadowing.GetAVHDRopeTolerance(), options.wavelength},
                     pmts);
   } else if (options.WritesVerdicts()) {
-    text_.emplace(pmts, options.columns);
+    text_.emplace(pmts, fields_.columns);
     verdicts_.emplace(options.output);
     verdicts_->Write(text_->Header());
   }
@@ -49,9 +57,15 @@ ScanOutputs::ScanOutputs(const ScanOptions& options,
     paths_.emplace(options.paths);
     paths_->Write("event,pmt," + IO::LightPathHeader() + "\n");
   }
-  if (options.perPMT.has_value()) perPMT_.emplace(options.perPMT, "pmt");
+  const auto kind = options.sigma.has_value()
+                        ? IO::CountsFile::eCounts::kSmeared
+                        : IO::CountsFile::eCounts::kPlain;
+  if (options.perPMT.has_value()) {
+    perPMT_.emplace(options.perPMT, "pmt", kind);
+    smearedOfPMT_.resize(pmts.size());
+  }
   if (options.perEvent.has_value()) {
-    perEvent_.emplace(options.perEvent, "event");
+    perEvent_.emplace(options.perEvent, "event", kind);
   }
   needsPaths_ =
       options.paths.has_value() ||
@@ -109,13 +123,15 @@ void ScanOutputs::AddRows(const Scan::RowBlock& block, std::size_t event,
       slot.lightPath.CalcByPosition(position, pmtPosition);
     }
     AddRow(block.slot, event, pmt, block.DirectType(event, pmt),
-           {position, pmtPosition, direct[pmt], slot.lightPath});
+           PairOf(position, pmtPosition, direct[pmt], slot.lightPath,
+                  block.Smeared(event, pmt)));
     if (reflected == nullptr || !DU::HasPath(reflected[pmt])) continue;
     if (needsPaths_) {
       slot.lightPath.CalcReflectionByPosition(position, pmtPosition);
     }
     AddRow(block.slot, event, pmt, DU::kWaterReflection,
-           {position, pmtPosition, reflected[pmt], slot.lightPath});
+           PairOf(position, pmtPosition, reflected[pmt], slot.lightPath,
+                  block.SmearedReflected(event, pmt)));
   }
 }
 
@@ -144,11 +160,31 @@ void ScanOutputs::Write(const Scan::RowBlock& block) {
       MakeAndWriteRows(block);
     }
   }
-  if (!perEvent_.has_value()) return;
   for (std::size_t event = 0; event < block.events.size(); ++event) {
+    const Scan::SmearedMean smeared = AddSmeared(block, event);
+    if (!perEvent_.has_value()) continue;
     WriteCounts(*perEvent_, slots_[block.slot].events[event],
-                block.counts[event]);
+                block.counts[event], smeared);
   }
+}
+
+/// The mean over the rows of an event. Those of the PMTs get what belongs to
+/// them, in the order of the events: the sums would else depend on the threads.
+Scan::SmearedMean ScanOutputs::AddSmeared(const Scan::RowBlock& block,
+                                          std::size_t event) {
+  Scan::SmearedMean mean;
+  if (block.smeared.empty()) return mean;
+  const DU::eVerdict* const reflected = block.Reflected(event);
+  const auto add = [&](std::size_t pmt, Scan::SmearedCount count) {
+    mean.Add(count);
+    if (perPMT_.has_value()) smearedOfPMT_[pmt].Add(count);
+  };
+  for (std::size_t pmt = 0; pmt < block.pmts; ++pmt) {
+    add(pmt, block.Smeared(event, pmt));
+    if (reflected == nullptr || !DU::HasPath(reflected[pmt])) continue;
+    add(pmt, block.SmearedReflected(event, pmt));
+  }
+  return mean;
 }
 
 void ScanOutputs::WriteRows(std::size_t slotNumber) {
@@ -176,7 +212,7 @@ void ScanOutputs::MakeAndWriteRows(const Scan::RowBlock& block) {
 void ScanOutputs::WritePMTs(const std::vector<Scan::VerdictCounts>& counts) {
   if (!perPMT_.has_value()) return;
   for (std::size_t pmt = 0; pmt < pmts_.size(); ++pmt) {
-    WriteCounts(*perPMT_, pmts_[pmt], counts[pmt]);
+    WriteCounts(*perPMT_, pmts_[pmt], counts[pmt], smearedOfPMT_[pmt]);
   }
 }
 

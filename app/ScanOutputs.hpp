@@ -15,6 +15,7 @@
 #include "io/VerdictText.hpp"
 #include "lightpath/LightPathCalculator.hpp"
 #include "scan/RowScan.hpp"
+#include "scan/Smearing.hpp"
 #include "scan/VerdictCounts.hpp"
 
 namespace ZARN::App {
@@ -75,6 +76,7 @@ class ScanOutputs {
               DU::eLightPathType type, const IO::JudgedPair& pair);
   void WriteRows(std::size_t slotNumber);
   void MakeAndWriteRows(const Scan::RowBlock& block);
+  Scan::SmearedMean AddSmeared(const Scan::RowBlock& block, std::size_t event);
   template <class Work>
   void ForEachFile(const Work& work);
 
@@ -87,6 +89,7 @@ class ScanOutputs {
   std::optional<IO::VerdictNTuple> ntuple_;
   std::optional<IO::OutputFile> paths_;
   std::optional<IO::CountsFile> perPMT_;
+  std::vector<Scan::SmearedMean> smearedOfPMT_;
   std::optional<IO::CountsFile> perEvent_;
 };
 

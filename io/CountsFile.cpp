@@ -5,13 +5,15 @@
 namespace ZARN::IO {
 
 CountsFile::CountsFile(const std::optional<std::string>& path,
-                       const std::string& nameColumn)
-    : file_(path) {
-  file_.Write(nameColumn + ",paths,shadowed,fraction,by\n");
+                       const std::string& nameColumn, eCounts counts)
+    : file_(path), counts_(counts) {
+  file_.Write(nameColumn + ",paths,shadowed,fraction,by" +
+              (counts_ == eCounts::kSmeared ? ",smeared_fraction\n" : "\n"));
 }
 
 void CountsFile::Write(const std::string& cell, std::uint64_t paths,
-                       std::uint64_t shadowed, DU::eShadowingComponent by) {
+                       std::uint64_t shadowed, DU::eShadowingComponent by,
+                       std::optional<double> smearedFraction) {
   std::string line =
       cell + "," + std::to_string(paths) + "," + std::to_string(shadowed) + ",";
   if (paths > 0) {
@@ -20,6 +22,10 @@ void CountsFile::Write(const std::string& cell, std::uint64_t paths,
   }
   line += ",";
   line += DU::NameOf(by);
+  if (counts_ == eCounts::kSmeared) {
+    line += ",";
+    if (smearedFraction.has_value()) AppendNumber(line, *smearedFraction);
+  }
   line += "\n";
   file_.Write(line);
 }

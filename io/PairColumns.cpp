@@ -51,6 +51,16 @@ std::optional<double> PMT(const JudgedPair& pair) {
   return pair.pmt[kAxis];
 }
 
+std::optional<double> SmearedFraction(const JudgedPair& pair) {
+  if (pair.smearedPaths == 0) return std::nullopt;
+  return static_cast<double>(pair.smearedShadowed) /
+         static_cast<double>(pair.smearedPaths);
+}
+
+std::optional<double> SmearedPaths(const JudgedPair& pair) {
+  return static_cast<double>(pair.smearedPaths);
+}
+
 template <ValueOfPath kValue>
 PairColumn PathColumn(const char* name, const char* description) {
   return {name, description, true, false, OfPath<kValue>};
@@ -90,6 +100,16 @@ std::vector<PairColumn> MakeColumns() {
 
 const std::vector<PairColumn>& PairColumns() {
   static const std::vector<PairColumn> columns = MakeColumns();
+  return columns;
+}
+
+const std::vector<PairColumn>& SmearedColumns() {
+  static const std::vector<PairColumn> columns = {
+      {"smeared_fraction",
+       "share of the positions with a path that are shadowed", false, false,
+       SmearedFraction},
+      {"smeared_paths", "number of positions with a path", false, true,
+       SmearedPaths}};
   return columns;
 }
 

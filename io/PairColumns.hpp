@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <optional>
 #include <string>
 #include <vector>
@@ -17,6 +18,8 @@ struct JudgedPair {
   DU::eVerdict verdict;
   /// Holds the light path, if there is one and a column needs it.
   const DU::LightPathCalculator& lightPath;
+  std::size_t smearedPaths = 0;     ///< positions around the event with a path
+  std::size_t smearedShadowed = 0;  ///< those whose path is shadowed
 };
 
 /// A column that a table of verdicts can have besides its usual ones.
@@ -30,8 +33,11 @@ struct PairColumn {
   std::optional<double> (*value)(const JudgedPair& pair);
 };
 
-/// All columns.
+/// All columns that can be chosen.
 const std::vector<PairColumn>& PairColumns();
+
+/// The columns of a scan that also judges positions around each event.
+const std::vector<PairColumn>& SmearedColumns();
 
 /// The column with this name; null if there is none.
 const PairColumn* FindPairColumn(const std::string& name);
