@@ -50,9 +50,7 @@ class VerdictText {
     const std::string_view pmtCell(pmtCells_.data() + pmtBegins_[pmt],
                                    pmtBegins_[pmt + 1] - pmtBegins_[pmt]);
     const std::string_view ending =
-        endings_[DU::HasPath(pair.verdict) ? type : DU::kUninitialised]
-                [static_cast<std::size_t>(pair.verdict)]
-                    .Text();
+        endings_[type][static_cast<std::size_t>(pair.verdict)].Text();
     text.Reserve(begin.Text().size() + pmtCell.size() + ending.size());
     text.Append<kUsualName>(begin.Text());
     text.Append<kUsualName>(pmtCell);
