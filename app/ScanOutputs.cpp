@@ -9,15 +9,6 @@
 namespace ZARN::App {
 namespace {
 
-/// The rows of a longer row of verdicts are made piece by piece when they are
-/// written: kept in memory they would need 50 bytes for each PMT, in every
-/// block in work.
-constexpr std::size_t kLongestKeptRow = 1UL << 15U;
-
-bool IsKept(const Scan::RowBlock& block) {
-  return block.pmts <= kLongestKeptRow;
-}
-
 void WriteCounts(IO::CountsFile& file, const IO::NamedPosition& name,
                  const Scan::VerdictCounts& counts,
                  const Scan::SmearedMean& smeared) {
@@ -62,7 +53,7 @@ ScanOutputs::ScanOutputs(const ScanOptions& options,
                         : IO::CountsFile::eCounts::kPlain;
   if (options.perPMT.has_value()) {
     perPMT_.emplace(options.perPMT, "pmt", kind);
-    smearedOfPMT_.resize(pmts.size());
+    if (options.sigma.has_value()) smearedOfPMT_.resize(pmts.size());
   }
   if (options.perEvent.has_value()) {
     perEvent_.emplace(options.perEvent, "event", kind);
@@ -89,12 +80,16 @@ void ScanOutputs::Begin(const std::vector<IO::NamedPosition>& firstEvents) {
   ntuple_->Begin(fields_, slots_.size());
 }
 
+std::size_t ScanOutputs::LongestKeptRow() const {
+  return paths_.has_value() ? 1UL << 13U : 1UL << 15U;
+}
+
 bool ScanOutputs::MakesRows() const {
   return verdicts_.has_value() || ntuple_.has_value() || paths_.has_value();
 }
 
 void ScanOutputs::MakeRows(const Scan::RowBlock& block) {
-  if (!MakesRows() || !IsKept(block)) return;
+  if (!MakesRows() || !IsKept(block.pmts)) return;
   Slot& slot = slots_[block.slot];
   slot.verdicts.Clear();
   slot.paths.clear();
@@ -154,7 +149,7 @@ void ScanOutputs::AddRow(std::size_t slotNumber, std::size_t event,
 
 void ScanOutputs::Write(const Scan::RowBlock& block) {
   if (MakesRows()) {
-    if (IsKept(block)) {
+    if (IsKept(block.pmts)) {
       WriteRows(block.slot);
     } else {
       MakeAndWriteRows(block);
@@ -196,13 +191,13 @@ void ScanOutputs::WriteRows(std::size_t slotNumber) {
 
 void ScanOutputs::MakeAndWriteRows(const Scan::RowBlock& block) {
   Slot& slot = slots_[block.slot];
+  const std::size_t most = LongestKeptRow();
   for (std::size_t event = 0; event < block.events.size(); ++event) {
-    for (std::size_t begin = 0; begin < block.pmts; begin += kLongestKeptRow) {
+    for (std::size_t begin = 0; begin < block.pmts; begin += most) {
       ThrowIfInterrupted();
       slot.verdicts.Clear();
       slot.paths.clear();
-      AddRows(block, event, begin,
-              std::min(begin + kLongestKeptRow, block.pmts));
+      AddRows(block, event, begin, std::min(begin + most, block.pmts));
       if (ntuple_.has_value()) ntuple_->BlockAt(block.slot).Flush();
       WriteRows(block.slot);
     }
@@ -212,7 +207,9 @@ void ScanOutputs::MakeAndWriteRows(const Scan::RowBlock& block) {
 void ScanOutputs::WritePMTs(const std::vector<Scan::VerdictCounts>& counts) {
   if (!perPMT_.has_value()) return;
   for (std::size_t pmt = 0; pmt < pmts_.size(); ++pmt) {
-    WriteCounts(*perPMT_, pmts_[pmt], counts[pmt], smearedOfPMT_[pmt]);
+    WriteCounts(
+        *perPMT_, pmts_[pmt], counts[pmt],
+        smearedOfPMT_.empty() ? Scan::SmearedMean() : smearedOfPMT_[pmt]);
   }
 }
 

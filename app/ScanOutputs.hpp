@@ -68,6 +68,11 @@ class ScanOutputs {
     std::string paths;
   };
 
+  /// The text of a longer row is made piece by piece when it is written: kept
+  /// in memory it would need 50 bytes for each PMT, or 500 with light paths, in
+  /// every block in work.
+  std::size_t LongestKeptRow() const;
+  bool IsKept(std::size_t pmts) const { return pmts <= LongestKeptRow(); }
   bool MakesRows() const;
   /// Add the rows of some PMTs to what the slot holds.
   void AddRows(const Scan::RowBlock& block, std::size_t event,
