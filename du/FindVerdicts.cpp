@@ -4,6 +4,7 @@
 #include "du/ShadowingCalculator.hpp"
 #include "du/fast/EventBatch.hpp"
 #include "du/fast/LazyLayers.hpp"
+#include "lightpath/PathBetween.hpp"
 
 namespace ZARN::DU {
 namespace {
@@ -45,6 +46,7 @@ void ShadowingCalculator::FindVerdicts(const LightPathCalculator& light,
                                        const TVector3& eventPos,
                                        const PMTArray& pmts,
                                        const VerdictRows& rows) const {
+  light.RequireRun();
   MakeLayers();
   const PreparedLayers* const layers =
       Layers == nullptr ? nullptr : Layers->Get();
@@ -65,22 +67,24 @@ void ShadowingCalculator::FindVerdicts(const LightPathCalculator& light,
     if (rows.reflected != nullptr) std::fill_n(rows.reflected, count, kOpen);
   }
 
-  LightPathCalculator path = light;
+  const ConcentricMedia& media = light.GetMedia();
+  LightPath path;
+  const auto judge = [&](eVerdict ifNone) {
+    return path.LightPathType == kUninitialised
+               ? ifNone
+               : VerdictOf(FindShadowing(path));
+  };
   ForEachOpen(rows.direct, count, [&](std::size_t i) {
-    path.CalcByPosition(eventPos, pmts.At(i));
-    rows.direct[i] = path.HasPath()
-                         ? VerdictOf(FindShadowing(path.GetLightPath()))
-                         : WhyNoPath(light.GetMedia(), eventPos, pmts.At(i));
+    FindDirectPath(media, eventPos, pmts.At(i), path);
+    rows.direct[i] = judge(WhyNoPath(media, eventPos, pmts.At(i)));
     if (rows.types != nullptr) {
-      rows.types[i] = static_cast<std::uint8_t>(path.GetLightPathType());
+      rows.types[i] = static_cast<std::uint8_t>(path.LightPathType);
     }
   });
   if (rows.reflected == nullptr) return;
   ForEachOpen(rows.reflected, count, [&](std::size_t i) {
-    path.CalcReflectionByPosition(eventPos, pmts.At(i));
-    rows.reflected[i] = path.HasPath()
-                            ? VerdictOf(FindShadowing(path.GetLightPath()))
-                            : eVerdict::kNoReflectedPath;
+    FindReflectedPath(media, eventPos, pmts.At(i), path);
+    rows.reflected[i] = judge(eVerdict::kNoReflectedPath);
   });
 }
 

@@ -85,6 +85,9 @@ class LightPathCalculator {
   void CalcReflectionByPosition(const TVector3& eventPos,
                                 const TVector3& pmtPos);
 
+  /// @throws std::logic_error before BeginOfRun
+  void RequireRun() const;
+
   /// Whether there is a path; false before one was computed or set.
   bool HasPath() const { return path_.LightPathType != kUninitialised; }
 
@@ -131,7 +134,6 @@ class LightPathCalculator {
 
  private:
   bool IsRunBegun() const { return media_.OuterRadius > 0.0; }
-  void RequireRun() const;
   void LookUpIndices();
 
   double wavelength_ = kDefaultWavelength;

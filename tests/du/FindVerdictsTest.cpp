@@ -150,10 +150,14 @@ TEST_F(Rows, AreTheSameByFormulasAlone) {
 
 TEST_F(Rows, NeedARun) {
   const DU::LightPathCalculator none;
-  eVerdict verdict = eVerdict::kClear;
-  EXPECT_THROW(shadowing_.FindVerdicts(
-                   none, {0, 0, 1}, DU::PMTArray({{0, 0, 8400}}), {&verdict}),
-               std::logic_error);
+  for (const std::size_t count : {1U, 100U}) {
+    std::vector<eVerdict> row(count);
+    EXPECT_THROW(shadowing_.FindVerdicts(
+                     none, {0, 0, 1},
+                     DU::PMTArray(std::vector<TVector3>(count, {0, 0, 8400})),
+                     {row.data()}),
+                 std::logic_error);
+  }
 }
 
 }  // namespace
