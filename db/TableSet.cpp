@@ -18,11 +18,7 @@ simple_ptr_nocopy<DBLink> TableSet::GetLink(std::string table,
   const Key key(std::move(table), std::move(index));
   std::shared_ptr<const TableEntry> best;
   if (const auto found = entries_.find(key); found != entries_.end()) {
-    for (const auto& entry : found->second) {
-      if (!entry->runs.Contains(run_)) continue;
-      if (pass != kHighestPass && entry->pass != pass) continue;
-      if (best == nullptr || entry->pass >= best->pass) best = entry;
-    }
+    best = Select(found->second, pass);
   }
   if (best == nullptr) {
     const std::string which =
@@ -32,6 +28,30 @@ simple_ptr_nocopy<DBLink> TableSet::GetLink(std::string table,
                           std::to_string(run_));
   }
   return simple_ptr_nocopy<DBLink>(new DBLink(std::move(best)));
+}
+
+std::vector<std::shared_ptr<const TableEntry>> TableSet::CurrentEntries()
+    const {
+  std::vector<std::shared_ptr<const TableEntry>> current;
+  for (const auto& [key, entries] : entries_) {
+    if (auto best = Select(entries, kHighestPass)) {
+      current.push_back(std::move(best));
+    }
+  }
+  return current;
+}
+
+/// The entry of this pass that is valid for the current run; null if there is
+/// none.
+std::shared_ptr<const TableEntry> TableSet::Select(const Entries& entries,
+                                                   int pass) const {
+  std::shared_ptr<const TableEntry> best;
+  for (const auto& entry : entries) {
+    if (!entry->runs.Contains(run_)) continue;
+    if (pass != kHighestPass && entry->pass != pass) continue;
+    if (best == nullptr || entry->pass >= best->pass) best = entry;
+  }
+  return best;
 }
 
 }  // namespace ZARN

@@ -51,9 +51,16 @@ class TableSet {
   simple_ptr_nocopy<DBLink> GetLink(std::string table, std::string index,
                                     int pass) const;
 
+  /// The entries that links with kHighestPass lead to, sorted by table and
+  /// index: what is valid for the current run.
+  std::vector<std::shared_ptr<const TableEntry>> CurrentEntries() const;
+
  private:
   using Key = std::pair<std::string, std::string>;  // table, index
   using Entries = std::vector<std::shared_ptr<const TableEntry>>;
+
+  std::shared_ptr<const TableEntry> Select(const Entries& entries,
+                                           int pass) const;
 
   std::map<Key, Entries> entries_;  // each list in the order added
   int run_ = 0;

@@ -45,6 +45,22 @@ TEST_F(TableSetTest, ReturnsFieldsOfTheThreeTypes) {
   EXPECT_EQ(link->GetS("name"), "rope-a");
 }
 
+TEST_F(TableSetTest, ListsTheEntriesOfTheRun) {
+  constexpr RunRange kLater = {10, 20};
+  tables_.Add({Entry("SOLID", "av", 1.0), Entry("GEO", "rope", 2.0, kLater),
+               Entry("GEO", "av", 3.0), Entry("GEO", "av", 4.0, kLater, 1)});
+  const auto valuesAt = [this](int run) {
+    tables_.SetRun(run);
+    std::vector<double> values;
+    for (const auto& entry : tables_.CurrentEntries()) {
+      values.push_back(std::get<double>(entry->fields.at("value")));
+    }
+    return values;
+  };
+  EXPECT_EQ(valuesAt(0), (std::vector{3.0, 1.0}));
+  EXPECT_EQ(valuesAt(10), (std::vector{4.0, 2.0, 1.0}));
+}
+
 TEST_F(TableSetTest, NamesWhatIsMissing) {
   tables_.Add({Entry("GEO", "av", 1.0)});
   tables_.SetRun(7);
