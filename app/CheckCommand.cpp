@@ -7,6 +7,7 @@
 #include <optional>
 #include <string>
 
+#include "app/CheckOptions.hpp"
 #include "app/CountsTable.hpp"
 #include "app/Grouped.hpp"
 #include "app/PathCheck.hpp"
@@ -25,37 +26,6 @@
 
 namespace ZARN::App {
 namespace {
-
-constexpr const char* kFooter =
-    "PATHS has a header row and these columns, in any order:\n"
-    "  type                 name of the path type, e.g. AV->Water\n"
-    "  start_x, _y, _z      start of the path, mm\n"
-    "  end_x, _y, _z        its end at the PMT, mm\n"
-    "  initial_x, _y, _z    direction of travel at the start\n"
-    "  final_x, _y, _z      direction of travel at the end\n"
-    "  av1_x ... av4_z      up to four points on the vessel, mm\n"
-    "An empty coordinate is 0. Other columns are ignored.\n\n"
-    "The verdicts are CSV:\n"
-    "  row                  number of the path, from 0\n"
-    "  shadowed             0 or 1\n"
-    "  by                   AVHDRope, SupportRope, BellyPlate, NCDAnchor,\n"
-    "                       AVPipe, NeckBoss, or empty\n"
-    "Set-up messages, warnings and a table of counts go to standard "
-    "error.\n\n"
-    "Exit status: 0 success; 1 output cannot be written; 2 bad usage or "
-    "input;\n"
-    "130 interrupted.\n\n"
-    "Example:\n"
-    "  zarn-shadow check data/example-paths.csv \\\n"
-    "      --geometry data/reference-detector -o verdicts.csv";
-
-struct CheckOptions {
-  std::string paths;
-  RunOptions run;
-  std::optional<std::string> output;
-  std::size_t threads = 1;
-  bool debug = false;
-};
 
 /// Counts the verdicts and writes them in the order of the rows.
 class CheckResults {
@@ -164,22 +134,9 @@ void AddCheckCommand(CLI::App& app) {
   CLI::App* const command = app.add_subcommand(
       "check", "Report what blocks each light path of a CSV file");
   const auto options = std::make_shared<CheckOptions>();
-  command
-      ->add_option("PATHS", options->paths,
-                   "CSV file of light paths; - reads standard input")
-      ->required()
-      ->type_name("CSV");
-  AddRunOptions(*command, options->run);
-  command
-      ->add_option("-o,--output", options->output,
-                   "Write the verdicts to this file (default: standard output)")
-      ->type_name("OUT.csv");
-  AddThreadsOption(*command, options->threads);
-  command->add_flag("--debug", options->debug,
-                    "Show the calculator's diagnostics on standard error");
-  command->footer(kFooter);
+  AddCheckOptions(*command, *options);
   command->callback([options] {
-    RequireCsvName("--output", options->output);
+    RequireConsistent(*options);
     Check(*options);
   });
 }

@@ -1,0 +1,32 @@
+#pragma once
+
+#include <cstddef>
+#include <optional>
+#include <string>
+
+#include "app/RunOptions.hpp"
+
+namespace CLI {
+class App;
+}
+
+namespace ZARN::App {
+
+/// The options of a check.
+struct CheckOptions {
+  std::string paths;
+  RunOptions run;
+  std::optional<std::string> output;
+  std::size_t threads = 1;
+  bool debug = false;
+};
+
+/// Add the options and the help of check; @p options must outlive the parsing.
+void AddCheckOptions(CLI::App& command, CheckOptions& options);
+
+/// Check options against each other.
+///
+/// @throws BadUsage
+void RequireConsistent(const CheckOptions& options);
+
+}  // namespace ZARN::App
