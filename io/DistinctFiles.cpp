@@ -23,7 +23,8 @@ bool AreSame(const std::string& a, const std::string& b) {
   const auto place = [&error](const std::string& path) {
     return fs::weakly_canonical(TargetOf(path), error);
   };
-  return place(a) == place(b);
+  // There is no place in a loop of links.
+  return !place(a).empty() && place(a) == place(b);
 }
 
 /// The names, with "-" in place of each name of this standard stream.

@@ -49,6 +49,11 @@ TEST_F(DistinctFilesTest, RefusesTheSameFileForTwoOutputs) {
             "dangling (missing): is used for two outputs");
 }
 
+TEST_F(DistinctFilesTest, AcceptsDifferentNamesThatLeadNowhere) {
+  std::filesystem::create_symlink("loop", "loop");
+  EXPECT_EQ(ErrorText({}, {"loop/a", "loop/b"}), "");
+}
+
 TEST_F(DistinctFilesTest, RefusesToReplaceAnInput) {
   Put("in.csv", "");
   std::filesystem::create_hard_link("in.csv", "same.csv");
