@@ -1,0 +1,21 @@
+#include "io/Origin.hpp"
+
+#include <nlohmann/json.hpp>
+
+namespace ZARN::IO {
+
+std::string Describe(const Origin& origin) {
+  nlohmann::ordered_json description = {
+      {"program", origin.program},
+      {"version", origin.version},
+      {"run", origin.run},
+      {"tolerance", origin.tolerance},
+  };
+  if (origin.wavelength.has_value()) {
+    description["wavelength"] = *origin.wavelength;
+  }
+  description["fingerprint"] = origin.fingerprint;
+  return description.dump();
+}
+
+}  // namespace ZARN::IO

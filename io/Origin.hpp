@@ -1,0 +1,22 @@
+#pragma once
+
+#include <optional>
+#include <string>
+
+namespace ZARN::IO {
+
+/// How results were made. It is stored with them, so that they can be made
+/// again.
+struct Origin {
+  std::string program;
+  std::string version;
+  int run = 0;
+  double tolerance = 0.0;            ///< mm
+  std::optional<double> wavelength;  ///< nm; none where no light is traced
+  std::string fingerprint;           ///< of the tables: db/Fingerprint.hpp
+};
+
+/// The members of @p origin as a JSON object on one line.
+std::string Describe(const Origin& origin);
+
+}  // namespace ZARN::IO
