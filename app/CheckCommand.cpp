@@ -21,6 +21,7 @@
 #include "io/LightPathReader.hpp"
 #include "io/OutputFile.hpp"
 #include "io/Quoted.hpp"
+#include "io/Sidecar.hpp"
 #include "io/VerdictText.hpp"
 #include "log/Log.hpp"
 
@@ -30,7 +31,8 @@ namespace {
 /// Counts the verdicts and writes them in the order of the rows.
 class CheckResults {
  public:
-  explicit CheckResults(const CheckOptions& options) : output_(options.output) {
+  CheckResults(const CheckOptions& options, const IO::Origin& origin)
+      : output_(options.output), sidecar_(options.output, origin) {
     output_.Write("row,shadowed,by\n");
   }
 
@@ -53,8 +55,10 @@ class CheckResults {
 
   void Commit() {
     output_.Finish();
+    sidecar_.Finish();
     ThrowIfInterrupted();
     output_.Commit();
+    sidecar_.Commit();
   }
 
   void Print(const DU::ShadowingCalculator& calculator, double seconds) const {
@@ -90,6 +94,7 @@ class CheckResults {
   }
 
   IO::OutputFile output_;
+  IO::Sidecar sidecar_;
   std::string line_;
   std::uint64_t rows_ = 0;
   Scan::VerdictCounts counts_;
@@ -108,7 +113,7 @@ void Check(const CheckOptions& options) {
   IO::CsvTable& table = reader.Table();
 
   const DeferredSignals deferredSignals;
-  CheckResults results(options);
+  CheckResults results(options, OriginOf(options.run, calculator));
 
   const auto begin = std::chrono::steady_clock::now();
   {

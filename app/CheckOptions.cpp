@@ -1,6 +1,10 @@
 #include "app/CheckOptions.hpp"
 
 #include <CLI/CLI.hpp>
+#include <vector>
+
+#include "io/DistinctFiles.hpp"
+#include "io/Sidecar.hpp"
 
 namespace ZARN::App {
 namespace {
@@ -49,6 +53,12 @@ void AddCheckOptions(CLI::App& command, CheckOptions& options) {
 
 void RequireConsistent(const CheckOptions& options) {
   RequireCsvName("--output", options.output);
+  // The verdicts may replace PATHS, but the file beside them no input.
+  const std::optional<std::string> sidecar = IO::SidecarName(options.output);
+  if (!sidecar.has_value()) return;
+  std::vector<std::string> inputs = FilesOf(options.run);
+  inputs.push_back(options.paths);
+  IO::RequireDistinctFiles(inputs, {*sidecar});
 }
 
 }  // namespace ZARN::App

@@ -24,9 +24,9 @@ struct CheckOptions {
 /// Add the options and the help of check; @p options must outlive the parsing.
 void AddCheckOptions(CLI::App& command, CheckOptions& options);
 
-/// Check options against each other.
+/// Check options against each other, and that files do not conflict.
 ///
-/// @throws BadUsage
+/// @throws BadUsage, IO::BadInput
 void RequireConsistent(const CheckOptions& options);
 
 }  // namespace ZARN::App

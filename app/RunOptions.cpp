@@ -9,6 +9,7 @@
 
 #include "app/Usage.hpp"
 #include "db/DB.hpp"
+#include "db/Fingerprint.hpp"
 #include "db/JsonTables.hpp"
 #include "du/ShadowingCalculator.hpp"
 #include "io/Errors.hpp"
@@ -107,6 +108,13 @@ void BeginRun(const RunOptions& options, DU::ShadowingCalculator& calculator) {
 
 void BeginRun(const RunOptions& options, DU::LightPathCalculator& calculator) {
   Begin(options, calculator);
+}
+
+IO::Origin OriginOf(const RunOptions& options,
+                    const DU::ShadowingCalculator& calculator) {
+  return {"zarn-shadow", ZARN_VERSION,
+          options.run,   calculator.GetAVHDRopeTolerance(),
+          std::nullopt,  Fingerprint(DB::Get())};
 }
 
 void RequireCsvName(const std::string& option,

@@ -5,6 +5,8 @@
 #include <string>
 #include <vector>
 
+#include "io/Origin.hpp"
+
 namespace CLI {
 class App;
 }
@@ -46,6 +48,13 @@ void LoadTables(const RunOptions& options);
 /// @throws IO::BadInput naming the tables and what is missing or wrong in them
 void BeginRun(const RunOptions& options, DU::ShadowingCalculator& calculator);
 void BeginRun(const RunOptions& options, DU::LightPathCalculator& calculator);
+
+/// How results are made with these options and the tables of LoadTables;
+/// without a wavelength.
+///
+/// @param calculator  its run has begun
+IO::Origin OriginOf(const RunOptions& options,
+                    const DU::ShadowingCalculator& calculator);
 
 /// Refuse the name of a ROOT file for an output that is always CSV.
 ///

@@ -11,6 +11,7 @@
 #include "io/DistinctFiles.hpp"
 #include "io/FileNames.hpp"
 #include "io/Quoted.hpp"
+#include "io/Sidecar.hpp"
 
 namespace ZARN::App {
 namespace {
@@ -278,7 +279,8 @@ void RequireConsistent(const ScanOptions& options) {
   if (options.events.has_value()) inputs.push_back(*options.events);
   std::vector<std::string> outputs;
   if (options.WritesVerdicts()) outputs.push_back(options.output.value_or("-"));
-  for (const auto& output : {options.paths, options.perPMT, options.perEvent}) {
+  for (const auto& output : {options.paths, options.perPMT, options.perEvent,
+                             IO::SidecarName(options.output)}) {
     if (output.has_value()) outputs.push_back(*output);
   }
   IO::RequireDistinctFiles(inputs, outputs);

@@ -33,15 +33,14 @@ ScanOutputs::ScanOutputs(const ScanOptions& options,
       slots_(Scan::RowScan::SlotsFor(options.threads)),
       fields_{false, options.AllColumns()} {
   for (Slot& slot : slots_) slot.lightPath = lightPath;
+  IO::Origin origin = OriginOf(options.run, shadowing);
+  origin.wavelength = options.wavelength;
   if (options.WritesNTuple()) {
-    ntuple_.emplace(*options.output,
-                    IO::VerdictNTuple::Origin{
-                        "zarn-shadow", ZARN_VERSION, options.run.run,
-                        shadowing.GetAVHDRopeTolerance(), options.wavelength},
-                    pmts);
+    ntuple_.emplace(*options.output, origin, pmts);
   } else if (options.WritesVerdicts()) {
     text_.emplace(pmts, fields_.columns);
     verdicts_.emplace(options.output);
+    sidecar_.emplace(options.output, origin);
     verdicts_->Write(text_->Header());
   }
   if (options.paths.has_value()) {
@@ -220,6 +219,7 @@ void ScanOutputs::ForEachFile(const Work& work) {
   if (paths_.has_value()) work(*paths_);
   if (perPMT_.has_value()) work(*perPMT_);
   if (perEvent_.has_value()) work(*perEvent_);
+  if (sidecar_.has_value()) work(*sidecar_);
 }
 
 void ScanOutputs::Commit() {

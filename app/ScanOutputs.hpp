@@ -11,6 +11,7 @@
 #include "io/OutputFile.hpp"
 #include "io/PieceText.hpp"
 #include "io/PositionReader.hpp"
+#include "io/Sidecar.hpp"
 #include "io/VerdictNTuple.hpp"
 #include "io/VerdictText.hpp"
 #include "lightpath/LightPathCalculator.hpp"
@@ -91,6 +92,7 @@ class ScanOutputs {
   bool needsPaths_ = false;  // whether light paths must be computed
   std::optional<IO::VerdictText> text_;
   std::optional<IO::OutputFile> verdicts_;
+  std::optional<IO::Sidecar> sidecar_;
   std::optional<IO::VerdictNTuple> ntuple_;
   std::optional<IO::OutputFile> paths_;
   std::optional<IO::CountsFile> perPMT_;

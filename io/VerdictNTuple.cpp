@@ -9,7 +9,6 @@
 #include <ROOT/RRawPtrWriteEntry.hxx>
 #include <array>
 #include <cmath>
-#include <nlohmann/json.hpp>
 #include <optional>
 #include <utility>
 
@@ -38,17 +37,6 @@ const std::string& Replaceable(const std::string& path) {
   if (CanReplace(path)) return path;
   throw OutputFailure(
       path + ": cannot be written: ROOT output requires a regular file");
-}
-
-std::string Describe(const VerdictNTuple::Origin& origin) {
-  const nlohmann::ordered_json description = {
-      {"program", origin.program},
-      {"version", origin.version},
-      {"run", origin.run},
-      {"tolerance", origin.tolerance},
-      {"wavelength", origin.wavelength},
-  };
-  return description.dump();
 }
 
 /// The integers of all names; empty if one is not an integer.

@@ -6,6 +6,7 @@
 #include <string>
 #include <vector>
 
+#include "io/Origin.hpp"
 #include "io/PairColumns.hpp"
 #include "io/PendingFile.hpp"
 #include "io/PositionReader.hpp"
@@ -26,15 +27,6 @@ namespace ZARN::IO {
 /// a JSON object with the Origin.
 class VerdictNTuple {
  public:
-  /// How the verdicts were made.
-  struct Origin {
-    std::string program;
-    std::string version;
-    int run;
-    double tolerance;   ///< mm
-    double wavelength;  ///< nm
-  };
-
   /// What the fields of an RNTuple depend on.
   struct Fields {
     bool hasIntegerEvents = false;  ///< all names of events are integers

@@ -196,7 +196,7 @@ class Output(BothTest):
         slow = self.start_writing()
         self.run_on(self.input(), "-o", "out.csv")
         self.assertEqual(self.read("out.csv"), self.wanted())
-        self.assertEqual(len(self.temporaries()), 1, "the other run's file was removed")
+        self.assertEqual(len(self.temporaries()), 2, "the other run's files were removed")
         slow.stdin.close()
         self.assert_ends(slow, 0)
         self.assertEqual(self.read("out.csv"), self.wanted(2))

@@ -63,8 +63,8 @@ class Output(OutputTest):
         self.assertEqual(wanted.decode(), VERDICT_HEADER + f"\ne0,p0,{FROM_INSIDE},0,\n")
         self.assertEqual(set(self.snapshot()),
                          {str(self.folder / name) for name in (
-                             *self.FILES.values(), "verdicts.root", "p.csv", "events.csv",
-                             "pmts.csv", "tables.json")})
+                             *self.FILES.values(), "verdicts.csv.json", "verdicts.root", "p.csv",
+                             "events.csv", "pmts.csv", "tables.json")})
 
     def test_existing_files_are_replaced_and_keep_their_permissions(self):
         for i, name in enumerate(self.FILES.values()):
@@ -179,7 +179,8 @@ class Output(OutputTest):
     def test_files_appear_only_at_the_end(self):
         self.prepare()
         before = {str(self.folder / name) for name in (
-            *self.FILES.values(), "verdicts.root", "events.csv", "pmts.csv", "tables.json")}
+            *self.FILES.values(), "verdicts.csv.json", "verdicts.root", "events.csv", "pmts.csv",
+            "tables.json")}
         process = self.start(self.scan_command("-", self.pmts([TOP]),
                                                self.tables(*OPTICS, *ANCHOR), *self.everything()))
         self.feed(process, positions("event", [CENTRE]))

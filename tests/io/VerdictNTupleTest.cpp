@@ -19,7 +19,7 @@ using DU::eVerdict;
 
 class VerdictNTupleTest : public Testing::InFolder {};
 
-const VerdictNTuple::Origin kOrigin = {"zarn-shadow", "1.2.3", 7, 150.5, 420.0};
+const Origin kOrigin = {"zarn-shadow", "1.2.3", 7, 150.5, 420.0, "ab12"};
 const DU::LightPathCalculator kNoLightPath;
 
 std::vector<NamedPosition> Named(const std::vector<std::string>& names) {
@@ -59,7 +59,8 @@ TEST_F(VerdictNTupleTest, StoresEveryVerdictAndItsOrigin) {
   auto reader = ROOT::RNTupleReader::Open("verdicts", "verdicts.root");
   EXPECT_EQ(reader->GetDescriptor().GetDescription(),
             "{\"program\":\"zarn-shadow\",\"version\":\"1.2.3\","
-            "\"run\":7,\"tolerance\":150.5,\"wavelength\":420.0}");
+            "\"run\":7,\"tolerance\":150.5,\"wavelength\":420.0,"
+            "\"fingerprint\":\"ab12\"}");
   ASSERT_EQ(reader->GetNEntries(), 3U);
   auto event = reader->GetView<std::string>("event");
   auto pmt = reader->GetView<std::string>("pmt");
