@@ -12,8 +12,8 @@ namespace {
 void WriteCounts(IO::CountsFile& file, const IO::NamedPosition& name,
                  const Scan::VerdictCounts& counts,
                  const Scan::SmearedMean& smeared) {
-  file.Write(name.cell, counts.Paths(), counts.Shadowed(),
-             counts.MostFrequent(), smeared.Value());
+  file.Write(name, counts.Paths(), counts.Shadowed(), counts.MostFrequent(),
+             smeared.Value());
 }
 
 IO::JudgedPair PairOf(const TVector3& event, const TVector3& pmt,
@@ -47,15 +47,14 @@ ScanOutputs::ScanOutputs(const ScanOptions& options,
     paths_.emplace(options.paths);
     paths_->Write("event,pmt," + IO::LightPathHeader() + "\n");
   }
-  const auto kind = options.sigma.has_value()
-                        ? IO::CountsFile::eCounts::kSmeared
-                        : IO::CountsFile::eCounts::kPlain;
+  const auto kind =
+      options.sigma.has_value() ? IO::eCounts::kSmeared : IO::eCounts::kPlain;
   if (options.perPMT.has_value()) {
-    perPMT_.emplace(options.perPMT, "pmt", kind);
+    perPMT_.emplace(options.perPMT, "pmt", origin, kind);
     if (options.sigma.has_value()) smearedOfPMT_.resize(pmts.size());
   }
   if (options.perEvent.has_value()) {
-    perEvent_.emplace(options.perEvent, "event", kind);
+    perEvent_.emplace(options.perEvent, "event", origin, kind);
   }
   needsPaths_ =
       options.paths.has_value() ||

@@ -1,19 +1,40 @@
 #include "io/CountsFile.hpp"
 
 #include "io/CsvText.hpp"
+#include "io/FileNames.hpp"
 
 namespace ZARN::IO {
 
 CountsFile::CountsFile(const std::optional<std::string>& path,
-                       const std::string& nameColumn, eCounts counts)
-    : file_(path), counts_(counts) {
-  file_.Write(nameColumn + ",paths,shadowed,fraction,by" +
-              (counts_ == eCounts::kSmeared ? ",smeared_fraction\n" : "\n"));
+                       const std::string& nameColumn, const Origin& origin,
+                       eCounts counts)
+    : counts_(counts) {
+  if (path.has_value() && IsRootFileName(*path)) {
+    ntuple_.emplace(*path, nameColumn, origin, counts);
+  } else {
+    csv_.emplace(path);
+    csv_->Write(nameColumn + ",paths,shadowed,fraction,by" +
+                (counts_ == eCounts::kSmeared ? ",smeared_fraction\n" : "\n"));
+  }
 }
 
-void CountsFile::Write(const std::string& cell, std::uint64_t paths,
+void CountsFile::Begin(bool hasIntegerNames) {
+  if (ntuple_.has_value()) ntuple_->Begin(hasIntegerNames);
+}
+
+void CountsFile::Write(const NamedPosition& item, std::uint64_t paths,
                        std::uint64_t shadowed, DU::eShadowingComponent by,
                        std::optional<double> smearedFraction) {
+  if (ntuple_.has_value()) {
+    ntuple_->Write(item.name, paths, shadowed, by, smearedFraction);
+  } else {
+    WriteLine(item.cell, paths, shadowed, by, smearedFraction);
+  }
+}
+
+void CountsFile::WriteLine(const std::string& cell, std::uint64_t paths,
+                           std::uint64_t shadowed, DU::eShadowingComponent by,
+                           std::optional<double> smearedFraction) {
   std::string line =
       cell + "," + std::to_string(paths) + "," + std::to_string(shadowed) + ",";
   if (paths > 0) {
@@ -27,7 +48,23 @@ void CountsFile::Write(const std::string& cell, std::uint64_t paths,
     if (smearedFraction.has_value()) AppendNumber(line, *smearedFraction);
   }
   line += "\n";
-  file_.Write(line);
+  csv_->Write(line);
+}
+
+void CountsFile::Finish() {
+  if (ntuple_.has_value()) {
+    ntuple_->Finish();
+  } else {
+    csv_->Finish();
+  }
+}
+
+void CountsFile::Commit() {
+  if (ntuple_.has_value()) {
+    ntuple_->Commit();
+  } else {
+    csv_->Commit();
+  }
 }
 
 }  // namespace ZARN::IO

@@ -5,41 +5,53 @@
 #include <string>
 
 #include "du/hardware/ShadowingComponent.hpp"
+#include "io/CountsNTuple.hpp"
+#include "io/Origin.hpp"
 #include "io/OutputFile.hpp"
+#include "io/PositionReader.hpp"
 
 namespace ZARN::IO {
 
-/// A CSV file with one row of counts per PMT or per event. Columns: the name,
-/// paths, shadowed, fraction (empty if there are no paths) and by, the
-/// component that shadows most paths; and smeared_fraction for smeared counts
-/// (empty if there is none).
+/// A file with one row of counts per PMT or per event: CSV, or a CountsNTuple
+/// if its name ends in ".root". Columns: the name, paths, shadowed, fraction
+/// (empty if there are no paths) and by, the component that shadows most paths;
+/// and smeared_fraction for smeared counts (empty if there is none).
 class CountsFile {
  public:
-  enum class eCounts { kPlain, kSmeared };
-
-  /// @param path        as for OutputFile
+  /// @param path        as for OutputFile and CountsNTuple
   /// @param nameColumn  header of the name column
-  /// @throws as OutputFile
+  /// @param origin      is written to an RNTuple only
+  /// @throws as OutputFile and CountsNTuple
   CountsFile(const std::optional<std::string>& path,
-             const std::string& nameColumn, eCounts counts = eCounts::kPlain);
+             const std::string& nameColumn, const Origin& origin,
+             eCounts counts = eCounts::kPlain);
 
-  /// @param cell      the name as a CSV cell
+  /// As in CountsNTuple; does nothing for CSV.
+  void Begin(bool hasIntegerNames);
+
+  /// @param item      the PMT or the event
   /// @param paths     number of light paths
   /// @param shadowed  number of shadowed light paths
   /// @param by        the component that shadows most, kNone for none
   /// @param smearedFraction  ignored for plain counts
   /// @throws as OutputFile::Write
-  void Write(const std::string& cell, std::uint64_t paths,
+  void Write(const NamedPosition& item, std::uint64_t paths,
              std::uint64_t shadowed, DU::eShadowingComponent by,
              std::optional<double> smearedFraction = std::nullopt);
 
   /// As in OutputFile.
-  void Finish() { file_.Finish(); }
-  void Commit() { file_.Commit(); }
+  void Finish();
+  void Commit();
 
  private:
-  OutputFile file_;
+  void WriteLine(const std::string& cell, std::uint64_t paths,
+                 std::uint64_t shadowed, DU::eShadowingComponent by,
+                 std::optional<double> smearedFraction);
+
   eCounts counts_;
+  // One of these:
+  std::optional<OutputFile> csv_;
+  std::optional<CountsNTuple> ntuple_;
 };
 
 }  // namespace ZARN::IO

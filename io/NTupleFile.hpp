@@ -1,0 +1,114 @@
+#pragma once
+
+#include <ROOT/REntry.hxx>
+#include <ROOT/RNTupleFillContext.hxx>
+#include <ROOT/RNTupleModel.hxx>
+#include <ROOT/RNTupleParallelWriter.hxx>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "io/Origin.hpp"
+#include "io/PendingFile.hpp"
+
+namespace ZARN::IO {
+
+/// A ROOT file with one RNTuple, which appears complete or not at all.
+class NTupleFile {
+ public:
+  /// Rows that are filled one after the other. Different objects can be filled
+  /// at the same time; Commit appends their rows to the RNTuple.
+  class Rows {
+   public:
+    /// Where Fill finds the value of a field; valid as long as this.
+    template <class Value>
+    Value* Field(const std::string& name) const {
+      return entry_->GetPtr<Value>(name).get();
+    }
+
+    /// Add a row of the current values.
+    ///
+    /// @throws OutputFailure if writing fails
+    void Fill();
+
+    /// Compress and write the rows since the last call.
+    ///
+    /// @throws OutputFailure
+    void Flush();
+
+    /// Append the flushed rows to those that were committed before. One thread
+    /// commits, while others may fill.
+    ///
+    /// @throws OutputFailure
+    void Commit();
+
+   private:
+    friend class NTupleFile;
+    Rows(const std::string& fileName,
+         std::shared_ptr<ROOT::RNTupleFillContext> context);
+
+    const std::string& fileName_;
+    std::shared_ptr<ROOT::RNTupleFillContext> context_;
+    std::unique_ptr<ROOT::REntry> entry_;
+  };
+
+  /// @param path  a regular file, or a new name; ROOT needs to seek, which
+  ///              pipes and devices cannot do
+  /// @throws OutputFailure if the file cannot be created
+  explicit NTupleFile(const std::string& path);
+  ~NTupleFile();
+
+  /// Define the RNTuple.
+  ///
+  /// @param name    of the RNTuple
+  /// @param origin  becomes its description, as a JSON object
+  /// @param model   its fields
+  /// @throws OutputFailure
+  void Begin(const std::string& name, const Origin& origin,
+             std::unique_ptr<ROOT::RNTupleModel> model);
+  bool HasBegun() const { return writer_ != nullptr; }
+
+  /// New rows, after Begin; valid until Finish.
+  ///
+  /// @throws OutputFailure
+  Rows& AddRows();
+
+  /// Write buffered data. Rows that are not committed are lost.
+  ///
+  /// @throws OutputFailure
+  void Finish();
+
+  /// Move the finished file to its final name.
+  ///
+  /// @throws OutputFailure
+  void Commit() { file_.Commit(); }
+
+ private:
+  PendingFile file_;
+  std::string name_;  // in messages
+  std::unique_ptr<ROOT::RNTupleParallelWriter> writer_;
+  std::vector<std::unique_ptr<Rows>> rows_;
+};
+
+/// A field for names of events or PMTs, which are numbers or text.
+class NameField {
+ public:
+  /// Define the field.
+  static void AddTo(ROOT::RNTupleModel& model, const std::string& field,
+                    bool isInteger);
+
+  /// @param rows  must outlive this; their model has the field
+  NameField(const NTupleFile::Rows& rows, const std::string& field,
+            bool isInteger);
+
+  /// Set the value of the next row.
+  ///
+  /// @param name  IntegerOf must have a value if the field is one of integers
+  void Set(std::string_view name);
+
+ private:
+  std::int64_t* integer_ = nullptr;
+  std::string* text_ = nullptr;
+};
+
+}  // namespace ZARN::IO
