@@ -1,10 +1,12 @@
 #pragma once
 
 #include <array>
+#include <cstddef>
 #include <string>
 #include <vector>
 
 #include "TVector3.h"
+#include "lightpath/Crossings.hpp"
 #include "lightpath/LightPath.hpp"
 
 namespace ZARN::IO {
@@ -24,6 +26,12 @@ inline constexpr std::array<LightPathVector, 8> kLightPathVectors = {
      {"av2", &DU::LightPath::AVPoint2},
      {"av3", &DU::LightPath::AVPoint3},
      {"av4", &DU::LightPath::AVPoint4}}};
+
+/// Number of the vectors, from the first, that paths of a named type use.
+inline std::size_t VectorsOf(DU::eLightPathType type) {
+  return kLightPathVectors.size() - DU::kAVPoints.size() +
+         DU::kCrossings[type].size();
+}
 
 /// The names of all columns: "type", then those of the vectors in order.
 inline std::vector<std::string> LightPathColumns() {

@@ -2,7 +2,6 @@
 
 #include "io/CsvText.hpp"
 #include "io/LightPathColumns.hpp"
-#include "lightpath/Crossings.hpp"
 
 namespace ZARN::IO {
 
@@ -15,9 +14,7 @@ std::string LightPathHeader() {
 }
 
 void AppendLightPath(std::string& text, const DU::LightPath& path) {
-  const std::size_t points = DU::kCrossings[path.LightPathType].size();
-  const std::size_t used =
-      kLightPathVectors.size() - DU::kAVPoints.size() + points;
+  const std::size_t used = VectorsOf(path.LightPathType);
   text += DU::kLightPathTypeNames[path.LightPathType];
   for (std::size_t i = 0; i < kLightPathVectors.size(); ++i) {
     if (i >= used) {
