@@ -51,10 +51,6 @@ std::string Joined(const std::vector<std::string>& names,
   return text;
 }
 
-std::string Suggest(const std::string& nearest) {
-  return nearest.empty() ? "" : "; did you mean " + nearest + "?";
-}
-
 /// Message for an argument that means nothing at its place.
 std::string DescribeUnknown(const CLI::App& app, const CLI::App& command,
                             const std::string& argument) {
@@ -163,6 +159,9 @@ std::string NearestName(const std::string& name,
   std::string nearest;
   std::size_t least = name.size() / 3 + 1;
   for (const std::string& candidate : names) {
+    // A distance is at least the difference of the lengths; its table for a
+    // very long name would be large.
+    if (name.size() >= candidate.size() + least) continue;
     const std::size_t distance = EditDistance(name, candidate);
     if (distance < least) {
       least = distance;
@@ -170,6 +169,10 @@ std::string NearestName(const std::string& name,
     }
   }
   return nearest;
+}
+
+std::string Suggest(const std::string& nearest) {
+  return nearest.empty() ? "" : "; did you mean " + nearest + "?";
 }
 
 }  // namespace ZARN::App

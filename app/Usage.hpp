@@ -34,4 +34,7 @@ std::string HintAtHelp(const CLI::App& app);
 std::string NearestName(const std::string& name,
                         const std::vector<std::string>& names);
 
+/// "; did you mean <nearest>?"; empty for an empty name.
+std::string Suggest(const std::string& nearest);
+
 }  // namespace ZARN::App
