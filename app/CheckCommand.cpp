@@ -4,10 +4,11 @@
 #include <chrono>
 #include <iostream>
 #include <memory>
-#include <optional>
 #include <string>
+#include <string_view>
 
 #include "app/CheckOptions.hpp"
+#include "app/CheckOutput.hpp"
 #include "app/CountsTable.hpp"
 #include "app/Grouped.hpp"
 #include "app/PathCheck.hpp"
@@ -16,13 +17,9 @@
 #include "app/ScopedLogOutput.hpp"
 #include "app/Signals.hpp"
 #include "du/ShadowingCalculator.hpp"
-#include "io/CsvText.hpp"
 #include "io/InputFile.hpp"
 #include "io/LightPathReader.hpp"
-#include "io/OutputFile.hpp"
 #include "io/Quoted.hpp"
-#include "io/Sidecar.hpp"
-#include "io/VerdictText.hpp"
 #include "log/Log.hpp"
 
 namespace ZARN::App {
@@ -31,35 +28,31 @@ namespace {
 /// Counts the verdicts and writes them in the order of the rows.
 class CheckResults {
  public:
-  CheckResults(const CheckOptions& options, const IO::Origin& origin)
-      : output_(options.output), sidecar_(options.output, origin) {
-    output_.Write("row,shadowed,by\n");
-  }
+  CheckResults(const CheckOptions& options, const IO::Origin& origin,
+               const IO::LightPathReader& reader)
+      : reader_(reader), output_(options, origin, reader.NameColumns()) {}
 
   /// Add the verdicts on the next paths. @p calculator judges the paths with
   /// messages, which were left out so far.
   void Take(const PathCheck::CheckedBlock& block,
             DU::ShadowingCalculator& calculator) {
+    output_.BeginBlock(block, reader_.Table());
+    const std::string_view* names = block.names.data();
     auto withMessages = block.withMessages.begin();
     for (std::size_t i = 0; i < block.verdicts.size(); ++i) {
       if (withMessages != block.withMessages.end() &&
           withMessages->index == i) {
-        Add(FindVerdict(*withMessages++, calculator));
+        Add(names, FindVerdict(*withMessages++, calculator));
       } else {
-        Add(block.verdicts[i]);
+        Add(names, block.verdicts[i]);
       }
+      names += reader_.NameColumns().size();
     }
   }
 
-  std::uint64_t Rows() const { return rows_; }
+  std::uint64_t Rows() const { return output_.Rows(); }
 
-  void Commit() {
-    output_.Finish();
-    sidecar_.Finish();
-    ThrowIfInterrupted();
-    output_.Commit();
-    sidecar_.Commit();
-  }
+  void Commit() { output_.Commit(); }
 
   void Print(const DU::ShadowingCalculator& calculator, double seconds) const {
     PrintCounts(std::cerr, counts_, calculator, seconds);
@@ -83,20 +76,13 @@ class CheckResults {
     return calculator.LastVerdict();
   }
 
-  void Add(DU::eShadowingComponent verdict) {
+  void Add(const std::string_view* names, DU::eShadowingComponent verdict) {
     counts_.Add(verdict);
-    line_.clear();
-    IO::AppendNumber(line_, rows_++);
-    line_ += ',';
-    IO::AppendVerdict(line_, verdict);
-    line_ += '\n';
-    output_.Write(line_);
+    output_.Write(names, verdict);
   }
 
-  IO::OutputFile output_;
-  IO::Sidecar sidecar_;
-  std::string line_;
-  std::uint64_t rows_ = 0;
+  const IO::LightPathReader& reader_;
+  CheckOutput output_;
   Scan::VerdictCounts counts_;
   DU::LightPathCalculator lightPath_;
   std::uint64_t unknownTypes_ = 0;
@@ -113,13 +99,15 @@ void Check(const CheckOptions& options) {
   IO::CsvTable& table = reader.Table();
 
   const DeferredSignals deferredSignals;
-  CheckResults results(options, OriginOf(options.run, calculator));
+  CheckResults results(options, OriginOf(options.run, calculator), reader);
 
   const auto begin = std::chrono::steady_clock::now();
   {
     ProgressBar progress;
     const ScopedLogOutput logOutput(progress.Messages());
-    PathCheck check(calculator, reader, options.threads);
+    PathCheck check(
+        calculator, reader,
+        {options.threads, options.knownTypes, options.WritesNTuple()});
     while (const PathCheck::CheckedBlock* const block = check.Next()) {
       results.Take(*block, calculator);
       if (block->error.has_value()) table.Fail(*block->error);

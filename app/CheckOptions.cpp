@@ -4,6 +4,7 @@
 #include <vector>
 
 #include "io/DistinctFiles.hpp"
+#include "io/FileNames.hpp"
 #include "io/Sidecar.hpp"
 
 namespace ZARN::App {
@@ -17,9 +18,11 @@ constexpr const char* kFooter =
     "  initial_x, _y, _z    direction of travel at the start\n"
     "  final_x, _y, _z      direction of travel at the end\n"
     "  av1_x ... av4_z      up to four points on the vessel, mm\n"
+    "  event, pmt           optional: any names; copied to the output\n"
     "An empty coordinate is 0. Other columns are ignored.\n\n"
-    "The verdicts are CSV:\n"
+    "The verdicts go to standard output unless -o names a file:\n"
     "  row                  number of the path, from 0\n"
+    "  event, pmt           the names, if PATHS has them\n"
     "  shadowed             0 or 1\n"
     "  by                   AVHDRope, SupportRope, BellyPlate, NCDAnchor,\n"
     "                       AVPipe, NeckBoss, or empty\n"
@@ -34,6 +37,10 @@ constexpr const char* kFooter =
 
 }  // namespace
 
+bool CheckOptions::WritesNTuple() const {
+  return output.has_value() && IO::IsRootFileName(*output);
+}
+
 void AddCheckOptions(CLI::App& command, CheckOptions& options) {
   command
       .add_option("PATHS", options.paths,
@@ -43,8 +50,11 @@ void AddCheckOptions(CLI::App& command, CheckOptions& options) {
   AddRunOptions(command, options.run);
   command
       .add_option("-o,--output", options.output,
-                  "Write the verdicts to this file (default: standard output)")
-      ->type_name("OUT.csv");
+                  "Write the verdicts to this file: CSV, or an RNTuple for "
+                  "*.root")
+      ->type_name("OUT");
+  command.add_flag("--known-types", options.knownTypes,
+                   "Refuse a path whose type name is unknown");
   AddThreadsOption(command, options.threads);
   command.add_flag("--debug", options.debug,
                    "Show the calculator's diagnostics on standard error");
@@ -52,7 +62,6 @@ void AddCheckOptions(CLI::App& command, CheckOptions& options) {
 }
 
 void RequireConsistent(const CheckOptions& options) {
-  RequireCsvName("--output", options.output);
   // The verdicts may replace PATHS, but the file beside them no input.
   const std::optional<std::string> sidecar = IO::SidecarName(options.output);
   if (!sidecar.has_value()) return;

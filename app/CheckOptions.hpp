@@ -18,7 +18,11 @@ struct CheckOptions {
   RunOptions run;
   std::optional<std::string> output;
   std::size_t threads = 1;
+  bool knownTypes = false;
   bool debug = false;
+
+  /// Whether the verdicts are written as an RNTuple, not as CSV.
+  bool WritesNTuple() const;
 };
 
 /// Add the options and the help of check; @p options must outlive the parsing.

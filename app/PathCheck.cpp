@@ -3,7 +3,10 @@
 #include <utility>
 
 #include "app/Signals.hpp"
+#include "app/Usage.hpp"
 #include "io/Errors.hpp"
+#include "io/IntegerName.hpp"
+#include "io/Quoted.hpp"
 
 namespace ZARN::App {
 namespace {
@@ -11,16 +14,24 @@ namespace {
 /// Paths judged in one call; few enough to stay in the processor's cache.
 constexpr std::size_t kBatchSize = 64;
 
+std::string DescribeUnknownType(std::string_view name) {
+  return IO::Quoted(name) + " is not the name of a path type" +
+         Suggest(NearestName(
+             std::string(name),
+             {DU::kLightPathTypeNames.begin(), DU::kLightPathTypeNames.end()}));
+}
+
 }  // namespace
 
 PathCheck::PathCheck(const DU::ShadowingCalculator& calculator,
-                     IO::LightPathReader& reader, std::size_t threads)
+                     IO::LightPathReader& reader, const Options& options)
     : calculator_(calculator),
       reader_(reader),
+      options_(options),
       // While one thread waits for the oldest block, others can continue.
-      maxBlocks_(threads == 1 ? 1 : 2 * threads),
-      batches_(threads),
-      work_(threads, [this](CheckedBlock& checked, std::size_t worker) {
+      maxBlocks_(options.threads == 1 ? 1 : 2 * options.threads),
+      batches_(options.threads),
+      work_(options.threads, [this](CheckedBlock& checked, std::size_t worker) {
         FindVerdicts(checked, batches_[worker]);
       }) {}
 
@@ -57,6 +68,8 @@ void PathCheck::FindVerdicts(CheckedBlock& checked,
                              std::vector<DU::LightPath>& batch) const {
   checked.verdicts.clear();
   checked.withMessages.clear();
+  checked.names.clear();
+  checked.firstTexts.assign(reader_.NameColumns().size(), std::nullopt);
   batch.resize(kBatchSize);
   std::size_t filled = 0;
   const auto findBatch = [&] {
@@ -72,6 +85,12 @@ void PathCheck::FindVerdicts(CheckedBlock& checked,
   try {
     while (reader_.Next(rows, batch[filled])) {
       const DU::LightPath& path = batch[filled];
+      if (options_.refusesUnknownTypes &&
+          path.LightPathType == IO::LightPathReader::kUnknownType) {
+        throw reader_.TypeError(rows,
+                                DescribeUnknownType(reader_.TypeName(rows)));
+      }
+      TakeNames(rows, checked);
       if (calculator_.WritesMessages(path.LightPathType)) {
         const DU::LightPath withMessages = path;
         findBatch();
@@ -87,6 +106,20 @@ void PathCheck::FindVerdicts(CheckedBlock& checked,
   }
   findBatch();
   checked.extent = rows.Read();
+}
+
+void PathCheck::TakeNames(const IO::CsvRows& rows,
+                          CheckedBlock& checked) const {
+  for (std::size_t i = 0; i < reader_.NameColumns().size(); ++i) {
+    const std::string_view name = reader_.Name(rows, i);
+    checked.names.push_back(name);
+    std::optional<IO::CsvError>& firstText = checked.firstTexts[i];
+    if (!options_.wantsIntegerNames || firstText.has_value()) continue;
+    if (IO::IntegerOf(name).has_value()) continue;
+    firstText = reader_.NameError(
+        rows, i,
+        IO::Quoted(name) + " is not a whole number, as those before it are");
+  }
 }
 
 }  // namespace ZARN::App

@@ -30,14 +30,25 @@ class PathCheck {
     /// messages.
     std::vector<DU::eShadowingComponent> verdicts;
     std::vector<PathWithMessages> withMessages;
+    /// For each path the cells of the reader's NameColumns.
+    std::vector<std::string_view> names;
+    /// For each of these columns the error for the first cell that is not an
+    /// integer, if integers are wanted.
+    std::vector<std::optional<IO::CsvError>> firstTexts;
     IO::CsvExtent extent;
     std::optional<IO::CsvError> error;
+  };
+
+  struct Options {
+    std::size_t threads = 1;
+    bool refusesUnknownTypes = false;  ///< with an error of the block
+    bool wantsIntegerNames = false;    ///< sets firstTexts
   };
 
   /// @param calculator  must outlive this; BeginOfRun was called
   /// @param reader      must outlive this
   PathCheck(const DU::ShadowingCalculator& calculator,
-            IO::LightPathReader& reader, std::size_t threads);
+            IO::LightPathReader& reader, const Options& options);
 
   /// The results for the next block; null after the last. Valid until the next
   /// call.
@@ -54,9 +65,11 @@ class PathCheck {
   bool Read(IO::CsvBlock& block);
   void FindVerdicts(CheckedBlock& checked,
                     std::vector<DU::LightPath>& batch) const;
+  void TakeNames(const IO::CsvRows& rows, CheckedBlock& checked) const;
 
   const DU::ShadowingCalculator& calculator_;
   IO::LightPathReader& reader_;
+  Options options_;
   bool isAtEnd_ = false;
   std::exception_ptr failure_;  // why reading stopped
   std::size_t maxBlocks_;       // limit for blocks in work

@@ -31,7 +31,14 @@ double Coordinate(const CsvRows& rows, std::size_t column) {
 }  // namespace
 
 LightPathReader::LightPathReader(InputFile& input)
-    : table_(input), columns_(table_.RequireColumns(LightPathColumns())) {}
+    : table_(input), columns_(table_.RequireColumns(LightPathColumns())) {
+  for (const char* const name : {"event", "pmt"}) {
+    const std::optional<std::size_t> place = table_.FindColumn(name);
+    if (!place.has_value()) continue;
+    nameColumns_.emplace_back(name);
+    namePlaces_.push_back(*place);
+  }
+}
 
 bool LightPathReader::Next(CsvRows& rows, DU::LightPath& path) const {
   if (!rows.Next()) return false;

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstddef>
+#include <string>
 #include <string_view>
 #include <vector>
 
@@ -11,7 +12,8 @@
 namespace ZARN::IO {
 
 /// Reads light paths from CSV: the columns type, start_x ... start_z, end_*,
-/// initial_*, final_*, av1_* to av4_*, in any order; others are ignored.
+/// initial_*, final_*, av1_* to av4_*, in any order; and the columns event and
+/// pmt, if the table has them. Others are ignored.
 class LightPathReader {
  public:
   /// The type of paths whose type name is not one of the eight.
@@ -26,6 +28,10 @@ class LightPathReader {
   CsvTable& Table() { return table_; }
   const CsvTable& Table() const { return table_; }
 
+  /// Names of those of the columns event and pmt that the table has, in this
+  /// order.
+  const std::vector<std::string>& NameColumns() const { return nameColumns_; }
+
   /// Read the next row into @p path; false after the last. An empty coordinate
   /// is 0.
   ///
@@ -37,9 +43,27 @@ class LightPathReader {
     return rows.Cell(columns_[0]);
   }
 
+  /// The error for the type name in the current row.
+  CsvError TypeError(const CsvRows& rows, const std::string& reason) const {
+    return rows.Error(columns_[0], reason);
+  }
+
+  /// The name in the current row, and the error for it.
+  ///
+  /// @param number  of the column among NameColumns
+  std::string_view Name(const CsvRows& rows, std::size_t number) const {
+    return rows.Cell(namePlaces_[number]);
+  }
+  CsvError NameError(const CsvRows& rows, std::size_t number,
+                     const std::string& reason) const {
+    return rows.Error(namePlaces_[number], reason);
+  }
+
  private:
   CsvTable table_;
   std::vector<std::size_t> columns_;  // as LightPathColumns
+  std::vector<std::string> nameColumns_;
+  std::vector<std::size_t> namePlaces_;  // of the columns with these names
 };
 
 }  // namespace ZARN::IO

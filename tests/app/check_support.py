@@ -45,15 +45,15 @@ class CheckTest(CommandTest):
         return self.check(self.paths(*rows), *options,
                           geometry=self.tables(*entries)).verdicts()
 
-    def refuse(self, text, *wanted, **more):
+    def refuse(self, text, *wanted, options=(), **more):
         """Bad input: status 2, a message with the file's name and all of @p wanted,
         no new output file, and an existing one unchanged."""
         paths = self.write("paths.csv", text)
         (self.folder / "new.csv").unlink(missing_ok=True)
-        self.check(paths, "-o", self.folder / "new.csv", status=2, **more)
+        self.check(paths, "-o", self.folder / "new.csv", *options, status=2, **more)
         self.assertFalse((self.folder / "new.csv").exists())
         old = self.write("old.csv", "as it was")
-        result = self.check(paths, "-o", old, status=2, **more)
+        result = self.check(paths, "-o", old, *options, status=2, **more)
         self.assertEqual(old.read_bytes(), b"as it was")
         for part in ("paths.csv", *wanted):
             self.assertRegex(result.err, part)

@@ -84,6 +84,25 @@ class TypeNames(CheckTest):
                "call CalcByPosition first before checking for shadowing!"
                for test in ("SupportRope", "BellyPlate", "SupportRope", "AVHDRope", "AVHDRope")])
 
+    def test_known_types_are_required_on_request(self):
+        good = self.paths(*(path(name) for name in TYPES), name="good.csv")
+        self.assertEqual(self.check(good, "--known-types").verdicts(), [""] * len(TYPES))
+        for name, message in (("AV->Watr", '"AV->Watr" is not the name of a path type; '
+                                           'did you mean AV->Water?'),
+                              ("water", '"water" is not the name of a path type; '
+                                        'did you mean Water?'),
+                              ("", '"" is not the name of a path type\n'),
+                              ("x" * 500_000, 'x..." is not the name of a path type\n')):
+            for threads in (1, 7):
+                with self.subTest(name=name[:20], threads=threads):
+                    result = self.refuse(
+                        table(path("Water"), NEAR_ANCHOR, path(name), path("odd")),
+                        r"line 4 \(row 2\), column type", options=("--known-types", "--threads",
+                                                                   threads))
+                    self.assertIn(message, result.err)
+        # An error of an earlier row is found first.
+        self.refuse(table("short", path("odd")), "line 2 ", options=["--known-types"])
+
     def test_a_very_long_name_is_accepted(self):
         name = "x" * 500_000
         result = self.check(self.paths(path(name), NEAR_ANCHOR),

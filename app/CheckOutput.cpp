@@ -1,0 +1,86 @@
+#include "app/CheckOutput.hpp"
+
+#include <utility>
+
+#include "app/Signals.hpp"
+#include "io/CsvText.hpp"
+#include "io/FileNames.hpp"
+#include "io/VerdictText.hpp"
+
+namespace ZARN::App {
+
+CheckOutput::CheckOutput(const CheckOptions& options, const IO::Origin& origin,
+                         std::vector<std::string> nameColumns)
+    : nameColumns_(std::move(nameColumns)) {
+  if (options.WritesNTuple()) {
+    ntuple_.emplace(*options.output, origin, false);
+    return;
+  }
+  csv_.emplace(options.output);
+  sidecar_.emplace(options.output, origin);
+  std::string header = "row,";
+  for (const std::string& name : nameColumns_) header += name + ",";
+  csv_->Write(header + "shadowed,by\n");
+}
+
+void CheckOutput::BeginBlock(const PathCheck::CheckedBlock& block,
+                             const IO::CsvTable& table) {
+  if (!ntuple_.has_value() || block.verdicts.empty()) return;
+  if (!ntuple_->HasBegun()) {
+    for (const auto& firstText : block.firstTexts) {
+      areIntegers_.push_back(!firstText.has_value());
+    }
+    BeginNTuple(areIntegers_);
+  }
+  for (std::size_t column = 0; column < nameColumns_.size(); ++column) {
+    const std::optional<IO::CsvError>& firstText = block.firstTexts[column];
+    if (areIntegers_[column] && firstText.has_value()) table.Fail(*firstText);
+  }
+}
+
+void CheckOutput::BeginNTuple(const std::vector<bool>& areIntegers) {
+  std::vector<IO::PathVerdictNTuple::NameColumn> columns;
+  for (std::size_t i = 0; i < nameColumns_.size(); ++i) {
+    columns.push_back({nameColumns_[i], areIntegers[i]});
+  }
+  ntuple_->Begin(columns);
+}
+
+void CheckOutput::Write(const std::string_view* names,
+                        DU::eShadowingComponent by) {
+  const std::uint64_t row = rows_++;
+  if (ntuple_.has_value()) {
+    ntuple_->Fill(names, by);
+    return;
+  }
+  line_.clear();
+  IO::AppendNumber(line_, row);
+  line_ += ',';
+  for (std::size_t i = 0; i < nameColumns_.size(); ++i) {
+    line_ += IO::CsvCell(names[i]);
+    line_ += ',';
+  }
+  IO::AppendVerdict(line_, by);
+  line_ += '\n';
+  csv_->Write(line_);
+}
+
+void CheckOutput::Commit() {
+  if (ntuple_.has_value()) {
+    // Without rows there are no names that would not be text.
+    if (!ntuple_->HasBegun()) {
+      BeginNTuple(std::vector<bool>(nameColumns_.size(), false));
+    }
+    ntuple_->Finish();
+    ThrowIfInterrupted();
+    ntuple_->Commit();
+    return;
+  }
+  csv_->Finish();
+  sidecar_->Finish();
+  ThrowIfInterrupted();
+  csv_->Commit();
+  sidecar_->Commit();
+}
+
+}  // namespace ZARN::App
