@@ -26,6 +26,9 @@ constexpr const char* kFooter =
     "  shadowed             0 or 1\n"
     "  by                   AVHDRope, SupportRope, BellyPlate, NCDAnchor,\n"
     "                       AVPipe, NeckBoss, or empty\n"
+    "Columns that --columns can add:\n"
+    "  code                 number of the verdict: 0 clear, 1 to 6 the\n"
+    "                       components in this order\n"
     "Set-up messages, warnings and a table of counts go to standard "
     "error.\n\n"
     "Exit status: 0 success; 1 output cannot be written; 2 bad usage or "
@@ -53,6 +56,15 @@ void AddCheckOptions(CLI::App& command, CheckOptions& options) {
                   "Write the verdicts to this file: CSV, or an RNTuple for "
                   "*.root")
       ->type_name("OUT");
+  command
+      .add_option_function<std::string>(
+          "--columns",
+          [&options](const std::string& list) {
+            options.hasCode =
+                !ColumnNamesOf("--columns", list, {"code"}).empty();
+          },
+          "More columns for the verdicts; see below")
+      ->type_name("LIST");
   command.add_flag("--known-types", options.knownTypes,
                    "Refuse a path whose type name is unknown");
   AddThreadsOption(command, options.threads);

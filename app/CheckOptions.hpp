@@ -18,6 +18,7 @@ struct CheckOptions {
   RunOptions run;
   std::optional<std::string> output;
   std::size_t threads = 1;
+  bool hasCode = false;  // whether there is a column code
   bool knownTypes = false;
   bool debug = false;
 

@@ -3,6 +3,7 @@
 #include <utility>
 
 #include "app/Signals.hpp"
+#include "du/Verdict.hpp"
 #include "io/CsvText.hpp"
 #include "io/FileNames.hpp"
 #include "io/VerdictText.hpp"
@@ -11,16 +12,16 @@ namespace ZARN::App {
 
 CheckOutput::CheckOutput(const CheckOptions& options, const IO::Origin& origin,
                          std::vector<std::string> nameColumns)
-    : nameColumns_(std::move(nameColumns)) {
+    : nameColumns_(std::move(nameColumns)), hasCode_(options.hasCode) {
   if (options.WritesNTuple()) {
-    ntuple_.emplace(*options.output, origin, false);
+    ntuple_.emplace(*options.output, origin, options.hasCode);
     return;
   }
   csv_.emplace(options.output);
   sidecar_.emplace(options.output, origin);
   std::string header = "row,";
   for (const std::string& name : nameColumns_) header += name + ",";
-  csv_->Write(header + "shadowed,by\n");
+  csv_->Write(header + (hasCode_ ? "shadowed,by,code\n" : "shadowed,by\n"));
 }
 
 void CheckOutput::BeginBlock(const PathCheck::CheckedBlock& block,
@@ -61,14 +62,17 @@ void CheckOutput::Write(const std::string_view* names,
     line_ += ',';
   }
   IO::AppendVerdict(line_, by);
+  if (hasCode_) {
+    line_ += ',';
+    IO::AppendNumber(line_, static_cast<std::uint64_t>(DU::VerdictOf(by)));
+  }
   line_ += '\n';
   csv_->Write(line_);
 }
 
 void CheckOutput::Commit() {
   if (ntuple_.has_value()) {
-    // Without rows there are no names that would not be text.
-    if (!ntuple_->HasBegun()) {
+    if (!ntuple_->HasBegun()) {  // there are no rows
       BeginNTuple(std::vector<bool>(nameColumns_.size(), false));
     }
     ntuple_->Finish();

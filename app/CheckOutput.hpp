@@ -47,6 +47,7 @@ class CheckOutput {
   void BeginNTuple(const std::vector<bool>& areIntegers);
 
   std::vector<std::string> nameColumns_;
+  bool hasCode_;
   std::uint64_t rows_ = 0;
 
   std::optional<IO::PathVerdictNTuple> ntuple_;

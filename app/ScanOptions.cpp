@@ -1,9 +1,7 @@
 #include "app/ScanOptions.hpp"
 
 #include <CLI/CLI.hpp>
-#include <algorithm>
 #include <array>
-#include <sstream>
 #include <string>
 #include <vector>
 
@@ -72,13 +70,6 @@ std::string Footer() {
          describe(IO::PairColumns()) + kCountsAndExample;
 }
 
-/// The text without blanks at its ends.
-std::string WithoutBlanks(const std::string& text) {
-  const std::size_t begin = text.find_first_not_of(' ');
-  if (begin == std::string::npos) return "";
-  return text.substr(begin, text.find_last_not_of(' ') + 1 - begin);
-}
-
 TVector3 PositionOf(const std::string& option, const std::string& text) {
   std::array<double, 3> values = {};
   std::size_t begin = 0;
@@ -133,24 +124,13 @@ void AddWavelength(CLI::App& command, ScanOptions& options) {
 /// The columns of a list of names separated by commas.
 std::vector<const IO::PairColumn*> ColumnsOf(const std::string& option,
                                              const std::string& list) {
+  std::vector<std::string> known;
+  for (const IO::PairColumn& column : IO::PairColumns()) {
+    known.emplace_back(column.name);
+  }
   std::vector<const IO::PairColumn*> columns;
-  std::istringstream names(list + ",");
-  for (std::string name; std::getline(names, name, ',');) {
-    name = WithoutBlanks(name);
-    const IO::PairColumn* const column = IO::FindPairColumn(name);
-    if (column == nullptr) {
-      std::vector<std::string> known;
-      for (const auto& each : IO::PairColumns()) known.emplace_back(each.name);
-      const std::string nearest = NearestName(name, known);
-      throw BadUsage(option + ": there is no column " + IO::Quoted(name) +
-                     (nearest.empty() ? "; see --help for all names"
-                                      : "; did you mean " + nearest + "?"));
-    }
-    if (std::find(columns.begin(), columns.end(), column) != columns.end()) {
-      throw BadUsage(option + ": the column " + IO::Quoted(name) +
-                     " is given more than once");
-    }
-    columns.push_back(column);
+  for (const std::string& name : ColumnNamesOf(option, list, known)) {
+    columns.push_back(IO::FindPairColumn(name));
   }
   return columns;
 }

@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-"""The names of events and PMTs that `zarn-shadow check` copies, and its ROOT output."""
+"""The columns that `zarn-shadow check` can have, and its ROOT output."""
 
 import csv
 import io
@@ -10,13 +10,13 @@ import unittest
 sys.dont_write_bytecode = True  # the source folder stays clean
 
 from command_support import HEADER, line
-from check_support import CheckTest, FAR_FROM_ANCHOR, NEAR_ANCHOR
+from check_support import CheckTest, FAR_FROM_ANCHOR, NEAR_ANCHOR, path
 from root_support import NTuple
 
 
 def named(names, paths, header="event,pmt"):
     """A table of paths with columns of names before the others."""
-    rows = [line(cells) + "," + path for cells, path in zip(names, paths, strict=True)]
+    rows = [line(cells) + "," + text for cells, text in zip(names, paths, strict=True)]
     return "\n".join([f"{header},{HEADER}", *rows]) + "\n"
 
 
@@ -55,6 +55,27 @@ class Names(CheckTest):
         one = self.records(text, "--threads", 1)
         self.assertEqual([tuple(row[1:3]) for row in one[1:]], names)
         self.assertEqual(self.records(text, "--threads", 7), one)
+
+
+class Columns(CheckTest):
+    def test_the_code_is_the_number_of_the_verdict(self):
+        paths = self.paths(NEAR_ANCHOR, FAR_FROM_ANCHOR, path("odd"))
+        wanted = b"row,shadowed,by,code\n0,1,NCDAnchor,4\n1,0,,0\n2,0,,0\n"
+        for columns in ("code", " code "):
+            self.assertEqual(self.check(paths, "--columns", columns).out, wanted)
+        self.check(paths, "--columns", "code", "-o", "out.root")
+        found = NTuple("verdicts", self.folder / "out.root")
+        self.assertEqual(found.fields, ["row", "shadowed", "by", "code"])
+        self.assertEqual(found.column("code"), [4, 0, 0])
+
+    def test_a_column_that_is_not_known_or_given_twice_is_refused(self):
+        for columns, message in (("cod", '"cod"; did you mean code?'), ("", '""'),
+                                 ("code,", '""'), ("code;", '"code;"; did you mean code?'),
+                                 ("code, code", '"code" is given more than once')):
+            result = self.check(self.paths(NEAR_ANCHOR), "--columns", columns, status=2)
+            self.assertIn("--columns: ", result.err)
+            self.assertIn(message, result.err)
+            self.assertIn("check --help", result.err)
 
 
 class RootOutput(CheckTest):
