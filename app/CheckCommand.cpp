@@ -107,7 +107,7 @@ void Check(const CheckOptions& options) {
     const ScopedLogOutput logOutput(progress.Messages());
     PathCheck check(
         calculator, reader,
-        {options.threads, options.knownTypes, options.WritesNTuple()});
+        {options.run.threads, options.knownTypes, options.WritesNTuple()});
     while (const PathCheck::CheckedBlock* const block = check.Next()) {
       results.Take(*block, calculator);
       if (block->error.has_value()) table.Fail(*block->error);

@@ -67,7 +67,6 @@ void AddCheckOptions(CLI::App& command, CheckOptions& options) {
       ->type_name("LIST");
   command.add_flag("--known-types", options.knownTypes,
                    "Refuse a path whose type name is unknown");
-  AddThreadsOption(command, options.threads);
   command.add_flag("--debug", options.debug,
                    "Show the calculator's diagnostics on standard error");
   command.footer(kFooter);

@@ -1,6 +1,5 @@
 #pragma once
 
-#include <cstddef>
 #include <optional>
 #include <string>
 
@@ -17,7 +16,6 @@ struct CheckOptions {
   std::string paths;
   RunOptions run;
   std::optional<std::string> output;
-  std::size_t threads = 1;
   bool hasCode = false;  // whether there is a column code
   bool knownTypes = false;
   bool debug = false;

@@ -43,6 +43,24 @@ void ReportLoadErrors(const RunOptions& options,
   }
 }
 
+void AddThreads(CLI::App& command, std::size_t& threads) {
+  threads = std::max(1U, std::thread::hardware_concurrency());
+  command
+      .add_option_function<std::string>(
+          "--threads",
+          [&threads](const std::string& text) {
+            constexpr int kMost = 1024;
+            const int number = WholeNumberOf("--threads", text);
+            if (number < 1 || number > kMost) {
+              throw BadUsage("--threads: " + IO::Quoted(text) +
+                             " is out of range (1 to 1024)");
+            }
+            threads = static_cast<std::size_t>(number);
+          },
+          "Number of threads (default: all cores); results are the same")
+      ->type_name("N");
+}
+
 }  // namespace
 
 void AddRunOptions(CLI::App& command, RunOptions& options) {
@@ -69,24 +87,21 @@ void AddRunOptions(CLI::App& command, RunOptions& options) {
           "Margin in mm around ropes, belly plates and NCD anchors "
           "(default: 150)")
       ->type_name("MM");
+  AddThreads(command, options.threads);
 }
 
-void AddThreadsOption(CLI::App& command, std::size_t& threads) {
-  threads = std::max(1U, std::thread::hardware_concurrency());
+void AddWavelengthOption(CLI::App& command, double& wavelength) {
   command
       .add_option_function<std::string>(
-          "--threads",
-          [&threads](const std::string& text) {
-            constexpr int kMost = 1024;
-            const int number = WholeNumberOf("--threads", text);
-            if (number < 1 || number > kMost) {
-              throw BadUsage("--threads: " + IO::Quoted(text) +
-                             " is out of range (1 to 1024)");
-            }
-            threads = static_cast<std::size_t>(number);
+          "--wavelength",
+          [&wavelength](const std::string& text) {
+            wavelength = NumberOf("--wavelength", text);
+            if (wavelength > 0) return;
+            throw BadUsage("--wavelength: " + IO::Quoted(text) +
+                           " is not greater than 0");
           },
-          "Number of threads (default: all cores); results are the same")
-      ->type_name("N");
+          "Wavelength of the light in nm (default: 400)")
+      ->type_name("NM");
 }
 
 std::vector<std::string> FilesOf(const RunOptions& options) {

@@ -20,19 +20,21 @@ class ShadowingCalculator;
 
 namespace App {
 
-/// Which tables are read, for which run, and with which tolerance.
+/// What every command that judges light paths can choose.
 struct RunOptions {
   std::string geometry;
   int run = 0;
   std::optional<double> tolerance;  // mm
+  std::size_t threads = 1;
 };
 
-/// Add --threads; @p threads must outlive the parsing. Its default is the
-/// number of cores.
-void AddThreadsOption(CLI::App& command, std::size_t& threads);
-
-/// Add --geometry, --run and --tolerance; @p options must outlive the parsing.
+/// Add --geometry, --run, --tolerance and --threads, whose default is the
+/// number of cores; @p options must outlive the parsing.
 void AddRunOptions(CLI::App& command, RunOptions& options);
+
+/// Add --wavelength, for commands that trace light; @p wavelength, in nm, must
+/// outlive the parsing and keeps its value if the option is not given.
+void AddWavelengthOption(CLI::App& command, double& wavelength);
 
 /// The files from which the tables are read.
 std::vector<std::string> FilesOf(const RunOptions& options);

@@ -93,7 +93,7 @@ class ScanInput : public Scan::RowScan::Source {
 Scan::RowScan::Settings SettingsOf(const ScanOptions& options,
                                    ScanOutputs& outputs) {
   Scan::RowScan::Settings settings;
-  settings.threads = options.threads;
+  settings.threads = options.run.threads;
   settings.withReflections = options.withReflections;
   settings.withTypes = options.WritesVerdicts() || options.paths.has_value();
   settings.withPMTCounts = options.perPMT.has_value();
@@ -119,7 +119,8 @@ void RunScan(const ScanOptions& options) {
 
   const DeferredSignals deferredSignals;
   ScanOutputs outputs(options, shadowing, lightPath, pmts);
-  ScanInput input(events, outputs, Scan::RowScan::SlotsFor(options.threads));
+  ScanInput input(events, outputs,
+                  Scan::RowScan::SlotsFor(options.run.threads));
   Scan::RowScan scan(shadowing, lightPath, DU::PMTArray(PositionsOf(pmts)),
                      SettingsOf(options, outputs));
   ScanCounts counts;

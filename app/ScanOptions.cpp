@@ -107,20 +107,6 @@ void AddInputs(CLI::App& command, ScanOptions& options) {
       ->type_name("PMTS.csv");
 }
 
-void AddWavelength(CLI::App& command, ScanOptions& options) {
-  command
-      .add_option_function<std::string>(
-          "--wavelength",
-          [&options](const std::string& text) {
-            options.wavelength = NumberOf("--wavelength", text);
-            if (options.wavelength > 0) return;
-            throw BadUsage("--wavelength: " + IO::Quoted(text) +
-                           " is not greater than 0");
-          },
-          "Wavelength of the light in nm (default: 400)")
-      ->type_name("NM");
-}
-
 /// The columns of a list of names separated by commas.
 std::vector<const IO::PairColumn*> ColumnsOf(const std::string& option,
                                              const std::string& list) {
@@ -229,12 +215,11 @@ std::vector<const IO::PairColumn*> ScanOptions::AllColumns() const {
 void AddScanOptions(CLI::App& command, ScanOptions& options) {
   AddInputs(command, options);
   AddRunOptions(command, options.run);
-  AddWavelength(command, options);
+  AddWavelengthOption(command, options.wavelength);
   command.add_flag("--reflections", options.withReflections,
                    "Also judge the light reflected at the vessel");
   AddSmearing(command, options);
   AddOutputs(command, options);
-  AddThreadsOption(command, options.threads);
   command.footer(Footer());
 }
 

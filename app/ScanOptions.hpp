@@ -1,6 +1,5 @@
 #pragma once
 
-#include <cstddef>
 #include <optional>
 #include <string>
 #include <vector>
@@ -28,7 +27,6 @@ struct ScanOptions {
   std::optional<std::string> perPMT;
   std::optional<std::string> perEvent;
   double wavelength = DU::LightPathCalculator::kDefaultWavelength;  // nm
-  std::size_t threads = 1;
   bool withReflections = false;
 
   std::vector<const IO::PairColumn*> columns;  // besides the usual ones

@@ -30,7 +30,7 @@ ScanOutputs::ScanOutputs(const ScanOptions& options,
                          const DU::LightPathCalculator& lightPath,
                          const std::vector<IO::NamedPosition>& pmts)
     : pmts_(pmts),
-      slots_(Scan::RowScan::SlotsFor(options.threads)),
+      slots_(Scan::RowScan::SlotsFor(options.run.threads)),
       fields_{false, options.AllColumns()} {
   for (Slot& slot : slots_) slot.lightPath = lightPath;
   IO::Origin origin = OriginOf(options.run, shadowing);
