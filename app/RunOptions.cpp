@@ -14,7 +14,6 @@
 #include "db/JsonTables.hpp"
 #include "du/ShadowingCalculator.hpp"
 #include "io/Errors.hpp"
-#include "io/FileNames.hpp"
 #include "io/Numbers.hpp"
 #include "io/Quoted.hpp"
 #include "lightpath/LightPathCalculator.hpp"
@@ -131,13 +130,6 @@ IO::Origin OriginOf(const RunOptions& options,
   return {"zarn-shadow", ZARN_VERSION,
           options.run,   calculator.GetAVHDRopeTolerance(),
           std::nullopt,  Fingerprint(DB::Get())};
-}
-
-void RequireCsvName(const std::string& option,
-                    const std::optional<std::string>& file) {
-  if (!file.has_value() || !IO::IsRootFileName(*file)) return;
-  throw BadUsage(option + ": " + IO::Quoted(*file) +
-                 " is the name of a ROOT file, but this output is CSV");
 }
 
 int WholeNumberOf(const std::string& option, const std::string& text) {

@@ -58,12 +58,6 @@ void BeginRun(const RunOptions& options, DU::LightPathCalculator& calculator);
 IO::Origin OriginOf(const RunOptions& options,
                     const DU::ShadowingCalculator& calculator);
 
-/// Refuse the name of a ROOT file for an output that is always CSV.
-///
-/// @throws BadUsage
-void RequireCsvName(const std::string& option,
-                    const std::optional<std::string>& file);
-
 /// Read an option's value, or throw BadUsage naming the option. CLI11's own
 /// conversions accept octal and hexadecimal numbers and blanks, and round
 /// numbers twice.

@@ -41,10 +41,10 @@ constexpr const char* kColumns =
     "NaN, if there is no path):\n";
 
 constexpr const char* kCountsAndExample =
-    "The counts are CSV: pmt or event, paths, shadowed, fraction, and by, "
-    "the\n"
+    "The counts are: pmt or event, paths, shadowed, fraction, and by, the\n"
     "component that blocks most; with --smear then smeared_fraction, the mean\n"
-    "over the rows that have one. Any one output can be - (standard output).\n"
+    "over the rows that have one. An output is an RNTuple if its name ends in\n"
+    ".root, else CSV. Any one output can be - (standard output).\n"
     "check gives the same verdicts for PATHS with the same tables, run and\n"
     "tolerance.\n\n"
     "Exit status: 0 success; 1 output cannot be written; 2 bad usage or "
@@ -171,17 +171,18 @@ void AddOutputs(CLI::App& command, ScanOptions& options) {
           "More columns for the verdicts, e.g. time,angle; see below")
       ->type_name("LIST");
   command
-      .add_option("--paths", options.paths,
-                  "Write every light path to this file, for check")
-      ->type_name("PATHS.csv");
+      .add_option(
+          "--paths", options.paths,
+          "Write every light path to this file; CSV can be read by check")
+      ->type_name("PATHS");
   command
       .add_option("--per-pmt", options.perPMT,
                   "Write counts for each PMT to this file")
-      ->type_name("OUT.csv");
+      ->type_name("OUT");
   command
       .add_option("--per-event", options.perEvent,
                   "Write counts for each event to this file")
-      ->type_name("OUT.csv");
+      ->type_name("OUT");
 }
 
 }  // namespace
@@ -236,9 +237,6 @@ void RequireConsistent(const ScanOptions& options) {
   if (options.seed.has_value() && !options.sigma.has_value()) {
     throw BadUsage("--seed needs --smear");
   }
-  RequireCsvName("--paths", options.paths);
-  RequireCsvName("--per-pmt", options.perPMT);
-  RequireCsvName("--per-event", options.perEvent);
   std::vector<std::string> inputs = FilesOf(options.run);
   inputs.push_back(options.pmts);
   if (options.events.has_value()) inputs.push_back(*options.events);

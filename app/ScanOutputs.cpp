@@ -3,11 +3,18 @@
 #include <algorithm>
 
 #include "app/Signals.hpp"
+#include "io/FileNames.hpp"
 #include "io/IntegerName.hpp"
 #include "io/LightPathText.hpp"
 
 namespace ZARN::App {
 namespace {
+
+bool AreIntegers(const std::vector<IO::NamedPosition>& items) {
+  return std::all_of(items.begin(), items.end(), [](const auto& item) {
+    return IO::IntegerOf(item.name).has_value();
+  });
+}
 
 void WriteCounts(IO::CountsFile& file, const IO::NamedPosition& name,
                  const Scan::VerdictCounts& counts,
@@ -43,7 +50,9 @@ ScanOutputs::ScanOutputs(const ScanOptions& options,
     sidecar_.emplace(options.output, origin);
     verdicts_->Write(text_->Header());
   }
-  if (options.paths.has_value()) {
+  if (options.paths.has_value() && IO::IsRootFileName(*options.paths)) {
+    pathNTuple_.emplace(*options.paths, origin);
+  } else if (options.paths.has_value()) {
     paths_.emplace(options.paths);
     paths_->Write("event,pmt," + IO::LightPathHeader() + "\n");
   }
@@ -52,6 +61,7 @@ ScanOutputs::ScanOutputs(const ScanOptions& options,
   if (options.perPMT.has_value()) {
     perPMT_.emplace(options.perPMT, "pmt", origin, kind);
     if (options.sigma.has_value()) smearedOfPMT_.resize(pmts.size());
+    perPMT_->Begin(AreIntegers(pmts));
   }
   if (options.perEvent.has_value()) {
     perEvent_.emplace(options.perEvent, "event", origin, kind);
@@ -71,19 +81,25 @@ std::size_t ScanOutputs::PairsPerBlock() const {
 }
 
 void ScanOutputs::Begin(const std::vector<IO::NamedPosition>& firstEvents) {
-  if (!ntuple_.has_value()) return;
-  fields_.hasIntegerEvents = std::all_of(
-      firstEvents.begin(), firstEvents.end(),
-      [](const auto& event) { return IO::IntegerOf(event.name).has_value(); });
-  ntuple_->Begin(fields_, slots_.size());
+  const bool hasNTuple = ntuple_.has_value() || pathNTuple_.has_value() ||
+                         (perEvent_.has_value() && perEvent_->IsNTuple());
+  fields_.hasIntegerEvents = hasNTuple && AreIntegers(firstEvents);
+  if (ntuple_.has_value()) ntuple_->Begin(fields_, slots_.size());
+  if (pathNTuple_.has_value()) {
+    pathNTuple_->Begin({fields_.hasIntegerEvents, AreIntegers(pmts_)},
+                       slots_.size());
+  }
+  if (perEvent_.has_value()) perEvent_->Begin(fields_.hasIntegerEvents);
 }
 
 std::size_t ScanOutputs::LongestKeptRow() const {
-  return paths_.has_value() ? 1UL << 13U : 1UL << 15U;
+  const bool hasPaths = paths_.has_value() || pathNTuple_.has_value();
+  return hasPaths ? 1UL << 13U : 1UL << 15U;
 }
 
 bool ScanOutputs::MakesRows() const {
-  return verdicts_.has_value() || ntuple_.has_value() || paths_.has_value();
+  return verdicts_.has_value() || ntuple_.has_value() || paths_.has_value() ||
+         pathNTuple_.has_value();
 }
 
 void ScanOutputs::MakeRows(const Scan::RowBlock& block) {
@@ -94,7 +110,7 @@ void ScanOutputs::MakeRows(const Scan::RowBlock& block) {
   for (std::size_t event = 0; event < block.events.size(); ++event) {
     AddRows(block, event, 0, block.pmts);
   }
-  if (ntuple_.has_value()) ntuple_->BlockAt(block.slot).Flush();
+  FlushRows(block.slot);
 }
 
 void ScanOutputs::AddRows(const Scan::RowBlock& block, std::size_t event,
@@ -136,7 +152,13 @@ void ScanOutputs::AddRow(std::size_t slotNumber, std::size_t event,
     text_->AppendRow(slot.verdicts, slot.rowBegin, pmt, type, pair);
   }
   if (ntuple_.has_value()) ntuple_->BlockAt(slotNumber).Fill(pmt, type, pair);
-  if (!paths_.has_value() || !DU::HasPath(pair.verdict)) return;
+  if (!DU::HasPath(pair.verdict)) return;
+  if (pathNTuple_.has_value()) {
+    pathNTuple_->BlockAt(slotNumber)
+        .Fill(slot.events[event].name, pmts_[pmt].name,
+              pair.lightPath.GetLightPath());
+  }
+  if (!paths_.has_value()) return;
   slot.paths += slot.events[event].cell;
   slot.paths += ',';
   slot.paths += pmts_[pmt].cell;
@@ -180,11 +202,17 @@ Scan::SmearedMean ScanOutputs::AddSmeared(const Scan::RowBlock& block,
   return mean;
 }
 
+void ScanOutputs::FlushRows(std::size_t slotNumber) {
+  if (ntuple_.has_value()) ntuple_->BlockAt(slotNumber).Flush();
+  if (pathNTuple_.has_value()) pathNTuple_->BlockAt(slotNumber).Flush();
+}
+
 void ScanOutputs::WriteRows(std::size_t slotNumber) {
   const Slot& slot = slots_[slotNumber];
   if (verdicts_.has_value()) verdicts_->Write(slot.verdicts.Text());
   if (paths_.has_value()) paths_->Write(slot.paths);
   if (ntuple_.has_value()) ntuple_->BlockAt(slotNumber).Commit();
+  if (pathNTuple_.has_value()) pathNTuple_->BlockAt(slotNumber).Commit();
 }
 
 void ScanOutputs::MakeAndWriteRows(const Scan::RowBlock& block) {
@@ -196,7 +224,7 @@ void ScanOutputs::MakeAndWriteRows(const Scan::RowBlock& block) {
       slot.verdicts.Clear();
       slot.paths.clear();
       AddRows(block, event, begin, std::min(begin + most, block.pmts));
-      if (ntuple_.has_value()) ntuple_->BlockAt(block.slot).Flush();
+      FlushRows(block.slot);
       WriteRows(block.slot);
     }
   }
@@ -214,6 +242,7 @@ void ScanOutputs::WritePMTs(const std::vector<Scan::VerdictCounts>& counts) {
 template <class Work>
 void ScanOutputs::ForEachFile(const Work& work) {
   if (ntuple_.has_value()) work(*ntuple_);
+  if (pathNTuple_.has_value()) work(*pathNTuple_);
   if (verdicts_.has_value()) work(*verdicts_);
   if (paths_.has_value()) work(*paths_);
   if (perPMT_.has_value()) work(*perPMT_);

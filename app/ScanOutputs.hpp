@@ -8,6 +8,7 @@
 #include "app/ScanOptions.hpp"
 #include "du/ShadowingCalculator.hpp"
 #include "io/CountsFile.hpp"
+#include "io/LightPathNTuple.hpp"
 #include "io/OutputFile.hpp"
 #include "io/PieceText.hpp"
 #include "io/PositionReader.hpp"
@@ -42,7 +43,8 @@ class ScanOutputs {
     return slots_[slot].events;
   }
 
-  /// Define the fields of the RNTuple, if one is written, by the first events.
+  /// Define the fields of the RNTuples, if any are written, by the first
+  /// events.
   void Begin(const std::vector<IO::NamedPosition>& firstEvents);
   /// Whether all names of events must be integers, after Begin.
   bool RequiresIntegers() const { return fields_.hasIntegerEvents; }
@@ -80,6 +82,7 @@ class ScanOutputs {
                std::size_t begin, std::size_t end);
   void AddRow(std::size_t slotNumber, std::size_t event, std::size_t pmt,
               DU::eLightPathType type, const IO::JudgedPair& pair);
+  void FlushRows(std::size_t slotNumber);
   void WriteRows(std::size_t slotNumber);
   void MakeAndWriteRows(const Scan::RowBlock& block);
   Scan::SmearedMean AddSmeared(const Scan::RowBlock& block, std::size_t event);
@@ -95,6 +98,7 @@ class ScanOutputs {
   std::optional<IO::Sidecar> sidecar_;
   std::optional<IO::VerdictNTuple> ntuple_;
   std::optional<IO::OutputFile> paths_;
+  std::optional<IO::LightPathNTuple> pathNTuple_;
   std::optional<IO::CountsFile> perPMT_;
   std::vector<Scan::SmearedMean> smearedOfPMT_;
   std::optional<IO::CountsFile> perEvent_;

@@ -26,6 +26,8 @@ class CountsFile {
              const std::string& nameColumn, const Origin& origin,
              eCounts counts = eCounts::kPlain);
 
+  bool IsNTuple() const { return ntuple_.has_value(); }
+
   /// As in CountsNTuple; does nothing for CSV.
   void Begin(bool hasIntegerNames);
 

@@ -226,14 +226,6 @@ class CheckOutput(Output, CheckDriver):
 
 
 class ScanOutput(Output, ScanDriver):
-    def test_a_root_file_name_is_refused_except_for_verdicts(self):
-        for option in ("--paths", "--per-pmt", "--per-event"):
-            result = self.run_on(self.input(), option, "x.root", status=2)
-            self.assertRegex(result.err, rf'{option}: "x\.root".*ROOT')
-            self.assertFalse((self.folder / "x.root").exists())
-        self.run_on(self.input(), "-o", "x.root")
-        self.assertTrue(self.read("x.root").startswith(b"root"))
-
     def test_standard_output_takes_one_output_under_any_name(self):
         for name in ("-", "/dev/stdout", "/dev/fd/1"):
             for options in (["--paths", name], ["-o", "/dev/stdout", "--paths", name]):
