@@ -73,14 +73,16 @@ void NTupleFile::Finish() {
 
 NTupleFile::Rows::Rows(const std::string& fileName,
                        std::shared_ptr<ROOT::RNTupleFillContext> context)
-    : fileName_(fileName),
-      context_(std::move(context)),
-      entry_(context_->CreateEntry()) {
+    : fileName_(fileName), context_(std::move(context)) {
   context_->EnableStagedClusterCommitting();
 }
 
 void NTupleFile::Rows::Fill() {
   Writing(fileName_, [&] { context_->Fill(*entry_); });
+}
+
+void NTupleFile::Rows::Fill(ROOT::Detail::RRawPtrWriteEntry& entry) {
+  Writing(fileName_, [&] { context_->Fill(entry); });
 }
 
 void NTupleFile::Rows::Flush() {
@@ -93,7 +95,8 @@ void NTupleFile::Rows::Commit() {
 
 void NameField::AddTo(ROOT::RNTupleModel& model, const std::string& field,
                       bool isInteger) {
-  const std::string description = "name of the " + field;
+  const std::string description =
+      "name of the " + (field == "pmt" ? "PMT" : field);
   if (isInteger) {
     model.MakeField<std::int64_t>(field, description);
   } else {
@@ -101,7 +104,7 @@ void NameField::AddTo(ROOT::RNTupleModel& model, const std::string& field,
   }
 }
 
-NameField::NameField(const NTupleFile::Rows& rows, const std::string& field,
+NameField::NameField(NTupleFile::Rows& rows, const std::string& field,
                      bool isInteger) {
   if (isInteger) {
     integer_ = rows.Field<std::int64_t>(field);

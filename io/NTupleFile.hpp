@@ -4,6 +4,7 @@
 #include <ROOT/RNTupleFillContext.hxx>
 #include <ROOT/RNTupleModel.hxx>
 #include <ROOT/RNTupleParallelWriter.hxx>
+#include <ROOT/RRawPtrWriteEntry.hxx>
 #include <memory>
 #include <string>
 #include <vector>
@@ -22,14 +23,22 @@ class NTupleFile {
    public:
     /// Where Fill finds the value of a field; valid as long as this.
     template <class Value>
-    Value* Field(const std::string& name) const {
+    Value* Field(const std::string& name) {
+      if (entry_ == nullptr) entry_ = context_->CreateEntry();
       return entry_->GetPtr<Value>(name).get();
     }
 
-    /// Add a row of the current values.
+    /// Add a row of the values of all fields.
     ///
     /// @throws OutputFailure if writing fails
     void Fill();
+
+    /// An entry whose fields point to values of the caller, so that they need
+    /// not be copied; and Fill for it.
+    std::unique_ptr<ROOT::Detail::RRawPtrWriteEntry> MakeRawEntry() const {
+      return context_->CreateRawPtrWriteEntry();
+    }
+    void Fill(ROOT::Detail::RRawPtrWriteEntry& entry);
 
     /// Compress and write the rows since the last call.
     ///
@@ -49,7 +58,7 @@ class NTupleFile {
 
     const std::string& fileName_;
     std::shared_ptr<ROOT::RNTupleFillContext> context_;
-    std::unique_ptr<ROOT::REntry> entry_;
+    std::unique_ptr<ROOT::REntry> entry_;  // null before Field
   };
 
   /// @param path  a regular file, or a new name; ROOT needs to seek, which
@@ -98,8 +107,7 @@ class NameField {
                     bool isInteger);
 
   /// @param rows  must outlive this; their model has the field
-  NameField(const NTupleFile::Rows& rows, const std::string& field,
-            bool isInteger);
+  NameField(NTupleFile::Rows& rows, const std::string& field, bool isInteger);
 
   /// Set the value of the next row.
   ///

@@ -1,43 +1,16 @@
 #include "io/VerdictNTuple.hpp"
 
-#include <TError.h>
-#include <ROOT/RError.hxx>
-#include <ROOT/RNTupleFillContext.hxx>
-#include <ROOT/RNTupleModel.hxx>
-#include <ROOT/RNTupleParallelWriter.hxx>
-#include <ROOT/RNTupleWriteOptions.hxx>
-#include <ROOT/RRawPtrWriteEntry.hxx>
 #include <array>
 #include <cmath>
 #include <optional>
 #include <utility>
 
-#include "io/Errors.hpp"
-#include "io/FileNames.hpp"
 #include "io/IntegerName.hpp"
+#include "io/NTupleFile.hpp"
 #include "io/VerdictText.hpp"
 
 namespace ZARN::IO {
 namespace {
-
-/// Turn ROOT's exceptions into OutputFailure.
-template <class Work>
-void Writing(const std::string& name, const Work& work) {
-  try {
-    work();
-  } catch (const ROOT::RException& error) {
-    // The lines after the first say where in ROOT the error occurred.
-    const std::string report = error.GetError().GetReport();
-    throw OutputFailure(
-        name + ": cannot be written: " + report.substr(0, report.find('\n')));
-  }
-}
-
-const std::string& Replaceable(const std::string& path) {
-  if (CanReplace(path)) return path;
-  throw OutputFailure(
-      path + ": cannot be written: ROOT output requires a regular file");
-}
 
 /// The integers of all names; empty if one is not an integer.
 std::vector<std::int64_t> IntegersOf(const std::vector<NamedPosition>& items) {
@@ -77,7 +50,7 @@ const Texts& AllTexts() {
 /// The fields point to their values, so that a row is not copied before it is
 /// written.
 struct VerdictNTuple::Block::Entry {
-  std::shared_ptr<ROOT::RNTupleFillContext> context;
+  NTupleFile::Rows& rows;
   std::unique_ptr<ROOT::Detail::RRawPtrWriteEntry> row;
   ROOT::RFieldToken event, pmt, type, shadowed, by;
   std::vector<ROOT::RFieldToken> columns;
@@ -86,20 +59,22 @@ struct VerdictNTuple::Block::Entry {
   std::int32_t shadowedValue = 0;
   std::vector<double> values;             // of the columns
   std::vector<std::int32_t> wholeValues;  // of those that are whole
+
+  explicit Entry(NTupleFile::Rows& itsRows)
+      : rows(itsRows),
+        row(rows.MakeRawEntry()),
+        event(row->GetToken("event")),
+        pmt(row->GetToken("pmt")),
+        type(row->GetToken("type")),
+        shadowed(row->GetToken("shadowed")),
+        by(row->GetToken("by")) {
+    row->BindRawPtr(shadowed, &shadowedValue);
+  }
 };
 
 VerdictNTuple::Block::Block(const VerdictNTuple& owner)
-    : owner_(owner), entry_(std::make_unique<Entry>()) {
+    : owner_(owner), entry_(std::make_unique<Entry>(owner.file_->AddRows())) {
   Entry& entry = *entry_;
-  entry.context = owner_.writer_->CreateFillContext();
-  entry.context->EnableStagedClusterCommitting();
-  entry.row = entry.context->CreateRawPtrWriteEntry();
-  entry.event = entry.row->GetToken("event");
-  entry.pmt = entry.row->GetToken("pmt");
-  entry.type = entry.row->GetToken("type");
-  entry.shadowed = entry.row->GetToken("shadowed");
-  entry.by = entry.row->GetToken("by");
-  entry.row->BindRawPtr(entry.shadowed, &entry.shadowedValue);
   const std::vector<const PairColumn*>& columns = owner_.fields_.columns;
   entry.values.resize(columns.size());
   entry.wholeValues.resize(columns.size());
@@ -152,79 +127,53 @@ void VerdictNTuple::Block::Fill(std::size_t pmt, DU::eLightPathType type,
       entry.values[i] = value.value_or(std::nan(""));
     }
   }
-  Writing(owner_.name_, [&] { entry.context->Fill(*entry.row); });
+  entry.rows.Fill(*entry.row);
 }
 
-void VerdictNTuple::Block::Flush() {
-  Writing(owner_.name_, [&] { entry_->context->FlushCluster(); });
-}
+void VerdictNTuple::Block::Flush() { entry_->rows.Flush(); }
+void VerdictNTuple::Block::Commit() { entry_->rows.Commit(); }
 
-void VerdictNTuple::Block::Commit() {
-  Writing(owner_.name_, [&] { entry_->context->CommitStagedClusters(); });
-}
-
-VerdictNTuple::VerdictNTuple(const std::string& path, const Origin& origin,
+VerdictNTuple::VerdictNTuple(const std::string& path, Origin origin,
                              const std::vector<NamedPosition>& pmts)
-    : file_(Replaceable(path)),
-      name_(path),
-      description_(Describe(origin)),
+    : file_(new NTupleFile(path)),
+      origin_(std::move(origin)),
       pmts_(pmts),
       pmtIntegers_(IntegersOf(pmts)) {}
 
+VerdictNTuple::~VerdictNTuple() = default;
+
 void VerdictNTuple::Begin(const Fields& fields, std::size_t blocks) {
   fields_ = fields;
-  Writing(name_, [&] {
-    auto model = ROOT::RNTupleModel::Create();
-    model->SetDescription(description_);
-    const auto addName = [&](const char* name, const char* description,
-                             bool isInteger) {
-      if (isInteger) {
-        model->MakeField<std::int64_t>(name, description);
-      } else {
-        model->MakeField<std::string>(name, description);
-      }
-    };
-    addName("event", "name of the event", fields.hasIntegerEvents);
-    addName("pmt", "name of the PMT", !pmtIntegers_.empty());
-    model->MakeField<std::string>("type",
-                                  "type of the light path; empty for no path");
-    model->MakeField<std::int32_t>("shadowed",
-                                   "1 shadowed, 0 not, -1 for no path");
-    model->MakeField<std::string>(
-        "by", "the component that shadows it, if any; or no path");
-    for (const PairColumn* const column : fields.columns) {
-      if (column->isWhole) {
-        model->MakeField<std::int32_t>(column->name, column->description);
-      } else {
-        model->MakeField<double>(column->name, column->description);
-      }
+  auto model = ROOT::RNTupleModel::Create();
+  NameField::AddTo(*model, "event", fields.hasIntegerEvents);
+  NameField::AddTo(*model, "pmt", !pmtIntegers_.empty());
+  model->MakeField<std::string>("type",
+                                "type of the light path; empty for no path");
+  model->MakeField<std::int32_t>("shadowed",
+                                 "1 shadowed, 0 not, -1 for no path");
+  model->MakeField<std::string>(
+      "by", "the component that shadows it, if any; or no path");
+  for (const PairColumn* const column : fields.columns) {
+    if (column->isWhole) {
+      model->MakeField<std::int32_t>(column->name, column->description);
+    } else {
+      model->MakeField<double>(column->name, column->description);
     }
-    writer_ = ROOT::RNTupleParallelWriter::Recreate(
-        std::move(model), "verdicts", file_.TemporaryPath());
-    for (std::size_t i = 0; i < blocks; ++i) {
-      blocks_.push_back(std::unique_ptr<Block>(new Block(*this)));
-    }
-  });
+  }
+  file_->Begin("verdicts", origin_, std::move(model));
+  for (std::size_t i = 0; i < blocks; ++i) {
+    blocks_.push_back(std::unique_ptr<Block>(new Block(*this)));
+  }
 }
 
-VerdictNTuple::~VerdictNTuple() {
-  // An unfinished writer writes what it has buffered, and prints an error if
-  // that fails. Keep it silent: this file is discarded.
-  const int level = gErrorIgnoreLevel;
-  gErrorIgnoreLevel = kFatal;
-  blocks_.clear();
-  writer_.reset();
-  gErrorIgnoreLevel = level;
-}
+bool VerdictNTuple::HasBegun() const { return file_->HasBegun(); }
 
 void VerdictNTuple::Finish() {
   if (!HasBegun()) Begin({}, 0);
-  Writing(name_, [&] {
-    blocks_.clear();
-    writer_->CommitDataset();
-    writer_.reset();
-  });
-  file_.Finish();
+  blocks_.clear();
+  file_->Finish();
 }
+
+void VerdictNTuple::Commit() { file_->Commit(); }
 
 }  // namespace ZARN::IO

@@ -8,15 +8,12 @@
 
 #include "io/Origin.hpp"
 #include "io/PairColumns.hpp"
-#include "io/PendingFile.hpp"
 #include "io/PositionReader.hpp"
 #include "lightpath/LightPathType.hpp"
 
-namespace ROOT {
-class RNTupleParallelWriter;
-}
-
 namespace ZARN::IO {
+
+class NTupleFile;
 
 /// A ROOT file with an RNTuple of verdicts, which appears complete or not at
 /// all.
@@ -75,7 +72,7 @@ class VerdictNTuple {
   ///              pipes and devices cannot do
   /// @param pmts  must outlive this
   /// @throws OutputFailure if the file cannot be created
-  VerdictNTuple(const std::string& path, const Origin& origin,
+  VerdictNTuple(const std::string& path, Origin origin,
                 const std::vector<NamedPosition>& pmts);
   ~VerdictNTuple();
 
@@ -84,7 +81,7 @@ class VerdictNTuple {
   /// @param blocks  number of blocks to be filled at the same time
   /// @throws OutputFailure
   void Begin(const Fields& fields, std::size_t blocks);
-  bool HasBegun() const { return writer_ != nullptr; }
+  bool HasBegun() const;
 
   /// One of the blocks, after Begin.
   Block& BlockAt(std::size_t number) { return *blocks_[number]; }
@@ -97,17 +94,15 @@ class VerdictNTuple {
   /// Move the finished file to its final name.
   ///
   /// @throws OutputFailure
-  void Commit() { file_.Commit(); }
+  void Commit();
 
  private:
-  PendingFile file_;
-  std::string name_;         // in messages
-  std::string description_;  // of the RNTuple
+  std::unique_ptr<NTupleFile> file_;
+  Origin origin_;
   const std::vector<NamedPosition>& pmts_;
   std::vector<std::int64_t>
       pmtIntegers_;  // empty unless all names are integers
   Fields fields_;
-  std::unique_ptr<ROOT::RNTupleParallelWriter> writer_;
   std::vector<std::unique_ptr<Block>> blocks_;
 };
 
