@@ -64,15 +64,20 @@ inline DU::ConcentricMedia RandomMedia(Random& random) {
   return {inner, outer, indices};
 }
 
-inline Tables TablesOf(const DU::ConcentricMedia& media) {
-  Tables tables = VesselTables();
-  tables.Set("SOLID", "acrylic_vessel_inner", "r_sphere", media.InnerRadius);
-  tables.Set("SOLID", "acrylic_vessel_outer", "r_sphere", media.OuterRadius);
+/// Set the refractive indices in tables.
+inline void SetIndices(Tables& tables, const DU::ConcentricMedia& media) {
   const std::array indices = {"inner_av", "acrylic", "water"};
   for (std::size_t i = 0; i < indices.size(); ++i) {
     tables.Set("OPTICS", indices[i], "refractive_index",
                media.RefractiveIndex[i]);
   }
+}
+
+inline Tables TablesOf(const DU::ConcentricMedia& media) {
+  Tables tables = VesselTables();
+  tables.Set("SOLID", "acrylic_vessel_inner", "r_sphere", media.InnerRadius);
+  tables.Set("SOLID", "acrylic_vessel_outer", "r_sphere", media.OuterRadius);
+  SetIndices(tables, media);
   return tables;
 }
 
