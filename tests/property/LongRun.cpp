@@ -1,20 +1,15 @@
 #include <CLI/CLI.hpp>
 
 #include <array>
-#include <atomic>
 #include <cinttypes>
 #include <cmath>
 #include <cstdint>
 #include <cstdio>
-#include <exception>
-#include <limits>
 #include <memory>
 #include <mutex>
 #include <optional>
 #include <sstream>
 #include <string>
-#include <thread>
-#include <vector>
 
 #include "TError.h"
 #include "db/DB.hpp"
@@ -27,6 +22,8 @@
 #include "tests/property/Paths.hpp"
 #include "tests/property/PlainOutcome.hpp"
 #include "tests/property/Random.hpp"
+#include "tests/property/Rounds.hpp"
+#include "tests/property/RowComparison.hpp"
 #include "tests/property/TextSink.hpp"
 #include "tests/reference/PlainShadowingCalculator.hpp"
 
@@ -48,10 +45,7 @@ constexpr std::size_t kComponents = DU::kShadowingComponents.size() + 1;
 
 struct Options {
   double paths = 1e6;
-  unsigned threads = std::max(1U, std::thread::hardware_concurrency());
-  std::uint64_t seed = 1;
-  std::optional<std::uint64_t> round;
-  std::string data = ZARN_DATA_DIR "/reference-detector";
+  RoundOptions rounds;
 };
 
 struct Tally {
@@ -131,15 +125,6 @@ class Calculators {
   DU::LightPathCalculator path_;
 };
 
-double AnyTolerance(Random& random) {
-  constexpr double kInfinity = std::numeric_limits<double>::infinity();
-  constexpr std::array kTolerances = {
-      150.0, 150.0,  150.0, 50.0,  0.0,   -10.0,      1.0,
-      20.0,  70.5,   300.0, 700.0, 400.0, -12.0,      -15.0,
-      1e-9,  2000.0, 8e3,   2e4,   1e200, -kInfinity, kInfinity};
-  return random.Pick(kTolerances);
-}
-
 /// The rounds of one thread.
 class Worker {
  public:
@@ -147,7 +132,7 @@ class Worker {
 
   /// @return the first difference, empty if there is none
   std::string Run(std::uint64_t round) {
-    Random random(options_.seed * 1000003U + round);
+    Random random(options_.rounds.RandomSeedOf(round));
     Calculators& calculators = SetUp(round, random);
     judged_.Clear();
     std::string difference;
@@ -165,8 +150,7 @@ class Worker {
     ++tally_.rounds;
     if (difference.empty()) return difference;
     std::ostringstream text;
-    text << "round " << round << ", tolerance " << std::hexfloat << tolerance_
-         << ", " << difference;
+    text << "tolerance " << std::hexfloat << tolerance_ << ", " << difference;
     return text.str();
   }
 
@@ -184,7 +168,7 @@ class Worker {
       if (isReference_) {
         calculators->BeginOfRun([this] {
           DB::Get().Clear();
-          LoadJsonTables(DB::Get(), options_.data);
+          LoadJsonTables(DB::Get(), options_.rounds.data);
         });
       }
     }
@@ -297,33 +281,8 @@ int Run(const Options& options) {
 
   const auto rounds = static_cast<std::uint64_t>(
       std::ceil(options.paths / static_cast<double>(kPathsPerRound)));
-  std::atomic<std::uint64_t> next = options.round.value_or(0);
-  const std::uint64_t end = options.round ? *options.round + 1 : rounds;
-  std::atomic<bool> differs = false;
-  std::mutex guard;
   Tally tally;
-  const auto work = [&] {
-    Worker worker(options);
-    std::string difference;
-    try {
-      for (std::uint64_t round = next++; round < end && !differs;
-           round = next++) {
-        difference = worker.Run(round);
-        if (!difference.empty()) break;
-      }
-    } catch (const std::exception& error) {
-      difference = error.what();
-    }
-    const std::lock_guard<std::mutex> lock(guard);
-    tally.Add(worker.Counts());
-    if (difference.empty()) return;
-    differs = true;
-    std::printf("DIFFERS with --seed %" PRIu64 ": %s\n", options.seed,
-                difference.c_str());
-  };
-  std::vector<std::thread> threads;
-  for (unsigned i = 0; i < options.threads; ++i) threads.emplace_back(work);
-  for (std::thread& thread : threads) thread.join();
+  const bool differs = AnyRoundDiffers<Worker>(options, rounds, tally);
   warn.SetOutput(nullptr);
 
   Print(tally);
@@ -341,15 +300,7 @@ int main(int argc, char** argv) {
   app.add_option("--paths", options.paths, "Minimum number of paths")
       ->check(CLI::PositiveNumber)
       ->capture_default_str();
-  app.add_option("--threads", options.threads)
-      ->check(CLI::PositiveNumber)
-      ->capture_default_str();
-  app.add_option("--seed", options.seed)->capture_default_str();
-  app.add_option("--round", options.round,
-                 "Run only this round, to reproduce a difference");
-  app.add_option("--data", options.data,
-                 "Folder with the tables of the reference detector")
-      ->capture_default_str();
+  options.rounds.AddTo(app);
   CLI11_PARSE(app, argc, argv);
   return ZARN::Testing::Run(options);
 }
