@@ -277,18 +277,6 @@ void AddTolerance(int tolerance) {
   AddWay(begin + "batch", paths, ColumnBatch(calculator));
 }
 
-const char* NameOf(DU::eKernel kernel) {
-  switch (kernel) {
-    case DU::eKernel::kBaseline:
-      return "baseline";
-    case DU::eKernel::kAVX2:
-      return "AVX2";
-    case DU::eKernel::kAVX512:
-      return "AVX-512";
-  }
-  return "";
-}
-
 /// A batch of columns with a certain kernel, as the calculator does it with the
 /// widest.
 class KernelBatch {

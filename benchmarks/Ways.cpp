@@ -76,12 +76,21 @@ void AddBenchmark(const std::string& name,
   benchmark::RegisterBenchmark(name.c_str(), time)->UseRealTime();
 }
 
-void RequireEqual(const std::string& name,
-                  const std::vector<eShadowingComponent>& expected,
-                  const std::vector<eShadowingComponent>& found) {
-  if (found == expected) return;
+void EndForDifference(const std::string& name) {
   std::cerr << name << ": the verdicts differ: nothing is timed\n";
   std::exit(1);
+}
+
+const char* NameOf(DU::eKernel kernel) {
+  switch (kernel) {
+    case DU::eKernel::kBaseline:
+      return "baseline";
+    case DU::eKernel::kAVX2:
+      return "AVX2";
+    case DU::eKernel::kAVX512:
+      return "AVX-512";
+  }
+  return "";
 }
 
 eShadowingComponent PlainCalculator::FindShadowing(const DU::LightPath& path) {

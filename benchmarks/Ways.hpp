@@ -11,6 +11,7 @@
 #include "benchmarks/PathSet.hpp"
 #include "du/ShadowingCalculator.hpp"
 #include "du/hardware/ShadowingComponent.hpp"
+#include "lightpath/Kernels.hpp"
 #include "lightpath/LightPathCalculator.hpp"
 #include "tests/reference/PlainShadowingCalculator.hpp"
 
@@ -41,10 +42,17 @@ void AddWay(const std::string& name,
 void AddBenchmark(const std::string& name,
                   const std::function<void(benchmark::State&)>& time);
 
+[[noreturn]] void EndForDifference(const std::string& name);
+
 /// End the program unless the verdicts are equal.
-void RequireEqual(const std::string& name,
-                  const std::vector<DU::eShadowingComponent>& expected,
-                  const std::vector<DU::eShadowingComponent>& found);
+template <class Verdict>
+void RequireEqual(const std::string& name, const std::vector<Verdict>& expected,
+                  const std::vector<Verdict>& found) {
+  if (found != expected) EndForDifference(name);
+}
+
+/// In the names of benchmarks.
+const char* NameOf(DU::eKernel kernel);
 
 /// The plain reference, asked for records.
 class PlainCalculator {
