@@ -208,6 +208,10 @@ template <class Turns>
   ray = Turned(ray, step2);
   const Miss third = MissOf<Turns>(branch, known, ray);
   ray = Turned(ray, StepFor(branch, third, chord(step2, second, third)));
+  // A first step beyond the series changes the length.
+  const double scale =
+      1.0 / __builtin_sqrt(ray.cosT * ray.cosT + ray.sinT * ray.sinT);
+  ray = {scale * ray.cosT, scale * ray.sinT};
 }
 
 /// A point on the vessel's outer surface at the end of a ray, and the direction

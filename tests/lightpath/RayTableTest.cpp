@@ -202,8 +202,10 @@ TEST_P(RayTables, FollowEveryRayWithinItsBound) {
       comparison.Compare(eventPos,
                          PMTs(eventPos, at, at * (1 + 1e-7), 40, random),
                          DU::eLight::kDirect, DU::eSteps::kMany);
-      comparison.Compare(eventPos, PMTs(eventPos, at, 1.3 * at, 60, random),
-                         DU::eLight::kDirect, DU::eSteps::kMany);
+      for (const double range : {1.3, 3.0}) {
+        comparison.Compare(eventPos, PMTs(eventPos, at, range * at, 60, random),
+                           DU::eLight::kDirect, DU::eSteps::kMany);
+      }
       comparison.Compare(eventPos,
                          PMTs(eventPos, at, at * (1 + 1e-7), 20, random),
                          DU::eLight::kReflected, DU::eSteps::kOne);
