@@ -7,14 +7,13 @@
 #include "db/DB.hpp"
 #include "db/DBErrors.hpp"
 #include "db/ReadField.hpp"
+#include "lightpath/PathBatch.hpp"
 #include "lightpath/PathBetween.hpp"
 #include "lightpath/PathLengths.hpp"
 #include "log/Log.hpp"
 
 namespace ZARN::DU {
 namespace {
-
-constexpr double kSpeedOfLight = 299.792458;  // mm/ns, by definition
 
 /// Entries of the table OPTICS, by eMedium.
 constexpr std::array<const char*, 3> kMediumNames = {"inner_av", "acrylic",
@@ -27,10 +26,6 @@ double ReadRadius(const TableSet& tables, const std::string& index) {
                        "is not a finite number > 0");
   }
   return radius;
-}
-
-double SumOfProducts(const PerMedium& a, const PerMedium& b) {
-  return a[0] * b[0] + a[1] * b[1] + a[2] * b[2];
 }
 
 }  // namespace
@@ -98,6 +93,13 @@ void LightPathCalculator::CalcReflectionByPosition(const TVector3& eventPos,
   FindReflectedPath(media_, eventPos, pmtPos, path_);
 }
 
+void LightPathCalculator::CalcRow(const TVector3& eventPos,
+                                  const PMTArray& pmts,
+                                  const LightPathRow& row) const {
+  RequireRun();
+  PathBatch(media_, groupIndices_, eventPos, pmts).Calc(row);
+}
+
 void LightPathCalculator::RequireRun() const {
   if (IsRunBegun()) return;
   throw std::logic_error(
@@ -109,18 +111,15 @@ double LightPathCalculator::GetLength(eMedium medium) const {
 }
 
 double LightPathCalculator::GetOpticalLength() const {
-  return SumOfProducts(LengthsOf(path_), media_.RefractiveIndex);
+  return OpticalLengthOf(LengthsOf(path_), media_.RefractiveIndex);
 }
 
 double LightPathCalculator::GetTimeOfFlight() const {
-  return SumOfProducts(LengthsOf(path_), groupIndices_) / kSpeedOfLight;
+  return TimeOfFlightOf(LengthsOf(path_), groupIndices_);
 }
 
 double LightPathCalculator::GetIncidenceAngle() const {
-  if (!HasStretches(path_.LightPathType)) return 0.0;
-  // The arc cosine would lose half of the digits of a small angle.
-  return std::atan2(path_.FinalDirection.Cross(path_.EndPos).Mag(),
-                    path_.FinalDirection.Dot(path_.EndPos));
+  return IncidenceAngleOf(path_);
 }
 
 }  // namespace ZARN::DU

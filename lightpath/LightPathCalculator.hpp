@@ -8,8 +8,10 @@
 #include "db/TableSet.hpp"
 #include "lightpath/ConcentricMedia.hpp"
 #include "lightpath/LightPath.hpp"
+#include "lightpath/LightPathRow.hpp"
 #include "lightpath/LightPathType.hpp"
 #include "lightpath/OpticalMedium.hpp"
+#include "lightpath/PMTArray.hpp"
 
 namespace ZARN::DU {
 
@@ -84,6 +86,22 @@ class LightPathCalculator {
   /// misses or touches the vessel; otherwise as CalcByPosition.
   void CalcReflectionByPosition(const TVector3& eventPos,
                                 const TVector3& pmtPos);
+
+  /// Compute the direct paths from an event to many PMTs as columns, several
+  /// times faster.
+  ///
+  /// This promises less than CalcByPosition: every number is within 1e-9 (mm,
+  /// ns, rad) of that of CalcByPosition and the getters, often not equal to it.
+  /// So verdicts never use these paths (ShadowingCalculator::FindVerdicts). The
+  /// row's Bound tells how near each path is. A path that is not known so well
+  /// is computed as by CalcByPosition; so are all of events in the wall or the
+  /// water.
+  ///
+  /// Thread-safe; keeps no path.
+  ///
+  /// @throws std::logic_error before BeginOfRun
+  void CalcRow(const TVector3& eventPos, const PMTArray& pmts,
+               const LightPathRow& row) const;
 
   /// @throws std::logic_error before BeginOfRun
   void RequireRun() const;

@@ -9,6 +9,9 @@ namespace {
 constexpr double kInfinity = __builtin_inf();
 
 constexpr std::size_t kEventSite = 0;
+constexpr std::size_t kInsideSite = 1;
+constexpr std::size_t kInWallSite = 2;
+constexpr std::size_t kOutWallSite = 3;
 constexpr std::size_t kOuterSite = 4;
 
 /// Error of the difference between the swept angle and the angle between event
@@ -131,6 +134,7 @@ struct Known {
   double cosine, sine, inverseSine;
   double ratioAtPMT;
   double inverseSlope, spread;
+  double angleError;  ///< as kAngleError
 };
 
 /// The rotation by the swept angle minus the angle between event and PMT.
@@ -182,9 +186,9 @@ template <class Turns>
   const bool isKnown = (miss.cosine > 0.0) & (size < kLargestMiss) &
                        (ray.cosT > branch.leastCosine) &
                        (known.sine > kLeastSine);
-  const double error = kAngleError + kCosineError * known.inverseSine;
   const double bound =
-      size * known.spread + error * (1.0 + known.inverseSlope + known.spread);
+      size * known.spread +
+      known.angleError * (1.0 + known.inverseSlope + known.spread);
   ray = Turned(ray, StepFor(branch, miss, known.inverseSlope));
   return isKnown ? bound : kInfinity;
 }
@@ -254,7 +258,8 @@ void TraceRays(const RayBranch& b, const RayOrigin& e, RayBlock& k,
                          inverseSine,
                          branch.highest * k.inverseRadius.at[i],
                          found.inverseSlope.at[i],
-                         found.spread.at[i]};
+                         found.spread.at[i],
+                         kAngleError + kCosineError * inverseSine};
     Ray ray = {found.cosT.at[i], found.sinT.at[i]};
     if constexpr (kSteps == eSteps::kMany) {
       CorrectOften<Turns>(branch, known, ray);
@@ -303,6 +308,152 @@ void TraceBack(const RayBranch& b, const RayOrigin& e, RayBlock& k,
   }
 }
 
+/// The angle, at most pi / 2, with this sine and cosine.
+[[gnu::always_inline]] inline double AngleOf(double sine, double cosine) {
+  const double half = sine / (1.0 + cosine);  // the tangent of half of it
+  const double quarter = half / (1.0 + __builtin_sqrt(1.0 + half * half));
+  const double eighth =
+      quarter / (1.0 + __builtin_sqrt(1.0 + quarter * quarter));
+  // The series of the arc tangent; eighth^2 is below 0.04.
+  const double x = -eighth * eighth;
+  double sum = 1.0 / 23.0;
+  sum = 1.0 / 21.0 + x * sum;
+  sum = 1.0 / 19.0 + x * sum;
+  sum = 1.0 / 17.0 + x * sum;
+  sum = 1.0 / 15.0 + x * sum;
+  sum = 1.0 / 13.0 + x * sum;
+  sum = 1.0 / 11.0 + x * sum;
+  sum = 1.0 / 9.0 + x * sum;
+  sum = 1.0 / 7.0 + x * sum;
+  sum = 1.0 / 5.0 + x * sum;
+  sum = 1.0 / 3.0 + x * sum;
+  return 8.0 * eighth * (1.0 + x * sum);
+}
+
+/// The plane of an event and a PMT.
+struct Plane {
+  double sine;  ///< of the angle between both
+  double inverseSine;
+  double acrossX, acrossY, acrossZ;  ///< perpendicular to the event's direction
+};
+
+/// The same sums as for a single path (PathBetween.cpp). If event, PMT and
+/// centre are almost on one line, rounding turns the plane, but then it turns
+/// both in the same way.
+[[gnu::always_inline]] inline Plane PlaneOf(const RayOrigin& e, double x,
+                                            double y, double z) {
+  const double normalX = e.y * z - y * e.z;
+  const double normalY = e.z * x - z * e.x;
+  const double normalZ = e.x * y - x * e.y;
+  const double sine =
+      __builtin_sqrt(normalX * normalX + normalY * normalY + normalZ * normalZ);
+  const double inverse = 1.0 / (sine > kLeastSine ? sine : kLeastSine);
+  return {sine, inverse, inverse * (normalY * e.z - e.y * normalZ),
+          inverse * (normalZ * e.x - e.z * normalX),
+          inverse * (normalX * e.y - e.x * normalY)};
+}
+
+/// Sines and cosines of a ray's angles to the radius.
+struct Angles {
+  double eventCosine, eventSine;
+  double insideCosine, insideSine;
+  double outerCosine, outerSine;
+  double cosine, sine;  // at the PMT
+};
+
+template <class Turns>
+[[gnu::always_inline]] inline Angles AnglesOf(const RayBranch& branch,
+                                              const Known& known,
+                                              const Ray& ray) {
+  const double atEvent = CosineAt(branch, kEventSite, ray);
+  const double sine = known.ratioAtPMT * ray.sinT;
+  return {Turns::kIsEventT             ? ray.cosT
+          : Turns::kAt[kEventSite] < 0 ? -atEvent
+                                       : atEvent,
+          branch.ratios[kEventSite] * ray.sinT,
+          CosineAt(branch, kInsideSite, ray),
+          branch.ratios[kInsideSite] * ray.sinT,
+          CosineAt(branch, kOuterSite, ray),
+          branch.ratios[kOuterSite] * ray.sinT,
+          __builtin_sqrt(1.0 - sine * sine),
+          sine};
+}
+
+/// Set the points and directions of a path. Seen from the centre, a point is as
+/// far from the end of its segment as the angle to the radius has changed.
+[[gnu::always_inline]] inline void Place(const RayOrigin& event,
+                                         const Plane& plane, double x,
+                                         const Angles& at, RayBlock& k,
+                                         std::size_t i) {
+  const auto set = [&](auto& toX, auto& toY, auto& toZ, double along,
+                       double across) {
+    toX.at[i] = along * event.x + across * plane.acrossX;
+    toY.at[i] = along * event.y + across * plane.acrossY;
+    toZ.at[i] = along * event.z + across * plane.acrossZ;
+  };
+  set(k.backX, k.backY, k.backZ, -at.eventCosine, -at.eventSine);
+  set(k.firstX, k.firstY, k.firstZ,
+      at.eventCosine * at.insideCosine + at.eventSine * at.insideSine,
+      at.eventSine * at.insideCosine - at.eventCosine * at.insideSine);
+  const double turnCosine = at.outerCosine * at.cosine + at.outerSine * at.sine;
+  const double turnSine = at.outerSine * at.cosine - at.outerCosine * at.sine;
+  set(k.pointX, k.pointY, k.pointZ, x * turnCosine + plane.sine * turnSine,
+      plane.sine * turnCosine - x * turnSine);
+  set(k.directionX, k.directionY, k.directionZ,
+      x * at.cosine - plane.sine * at.sine,
+      plane.sine * at.cosine + x * at.sine);
+}
+
+/// Complete the paths of rays from inside the vessel.
+///
+/// The angle between event and PMT is known by its cosine and its sine, each
+/// from its own sum, so its error is a rounding error however small it is.
+template <class Turns, bool kIsFolded>
+void CompletePaths(const RayBranch& b, const RayOrigin& e, const RayRadii& r,
+                   RayBlock& k, std::size_t count) {
+  const RayBranch branch = b;
+  const RayOrigin event = e;
+  const RayRadii radii = r;
+  Estimates found;
+  Estimate<kIsFolded>(branch, event, k, found, count);
+  for (std::size_t i = 0; i < count; ++i) {
+    const double x = k.cosine.at[i];
+    const Plane plane =
+        PlaneOf(event, k.pmtX.at[i], k.pmtY.at[i], k.pmtZ.at[i]);
+    const Known known = {x,
+                         plane.sine,
+                         plane.inverseSine,
+                         branch.highest * k.inverseRadius.at[i],
+                         found.inverseSlope.at[i],
+                         found.spread.at[i],
+                         kAngleError};
+    Ray ray = {found.cosT.at[i], found.sinT.at[i]};
+    CorrectOften<Turns>(branch, known, ray);
+    k.bound.at[i] = CorrectLast<Turns>(branch, known, ray);
+    const Angles at = AnglesOf<Turns>(branch, known, ray);
+    Place(event, plane, x, at, k, i);
+    // From a sphere outwards, the length to the point of the line nearest to
+    // the centre is radius times cosine.
+    k.lengthInside.at[i] =
+        radii.inner * at.insideCosine - radii.event * at.eventCosine;
+    k.lengthInWall.at[i] = radii.outer * CosineAt(branch, kOutWallSite, ray) -
+                           radii.inner * CosineAt(branch, kInWallSite, ray);
+    k.lengthInWater.at[i] =
+        at.cosine / k.inverseRadius.at[i] - radii.outer * at.outerCosine;
+    k.incidence.at[i] = AngleOf(at.sine, at.cosine);
+  }
+}
+
+template <class Turns>
+void CompleteFamily(const RayBranch& branch, const RayOrigin& event,
+                    const RayRadii& radii, RayBlock& block, std::size_t count) {
+  if (branch.isFolded) {
+    CompletePaths<Turns, true>(branch, event, radii, block, count);
+  } else {
+    CompletePaths<Turns, false>(branch, event, radii, block, count);
+  }
+}
+
 template <class Turns, bool kIsFolded>
 void TraceFamily(const RayBranch& branch, const RayOrigin& event, eSteps steps,
                  RayBlock& block, std::size_t count) {
@@ -323,6 +474,11 @@ void TraceFamily(const RayBranch& branch, const RayOrigin& event, eSteps steps,
   }
 }
 
+// The families from inside.
+using OutwardJoined = Turns<1, -1, 1, -1, 1, true>;
+using OutwardFromInside = Turns<1, -1, 1, -1, 1, false>;
+using InwardFromInside = Turns<-1, -1, 1, -1, 1, false>;
+
 void Trace(const RayBranch& branch, const RayOrigin& event, eSteps steps,
            RayBlock& block, std::size_t count) {
   const auto trace = [&](auto turns) {
@@ -330,11 +486,11 @@ void Trace(const RayBranch& branch, const RayOrigin& event, eSteps steps,
   };
   switch (branch.family) {
     case eRayFamily::kOutwardJoined:
-      return trace(Turns<1, -1, 1, -1, 1, true>());
+      return trace(OutwardJoined());
     case eRayFamily::kOutwardFromInside:
-      return trace(Turns<1, -1, 1, -1, 1, false>());
+      return trace(OutwardFromInside());
     case eRayFamily::kInwardFromInside:
-      return trace(Turns<-1, -1, 1, -1, 1, false>());
+      return trace(InwardFromInside());
     case eRayFamily::kOutwardFromWall:
       return trace(Turns<1, 0, 0, -1, 1, false>());
     case eRayFamily::kInwardFromWall:
@@ -346,9 +502,20 @@ void Trace(const RayBranch& branch, const RayOrigin& event, eSteps steps,
   }
 }
 
+void Complete(const RayBranch& branch, const RayOrigin& event,
+              const RayRadii& radii, RayBlock& block, std::size_t count) {
+  if (branch.family == eRayFamily::kOutwardJoined) {
+    CompleteFamily<OutwardJoined>(branch, event, radii, block, count);
+  } else if (branch.family == eRayFamily::kOutwardFromInside) {
+    CompleteFamily<OutwardFromInside>(branch, event, radii, block, count);
+  } else {
+    CompleteFamily<InwardFromInside>(branch, event, radii, block, count);
+  }
+}
+
 }  // namespace
 
 extern const RayKernel ZARN_KERNEL;
-const RayKernel ZARN_KERNEL = {Trace, TraceBack};
+const RayKernel ZARN_KERNEL = {Trace, TraceBack, Complete};
 
 }  // namespace ZARN::DU

@@ -87,10 +87,12 @@ struct RayBlock {
   // direction of travel from there to the PMT.
   Lane<double> pointX, pointY, pointZ;
   Lane<double> directionX, directionY, directionZ;
-  // The first point for light from the water, and the direction back to the
-  // event.
+  // The first point, in units of its surface's radius, and the direction back
+  // to the event.
   Lane<double> firstX, firstY, firstZ;
   Lane<double> backX, backY, backZ;
+  // Length in each medium, mm, and the angle of incidence at the PMT, rad.
+  Lane<double> lengthInside, lengthInWall, lengthInWater, incidence;
 };
 
 /// The direction to the event; any unit vector for one at the centre.
@@ -98,14 +100,24 @@ struct RayOrigin {
   double x, y, z;
 };
 
+/// Distances from the centre, mm.
+struct RayRadii {
+  double event, inner, outer;
+};
+
 /// The functions that process a block; one set for each kind of processor.
 struct RayKernel {
   /// Find t, its bound, the last points and the directions from there.
   void (*trace)(const RayBranch& branch, const RayOrigin& event, eSteps steps,
                 RayBlock& block, std::size_t count);
-  /// Find the first points and the directions back to the event.
+  /// For light from the water: find the first points and the directions back to
+  /// the event.
   void (*traceBack)(const RayBranch& branch, const RayOrigin& event,
                     RayBlock& block, std::size_t count);
+  /// For light from inside: find everything but t. The bound is smaller than
+  /// that of trace.
+  void (*complete)(const RayBranch& branch, const RayOrigin& event,
+                   const RayRadii& radii, RayBlock& block, std::size_t count);
 };
 
 extern const RayKernel kBaselineRayKernel;

@@ -1,0 +1,62 @@
+#pragma once
+
+#include <array>
+#include <cstddef>
+#include <cstdint>
+
+#include "TVector3.h"
+#include "lightpath/ConcentricMedia.hpp"
+#include "lightpath/LightPath.hpp"
+#include "lightpath/LightPathRow.hpp"
+#include "lightpath/PMTArray.hpp"
+#include "lightpath/RayTable.hpp"
+
+namespace ZARN::DU {
+
+/// The direct light paths from one event to many PMTs.
+///
+/// For an event inside the vessel a RayTable gives the rays, and RayKernel
+/// corrects them to the last digits, with a bound. Whatever is not known within
+/// kPromise is computed as a single path. Use one for each event and thread.
+class PathBatch {
+ public:
+  /// The largest bound of a path that is not computed as a single one.
+  static constexpr double kPromise = 1e-9;
+
+  /// @param pmts  must outlive this
+  PathBatch(const ConcentricMedia& media, const PerMedium& groupIndices,
+            const TVector3& eventPos, const PMTArray& pmts);
+
+  /// Use this kernel, which must be available. The default is the widest.
+  void UseKernel(eKernel kernel) { kernel_ = &RayKernelOf(kernel); }
+
+  void Calc(const LightPathRow& row);
+
+ private:
+  /// PMTs of one range that are not computed yet.
+  struct Queue {
+    std::size_t count = 0;
+    std::array<std::uint32_t, kRayBlock> indexes;  // into the columns of pmts_
+  };
+
+  void CalcGroup(const PMTArray::Group& group);
+  void CalcQueue(const RayRange& range, Queue& queue);
+  void Write(const RayRange& range, std::size_t count);
+  void CalcSingle(std::size_t begin, std::size_t end);
+  void CalcSingle(std::uint32_t pmt);
+  void WriteSingle(std::uint32_t pmt, const LightPath& path);
+
+  ConcentricMedia media_;
+  PerMedium groupIndices_;
+  TVector3 eventPos_;
+  const PMTArray& pmts_;
+  RayRadii radii_;
+  RayOrigin origin_ = {0.0, 0.0, 1.0};
+  const RayKernel* kernel_ = &RayKernelOf(WidestKernel());
+
+  LightPathRow row_;
+  std::array<std::uint32_t, kRayBlock> numbers_;  // of the PMTs of the block
+  RayBlock rays_;
+};
+
+}  // namespace ZARN::DU
