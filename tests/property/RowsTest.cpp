@@ -63,7 +63,7 @@ TEST_P(RowsOfRandomGeometries, EqualThoseOfTheirPairs) {
   RecordProperty("open", std::to_string(tally_.open));
   constexpr std::uint64_t kOften = 10;
   // With few pairs some cases may not occur.
-  if (pairs < 100000) return;
+  if (pairs < 200000) return;
   // Otherwise the comparison says nothing.
   EXPECT_LT(tally_.open, tally_.pairs * 2 / 3);
   for (std::size_t i = 0; i < RowTally::kVerdicts; ++i) {
