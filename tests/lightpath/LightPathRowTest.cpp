@@ -131,9 +131,9 @@ TEST_P(LightPathRows, AreWithinTheirBoundsOfSinglePaths) {
       const double at = outer * random.Uniform(1.001, 2.0);
       comparison.Compare(eventPos,
                          PMTs(eventPos, at, at * (1 + 1e-7), 40, random));
-      comparison.Compare(eventPos, PMTs(eventPos, at, 1.3 * at, 300, random));
+      comparison.Compare(eventPos, PMTs(eventPos, at, 1.3 * at, 500, random));
       comparison.Compare(eventPos,
-                         PMTs(eventPos, 0.9 * outer, 3 * outer, 300, random));
+                         PMTs(eventPos, 0.9 * outer, 3 * outer, 500, random));
     }
     paths += comparison.paths;
     fast += comparison.fast;
@@ -155,7 +155,7 @@ TEST_P(LightPathRows, AreWithinTheirBoundsInRandomMedia) {
     const double at = media.OuterRadius * random.Uniform(1.0001, 2.0);
     comparison.Compare(eventPos,
                        PMTs(eventPos, at, at * (1 + 1e-7), 60, random));
-    comparison.Compare(eventPos, PMTs(eventPos, at, 1.1 * at, 300, random));
+    comparison.Compare(eventPos, PMTs(eventPos, at, 1.1 * at, 500, random));
     paths += comparison.paths;
     fast += comparison.fast;
   }
@@ -185,7 +185,7 @@ TEST_P(LightPathRows, AreSinglePathsForImpossiblePairs) {
   Random random(13);
   RowComparison comparison(Vessels().front().Media, GetParam());
   const TVector3 eventPos(1000.0, 2000.0, -3000.0);
-  std::vector<TVector3> positions = PMTs(eventPos, 8400.0, 8400.0, 300, random);
+  std::vector<TVector3> positions = PMTs(eventPos, 8400.0, 8400.0, 500, random);
   const std::vector<TVector3> impossible = {{kNaN, 0, 0},
                                             {0, kInfinity, 8400},
                                             {0, 0, 0},

@@ -202,10 +202,14 @@ TEST_P(RayTables, FollowEveryRayWithinItsBound) {
       comparison.Compare(eventPos,
                          PMTs(eventPos, at, at * (1 + 1e-7), 40, random),
                          DU::eLight::kDirect, DU::eSteps::kMany);
-      for (const double range : {1.3, 3.0}) {
-        comparison.Compare(eventPos, PMTs(eventPos, at, range * at, 60, random),
-                           DU::eLight::kDirect, DU::eSteps::kMany);
-      }
+      comparison.Compare(eventPos, PMTs(eventPos, at, 1.3 * at, 60, random),
+                         DU::eLight::kDirect, DU::eSteps::kMany);
+      // One PMT far away makes the groups of the others wide.
+      std::vector<TVector3> inWideGroups =
+          PMTs(eventPos, at, 1.3 * at, 60, random);
+      inWideGroups.push_back(random.Direction() * (8.0 * at));
+      comparison.Compare(eventPos, inWideGroups, DU::eLight::kDirect,
+                         DU::eSteps::kMany);
       comparison.Compare(eventPos,
                          PMTs(eventPos, at, at * (1 + 1e-7), 20, random),
                          DU::eLight::kReflected, DU::eSteps::kOne);
