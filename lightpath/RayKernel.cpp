@@ -1,4 +1,5 @@
 #include "lightpath/RayKernel.hpp"
+#include "lightpath/RayPlane.hpp"
 
 // Compiled once for each kind of processor; ZARN_KERNEL names the result. The
 // loops have no branches and no calls, so the compiler vectorises them.
@@ -25,9 +26,6 @@ constexpr double kAngleError = 2e-14;
 /// roundings. This times the inverse sine is the error of the angle; a point is
 /// moved by it once more, since it is composed of both unit vectors.
 constexpr double kCosineError = 2e-15;
-
-/// Nearer to one line with the centre, the sine is not known well enough.
-constexpr double kLeastSine = 1e-4;
 
 /// Errors of the angle up to this are inside the range of cells for which a
 /// cell's inverse slope holds (RayTable.cpp); the sine of one equals it within
@@ -306,51 +304,6 @@ void TraceBack(const RayBranch& b, const RayOrigin& e, RayBlock& k,
     k.backY.at[i] = end.directionOfThis * event.y + end.directionOfOther * y;
     k.backZ.at[i] = end.directionOfThis * event.z + end.directionOfOther * z;
   }
-}
-
-/// The angle, at most pi / 2, with this sine and cosine.
-[[gnu::always_inline]] inline double AngleOf(double sine, double cosine) {
-  const double half = sine / (1.0 + cosine);  // the tangent of half of it
-  const double quarter = half / (1.0 + __builtin_sqrt(1.0 + half * half));
-  const double eighth =
-      quarter / (1.0 + __builtin_sqrt(1.0 + quarter * quarter));
-  // The series of the arc tangent; eighth^2 is below 0.04.
-  const double x = -eighth * eighth;
-  double sum = 1.0 / 23.0;
-  sum = 1.0 / 21.0 + x * sum;
-  sum = 1.0 / 19.0 + x * sum;
-  sum = 1.0 / 17.0 + x * sum;
-  sum = 1.0 / 15.0 + x * sum;
-  sum = 1.0 / 13.0 + x * sum;
-  sum = 1.0 / 11.0 + x * sum;
-  sum = 1.0 / 9.0 + x * sum;
-  sum = 1.0 / 7.0 + x * sum;
-  sum = 1.0 / 5.0 + x * sum;
-  sum = 1.0 / 3.0 + x * sum;
-  return 8.0 * eighth * (1.0 + x * sum);
-}
-
-/// The plane of an event and a PMT.
-struct Plane {
-  double sine;  ///< of the angle between both
-  double inverseSine;
-  double acrossX, acrossY, acrossZ;  ///< perpendicular to the event's direction
-};
-
-/// The same sums as for a single path (PathBetween.cpp). If event, PMT and
-/// centre are almost on one line, rounding turns the plane, but then it turns
-/// both in the same way.
-[[gnu::always_inline]] inline Plane PlaneOf(const RayOrigin& e, double x,
-                                            double y, double z) {
-  const double normalX = e.y * z - y * e.z;
-  const double normalY = e.z * x - z * e.x;
-  const double normalZ = e.x * y - x * e.y;
-  const double sine =
-      __builtin_sqrt(normalX * normalX + normalY * normalY + normalZ * normalZ);
-  const double inverse = 1.0 / (sine > kLeastSine ? sine : kLeastSine);
-  return {sine, inverse, inverse * (normalY * e.z - e.y * normalZ),
-          inverse * (normalZ * e.x - e.z * normalX),
-          inverse * (normalX * e.y - e.x * normalY)};
 }
 
 /// Sines and cosines of a ray's angles to the radius.
