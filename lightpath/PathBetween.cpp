@@ -128,15 +128,6 @@ bool Crosses(const TVector3& from, const TVector3& to, double radius) {
   return from.Cross(way).Mag2() < (1 - kRounding) * radius * radius * squared;
 }
 
-/// The unit vector along a vector of any length, even if its square would
-/// underflow.
-TVector3 DirectionOf(const TVector3& way) {
-  const double largest =
-      std::max({std::abs(way.X()), std::abs(way.Y()), std::abs(way.Z())});
-  return TVector3(way.X() / largest, way.Y() / largest, way.Z() / largest)
-      .Unit();
-}
-
 /// Constructing eight vectors for each path would cost time. Created by the
 /// first path, which may be computed in a static constructor.
 const LightPath& NoPath() {
@@ -168,6 +159,14 @@ void SetPathInLine(const ConcentricMedia& media, const Ends& ends,
 
 }  // namespace
 
+TVector3 StraightDirection(const TVector3& eventPos, const TVector3& pmtPos) {
+  const TVector3 way = pmtPos - eventPos;
+  const double largest =
+      std::max({std::abs(way.X()), std::abs(way.Y()), std::abs(way.Z())});
+  return TVector3(way.X() / largest, way.Y() / largest, way.Z() / largest)
+      .Unit();
+}
+
 void FindDirectPath(const ConcentricMedia& media, const TVector3& eventPos,
                     const TVector3& pmtPos, LightPath& path) {
   path = NoPath();
@@ -180,7 +179,7 @@ void FindDirectPath(const ConcentricMedia& media, const TVector3& eventPos,
                 : !Crosses(eventPos, pmtPos, media.OuterRadius))) {
     Begin(eventPos, pmtPos, path);
     path.LightPathType = kWater;
-    path.InitialDirection = DirectionOf(pmtPos - eventPos);
+    path.InitialDirection = StraightDirection(eventPos, pmtPos);
     path.FinalDirection = path.InitialDirection;
     return;
   }

@@ -12,6 +12,10 @@ namespace ZARN::DU {
 void FindDirectPath(const ConcentricMedia& media, const TVector3& eventPos,
                     const TVector3& pmtPos, LightPath& path);
 
+/// The direction of travel of a straight path, even if the square of its length
+/// would underflow.
+TVector3 StraightDirection(const TVector3& eventPos, const TVector3& pmtPos);
+
 void FindReflectedPath(const ConcentricMedia& media, const TVector3& eventPos,
                        const TVector3& pmtPos, LightPath& path);
 

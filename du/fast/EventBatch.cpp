@@ -5,6 +5,7 @@
 #include <cmath>
 
 #include "du/geometry/CylinderCrossing.hpp"
+#include "lightpath/PathBetween.hpp"
 
 namespace ZARN::DU {
 namespace {
@@ -296,10 +297,22 @@ void EventBatch::JudgeStraight(const std::uint32_t* indexes,
   std::array<BatchVerdict, kBatchPaths> verdicts;
   layers_.batch.PassWater(block, count, verdicts.data());
   for (std::size_t i = 0; i < count; ++i) {
-    if (isKnown[i] && verdicts[i] != kOpenVerdict) {
+    if (!isKnown[i]) continue;
+    if (verdicts[i] == kOpenVerdict) {
+      JudgeStraightAgain(indexes[i]);
+    } else {
       Set(indexes[i], verdicts[i], kWater);
     }
   }
+}
+
+/// Judge a straight path in double precision. It is the exact one.
+void EventBatch::JudgeStraightAgain(std::uint32_t index) {
+  const TVector3& pmtPos = pmts_.At(pmts_.Order()[index]);
+  const TVector3 direction = StraightDirection(eventPos_, pmtPos);
+  const auto found = layers_.filter.FindInWater({eventPos_, direction, 1.0},
+                                                {pmtPos, direction, -1.0});
+  if (found.has_value()) Set(index, BatchVerdictOf(*found), kWater);
 }
 
 }  // namespace ZARN::DU

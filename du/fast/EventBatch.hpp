@@ -60,6 +60,7 @@ class EventBatch {
   void JudgeAgain(const RayRange& range, const std::uint32_t* indexes,
                   std::size_t count);
   void JudgeStraight(const std::uint32_t* indexes, std::size_t count);
+  void JudgeStraightAgain(std::uint32_t index);
   void Trace(const RayRange& range, eSteps steps, const std::uint32_t* indexes,
              std::size_t count);
   void Set(std::uint32_t index, BatchVerdict verdict, eLightPathType type);

@@ -256,6 +256,18 @@ eAnswer ShadowingFilter::JudgeItems(eMappedTest test,
   return answer;
 }
 
+std::optional<eComponent> ShadowingFilter::FindInWater(
+    const SegmentView& first, const SegmentView& second) const {
+  bool isUnsure = false;
+  const eComponent found =
+      FindInWaterBy(first, second, [&](eComponent /*component*/) {
+        isUnsure = true;
+        return true;
+      });
+  if (isUnsure) return std::nullopt;
+  return found;
+}
+
 eAnswer ShadowingFilter::JudgeHoldDownInWater(const SegmentView& first,
                                               const SegmentView& second) const {
   if (!(holdDown_.Radius2() > 0.0)) return eAnswer::kUnsure;

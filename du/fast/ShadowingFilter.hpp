@@ -55,7 +55,7 @@ class ShadowingFilter {
       const WaterSegmentViews& path, const Formula& isBlockedBy) const {
     switch (path.kind) {
       case ePathKind::kWater:
-        return FindInWater(path.first, path.second, isBlockedBy);
+        return FindInWaterBy(path.first, path.second, isBlockedBy);
       case ePathKind::kTwoCrossings:
         return FindAmong(isBlockedBy, AtVessel(path.first),
                          AtVessel(path.second));
@@ -78,6 +78,11 @@ class ShadowingFilter {
   /// @param error  of its crossing points, mm
   std::optional<eShadowingComponent> FindBounded(const WaterSegmentViews& path,
                                                  double error) const;
+
+  /// The component that blocks a path wholly in water; nothing if a formula has
+  /// to decide.
+  std::optional<eShadowingComponent> FindInWater(
+      const SegmentView& first, const SegmentView& second) const;
 
   // The layers, for batches and tests.
   const ShadowMap& Map() const { return map_; }
@@ -112,8 +117,8 @@ class ShadowingFilter {
   using eComponent = eShadowingComponent;
 
   template <class Formula>
-  eComponent FindInWater(const SegmentView& first, const SegmentView& second,
-                         const Formula& isBlockedBy) const {
+  eComponent FindInWaterBy(const SegmentView& first, const SegmentView& second,
+                           const Formula& isBlockedBy) const {
     if (hasHoldDown_ && IsBlocking(JudgeHoldDownInWater(first, second), [&] {
           return isBlockedBy(eComponent::kAVHDRope);
         })) {
