@@ -125,7 +125,7 @@ CurvePoint RayCurve::FoldBetween(CurvePoint first, CurvePoint last) const {
   CurvePoint at = first;
   while (std::abs(at.slope) > kExact * std::abs(at.curve) &&
          last.t - first.t > kExact) {
-    const double t = at.t - at.slope / at.curve;
+    const double t = at.curve != 0.0 ? at.t - at.slope / at.curve : first.t;
     at = At(t > first.t && t < last.t ? t : 0.5 * (first.t + last.t));
     ((at.slope > 0) == (first.slope > 0) ? first : last) = at;
   }

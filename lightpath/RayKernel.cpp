@@ -199,7 +199,8 @@ template <class Turns>
   const double low = known.inverseSlope - known.spread;
   const double high = known.inverseSlope + known.spread;
   const auto chord = [&](double step, const Miss& before, const Miss& after) {
-    const double inverse = branch.sense * step / (after.sine - before.sine);
+    const double rise = after.sine - before.sine;
+    const double inverse = branch.sense * step / (rise != 0.0 ? rise : 1.0);
     return inverse > low ? (inverse < high ? inverse : high) : low;
   };
   const Miss first = MissOf<Turns>(branch, known, ray);
@@ -250,7 +251,9 @@ void TraceRays(const RayBranch& b, const RayOrigin& e, RayBlock& k,
     const double x = k.pmtX.at[i];
     const double y = k.pmtY.at[i];
     const double z = k.pmtZ.at[i];
-    const double inverseSine = 1.0 / found.sine.at[i];
+    const double sineOfPMT = found.sine.at[i];
+    const double inverseSine =
+        1.0 / (sineOfPMT > kLeastSine ? sineOfPMT : kLeastSine);
     const Known known = {k.cosine.at[i],
                          found.sine.at[i],
                          inverseSine,

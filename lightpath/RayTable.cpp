@@ -78,6 +78,7 @@ double NextFrom(const CurvePoint& point, double miss) {
   const double squared = point.slope * point.slope;
   const double divisor = 6 * point.slope * (squared - miss * point.curve) +
                          miss * miss * point.third;
+  if (divisor == 0.0) return std::numeric_limits<double>::quiet_NaN();
   return point.t - 3 * miss * (2 * squared - miss * point.curve) / divisor;
 }
 

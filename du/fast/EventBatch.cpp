@@ -285,7 +285,7 @@ void EventBatch::JudgeStraight(const std::uint32_t* indexes,
     const double z = pmt.Z() - eventPos_.Z();
     const double length2 = x * x + y * y + z * z;
     isKnown[i] = length2 > 0.0;  // else the event may be at the PMT
-    const double inverse = 1.0 / std::sqrt(length2);
+    const double inverse = 1.0 / std::sqrt(isKnown[i] ? length2 : 1.0);
     block.startX.at[i] = eventX;
     block.startY.at[i] = eventY;
     block.endX.at[i] = static_cast<float>(pmt.X());
