@@ -260,8 +260,8 @@ class ShadowingFilter {
     bool isFirst;
   };
   eAnswer JudgeBounded(eComponent component,
-                       const BoundedSegment& segment) const;
-  eAnswer JudgeItems(eMappedTest test, const BoundedSegment& segment) const;
+                       const BoundedSegment& tested) const;
+  eAnswer JudgeItems(eMappedTest test, const BoundedSegment& tested) const;
 
   bool hasHoldDown_ = false;
   bool hasSupport_ = false;
