@@ -69,14 +69,11 @@ void ShadowingCalculator::FindVerdicts(const LightPathCalculator& light,
 
   const ConcentricMedia& media = light.GetMedia();
   LightPath path;
-  const auto judge = [&](eVerdict ifNone) {
-    return path.LightPathType == kUninitialised
-               ? ifNone
-               : VerdictOf(FindShadowing(path));
-  };
   ForEachOpen(rows.direct, count, [&](std::size_t i) {
     FindDirectPath(media, eventPos, pmts.At(i), path);
-    rows.direct[i] = judge(WhyNoPath(media, eventPos, pmts.At(i)));
+    rows.direct[i] = path.LightPathType == kUninitialised
+                         ? WhyNoPath(media, eventPos, pmts.At(i))
+                         : VerdictOf(FindShadowing(path));
     if (rows.types != nullptr) {
       rows.types[i] = static_cast<std::uint8_t>(path.LightPathType);
     }
@@ -84,7 +81,9 @@ void ShadowingCalculator::FindVerdicts(const LightPathCalculator& light,
   if (rows.reflected == nullptr) return;
   ForEachOpen(rows.reflected, count, [&](std::size_t i) {
     FindReflectedPath(media, eventPos, pmts.At(i), path);
-    rows.reflected[i] = judge(eVerdict::kNoReflectedPath);
+    rows.reflected[i] = path.LightPathType == kUninitialised
+                            ? eVerdict::kNoReflectedPath
+                            : VerdictOf(FindShadowing(path));
   });
 }
 

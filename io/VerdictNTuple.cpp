@@ -166,10 +166,8 @@ void VerdictNTuple::Begin(const Fields& fields, std::size_t blocks) {
   }
 }
 
-bool VerdictNTuple::HasBegun() const { return file_->HasBegun(); }
-
 void VerdictNTuple::Finish() {
-  if (!HasBegun()) Begin({}, 0);
+  if (!file_->HasBegun()) Begin({}, 0);
   blocks_.clear();
   file_->Finish();
 }

@@ -81,7 +81,6 @@ class VerdictNTuple {
   /// @param blocks  number of blocks to be filled at the same time
   /// @throws OutputFailure
   void Begin(const Fields& fields, std::size_t blocks);
-  bool HasBegun() const;
 
   /// One of the blocks, after Begin.
   Block& BlockAt(std::size_t number) { return *blocks_[number]; }

@@ -27,22 +27,9 @@ constexpr double kAngleError = 2e-14;
 /// moved by it once more, since it is composed of both unit vectors.
 constexpr double kCosineError = 2e-15;
 
-/// Errors of the angle up to this are inside the range of cells for which a
-/// cell's inverse slope holds (RayTable.cpp); the sine of one equals it within
-/// 2e-16.
-constexpr double kLargestMiss = 1e-5;
-
-/// The turns of a family at the near sites, known at compile time, so that the
-/// loops below have no branches.
-template <int kEvent, int kInside, int kInWall, int kOutWall, int kOutside,
-          bool kStartsAtT>
-struct Turns {
-  static constexpr int kAt[kNearSites] = {  // NOLINT(*-avoid-c-arrays)
-      kEvent, kInside, kInWall, kOutWall, kOutside};
-  /// Whether the angle at the event is t itself. Its cosine then keeps its
-  /// sign.
-  static constexpr bool kIsEventT = kStartsAtT;
-};
+/// Whether the angle at the event is t itself. Its cosine then keeps its sign.
+template <eRayFamily kFamily>
+constexpr bool kIsEventT = kFamily == eRayFamily::kOutwardJoined;
 
 struct Ray {
   double cosT, sinT;
@@ -72,11 +59,11 @@ struct Product {
   return __builtin_sqrt(branch.rests[site] + across * across);
 }
 
-template <class Turns, std::size_t kSite>
+template <eRayFamily kFamily, std::size_t kSite>
 [[gnu::always_inline]] inline void TurnAt(const RayBranch& branch,
                                           const Ray& ray, Product& product) {
-  constexpr int kTurns = Turns::kAt[kSite];
-  if constexpr (kSite == kEventSite && Turns::kIsEventT) {
+  constexpr int kTurns = kNearTurns[static_cast<int>(kFamily)][kSite];
+  if constexpr (kSite == kEventSite && kIsEventT<kFamily>) {
     product.template Turn<kTurns>(ray.cosT, ray.sinT);
   } else if constexpr (kTurns != 0) {
     product.template Turn<kTurns>(CosineAt(branch, kSite, ray),
@@ -132,7 +119,7 @@ struct Known {
   double cosine, sine, inverseSine;
   double ratioAtPMT;
   double inverseSlope, spread;
-  double angleError;  ///< as kAngleError
+  double angleError;  ///< kAngleError, and that of the angle to the PMT
 };
 
 /// The rotation by the swept angle minus the angle between event and PMT.
@@ -140,15 +127,15 @@ struct Miss {
   double cosine, sine;
 };
 
-template <class Turns>
+template <eRayFamily kFamily>
 [[gnu::always_inline]] inline Miss MissOf(const RayBranch& branch,
                                           const Known& known, const Ray& ray) {
   Product product = {branch.sign, 0.0};
-  TurnAt<Turns, 0>(branch, ray, product);
-  TurnAt<Turns, 1>(branch, ray, product);
-  TurnAt<Turns, 2>(branch, ray, product);
-  TurnAt<Turns, 3>(branch, ray, product);
-  TurnAt<Turns, 4>(branch, ray, product);
+  TurnAt<kFamily, 0>(branch, ray, product);
+  TurnAt<kFamily, 1>(branch, ray, product);
+  TurnAt<kFamily, 2>(branch, ray, product);
+  TurnAt<kFamily, 3>(branch, ray, product);
+  TurnAt<kFamily, 4>(branch, ray, product);
   const double sine = known.ratioAtPMT * ray.sinT;
   product.Turn<-1>(__builtin_sqrt(1.0 - sine * sine), sine);
   return {product.re * known.cosine + product.im * known.sine,
@@ -176,10 +163,10 @@ template <class Turns>
 /// of the cell by at most the spread.
 ///
 /// @return a bound on the error that is left
-template <class Turns>
+template <eRayFamily kFamily>
 [[gnu::always_inline]] inline double CorrectLast(const RayBranch& branch,
                                                  const Known& known, Ray& ray) {
-  const Miss miss = MissOf<Turns>(branch, known, ray);
+  const Miss miss = MissOf<kFamily>(branch, known, ray);
   const double size = miss.sine < 0.0 ? -miss.sine : miss.sine;
   const bool isKnown = (miss.cosine > 0.0) & (size < kLargestMiss) &
                        (ray.cosT > branch.leastCosine) &
@@ -193,7 +180,7 @@ template <class Turns>
 
 /// Correct t three times, from the second time on with the inverse slope of the
 /// chord (the secant method).
-template <class Turns>
+template <eRayFamily kFamily>
 [[gnu::always_inline]] inline void CorrectOften(const RayBranch& branch,
                                                 const Known& known, Ray& ray) {
   const double low = known.inverseSlope - known.spread;
@@ -203,13 +190,13 @@ template <class Turns>
     const double inverse = branch.sense * step / (rise != 0.0 ? rise : 1.0);
     return inverse > low ? (inverse < high ? inverse : high) : low;
   };
-  const Miss first = MissOf<Turns>(branch, known, ray);
+  const Miss first = MissOf<kFamily>(branch, known, ray);
   const double step1 = StepFor(branch, first, known.inverseSlope);
   ray = Turned(ray, step1);
-  const Miss second = MissOf<Turns>(branch, known, ray);
+  const Miss second = MissOf<kFamily>(branch, known, ray);
   const double step2 = StepFor(branch, second, chord(step1, first, second));
   ray = Turned(ray, step2);
-  const Miss third = MissOf<Turns>(branch, known, ray);
+  const Miss third = MissOf<kFamily>(branch, known, ray);
   ray = Turned(ray, StepFor(branch, third, chord(step2, second, third)));
   // A first step beyond the series changes the length.
   const double scale =
@@ -240,7 +227,7 @@ struct AtEnd {
   return {turnCosine - x * point, point, cosine + x * direction, -direction};
 }
 
-template <class Turns, bool kIsFolded, eSteps kSteps>
+template <eRayFamily kFamily, bool kIsFolded, eSteps kSteps>
 void TraceRays(const RayBranch& b, const RayOrigin& e, RayBlock& k,
                std::size_t count) {
   const RayBranch branch = b;
@@ -263,9 +250,9 @@ void TraceRays(const RayBranch& b, const RayOrigin& e, RayBlock& k,
                          kAngleError + kCosineError * inverseSine};
     Ray ray = {found.cosT.at[i], found.sinT.at[i]};
     if constexpr (kSteps == eSteps::kMany) {
-      CorrectOften<Turns>(branch, known, ray);
+      CorrectOften<kFamily>(branch, known, ray);
     }
-    const double bound = CorrectLast<Turns>(branch, known, ray);
+    const double bound = CorrectLast<kFamily>(branch, known, ray);
     const double sine = known.ratioAtPMT * ray.sinT;
     const AtEnd end =
         EndOf(sine, __builtin_sqrt(1.0 - sine * sine),
@@ -317,15 +304,16 @@ struct Angles {
   double cosine, sine;  // at the PMT
 };
 
-template <class Turns>
+template <eRayFamily kFamily>
 [[gnu::always_inline]] inline Angles AnglesOf(const RayBranch& branch,
                                               const Known& known,
                                               const Ray& ray) {
   const double atEvent = CosineAt(branch, kEventSite, ray);
   const double sine = known.ratioAtPMT * ray.sinT;
-  return {Turns::kIsEventT             ? ray.cosT
-          : Turns::kAt[kEventSite] < 0 ? -atEvent
-                                       : atEvent,
+  constexpr bool kIsInward = kFamily == eRayFamily::kInwardFromInside;
+  return {kIsEventT<kFamily> ? ray.cosT
+          : kIsInward        ? -atEvent
+                             : atEvent,
           branch.ratios[kEventSite] * ray.sinT,
           CosineAt(branch, kInsideSite, ray),
           branch.ratios[kInsideSite] * ray.sinT,
@@ -364,7 +352,7 @@ template <class Turns>
 ///
 /// The angle between event and PMT is known by its cosine and its sine, each
 /// from its own sum, so its error is a rounding error however small it is.
-template <class Turns, bool kIsFolded>
+template <eRayFamily kFamily, bool kIsFolded>
 void CompletePaths(const RayBranch& b, const RayOrigin& e, const RayRadii& r,
                    RayBlock& k, std::size_t count) {
   const RayBranch branch = b;
@@ -384,9 +372,9 @@ void CompletePaths(const RayBranch& b, const RayOrigin& e, const RayRadii& r,
                          found.spread.at[i],
                          kAngleError};
     Ray ray = {found.cosT.at[i], found.sinT.at[i]};
-    CorrectOften<Turns>(branch, known, ray);
-    k.bound.at[i] = CorrectLast<Turns>(branch, known, ray);
-    const Angles at = AnglesOf<Turns>(branch, known, ray);
+    CorrectOften<kFamily>(branch, known, ray);
+    k.bound.at[i] = CorrectLast<kFamily>(branch, known, ray);
+    const Angles at = AnglesOf<kFamily>(branch, known, ray);
     Place(event, plane, x, at, k, i);
     // From a sphere outwards, the length to the point of the line nearest to
     // the centre is radius times cosine.
@@ -400,72 +388,62 @@ void CompletePaths(const RayBranch& b, const RayOrigin& e, const RayRadii& r,
   }
 }
 
-template <class Turns>
+template <eRayFamily kFamily>
 void CompleteFamily(const RayBranch& branch, const RayOrigin& event,
                     const RayRadii& radii, RayBlock& block, std::size_t count) {
   if (branch.isFolded) {
-    CompletePaths<Turns, true>(branch, event, radii, block, count);
+    CompletePaths<kFamily, true>(branch, event, radii, block, count);
   } else {
-    CompletePaths<Turns, false>(branch, event, radii, block, count);
+    CompletePaths<kFamily, false>(branch, event, radii, block, count);
   }
 }
 
-template <class Turns, bool kIsFolded>
-void TraceFamily(const RayBranch& branch, const RayOrigin& event, eSteps steps,
-                 RayBlock& block, std::size_t count) {
+template <eRayFamily kFamily, bool kIsFolded>
+void TraceSteps(const RayBranch& branch, const RayOrigin& event, eSteps steps,
+                RayBlock& block, std::size_t count) {
   if (steps == eSteps::kOne) {
-    TraceRays<Turns, kIsFolded, eSteps::kOne>(branch, event, block, count);
+    TraceRays<kFamily, kIsFolded, eSteps::kOne>(branch, event, block, count);
   } else {
-    TraceRays<Turns, kIsFolded, eSteps::kMany>(branch, event, block, count);
+    TraceRays<kFamily, kIsFolded, eSteps::kMany>(branch, event, block, count);
   }
 }
 
-template <class Turns>
+template <eRayFamily kFamily>
 void TraceFamily(const RayBranch& branch, const RayOrigin& event, eSteps steps,
                  RayBlock& block, std::size_t count) {
   if (branch.isFolded) {
-    TraceFamily<Turns, true>(branch, event, steps, block, count);
+    TraceSteps<kFamily, true>(branch, event, steps, block, count);
   } else {
-    TraceFamily<Turns, false>(branch, event, steps, block, count);
+    TraceSteps<kFamily, false>(branch, event, steps, block, count);
   }
 }
 
-// The families from inside.
-using OutwardJoined = Turns<1, -1, 1, -1, 1, true>;
-using OutwardFromInside = Turns<1, -1, 1, -1, 1, false>;
-using InwardFromInside = Turns<-1, -1, 1, -1, 1, false>;
-
 void Trace(const RayBranch& branch, const RayOrigin& event, eSteps steps,
            RayBlock& block, std::size_t count) {
-  const auto trace = [&](auto turns) {
-    TraceFamily<decltype(turns)>(branch, event, steps, block, count);
-  };
-  switch (branch.family) {
-    case eRayFamily::kOutwardJoined:
-      return trace(OutwardJoined());
-    case eRayFamily::kOutwardFromInside:
-      return trace(OutwardFromInside());
-    case eRayFamily::kInwardFromInside:
-      return trace(InwardFromInside());
-    case eRayFamily::kOutwardFromWall:
-      return trace(Turns<1, 0, 0, -1, 1, false>());
-    case eRayFamily::kInwardFromWall:
-      return trace(Turns<-1, -2, 2, -1, 1, false>());
-    case eRayFamily::kInwardFromWater:
-      return trace(Turns<-1, -2, 2, -2, 2, false>());
-    case eRayFamily::kReflected:
-      return trace(Turns<-1, 0, 0, 0, 2, false>());
-  }
+  using Loop = decltype(&TraceFamily<eRayFamily::kOutwardJoined>);
+  // NOLINTNEXTLINE(*-avoid-c-arrays)
+  constexpr Loop kLoops[kRayFamilies] = {
+      TraceFamily<eRayFamily::kOutwardJoined>,
+      TraceFamily<eRayFamily::kOutwardFromInside>,
+      TraceFamily<eRayFamily::kInwardFromInside>,
+      TraceFamily<eRayFamily::kOutwardFromWall>,
+      TraceFamily<eRayFamily::kInwardFromWall>,
+      TraceFamily<eRayFamily::kInwardFromWater>,
+      TraceFamily<eRayFamily::kReflected>};
+  kLoops[static_cast<int>(branch.family)](branch, event, steps, block, count);
 }
 
 void Complete(const RayBranch& branch, const RayOrigin& event,
               const RayRadii& radii, RayBlock& block, std::size_t count) {
   if (branch.family == eRayFamily::kOutwardJoined) {
-    CompleteFamily<OutwardJoined>(branch, event, radii, block, count);
+    CompleteFamily<eRayFamily::kOutwardJoined>(branch, event, radii, block,
+                                               count);
   } else if (branch.family == eRayFamily::kOutwardFromInside) {
-    CompleteFamily<OutwardFromInside>(branch, event, radii, block, count);
+    CompleteFamily<eRayFamily::kOutwardFromInside>(branch, event, radii, block,
+                                                   count);
   } else {
-    CompleteFamily<InwardFromInside>(branch, event, radii, block, count);
+    CompleteFamily<eRayFamily::kInwardFromInside>(branch, event, radii, block,
+                                                  count);
   }
 }
 

@@ -8,7 +8,8 @@ namespace ZARN::DU {
 // This header is included by code that is compiled for several processors, so
 // it has no functions and includes no header that has.
 
-/// The number of PMTs in a block. All their data stays in the level 1 cache.
+/// The number of PMTs in a block: few enough that their data stays in the level
+/// 2 cache.
 inline constexpr std::size_t kRayBlock = 256;
 
 /// Sites of a ray besides the PMT: the event and both sides of both surfaces.
@@ -32,6 +33,19 @@ enum class eRayFamily {
   kInwardFromWater,
   kReflected
 };
+inline constexpr std::size_t kRayFamilies = 7;
+
+/// How often a ray of each family turns by the angle to the radius at the near
+/// sites (RayFamily::Turns; at the PMT it is always -1).
+// NOLINTNEXTLINE(*-avoid-c-arrays)
+inline constexpr int kNearTurns[kRayFamilies][kNearSites] = {
+    {1, -1, 1, -1, 1}, {1, -1, 1, -1, 1},  {-1, -1, 1, -1, 1},
+    {1, 0, 0, -1, 1},  {-1, -2, 2, -1, 1}, {-1, -2, 2, -2, 2},
+    {-1, 0, 0, 0, 2}};
+
+/// The bound of a ray holds if its swept angle is wrong by less than this, rad.
+/// The sine of such an angle equals it within 2e-16.
+inline constexpr double kLargestMiss = 1e-5;
 
 /// How often t is corrected: once, for PMTs at nearly the distance of the
 /// table; or until the bound is as small as it can be.
@@ -60,9 +74,6 @@ struct RayBranch {
   // and sqrt(rest + (ratio cos(t))^2).
   double ratios[kNearSites];  // NOLINT(*-avoid-c-arrays)
   double rests[kNearSites];   // NOLINT(*-avoid-c-arrays)
-  int turns[kNearSites];      // NOLINT(*-avoid-c-arrays)
-  int tSite;                  ///< where the angle is t itself
-  int turnsAtPMT;             ///< always -1
   double highest;  ///< ratio at the PMT times its distance from the centre
 };
 

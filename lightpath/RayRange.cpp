@@ -10,6 +10,29 @@
 namespace ZARN::DU {
 namespace {
 
+/// Whether the turns for which the kernels are compiled are those of a family.
+constexpr bool HasTurns(const RayFamily& family, eRayFamily compiled) {
+  for (std::size_t site = 0; site < kNearSites; ++site) {
+    if (family.Turns[site] !=
+        kNearTurns[static_cast<std::size_t>(compiled)][site]) {
+      return false;
+    }
+  }
+  return family.Turns[IndexOf(eSite::kPMT)] == -1;
+}
+static_assert(HasTurns(Families::kOutwardFromInside,
+                       eRayFamily::kOutwardJoined));
+static_assert(HasTurns(Families::kOutwardFromInside,
+                       eRayFamily::kOutwardFromInside));
+static_assert(HasTurns(Families::kInwardFromInside,
+                       eRayFamily::kInwardFromInside));
+static_assert(HasTurns(Families::kOutwardFromWall,
+                       eRayFamily::kOutwardFromWall));
+static_assert(HasTurns(Families::kInwardFromWall, eRayFamily::kInwardFromWall));
+static_assert(HasTurns(Families::kInwardFromWater,
+                       eRayFamily::kInwardFromWater));
+static_assert(HasTurns(Families::kReflected, eRayFamily::kReflected));
+
 constexpr double kPi = TMath::Pi();
 
 /// H of one ray with its derivatives by the table's coordinate.
@@ -251,7 +274,7 @@ void CellMaker::SetCubics(std::vector<RayCell>& cells) const {
 /// times the slack: beyond a fold, G could come back by twice the slack.) The
 /// last t ends the range: the kernel does not trust an estimate beyond it.
 void CellMaker::SetBounds(std::vector<RayCell>& cells) const {
-  constexpr double kWidest = 2e-5;  // larger than kLargestMiss
+  constexpr double kWidest = 2.0 * kLargestMiss;
   const double slack = piece_.slack.slope;
   const double reach = 3.0 * piece_.slack.angle + kWidest;
   std::vector<Range> slopes(points_.size() - 1);

@@ -125,7 +125,6 @@ class SweptAngle {
   /// Highest() / reach by site, 0 if the site is not on the path: the sine of
   /// the angle to the radius there is this times sin(t).
   const PerSite<double>& Ratios() const { return ratios_; }
-  const PerSite<double>& Turns() const { return turns_; }
   /// Whether rays of the family start or end on the far side of the centre: the
   /// product of their turns is that of a swept angle that differs by pi.
   bool IsBaseOdd() const { return isBaseOdd_; }

@@ -65,9 +65,8 @@ struct RowBlock {
 
 /// Judges the light from each of many events to all PMTs, on several threads.
 ///
-///     ZARN::Scan::RowScan scan(shadowing, lightPath, PMTArray(pmts),
-///     {threads}); scan.Run(events, [&](const ZARN::Scan::RowBlock& block) {
-///     ... });
+///     ZARN::Scan::RowScan scan(shadowing, lightPath, pmts, {threads});
+///     scan.Run(events, [](const ZARN::Scan::RowBlock& rows) { ... });
 ///
 /// The verdicts are those of FindShadowing for the paths of CalcByPosition. The
 /// results come in the order of the events and do not depend on the number of

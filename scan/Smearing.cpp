@@ -2,6 +2,8 @@
 
 #include <cmath>
 
+#include "TMath.h"
+
 namespace ZARN::Scan {
 namespace {
 
@@ -30,12 +32,11 @@ TVector3 SmearedPositions::Next(const TVector3& centre) {
 double SmearedPositions::Gaussian() {
   constexpr unsigned kUnusedBits = 11;  // a double has 53
   constexpr double kStep = 0x1p-53;
-  constexpr double kTwoPi = 6.283185307179586;
   const auto uniform = [&] {  // > 0, where the logarithm is finite
     return (static_cast<double>(generator_() >> kUnusedBits) + 1.0) * kStep;
   };
   const double radius = std::sqrt(-2.0 * std::log(uniform()));
-  return radius * std::cos(kTwoPi * uniform());
+  return radius * std::cos(TMath::TwoPi() * uniform());
 }
 
 }  // namespace ZARN::Scan
