@@ -1,7 +1,6 @@
 #include "lightpath/RayTable.hpp"
 
 #include <algorithm>
-#include <array>
 #include <cmath>
 #include <limits>
 #include <utility>
@@ -338,10 +337,10 @@ void RayTable::SetFromWater(const ConcentricMedia& media, double eventRadius,
                         reaches.Radii().middle,
                         std::move(found->points),
                         isFolded};
-  const double begin = kPi - far.End().g;
+  const double farthest = kPi - far.End().g;
   const double margin = kMargin + slack.angle;
-  SetFar(far, std::max(begin, last), margin);
-  if (begin > last) SetEmpty(last, begin, margin);
+  SetFar(far, std::max(farthest, last), margin);
+  if (farthest > last) SetEmpty(last, farthest, margin);
 }
 
 void RayTable::SetReflected(const ConcentricMedia& media, double eventRadius,
