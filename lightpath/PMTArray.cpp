@@ -11,10 +11,6 @@ namespace {
 constexpr double kNearest = 1.0;
 constexpr double kFarthest = 1e9;
 
-/// Distances in a group differ by less than this, relative: for such PMTs one
-/// correction of a ray is enough.
-constexpr double kNarrow = 1e-6;
-
 /// With fewer PMTs a table costs more than it saves.
 constexpr std::size_t kFewest = 128;
 

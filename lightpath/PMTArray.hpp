@@ -23,7 +23,12 @@ class PMTArray {
     std::size_t end;
     double lowest;   ///< distance from the centre, mm
     double highest;  ///< mm
+
+    /// Whether one correction of a ray is enough for all of them.
+    bool IsNarrow() const { return highest <= lowest * (1.0 + kNarrow); }
   };
+  /// The relative width of a narrow group.
+  static constexpr double kNarrow = 1e-6;
 
   PMTArray() = default;
   /// @param positions  mm, any values, also not finite ones

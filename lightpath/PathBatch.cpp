@@ -10,9 +10,6 @@
 namespace ZARN::DU {
 namespace {
 
-/// With fewer PMTs a table costs more than it saves.
-constexpr std::size_t kFewestPMTs = 16;
-
 /// The number of cells of a table.
 constexpr int kCells = 64;
 
@@ -68,27 +65,12 @@ void Set(const VectorColumns& columns, std::uint32_t pmt,
 
 }  // namespace
 
-PathBatch::PathBatch(const ConcentricMedia& media,
-                     const PerMedium& groupIndices, const TVector3& eventPos,
-                     const PMTArray& pmts)
-    : media_(media),
-      groupIndices_(groupIndices),
-      eventPos_(eventPos),
-      pmts_(pmts),
-      radii_{eventPos.Mag(), media.InnerRadius, media.OuterRadius} {
-  constexpr double kAtCentre = 1e-100;
-  if (radii_.event < kAtCentre) return;
-  // The same unit vector as that of a single path.
-  const TVector3 direction = eventPos * (1.0 / radii_.event);
-  origin_ = {direction.X(), direction.Y(), direction.Z()};
-}
-
 void PathBatch::Calc(const LightPathRow& row) {
   row_ = row;
   std::size_t done = 0;
-  if (media_.At(radii_.event) == eMedium::kInnerAV) {
-    for (const PMTArray::Group& group : pmts_.Groups()) {
-      if (group.end - group.begin >= kFewestPMTs) {
+  if (event_.Media().At(event_.EventRadius()) == eMedium::kInnerAV) {
+    for (const PMTArray::Group& group : event_.PMTs().Groups()) {
+      if (EventRays::IsWorthATable(group)) {
         CalcGroup(group);
       } else {
         CalcSingle(group.begin, group.end);
@@ -96,48 +78,37 @@ void PathBatch::Calc(const LightPathRow& row) {
       done = group.end;
     }
   }
-  CalcSingle(done, pmts_.Count());
+  CalcSingle(done, event_.PMTs().Count());
 }
 
 void PathBatch::CalcGroup(const PMTArray::Group& group) {
-  const RayTable table(
-      eLight::kDirect, media_, radii_.event,
-      {group.lowest, 0.5 * (group.lowest + group.highest), group.highest},
-      kCells);
-  Queue near;
-  Queue far;
-  for (std::size_t i = group.begin; i < group.end; ++i) {
-    const double x = origin_.x * pmts_.X()[i] + origin_.y * pmts_.Y()[i] +
-                     origin_.z * pmts_.Z()[i];
-    const auto index = static_cast<std::uint32_t>(i);
-    if (x > table.LeastNear()) {
-      near.indexes[near.count++] = index;
-      if (near.count == kRayBlock) CalcQueue(*table.Near(), near);
-    } else if (x < table.MostFar()) {
-      far.indexes[far.count++] = index;
-      if (far.count == kRayBlock) CalcQueue(*table.Far(), far);
-    } else if (x > table.LeastEmpty() && x < table.MostEmpty()) {
-      WriteSingle(pmts_.Order()[i], LightPath());
-    } else {
-      CalcSingle(pmts_.Order()[i]);
-    }
+  const RayTable table = event_.TableFor(group, eLight::kDirect, kCells);
+  event_.Sort(group, table, sorted_);
+  const std::vector<std::uint32_t>& order = event_.PMTs().Order();
+  for (const std::uint32_t index : sorted_.empty) {
+    WriteSingle(order[index], LightPath());
   }
-  if (near.count > 0) CalcQueue(*table.Near(), near);
-  if (far.count > 0) CalcQueue(*table.Far(), far);
+  for (const std::uint32_t index : sorted_.open) CalcSingle(order[index]);
+  if (table.Near().has_value()) CalcRange(*table.Near(), sorted_.near);
+  if (table.Far().has_value()) CalcRange(*table.Far(), sorted_.far);
 }
 
-void PathBatch::CalcQueue(const RayRange& range, Queue& queue) {
-  for (std::size_t i = 0; i < queue.count; ++i) {
-    const std::uint32_t index = queue.indexes[i];
-    numbers_[i] = pmts_.Order()[index];
-    rays_.pmtX.at[i] = pmts_.X()[index];
-    rays_.pmtY.at[i] = pmts_.Y()[index];
-    rays_.pmtZ.at[i] = pmts_.Z()[index];
-    rays_.inverseRadius.at[i] = pmts_.InverseRadius()[index];
+void PathBatch::CalcRange(const RayRange& range,
+                          const EventRays::Indexes& indexes) {
+  const ConcentricMedia& media = event_.Media();
+  const RayRadii radii = {event_.EventRadius(), media.InnerRadius,
+                          media.OuterRadius};
+  const std::vector<std::uint32_t>& order = event_.PMTs().Order();
+  for (std::size_t begin = 0; begin < indexes.size(); begin += kRayBlock) {
+    const std::size_t count = std::min(kRayBlock, indexes.size() - begin);
+    for (std::size_t i = 0; i < count; ++i) {
+      numbers_[i] = order[indexes[begin + i]];
+    }
+    event_.Load(indexes.data() + begin, count, rays_);
+    event_.Kernel().complete(range.branch, event_.Origin(), radii, rays_,
+                             count);
+    Write(range, count);
   }
-  kernel_->complete(range.branch, origin_, radii_, rays_, queue.count);
-  Write(range, queue.count);
-  queue.count = 0;
 }
 
 /// Write the paths of a block to the columns.
@@ -161,8 +132,10 @@ void PathBatch::Write(const RayRange& range, std::size_t count) {
   const RayBlock& k = rays_;
   putVector(row_.InitialDirection, -1.0, k.backX, k.backY, k.backZ);
   putVector(row_.FinalDirection, 1.0, k.directionX, k.directionY, k.directionZ);
-  putVector(row_.AVPoint1, media_.InnerRadius, k.firstX, k.firstY, k.firstZ);
-  putVector(row_.AVPoint2, media_.OuterRadius, k.pointX, k.pointY, k.pointZ);
+  putVector(row_.AVPoint1, event_.Media().InnerRadius, k.firstX, k.firstY,
+            k.firstZ);
+  putVector(row_.AVPoint2, event_.Media().OuterRadius, k.pointX, k.pointY,
+            k.pointZ);
   const auto zero = [](std::size_t) { return 0.0; };
   for (const auto point : {kPointColumns[2], kPointColumns[3]}) {
     put((row_.*point).x, zero);
@@ -179,7 +152,7 @@ void PathBatch::Write(const RayRange& range, std::size_t count) {
   });
   put(row_.IncidenceAngle, [&](std::size_t i) { return k.incidence.at[i]; });
 
-  const BoundOfPaths bounds(media_, groupIndices_);
+  const BoundOfPaths bounds(event_.Media(), groupIndices_);
   for (std::size_t i = 0; i < count; ++i) {
     const double bound = bounds.Of(k.bound.at[i], 1.0 / k.inverseRadius.at[i]);
     Set(row_.Bound, numbers_[i], bound);
@@ -189,12 +162,14 @@ void PathBatch::Write(const RayRange& range, std::size_t count) {
 
 /// Compute the paths of PMTs, given as places in their order.
 void PathBatch::CalcSingle(std::size_t begin, std::size_t end) {
-  for (std::size_t i = begin; i < end; ++i) CalcSingle(pmts_.Order()[i]);
+  for (std::size_t i = begin; i < end; ++i)
+    CalcSingle(event_.PMTs().Order()[i]);
 }
 
 void PathBatch::CalcSingle(std::uint32_t pmt) {
   LightPath path;
-  FindDirectPath(media_, eventPos_, pmts_.At(pmt), path);
+  FindDirectPath(event_.Media(), event_.EventPos(), event_.PMTs().At(pmt),
+                 path);
   WriteSingle(pmt, path);
 }
 

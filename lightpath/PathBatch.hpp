@@ -6,10 +6,10 @@
 
 #include "TVector3.h"
 #include "lightpath/ConcentricMedia.hpp"
+#include "lightpath/EventRays.hpp"
 #include "lightpath/LightPath.hpp"
 #include "lightpath/LightPathRow.hpp"
 #include "lightpath/PMTArray.hpp"
-#include "lightpath/RayTable.hpp"
 
 namespace ZARN::DU {
 
@@ -25,36 +25,27 @@ class PathBatch {
 
   /// @param pmts  must outlive this
   PathBatch(const ConcentricMedia& media, const PerMedium& groupIndices,
-            const TVector3& eventPos, const PMTArray& pmts);
+            const TVector3& eventPos, const PMTArray& pmts)
+      : event_(media, eventPos, pmts), groupIndices_(groupIndices) {}
 
   /// Use this kernel, which must be available. The default is the widest.
-  void UseKernel(eKernel kernel) { kernel_ = &RayKernelOf(kernel); }
+  void UseKernel(eKernel kernel) { event_.UseKernel(kernel); }
 
   void Calc(const LightPathRow& row);
 
  private:
-  /// PMTs of one range that are not computed yet.
-  struct Queue {
-    std::size_t count = 0;
-    std::array<std::uint32_t, kRayBlock> indexes;  // into the columns of pmts_
-  };
-
   void CalcGroup(const PMTArray::Group& group);
-  void CalcQueue(const RayRange& range, Queue& queue);
+  void CalcRange(const RayRange& range, const EventRays::Indexes& indexes);
   void Write(const RayRange& range, std::size_t count);
   void CalcSingle(std::size_t begin, std::size_t end);
   void CalcSingle(std::uint32_t pmt);
   void WriteSingle(std::uint32_t pmt, const LightPath& path);
 
-  ConcentricMedia media_;
+  EventRays event_;
   PerMedium groupIndices_;
-  TVector3 eventPos_;
-  const PMTArray& pmts_;
-  RayRadii radii_;
-  RayOrigin origin_ = {0.0, 0.0, 1.0};
-  const RayKernel* kernel_ = &RayKernelOf(WidestKernel());
 
   LightPathRow row_;
+  EventRays::Sorted sorted_;                      // PMTs of the current group
   std::array<std::uint32_t, kRayBlock> numbers_;  // of the PMTs of the block
   RayBlock rays_;
 };

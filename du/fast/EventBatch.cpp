@@ -10,13 +10,6 @@
 namespace ZARN::DU {
 namespace {
 
-/// With fewer PMTs a table costs more than it saves.
-constexpr std::size_t kFewestPMTs = 16;
-
-/// The distances of PMTs in a group differ by less than this, relative, if one
-/// correction of their rays is enough.
-constexpr double kNarrow = 1e-5;
-
 /// The number of cells of a table.
 constexpr int kCells = 128;
 
@@ -34,22 +27,6 @@ bool IsWithin(double bound, double directionX, double directionY,
 
 }  // namespace
 
-EventBatch::EventBatch(const PreparedLayers& layers,
-                       const ConcentricMedia& media, const TVector3& eventPos,
-                       const PMTArray& pmts)
-    : layers_(layers),
-      media_(media),
-      eventPos_(eventPos),
-      eventRadius_(eventPos.Mag()),
-      origin_{0.0, 0.0, 1.0},
-      pmts_(pmts) {
-  constexpr double kAtCentre = 1e-100;
-  if (eventRadius_ < kAtCentre) return;
-  // The same unit vector as that of a single path.
-  const TVector3 direction = eventPos * (1.0 / eventRadius_);
-  origin_ = {direction.X(), direction.Y(), direction.Z()};
-}
-
 void EventBatch::JudgeDirect(const BatchRow& row) {
   Judge(eLight::kDirect, row);
 }
@@ -60,82 +37,37 @@ void EventBatch::JudgeReflected(const BatchRow& row) {
 
 void EventBatch::Judge(eLight light, const BatchRow& row) {
   row_ = row;
-  std::fill_n(row.verdicts, pmts_.Count(), kOpenVerdict);
+  std::fill_n(row.verdicts, event_.PMTs().Count(), kOpenVerdict);
   constexpr double kFarthest = 1e9;  // mm
-  if (!(eventRadius_ < kFarthest)) return;
-  for (const PMTArray::Group& group : pmts_.Groups()) {
-    if (group.end - group.begin >= kFewestPMTs) JudgeGroup(light, group);
+  if (!(event_.EventRadius() < kFarthest)) return;
+  for (const PMTArray::Group& group : event_.PMTs().Groups()) {
+    if (EventRays::IsWorthATable(group)) JudgeGroup(light, group);
   }
 }
 
 void EventBatch::Set(std::uint32_t index, BatchVerdict verdict,
                      eLightPathType type) {
-  const std::uint32_t pmt = pmts_.Order()[index];
+  const std::uint32_t pmt = event_.PMTs().Order()[index];
   row_.verdicts[pmt] = verdict;
   if (row_.types != nullptr) row_.types[pmt] = static_cast<std::uint8_t>(type);
 }
 
 void EventBatch::JudgeGroup(eLight light, const PMTArray::Group& group) {
-  const RayTable table(
-      light, media_, eventRadius_,
-      {group.lowest, 0.5 * (group.lowest + group.highest), group.highest},
-      kCells);
-  steps_ = group.highest - group.lowest < kNarrow * group.highest
-               ? eSteps::kOne
-               : eSteps::kMany;
-  SortGroup(group, table);
-  if (table.Near().has_value()) {
-    if (table.Near()->type == kWater) {
-      for (std::size_t i = 0; i < near_.size(); i += kBatchPaths) {
-        JudgeStraight(near_.data() + i,
-                      std::min(kBatchPaths, near_.size() - i));
-      }
-    } else {
-      JudgeThrough(*table.Near(), near_);
-    }
+  const RayTable table = event_.TableFor(group, light, kCells);
+  steps_ = group.IsNarrow() ? eSteps::kOne : eSteps::kMany;
+  event_.Sort(group, table, sorted_);
+  for (const std::uint32_t index : sorted_.empty) {
+    Set(index, row_.noPath, kUninitialised);
   }
-  if (table.Far().has_value()) JudgeThrough(*table.Far(), far_);
-}
-
-/// Sort the PMTs of a group by the range of the table that they are in.
-void EventBatch::SortGroup(const PMTArray::Group& group,
-                           const RayTable& table) {
-  const std::size_t size = group.end - group.begin;
-  near_.resize(size);
-  far_.resize(size);
-  std::size_t nears = 0;
-  std::size_t fars = 0;
-  const double* const pmtX = pmts_.X().data() + group.begin;
-  const double* const pmtY = pmts_.Y().data() + group.begin;
-  const double* const pmtZ = pmts_.Z().data() + group.begin;
-  const RayOrigin origin = origin_;
-  std::array<double, kRayBlock> cosines;
-  for (std::size_t begin = 0; begin < size; begin += kRayBlock) {
-    const std::size_t count = std::min(kRayBlock, size - begin);
-    for (std::size_t i = 0; i < count; ++i) {
-      cosines[i] = origin.x * pmtX[begin + i] + origin.y * pmtY[begin + i] +
-                   origin.z * pmtZ[begin + i];
+  const Indexes& near = sorted_.near;
+  if (table.Near().has_value() && table.Near()->type == kWater) {
+    for (std::size_t i = 0; i < near.size(); i += kBatchPaths) {
+      JudgeStraight(near.data() + i, std::min(kBatchPaths, near.size() - i));
     }
-    // Written in any case, so that there is no branch to predict.
-    for (std::size_t i = 0; i < count; ++i) {
-      const double x = cosines[i];
-      const auto index = static_cast<std::uint32_t>(group.begin + begin + i);
-      near_[nears] = index;
-      nears += x > table.LeastNear() ? 1U : 0U;
-      far_[fars] = index;
-      fars += x < table.MostFar() ? 1U : 0U;
-    }
-    if (!(table.LeastEmpty() < table.MostEmpty())) continue;
-    for (std::size_t i = 0; i < count; ++i) {
-      const double x = cosines[i];
-      if (x > table.LeastEmpty() && x < table.MostEmpty()) {
-        Set(static_cast<std::uint32_t>(group.begin + begin + i), row_.noPath,
-            kUninitialised);
-      }
-    }
+  } else if (table.Near().has_value()) {
+    JudgeThrough(*table.Near(), near);
   }
-  near_.resize(nears);
-  far_.resize(fars);
+  if (table.Far().has_value()) JudgeThrough(*table.Far(), sorted_.far);
 }
 
 void EventBatch::JudgeThrough(const RayRange& range, const Indexes& indexes) {
@@ -151,23 +83,18 @@ void EventBatch::JudgeThrough(const RayRange& range, const Indexes& indexes) {
 
 void EventBatch::Trace(const RayRange& range, eSteps steps,
                        const std::uint32_t* indexes, std::size_t count) {
-  for (std::size_t i = 0; i < count; ++i) {
-    const std::uint32_t index = indexes[i];
-    rays_.pmtX.at[i] = pmts_.X()[index];
-    rays_.pmtY.at[i] = pmts_.Y()[index];
-    rays_.pmtZ.at[i] = pmts_.Z()[index];
-    rays_.inverseRadius.at[i] = pmts_.InverseRadius()[index];
-  }
-  kernel_->trace(range.branch, origin_, steps, rays_, count);
+  event_.Load(indexes, count, rays_);
+  const RayKernel& kernel = event_.Kernel();
+  kernel.trace(range.branch, event_.Origin(), steps, rays_, count);
   if (HasTwoCrossings(range.type)) {
-    kernel_->traceBack(range.branch, origin_, rays_, count);
+    kernel.traceBack(range.branch, event_.Origin(), rays_, count);
   }
 }
 
 void EventBatch::JudgeBlock(const RayRange& range, const std::uint32_t* indexes,
                             std::size_t count) {
   Trace(range, steps_, indexes, count);
-  const double radius = media_.OuterRadius;
+  const double radius = event_.Media().OuterRadius;
   const bool areTwo = HasTwoCrossings(range.type);
   CrossingBlock block;
   const auto copy = [&](std::size_t begin, const auto& px, const auto& py,
@@ -223,7 +150,7 @@ void EventBatch::SetKnown(const RayRange& range, const std::uint32_t* indexes,
   // Written in any case, so that there is no branch to predict.
   std::array<std::uint32_t, kRayBlock> open;
   std::size_t opens = 0;
-  const std::uint32_t* const order = pmts_.Order().data();
+  const std::uint32_t* const order = event_.PMTs().Order().data();
   BatchVerdict* const row = row_.verdicts;
   for (std::size_t i = 0; i < count; ++i) {
     const BatchVerdict verdict = isKnown[i] ? verdicts[i] : kOpenVerdict;
@@ -242,7 +169,7 @@ void EventBatch::SetKnown(const RayRange& range, const std::uint32_t* indexes,
 void EventBatch::JudgeAgain(const RayRange& range, const std::uint32_t* indexes,
                             std::size_t count) {
   Trace(range, eSteps::kMany, indexes, count);
-  const double radius = media_.OuterRadius;
+  const double radius = event_.Media().OuterRadius;
   const bool areTwo = HasTwoCrossings(range.type);
   constexpr double kError = BoundedBands::kPathError;
   for (std::size_t i = 0; i < count; ++i) {
@@ -276,13 +203,14 @@ void EventBatch::JudgeStraight(const std::uint32_t* indexes,
                                std::size_t count) {
   WaterBlock block;
   std::array<bool, kBatchPaths> isKnown;
-  const auto eventX = static_cast<float>(eventPos_.X());
-  const auto eventY = static_cast<float>(eventPos_.Y());
+  const TVector3& eventPos = event_.EventPos();
+  const auto eventX = static_cast<float>(eventPos.X());
+  const auto eventY = static_cast<float>(eventPos.Y());
   for (std::size_t i = 0; i < count; ++i) {
-    const TVector3& pmt = pmts_.At(pmts_.Order()[indexes[i]]);
-    const double x = pmt.X() - eventPos_.X();
-    const double y = pmt.Y() - eventPos_.Y();
-    const double z = pmt.Z() - eventPos_.Z();
+    const TVector3& pmt = event_.PMTs().At(event_.PMTs().Order()[indexes[i]]);
+    const double x = pmt.X() - eventPos.X();
+    const double y = pmt.Y() - eventPos.Y();
+    const double z = pmt.Z() - eventPos.Z();
     const double length2 = x * x + y * y + z * z;
     isKnown[i] = length2 > 0.0;  // else the event may be at the PMT
     const double inverse = 1.0 / std::sqrt(isKnown[i] ? length2 : 1.0);
@@ -308,9 +236,10 @@ void EventBatch::JudgeStraight(const std::uint32_t* indexes,
 
 /// Judge a straight path in double precision. It is the exact one.
 void EventBatch::JudgeStraightAgain(std::uint32_t index) {
-  const TVector3& pmtPos = pmts_.At(pmts_.Order()[index]);
-  const TVector3 direction = StraightDirection(eventPos_, pmtPos);
-  const auto found = layers_.filter.FindInWater({eventPos_, direction, 1.0},
+  const TVector3& pmtPos = event_.PMTs().At(event_.PMTs().Order()[index]);
+  const TVector3& eventPos = event_.EventPos();
+  const TVector3 direction = StraightDirection(eventPos, pmtPos);
+  const auto found = layers_.filter.FindInWater({eventPos, direction, 1.0},
                                                 {pmtPos, direction, -1.0});
   if (found.has_value()) Set(index, BatchVerdictOf(*found), kWater);
 }

@@ -8,8 +8,8 @@
 #include "du/fast/BatchTables.hpp"
 #include "du/fast/LazyLayers.hpp"
 #include "lightpath/ConcentricMedia.hpp"
+#include "lightpath/EventRays.hpp"
 #include "lightpath/PMTArray.hpp"
-#include "lightpath/RayTable.hpp"
 
 namespace ZARN::DU {
 
@@ -36,10 +36,11 @@ class EventBatch {
  public:
   /// @param layers, pmts  must outlive this
   EventBatch(const PreparedLayers& layers, const ConcentricMedia& media,
-             const TVector3& eventPos, const PMTArray& pmts);
+             const TVector3& eventPos, const PMTArray& pmts)
+      : layers_(layers), event_(media, eventPos, pmts) {}
 
   /// Use this kernel, which must be available. The default is the widest.
-  void UseKernel(eKernel kernel) { kernel_ = &RayKernelOf(kernel); }
+  void UseKernel(eKernel kernel) { event_.UseKernel(kernel); }
 
   /// Judge the light of CalcByPosition.
   void JudgeDirect(const BatchRow& row);
@@ -47,11 +48,10 @@ class EventBatch {
   void JudgeReflected(const BatchRow& row);
 
  private:
-  using Indexes = std::vector<std::uint32_t>;  // into the columns of pmts_
+  using Indexes = EventRays::Indexes;
 
   void Judge(eLight light, const BatchRow& row);
   void JudgeGroup(eLight light, const PMTArray::Group& group);
-  void SortGroup(const PMTArray::Group& group, const RayTable& table);
   void JudgeThrough(const RayRange& range, const Indexes& indexes);
   void JudgeBlock(const RayRange& range, const std::uint32_t* indexes,
                   std::size_t count);
@@ -66,18 +66,12 @@ class EventBatch {
   void Set(std::uint32_t index, BatchVerdict verdict, eLightPathType type);
 
   const PreparedLayers& layers_;
-  ConcentricMedia media_;
-  TVector3 eventPos_;
-  double eventRadius_;
-  RayOrigin origin_;
-  const PMTArray& pmts_;
-  const RayKernel* kernel_ = &RayKernelOf(WidestKernel());
+  EventRays event_;
 
   BatchRow row_ = {};
   eSteps steps_ = eSteps::kOne;  // of the current group
-  Indexes near_;
-  Indexes far_;
-  Indexes open_;  // to be traced again
+  EventRays::Sorted sorted_;     // PMTs of the current group
+  Indexes open_;                 // to be traced again
   RayBlock rays_;
 };
 
