@@ -47,6 +47,18 @@ class EndsFromAbove {
   double product_;
 };
 
+/// The first component for which @p judge(component) gives kBlocks; nothing if
+/// the answer of an earlier one is unsure.
+template <class Judge>
+std::optional<eComponent> FirstUnlessUnsure(const Judge& judge) {
+  for (const eComponent component : kShadowingComponents) {
+    const eAnswer answer = judge(component);
+    if (answer == eAnswer::kUnsure) return std::nullopt;
+    if (answer == eAnswer::kBlocks) return component;
+  }
+  return eComponent::kNone;
+}
+
 /// The answer of ropes on a cylinder for a path in water that starts or ends
 /// inside it, or possibly does; none for one that surely does neither.
 std::optional<eAnswer> JudgeFromInside(const VerticalRopeFilter& ropes,
@@ -172,27 +184,43 @@ eComponent ShadowingFilter::FindAtCrossing(const TVector3& point,
   });
 }
 
+std::optional<eComponent> ShadowingFilter::FindAtCrossing(
+    const TVector3& point, double error, std::size_t cell,
+    const KnownRopes& ropes) const {
+  const BoundedPoint at = {point, error, cell};
+  return FirstUnlessUnsure([&](eComponent component) {
+    switch (component) {
+      case eComponent::kAVHDRope:
+        return ropes.isAboveEnds ? JudgeItems(eMappedTest::kHoldDownSurface, at)
+                                 : eAnswer::kClear;
+      case eComponent::kSupportRope:
+        return ropes.isAtSupportRope ? eAnswer::kBlocks : eAnswer::kClear;
+      default:
+        return JudgeAtPoint(component, at, ropes.isFirst);
+    }
+  });
+}
+
 std::optional<eComponent> ShadowingFilter::FindBounded(
     const WaterSegmentViews& path, double error) const {
-  const BoundedSegment first = {path.first, error,
-                                map_.CellAt(path.first.point), true};
-  const BoundedSegment second = {path.second, error,
-                                 map_.CellAt(path.second.point), false};
+  const auto segment = [&](const SegmentView& view, bool isFirst) {
+    return BoundedSegment{
+        view, {view.point, error, map_.CellAt(view.point)}, isFirst};
+  };
+  const BoundedSegment first = segment(path.first, true);
+  const BoundedSegment second = segment(path.second, false);
   const bool areTwo = path.kind == ePathKind::kTwoCrossings;
-  for (const eComponent component : kShadowingComponents) {
-    eAnswer answer = JudgeBounded(component, first);
-    if (areTwo) answer = Either(answer, JudgeBounded(component, second));
-    if (answer == eAnswer::kUnsure) return std::nullopt;
-    if (answer == eAnswer::kBlocks) return component;
-  }
-  return eComponent::kNone;
+  return FirstUnlessUnsure([&](eComponent component) {
+    const eAnswer answer = JudgeBounded(component, first);
+    return areTwo ? Either(answer, JudgeBounded(component, second)) : answer;
+  });
 }
 
 eAnswer ShadowingFilter::JudgeBounded(eComponent component,
                                       const BoundedSegment& tested) const {
   const double z = tested.segment.point.Z();
   const auto isUnsureAbove = [&](double height) {
-    return std::abs(z - height) <= tested.error;
+    return std::abs(z - height) <= tested.at.error;
   };
   switch (component) {
     case eComponent::kAVHDRope:
@@ -200,43 +228,50 @@ eAnswer ShadowingFilter::JudgeBounded(eComponent component,
       if (isUnsureAbove(holdDownEndHeight_)) return eAnswer::kUnsure;
       return holdDownEndHeight_ > z
                  ? holdDown_.JudgeBounded(tested.segment)
-                 : JudgeItems(eMappedTest::kHoldDownSurface, tested);
+                 : JudgeItems(eMappedTest::kHoldDownSurface, tested.at);
     case eComponent::kSupportRope:
       if (!hasSupport_) return eAnswer::kClear;
       if (isUnsureAbove(supportFootHeight_)) return eAnswer::kUnsure;
       return z > supportFootHeight_ ? support_.JudgeBounded(tested.segment)
                                     : eAnswer::kClear;
-    case eComponent::kBellyPlate:
-      return JudgeItems(eMappedTest::kBellyPlate, tested);
-    case eComponent::kNCDAnchor:
-      return JudgeItems(eMappedTest::kNCDAnchor, tested);
-    case eComponent::kAVPipe:
-      return tested.isFirst ? JudgeItems(eMappedTest::kAVPipe, tested)
-                            : eAnswer::kClear;
-    case eComponent::kNeckBoss:
-      return JudgeItems(eMappedTest::kNeckBoss, tested);
-    case eComponent::kNone:
-      break;
+    default:
+      return JudgeAtPoint(component, tested.at, tested.isFirst);
   }
-  return eAnswer::kClear;
+}
+
+/// The answer of a component that looks only at the crossing point.
+eAnswer ShadowingFilter::JudgeAtPoint(eComponent component,
+                                      const BoundedPoint& at,
+                                      bool isFirst) const {
+  switch (component) {
+    case eComponent::kBellyPlate:
+      return JudgeItems(eMappedTest::kBellyPlate, at);
+    case eComponent::kNCDAnchor:
+      return JudgeItems(eMappedTest::kNCDAnchor, at);
+    case eComponent::kAVPipe:
+      return isFirst ? JudgeItems(eMappedTest::kAVPipe, at) : eAnswer::kClear;
+    case eComponent::kNeckBoss:
+      return JudgeItems(eMappedTest::kNeckBoss, at);
+    default:
+      return eAnswer::kClear;
+  }
 }
 
 /// The answer of a test that looks only at the crossing point: of the map, and
 /// if it is unsure that of the cell's items. Both hold for the exact point too:
 /// an answer of the map is one for a ball that is larger by kShell.
 eAnswer ShadowingFilter::JudgeItems(eMappedTest test,
-                                    const BoundedSegment& tested) const {
-  if (tested.cell == map_.OffMap()) return eAnswer::kUnsure;
-  const eAnswer inCell = ShadowMap::AnswerOf(map_.At(tested.cell), test);
+                                    const BoundedPoint& at) const {
+  if (at.cell == map_.OffMap()) return eAnswer::kUnsure;
+  const eAnswer inCell = ShadowMap::AnswerOf(map_.At(at.cell), test);
   if (inCell != eAnswer::kUnsure) return inCell;
-  const TVector3& point = tested.segment.point;
-  const Ball ball = {{point.X(), point.Y(), point.Z()}, tested.error};
+  const Ball ball = {{at.point.X(), at.point.Y(), at.point.Z()}, at.error};
   BallTest::Items open;  // stays empty: nothing is allocated
   if (test == eMappedTest::kAVPipe) return AVPipeBands().Judge(ball, {}, open);
   if (test == eMappedTest::kNeckBoss) {
     return NeckBossCap(neckBoss_).Judge(ball, {}, open);
   }
-  const CellItems::View some = map_.Open(test).Of(tested.cell);
+  const CellItems::View some = map_.Open(test).Of(at.cell);
   if (some.IsEmpty()) return eAnswer::kUnsure;
   eAnswer answer = eAnswer::kClear;
   for (const Stretch items : some) {

@@ -72,6 +72,14 @@ class ShadowingFilter {
   eShadowingComponent FindAtCrossing(const TVector3& point, std::size_t cell,
                                      const KnownRopes& ropes) const;
 
+  /// The same for a crossing point that is only known within a bound; nothing
+  /// if that is not enough.
+  ///
+  /// @param error  of the point, mm
+  std::optional<eShadowingComponent> FindAtCrossing(
+      const TVector3& point, double error, std::size_t cell,
+      const KnownRopes& ropes) const;
+
   /// The component that blocks a path through the vessel that is only known
   /// within BoundedBands; nothing if that is not enough.
   ///
@@ -252,16 +260,23 @@ class ShadowingFilter {
         [&] { return hasNeckBoss_ && IsUnderNeckBoss(neckBoss_, at.point); });
   }
 
-  // The answers for a segment that is known within a bound.
+  // The answers for a segment, or its crossing point, that is known within a
+  // bound.
+  struct BoundedPoint {
+    const TVector3& point;
+    double error;  // mm
+    std::size_t cell;
+  };
   struct BoundedSegment {
     const SegmentView& segment;
-    double error;  // of its point, mm
-    std::size_t cell;
+    BoundedPoint at;
     bool isFirst;
   };
   eAnswer JudgeBounded(eComponent component,
                        const BoundedSegment& tested) const;
-  eAnswer JudgeItems(eMappedTest test, const BoundedSegment& tested) const;
+  eAnswer JudgeAtPoint(eComponent component, const BoundedPoint& at,
+                       bool isFirst) const;
+  eAnswer JudgeItems(eMappedTest test, const BoundedPoint& at) const;
 
   bool hasHoldDown_ = false;
   bool hasSupport_ = false;

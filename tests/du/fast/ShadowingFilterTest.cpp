@@ -283,6 +283,39 @@ TEST(ShadowingFilter, FindsAtACrossingWhatTheFormulasFindThere) {
   EXPECT_GT(found[eComponent::kNone], 50);
 }
 
+TEST(ShadowingFilter, FindsWithinABoundOnlyWhatHoldsForEveryPointInIt) {
+  Random random(88);
+  const ShadowingFilter filter(Detector().GetHardware(), {});
+  constexpr double kError = 2.0;  // mm; a large one meets many edges
+  int known = 0;
+  int open = 0;
+  std::map<eComponent, int> found;
+  for (const LightPath& path : Paths(4000)) {
+    TVector3 centre = path.AVPoint1;
+    centre.SetMag(Detector().GetOuterAVRadius());
+    const bool isAboveEnds =
+        filter.HoldDownEndHeight() < centre.Z() - 2.0 * kError;
+    const KnownRopes ropes = {isAboveEnds, isAboveEnds && random.Chance(0.1),
+                              random.Chance(0.5)};
+    const std::size_t cell = filter.Map().CellAt(centre);
+    const auto answer = filter.FindAtCrossing(centre, kError, cell, ropes);
+    ++(answer.has_value() ? known : open);
+    if (!answer.has_value()) continue;
+    ++found[*answer];
+    for (int i = 0; i < 10; ++i) {
+      TVector3 point = centre + kError * random.Direction();
+      // The items of the cell are those of its own points.
+      if (filter.Map().CellAt(point) != cell) continue;
+      EXPECT_EQ(FindByFormulasAt(Detector(), point, ropes), *answer)
+          << ::testing::PrintToString(point);
+    }
+    EXPECT_EQ(filter.FindAtCrossing(centre, 1e-6, cell, ropes), answer);
+  }
+  EXPECT_GT(known, 3000);
+  EXPECT_GT(open, 20);
+  EXPECT_GT(found.size(), 4U);
+}
+
 TEST(ShadowingFilter, FindsAtACrossingTheVerdictOnTheWholePath) {
   // Here the ropes' known answers are the true ones.
   const ShadowingFilter filter(Detector().GetHardware(), {});
