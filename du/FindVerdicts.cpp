@@ -1,5 +1,6 @@
 #include <algorithm>
 #include <cstdint>
+#include <cstring>
 
 #include "du/ShadowingCalculator.hpp"
 #include "du/fast/EventBatch.hpp"
@@ -32,11 +33,14 @@ BatchVerdict* AsBatch(eVerdict* row) {
 /// Call @p decide(i) for every open verdict of a row.
 template <class Decide>
 void ForEachOpen(const eVerdict* row, std::size_t count, const Decide& decide) {
-  constexpr auto kOpen = static_cast<eVerdict>(kOpenVerdict);
+  static_assert(sizeof(eVerdict) == 1);  // so that memchr finds one
+  const eVerdict* at = row;
   const eVerdict* const end = row + count;
-  for (const eVerdict* at = std::find(row, end, kOpen); at != end;
-       at = std::find(at + 1, end, kOpen)) {
+  while ((at = static_cast<const eVerdict*>(std::memchr(
+              at, kOpenVerdict, static_cast<std::size_t>(end - at)))) !=
+         nullptr) {
     decide(static_cast<std::size_t>(at - row));
+    ++at;
   }
 }
 
