@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cmath>
 
 namespace ZARN::DU {
 
@@ -23,59 +24,106 @@ bool EventRays::IsWorthATable(const PMTArray::Group& group) {
   return group.end - group.begin >= kFewest;
 }
 
-void EventRays::Sort(const PMTArray::Group& group, const RayTable& table,
-                     Sorted& sorted) const {
-  const std::size_t size = group.end - group.begin;
-  sorted.near.resize(size);
-  sorted.far.resize(size);
-  sorted.empty.clear();
-  sorted.open.clear();
-  std::size_t nears = 0;
-  std::size_t fars = 0;
-  const double* const pmtX = pmts_.X().data() + group.begin;
-  const double* const pmtY = pmts_.Y().data() + group.begin;
-  const double* const pmtZ = pmts_.Z().data() + group.begin;
-  const RayOrigin origin = origin_;
-  std::array<double, kRayBlock> cosines;
-  std::array<std::uint32_t, kRayBlock> others;
-  for (std::size_t begin = 0; begin < size; begin += kRayBlock) {
-    const std::size_t count = std::min(kRayBlock, size - begin);
-    for (std::size_t i = 0; i < count; ++i) {
-      cosines[i] = origin.x * pmtX[begin + i] + origin.y * pmtY[begin + i] +
-                   origin.z * pmtZ[begin + i];
-    }
-    // Written in any case, so that there is no branch to predict.
-    std::size_t rest = 0;
-    for (std::size_t i = 0; i < count; ++i) {
-      const bool isNear = cosines[i] > table.LeastNear();
-      const bool isFar = cosines[i] < table.MostFar();
-      const auto index = static_cast<std::uint32_t>(group.begin + begin + i);
-      sorted.near[nears] = index;
-      nears += isNear ? 1U : 0U;
-      sorted.far[fars] = index;
-      fars += isFar ? 1U : 0U;
-      others[rest] = index;
-      rest += isNear || isFar ? 0U : 1U;
-    }
-    for (std::size_t i = 0; i < rest; ++i) {
-      const double x = cosines[others[i] - group.begin - begin];
-      const bool isEmpty = x > table.LeastEmpty() && x < table.MostEmpty();
-      (isEmpty ? sorted.empty : sorted.open).push_back(others[i]);
-    }
-  }
-  sorted.near.resize(nears);
-  sorted.far.resize(fars);
+void EventRays::Part::Clear() {
+  runs.clear();
+  indexes.clear();
 }
 
-void EventRays::Load(const std::uint32_t* indexes, std::size_t count,
-                     RayBlock& block) const {
+void EventRays::Part::Append(std::size_t begin, std::size_t end) {
+  if (!runs.empty() && runs.back().end == begin) {
+    runs.back().end = end;
+  } else {
+    runs.push_back({begin, end});
+  }
+}
+
+/// A patch of which all PMTs are in one range is not looked into. The ranges
+/// have margins that are wider than the rounding of the cosines.
+void EventRays::Sort(const PMTArray::Group& group, const RayTable& table,
+                     Sorted& sorted) const {
+  for (Part* const part :
+       {&sorted.near, &sorted.far, &sorted.empty, &sorted.open}) {
+    part->Clear();
+  }
+  for (const PMTArray::Patch& patch : group.patches) {
+    const double x = origin_.x * patch.axis.X() + origin_.y * patch.axis.Y() +
+                     origin_.z * patch.axis.Z();
+    const double across =
+        patch.sine * std::sqrt(std::max((1.0 - x) * (1.0 + x), 0.0));
+    const double least = x > -patch.cosine ? x * patch.cosine - across : -1.0;
+    const double most = x < patch.cosine ? x * patch.cosine + across : 1.0;
+    if (least > table.LeastNear()) {
+      sorted.near.Append(patch.begin, patch.end);
+    } else if (most < table.MostFar()) {
+      sorted.far.Append(patch.begin, patch.end);
+    } else if (least > table.LeastEmpty() && most < table.MostEmpty()) {
+      sorted.empty.Append(patch.begin, patch.end);
+    } else {
+      SortPatch(patch, table, sorted);
+    }
+  }
+}
+
+void EventRays::SortPatch(const PMTArray::Patch& patch, const RayTable& table,
+                          Sorted& sorted) const {
+  std::array<double, PMTArray::kMostInPatch> cosines;
+  const std::size_t count = patch.end - patch.begin;
+  const double* const x = pmts_.X().data() + patch.begin;
+  const double* const y = pmts_.Y().data() + patch.begin;
+  const double* const z = pmts_.Z().data() + patch.begin;
+  for (std::size_t i = 0; i < count; ++i) {
+    cosines[i] = origin_.x * x[i] + origin_.y * y[i] + origin_.z * z[i];
+  }
+  const auto append = [&](Part& part, const auto& isIn) {
+    // Written in any case, so that there is no branch to predict.
+    std::array<std::uint32_t, PMTArray::kMostInPatch> found;
+    std::size_t end = 0;
+    for (std::size_t i = 0; i < count; ++i) {
+      found[end] = static_cast<std::uint32_t>(patch.begin + i);
+      end += isIn(cosines[i]) ? 1U : 0U;
+    }
+    part.indexes.insert(part.indexes.end(), found.begin(), found.begin() + end);
+    return end;
+  };
+  const auto isNear = [&](double cosine) { return cosine > table.LeastNear(); };
+  const auto isFar = [&](double cosine) { return cosine < table.MostFar(); };
+  const auto isEmpty = [&](double cosine) {
+    return (cosine > table.LeastEmpty()) & (cosine < table.MostEmpty());
+  };
+  const std::size_t known = append(sorted.near, isNear) +
+                            append(sorted.far, isFar) +
+                            append(sorted.empty, isEmpty);
+  if (known == count) return;
+  append(sorted.open, [&](double cosine) {
+    return !isNear(cosine) & !isFar(cosine) & !isEmpty(cosine);
+  });
+}
+
+EventRays::Block EventRays::BlockOf(std::size_t begin,
+                                    std::size_t count) const {
+  return {{pmts_.X().data() + begin, pmts_.Y().data() + begin,
+           pmts_.Z().data() + begin, pmts_.InverseRadius().data() + begin},
+          pmts_.Order().data() + begin,
+          count,
+          begin,
+          nullptr};
+}
+
+EventRays::Block EventRays::BlockOf(const std::uint32_t* indexes,
+                                    std::size_t count, Copies& copies) const {
   for (std::size_t i = 0; i < count; ++i) {
     const std::uint32_t index = indexes[i];
-    block.pmtX.at[i] = pmts_.X()[index];
-    block.pmtY.at[i] = pmts_.Y()[index];
-    block.pmtZ.at[i] = pmts_.Z()[index];
-    block.inverseRadius.at[i] = pmts_.InverseRadius()[index];
+    copies.x.at[i] = pmts_.X()[index];
+    copies.y.at[i] = pmts_.Y()[index];
+    copies.z.at[i] = pmts_.Z()[index];
+    copies.inverseRadius.at[i] = pmts_.InverseRadius()[index];
+    copies.numbers.at[i] = pmts_.Order()[index];
   }
+  return {{copies.x.at, copies.y.at, copies.z.at, copies.inverseRadius.at},
+          copies.numbers.at,
+          count,
+          0,
+          indexes};
 }
 
 }  // namespace ZARN::DU

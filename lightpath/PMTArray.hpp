@@ -13,16 +13,32 @@ namespace ZARN::DU {
 ///
 /// PMTs at nearly the same distance from the centre form a group: one table of
 /// light rays serves them all. A detector whose PMTs have one distance is one
-/// group; distances that vary without steps are divided into a few.
+/// group; distances that vary without steps are divided into a few. Within a
+/// group neighbours stand together, so that what is decided for one direction
+/// is mostly decided for a whole patch of them.
 class PMTArray {
  public:
+  /// The largest number of PMTs in a patch.
+  static constexpr std::size_t kMostInPatch = 64;
+
+  /// PMTs of a group that are near each other, seen from the centre: those with
+  /// the indexes begin to before end.
+  struct Patch {
+    std::size_t begin;
+    std::size_t end;
+    TVector3 axis;  ///< unit vector
+    double cosine;  ///< of the largest angle between a PMT and the axis
+    double sine;
+  };
+
   /// PMTs at nearly the same distance: those with the indexes begin to before
   /// end of Order() and of the columns.
   struct Group {
     std::size_t begin;
     std::size_t end;
-    double lowest;   ///< distance from the centre, mm
-    double highest;  ///< mm
+    double lowest;                    ///< distance from the centre, mm
+    double highest;                   ///< mm
+    std::vector<Patch> patches = {};  ///< in order; together all of its PMTs
 
     /// Whether one correction of a ray is enough for all of them.
     bool IsNarrow() const { return highest <= lowest * (1.0 + kNarrow); }
@@ -51,6 +67,8 @@ class PMTArray {
 
  private:
   void MakeGroups(const std::vector<double>& radii);
+  void MakePatches(Group& group, std::size_t begin, std::size_t end,
+                   const std::vector<TVector3>& directions);
 
   std::vector<TVector3> positions_;
   std::vector<Group> groups_;

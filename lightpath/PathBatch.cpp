@@ -84,39 +84,33 @@ void PathBatch::Calc(const LightPathRow& row) {
 void PathBatch::CalcGroup(const PMTArray::Group& group) {
   const RayTable table = event_.TableFor(group, eLight::kDirect, kCells);
   event_.Sort(group, table, sorted_);
-  const std::vector<std::uint32_t>& order = event_.PMTs().Order();
-  for (const std::uint32_t index : sorted_.empty) {
-    WriteSingle(order[index], LightPath());
-  }
-  for (const std::uint32_t index : sorted_.open) CalcSingle(order[index]);
+  event_.ForEachNumber(
+      sorted_.empty, [&](std::uint32_t pmt) { WriteSingle(pmt, LightPath()); });
+  event_.ForEachNumber(sorted_.open,
+                       [&](std::uint32_t pmt) { CalcSingle(pmt); });
   if (table.Near().has_value()) CalcRange(*table.Near(), sorted_.near);
   if (table.Far().has_value()) CalcRange(*table.Far(), sorted_.far);
 }
 
-void PathBatch::CalcRange(const RayRange& range,
-                          const EventRays::Indexes& indexes) {
+void PathBatch::CalcRange(const RayRange& range, const EventRays::Part& part) {
   const ConcentricMedia& media = event_.Media();
   const RayRadii radii = {event_.EventRadius(), media.InnerRadius,
                           media.OuterRadius};
-  const std::vector<std::uint32_t>& order = event_.PMTs().Order();
-  for (std::size_t begin = 0; begin < indexes.size(); begin += kRayBlock) {
-    const std::size_t count = std::min(kRayBlock, indexes.size() - begin);
-    for (std::size_t i = 0; i < count; ++i) {
-      numbers_[i] = order[indexes[begin + i]];
-    }
-    event_.Load(indexes.data() + begin, count, rays_);
-    event_.Kernel().complete(range.branch, event_.Origin(), radii, rays_,
-                             count);
-    Write(range, count);
-  }
+  event_.ForEachBlock(part, [&](const EventRays::Block& block) {
+    event_.Kernel().complete(range.branch, event_.Origin(), radii, block.pmts,
+                             rays_, block.count);
+    Write(range, block);
+  });
 }
 
 /// Write the paths of a block to the columns.
-void PathBatch::Write(const RayRange& range, std::size_t count) {
+void PathBatch::Write(const RayRange& range, const EventRays::Block& block) {
+  const std::size_t count = block.count;
+  const std::uint32_t* const numbers = block.numbers;
   using Lane = RayBlock::Lane<double>;
   const auto put = [&](double* column, auto valueAt) {
     if (column == nullptr) return;
-    for (std::size_t i = 0; i < count; ++i) column[numbers_[i]] = valueAt(i);
+    for (std::size_t i = 0; i < count; ++i) column[numbers[i]] = valueAt(i);
   };
   const auto putVector = [&](const VectorColumns& columns, double scale,
                              const Lane& x, const Lane& y, const Lane& z) {
@@ -126,7 +120,7 @@ void PathBatch::Write(const RayRange& range, std::size_t count) {
   };
   if (row_.LightPathType != nullptr) {
     for (std::size_t i = 0; i < count; ++i) {
-      row_.LightPathType[numbers_[i]] = range.type;
+      row_.LightPathType[numbers[i]] = range.type;
     }
   }
   const RayBlock& k = rays_;
@@ -154,9 +148,10 @@ void PathBatch::Write(const RayRange& range, std::size_t count) {
 
   const BoundOfPaths bounds(event_.Media(), groupIndices_);
   for (std::size_t i = 0; i < count; ++i) {
-    const double bound = bounds.Of(k.bound.at[i], 1.0 / k.inverseRadius.at[i]);
-    Set(row_.Bound, numbers_[i], bound);
-    if (!(bound <= kPromise)) CalcSingle(numbers_[i]);
+    const double bound =
+        bounds.Of(k.bound.at[i], 1.0 / block.pmts.inverseRadius[i]);
+    Set(row_.Bound, numbers[i], bound);
+    if (!(bound <= kPromise)) CalcSingle(numbers[i]);
   }
 }
 

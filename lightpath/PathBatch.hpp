@@ -1,6 +1,5 @@
 #pragma once
 
-#include <array>
 #include <cstddef>
 #include <cstdint>
 
@@ -35,8 +34,8 @@ class PathBatch {
 
  private:
   void CalcGroup(const PMTArray::Group& group);
-  void CalcRange(const RayRange& range, const EventRays::Indexes& indexes);
-  void Write(const RayRange& range, std::size_t count);
+  void CalcRange(const RayRange& range, const EventRays::Part& part);
+  void Write(const RayRange& range, const EventRays::Block& block);
   void CalcSingle(std::size_t begin, std::size_t end);
   void CalcSingle(std::uint32_t pmt);
   void WriteSingle(std::uint32_t pmt, const LightPath& path);
@@ -45,8 +44,7 @@ class PathBatch {
   PerMedium groupIndices_;
 
   LightPathRow row_;
-  EventRays::Sorted sorted_;                      // PMTs of the current group
-  std::array<std::uint32_t, kRayBlock> numbers_;  // of the PMTs of the block
+  EventRays::Sorted sorted_;  // PMTs of the current group
   RayBlock rays_;
 };
 

@@ -78,16 +78,33 @@ struct Estimates {
   Lane<double> sine, cosT, sinT, inverseSlope, spread;
 };
 
+/// Two numbers of a cell. They are loaded as one, since loading from many cells
+/// takes the longest.
+using Word [[gnu::may_alias]] = std::uint64_t;
+constexpr int kWordsInCell = sizeof(RayCell) / sizeof(Word);
+
+struct Pair {
+  double first, second;
+};
+
+[[gnu::always_inline]] inline Pair PairOf(Word word) {
+  constexpr unsigned kHalf = 32;
+  return {__builtin_bit_cast(float, static_cast<std::uint32_t>(word)),
+          __builtin_bit_cast(float, static_cast<std::uint32_t>(word >> kHalf))};
+}
+
 template <bool kIsFolded>
-void Estimate(const RayBranch& b, const RayOrigin& e, RayBlock& k,
-              Estimates& found, std::size_t count) {
+void Estimate(const RayBranch& b, const RayOrigin& e, const RayPMTs& p,
+              RayBlock& k, Estimates& found, std::size_t count) {
   const RayBranch branch = b;
   const RayOrigin event = e;
+  const RayPMTs pmts = p;
   const double last = branch.count - 1;
-#pragma GCC ivdep  // the cells are not among the results
+  const auto* const words = reinterpret_cast<const Word*>(branch.cells);
+#pragma GCC ivdep  // nothing that is given is among the results
   for (std::size_t i = 0; i < count; ++i) {
-    const double x = event.x * k.pmtX.at[i] + event.y * k.pmtY.at[i] +
-                     event.z * k.pmtZ.at[i];
+    const double x =
+        event.x * pmts.x[i] + event.y * pmts.y[i] + event.z * pmts.z[i];
     const double y = branch.sense * x;
     const double less = 1.0 - y;
     const double more = 1.0 + y;
@@ -100,17 +117,20 @@ void Estimate(const RayBranch& b, const RayOrigin& e, RayBlock& k,
     const double positive = place > 0.0 ? place : 0.0;
     const int at = static_cast<int>(positive < last ? positive : last);
     const double share = place - at;
-    const RayCell& cell = branch.cells[at];
+    const Pair h01 = PairOf(words[kWordsInCell * at]);
+    const Pair h23 = PairOf(words[kWordsInCell * at + 1]);
+    const Pair slope = PairOf(words[kWordsInCell * at + 2]);
     const double h =
-        cell.h0 + share * (cell.h1 + share * (cell.h2 + share * cell.h3));
+        h01.first +
+        share * (h01.second + share * (h23.first + share * h23.second));
     const double h2 = h * h * less;
     const double inverse = 1.0 / (more + h2);
     k.cosine.at[i] = x;
     found.sine.at[i] = sine;
     found.cosT.at[i] = (more - h2) * inverse;
     found.sinT.at[i] = 2.0 * h * sine * inverse;
-    found.inverseSlope.at[i] = cell.inverseSlope;
-    found.spread.at[i] = cell.spread;
+    found.inverseSlope.at[i] = slope.first;
+    found.spread.at[i] = slope.second;
   }
 }
 
@@ -228,23 +248,25 @@ struct AtEnd {
 }
 
 template <eRayFamily kFamily, bool kIsFolded, eSteps kSteps>
-void TraceRays(const RayBranch& b, const RayOrigin& e, RayBlock& k,
-               std::size_t count) {
+void TraceRays(const RayBranch& b, const RayOrigin& e, const RayPMTs& p,
+               RayBlock& k, std::size_t count) {
   const RayBranch branch = b;
   const RayOrigin event = e;
+  const RayPMTs pmts = p;
   Estimates found;
-  Estimate<kIsFolded>(branch, event, k, found, count);
+  Estimate<kIsFolded>(branch, event, pmts, k, found, count);
+#pragma GCC ivdep  // the PMTs are not among the results
   for (std::size_t i = 0; i < count; ++i) {
-    const double x = k.pmtX.at[i];
-    const double y = k.pmtY.at[i];
-    const double z = k.pmtZ.at[i];
+    const double x = pmts.x[i];
+    const double y = pmts.y[i];
+    const double z = pmts.z[i];
     const double sineOfPMT = found.sine.at[i];
     const double inverseSine =
         1.0 / (sineOfPMT > kLeastSine ? sineOfPMT : kLeastSine);
     const Known known = {k.cosine.at[i],
                          found.sine.at[i],
                          inverseSine,
-                         branch.highest * k.inverseRadius.at[i],
+                         branch.highest * pmts.inverseRadius[i],
                          found.inverseSlope.at[i],
                          found.spread.at[i],
                          kAngleError + kCosineError * inverseSine};
@@ -274,19 +296,21 @@ void TraceRays(const RayBranch& b, const RayOrigin& e, RayBlock& k,
   }
 }
 
-void TraceBack(const RayBranch& b, const RayOrigin& e, RayBlock& k,
-               std::size_t count) {
+void TraceBack(const RayBranch& b, const RayOrigin& e, const RayPMTs& p,
+               RayBlock& k, std::size_t count) {
   const RayBranch branch = b;
   const RayOrigin event = e;
+  const RayPMTs pmts = p;
+#pragma GCC ivdep  // the PMTs are not among the results
   for (std::size_t i = 0; i < count; ++i) {
     const Ray ray = {k.cosT.at[i], k.sinT.at[i]};
     const AtEnd end = EndOf(
         branch.ratios[kEventSite] * ray.sinT, CosineAt(branch, kEventSite, ray),
         branch.ratios[kOuterSite] * ray.sinT, CosineAt(branch, kOuterSite, ray),
         k.cosine.at[i], k.inverseSine.at[i]);
-    const double x = k.pmtX.at[i];
-    const double y = k.pmtY.at[i];
-    const double z = k.pmtZ.at[i];
+    const double x = pmts.x[i];
+    const double y = pmts.y[i];
+    const double z = pmts.z[i];
     k.firstX.at[i] = end.pointOfThis * event.x + end.pointOfOther * x;
     k.firstY.at[i] = end.pointOfThis * event.y + end.pointOfOther * y;
     k.firstZ.at[i] = end.pointOfThis * event.z + end.pointOfOther * z;
@@ -354,20 +378,21 @@ template <eRayFamily kFamily>
 /// from its own sum, so its error is a rounding error however small it is.
 template <eRayFamily kFamily, bool kIsFolded>
 void CompletePaths(const RayBranch& b, const RayOrigin& e, const RayRadii& r,
-                   RayBlock& k, std::size_t count) {
+                   const RayPMTs& p, RayBlock& k, std::size_t count) {
   const RayBranch branch = b;
   const RayOrigin event = e;
+  const RayPMTs pmts = p;
   const RayRadii radii = r;
   Estimates found;
-  Estimate<kIsFolded>(branch, event, k, found, count);
+  Estimate<kIsFolded>(branch, event, pmts, k, found, count);
+#pragma GCC ivdep  // the PMTs are not among the results
   for (std::size_t i = 0; i < count; ++i) {
     const double x = k.cosine.at[i];
-    const Plane plane =
-        PlaneOf(event, k.pmtX.at[i], k.pmtY.at[i], k.pmtZ.at[i]);
+    const Plane plane = PlaneOf(event, pmts.x[i], pmts.y[i], pmts.z[i]);
     const Known known = {x,
                          plane.sine,
                          plane.inverseSine,
-                         branch.highest * k.inverseRadius.at[i],
+                         branch.highest * pmts.inverseRadius[i],
                          found.inverseSlope.at[i],
                          found.spread.at[i],
                          kAngleError};
@@ -383,43 +408,46 @@ void CompletePaths(const RayBranch& b, const RayOrigin& e, const RayRadii& r,
     k.lengthInWall.at[i] = radii.outer * CosineAt(branch, kOutWallSite, ray) -
                            radii.inner * CosineAt(branch, kInWallSite, ray);
     k.lengthInWater.at[i] =
-        at.cosine / k.inverseRadius.at[i] - radii.outer * at.outerCosine;
+        at.cosine / pmts.inverseRadius[i] - radii.outer * at.outerCosine;
     k.incidence.at[i] = AngleOf(at.sine, at.cosine);
   }
 }
 
 template <eRayFamily kFamily>
 void CompleteFamily(const RayBranch& branch, const RayOrigin& event,
-                    const RayRadii& radii, RayBlock& block, std::size_t count) {
+                    const RayRadii& radii, const RayPMTs& pmts, RayBlock& block,
+                    std::size_t count) {
   if (branch.isFolded) {
-    CompletePaths<kFamily, true>(branch, event, radii, block, count);
+    CompletePaths<kFamily, true>(branch, event, radii, pmts, block, count);
   } else {
-    CompletePaths<kFamily, false>(branch, event, radii, block, count);
+    CompletePaths<kFamily, false>(branch, event, radii, pmts, block, count);
   }
 }
 
 template <eRayFamily kFamily, bool kIsFolded>
 void TraceSteps(const RayBranch& branch, const RayOrigin& event, eSteps steps,
-                RayBlock& block, std::size_t count) {
+                const RayPMTs& pmts, RayBlock& block, std::size_t count) {
   if (steps == eSteps::kOne) {
-    TraceRays<kFamily, kIsFolded, eSteps::kOne>(branch, event, block, count);
+    TraceRays<kFamily, kIsFolded, eSteps::kOne>(branch, event, pmts, block,
+                                                count);
   } else {
-    TraceRays<kFamily, kIsFolded, eSteps::kMany>(branch, event, block, count);
+    TraceRays<kFamily, kIsFolded, eSteps::kMany>(branch, event, pmts, block,
+                                                 count);
   }
 }
 
 template <eRayFamily kFamily>
 void TraceFamily(const RayBranch& branch, const RayOrigin& event, eSteps steps,
-                 RayBlock& block, std::size_t count) {
+                 const RayPMTs& pmts, RayBlock& block, std::size_t count) {
   if (branch.isFolded) {
-    TraceSteps<kFamily, true>(branch, event, steps, block, count);
+    TraceSteps<kFamily, true>(branch, event, steps, pmts, block, count);
   } else {
-    TraceSteps<kFamily, false>(branch, event, steps, block, count);
+    TraceSteps<kFamily, false>(branch, event, steps, pmts, block, count);
   }
 }
 
 void Trace(const RayBranch& branch, const RayOrigin& event, eSteps steps,
-           RayBlock& block, std::size_t count) {
+           const RayPMTs& pmts, RayBlock& block, std::size_t count) {
   using Loop = decltype(&TraceFamily<eRayFamily::kOutwardJoined>);
   // NOLINTNEXTLINE(*-avoid-c-arrays)
   constexpr Loop kLoops[kRayFamilies] = {
@@ -430,20 +458,22 @@ void Trace(const RayBranch& branch, const RayOrigin& event, eSteps steps,
       TraceFamily<eRayFamily::kInwardFromWall>,
       TraceFamily<eRayFamily::kInwardFromWater>,
       TraceFamily<eRayFamily::kReflected>};
-  kLoops[static_cast<int>(branch.family)](branch, event, steps, block, count);
+  kLoops[static_cast<int>(branch.family)](branch, event, steps, pmts, block,
+                                          count);
 }
 
 void Complete(const RayBranch& branch, const RayOrigin& event,
-              const RayRadii& radii, RayBlock& block, std::size_t count) {
+              const RayRadii& radii, const RayPMTs& pmts, RayBlock& block,
+              std::size_t count) {
   if (branch.family == eRayFamily::kOutwardJoined) {
-    CompleteFamily<eRayFamily::kOutwardJoined>(branch, event, radii, block,
-                                               count);
+    CompleteFamily<eRayFamily::kOutwardJoined>(branch, event, radii, pmts,
+                                               block, count);
   } else if (branch.family == eRayFamily::kOutwardFromInside) {
-    CompleteFamily<eRayFamily::kOutwardFromInside>(branch, event, radii, block,
-                                                   count);
+    CompleteFamily<eRayFamily::kOutwardFromInside>(branch, event, radii, pmts,
+                                                   block, count);
   } else {
-    CompleteFamily<eRayFamily::kInwardFromInside>(branch, event, radii, block,
-                                                  count);
+    CompleteFamily<eRayFamily::kInwardFromInside>(branch, event, radii, pmts,
+                                                  block, count);
   }
 }
 

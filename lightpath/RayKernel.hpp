@@ -16,11 +16,12 @@ inline constexpr std::size_t kRayBlock = 256;
 inline constexpr std::size_t kNearSites = 5;
 
 /// One cell of a table of rays: H as a cubic of the share of the cell that is
-/// passed, and bounds of the inverse slope of the swept angle.
-struct alignas(64) RayCell {
-  double h0, h1, h2, h3;
-  double inverseSlope;  ///< |dt/d(swept angle)|, the middle of its bounds
-  double spread;        ///< half of their distance; infinite if unknown
+/// passed, and bounds of the inverse slope of the swept angle. In single
+/// precision, since the estimate is corrected; the bounds cover this.
+struct alignas(8) RayCell {
+  float h0, h1, h2, h3;
+  float inverseSlope;  ///< |dt/d(swept angle)|, the middle of its bounds
+  float spread;        ///< half of their distance; infinite if unknown
 };
 
 /// The families that a table can hold.
@@ -77,6 +78,15 @@ struct RayBranch {
   double highest;  ///< ratio at the PMT times its distance from the centre
 };
 
+/// Some PMTs: unit vectors to them, and their inverse distances from the
+/// centre, 1/mm.
+struct RayPMTs {
+  const double* x;
+  const double* y;
+  const double* z;
+  const double* inverseRadius;
+};
+
 /// Rays from one event to some PMTs.
 struct RayBlock {
   template <class Number>
@@ -84,12 +94,8 @@ struct RayBlock {
     Number at[kRayBlock];  // NOLINT(*-avoid-c-arrays)
   };
 
-  // Given: unit vectors to the PMTs, and their inverse distances from the
-  // centre, 1/mm.
-  Lane<double> pmtX, pmtY, pmtZ, inverseRadius;
-
-  // Found: cosine and inverse sine of the angle between event and PMT, and
-  // cosine and sine of t.
+  // Cosine and inverse sine of the angle between event and PMT, and cosine and
+  // sine of t.
   Lane<double> cosine, inverseSine, cosT, sinT;
   /// Bound on the error of t, rad; above it, infinity, if it is not known. The
   /// crossings and directions turn by at most as much.
@@ -120,15 +126,16 @@ struct RayRadii {
 struct RayKernel {
   /// Find t, its bound, the last points and the directions from there.
   void (*trace)(const RayBranch& branch, const RayOrigin& event, eSteps steps,
-                RayBlock& block, std::size_t count);
+                const RayPMTs& pmts, RayBlock& block, std::size_t count);
   /// For light from the water: find the first points and the directions back to
   /// the event.
   void (*traceBack)(const RayBranch& branch, const RayOrigin& event,
-                    RayBlock& block, std::size_t count);
+                    const RayPMTs& pmts, RayBlock& block, std::size_t count);
   /// For light from inside: find everything but t. The bound is smaller than
   /// that of trace.
   void (*complete)(const RayBranch& branch, const RayOrigin& event,
-                   const RayRadii& radii, RayBlock& block, std::size_t count);
+                   const RayRadii& radii, const RayPMTs& pmts, RayBlock& block,
+                   std::size_t count);
 };
 
 extern const RayKernel kBaselineRayKernel;

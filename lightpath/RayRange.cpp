@@ -193,7 +193,8 @@ class CellMaker {
   std::vector<Sample> samples_;
 };
 
-/// Append a point, and points before it if the last one is far away.
+/// Append a point, and points before it if the last one is far away. Points are
+/// denser near a fold, where slopes grow from zero.
 void CellMaker::Append(const CurvePoint& point) {
   constexpr double kMostCells = 4.0;
   constexpr double kLeastTurn = 1e-3;
@@ -201,7 +202,11 @@ void CellMaker::Append(const CurvePoint& point) {
   if (!points_.empty()) {
     const CurvePoint last = points_.back();
     const bool isUsed = sample.place > coordinate_.Begin();
-    if (isUsed && sample.place - samples_.back().place > kMostCells * step_ &&
+    const double widest =
+        coordinate_.IsFolded()
+            ? std::clamp(0.25 * sample.place, step_, kMostCells * step_)
+            : kMostCells * step_;
+    if (isUsed && sample.place - samples_.back().place > widest &&
         last.t - point.t > kLeastTurn) {
       Append(piece_.curve.At(0.5 * (last.t + point.t)));
       Append(point);
@@ -255,10 +260,10 @@ void CellMaker::SetCubics(std::vector<RayCell>& cells) const {
     if (node > 0) {
       RayCell& cell = cells[node - 1];
       const double rise = nextValue - value;
-      cell.h0 = value;
-      cell.h1 = slope;
-      cell.h2 = 3.0 * rise - 2.0 * slope - nextSlope;
-      cell.h3 = slope + nextSlope - 2.0 * rise;
+      cell.h0 = static_cast<float>(value);
+      cell.h1 = static_cast<float>(slope);
+      cell.h2 = static_cast<float>(3.0 * rise - 2.0 * slope - nextSlope);
+      cell.h3 = static_cast<float>(slope + nextSlope - 2.0 * rise);
     }
     value = nextValue;
     slope = nextSlope;
@@ -299,11 +304,14 @@ void CellMaker::SetBounds(std::vector<RayCell>& cells) const {
     if (range.Low > 0.0) {
       const double least = 1.0 / range.High;
       const double most = 1.0 / range.Low;
-      cells[i].inverseSlope = 0.5 * (least + most);
-      cells[i].spread = 0.5 * (most - least);
+      // The middle and the spread are each rounded by half of this at most.
+      constexpr double kRounding = std::numeric_limits<float>::epsilon();
+      cells[i].inverseSlope = static_cast<float>(0.5 * (least + most));
+      cells[i].spread =
+          static_cast<float>(0.5 * (most - least) + kRounding * most);
     } else {
-      cells[i].inverseSlope = 0.0;
-      cells[i].spread = std::numeric_limits<double>::infinity();
+      cells[i].inverseSlope = 0.0F;
+      cells[i].spread = std::numeric_limits<float>::infinity();
     }
   }
 }

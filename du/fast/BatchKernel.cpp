@@ -15,6 +15,63 @@ namespace {
 
 using Crossing = CylinderCrossing<float>;
 
+void Join(double eventX, double eventY, double eventZ, const RayPMTs& p,
+          WaterBlock& block, std::size_t count) {
+  const RayPMTs pmts = p;
+  for (std::size_t i = 0; i < count; ++i) {
+    const double radius = 1.0 / pmts.inverseRadius[i];
+    const double endX = radius * pmts.x[i];
+    const double endY = radius * pmts.y[i];
+    const double x = endX - eventX;
+    const double y = endY - eventY;
+    const double z = radius * pmts.z[i] - eventZ;
+    const double inverse = 1.0 / __builtin_sqrt(x * x + y * y + z * z);
+    block.startX.at[i] = static_cast<float>(eventX);
+    block.startY.at[i] = static_cast<float>(eventY);
+    block.endX.at[i] = static_cast<float>(endX);
+    block.endY.at[i] = static_cast<float>(endY);
+    block.directionX.at[i] = static_cast<float>(inverse * x);
+    block.directionY.at[i] = static_cast<float>(inverse * y);
+    block.directionZ.at[i] = static_cast<float>(inverse * z);
+  }
+}
+
+using Coordinates = RayBlock::Lane<double>;
+
+/// @param bounds  of the points, in radii, and of the directions, rad
+void CopySegments(const Coordinates& bounds, double radius,
+                  const Coordinates& pointX, const Coordinates& pointY,
+                  const Coordinates& pointZ, const Coordinates& directionX,
+                  const Coordinates& directionY, const Coordinates& directionZ,
+                  CrossingBlock& block, std::size_t begin, std::size_t count) {
+  constexpr double kError = CrossingBands<float>::kPathError;
+  for (std::size_t i = 0; i < count; ++i) {
+    const double x = directionX.at[i];
+    const double y = directionY.at[i];
+    const double bound = bounds.at[i];
+    // The bands allow a turn of the flattened direction.
+    const bool isKnown =
+        (bound < kError) & (bound * bound < kError * kError * (x * x + y * y));
+    const double scale = isKnown ? radius : __builtin_nan("");
+    block.pointX.at[begin + i] = static_cast<float>(scale * pointX.at[i]);
+    block.pointY.at[begin + i] = static_cast<float>(scale * pointY.at[i]);
+    block.pointZ.at[begin + i] = static_cast<float>(scale * pointZ.at[i]);
+    block.directionX.at[begin + i] = static_cast<float>(x);
+    block.directionY.at[begin + i] = static_cast<float>(y);
+    block.directionZ.at[begin + i] = static_cast<float>(directionZ.at[i]);
+  }
+}
+
+void CopyRays(const RayBlock& rays, double radius, bool areTwo,
+              CrossingBlock& block, std::size_t count) {
+  CopySegments(rays.bound, radius, rays.pointX, rays.pointY, rays.pointZ,
+               rays.directionX, rays.directionY, rays.directionZ, block, 0,
+               count);
+  if (!areTwo) return;
+  CopySegments(rays.bound, radius, rays.firstX, rays.firstY, rays.firstZ,
+               rays.backX, rays.backY, rays.backZ, block, count, count);
+}
+
 /// The index of an answer: one of a rope table if the crossing is as low as the
 /// ropes, else one outside the tables.
 [[gnu::always_inline]] inline int RopeAt(const BatchGeometry& geometry,
@@ -174,6 +231,6 @@ void PassWater(const BatchGeometry& geometry, WaterBlock& block,
 }  // namespace
 
 extern const BatchKernel ZARN_KERNEL;
-const BatchKernel ZARN_KERNEL = {Cross, PassWater};
+const BatchKernel ZARN_KERNEL = {Join, CopyRays, Cross, PassWater};
 
 }  // namespace ZARN::DU

@@ -4,6 +4,8 @@
 #include <cstddef>
 #include <cstdint>
 
+#include "lightpath/RayKernel.hpp"
+
 namespace ZARN::DU {
 
 // This header is included by code that is compiled for several processors, so
@@ -73,6 +75,19 @@ struct BatchGeometry {
 
 /// The functions that process a block; one set for each kind of processor.
 struct BatchKernel {
+  /// Join an event to PMTs by straight paths, none of them shorter than 1 mm.
+  ///
+  /// @param x,y,z  of the event, mm
+  void (*join)(double x, double y, double z, const RayPMTs& pmts,
+               WaterBlock& block, std::size_t count);
+  /// Copy the last segments of rays to a block, and from @p count on, if
+  /// @p areTwo, their first ones. The point of a ray that is not known well
+  /// enough for the bands is not a number: then nothing is known about it.
+  ///
+  /// @param radius  of the vessel, mm
+  /// @param count  up to kBatchPaths
+  void (*copyRays)(const RayBlock& rays, double radius, bool areTwo,
+                   CrossingBlock& block, std::size_t count);
   void (*cross)(const BatchGeometry& geometry, CrossingBlock& block,
                 std::size_t count);
   void (*passWater)(const BatchGeometry& geometry, WaterBlock& block,

@@ -10,6 +10,9 @@
 namespace ZARN::DU {
 namespace {
 
+/// The straight path to a PMT that is nearer than this is not judged here, mm.
+constexpr double kNearPMT = 1.0;
+
 /// The number of cells of a table.
 constexpr int kCells = 128;
 
@@ -45,9 +48,8 @@ void EventBatch::Judge(eLight light, const BatchRow& row) {
   }
 }
 
-void EventBatch::Set(std::uint32_t index, BatchVerdict verdict,
+void EventBatch::Set(std::uint32_t pmt, BatchVerdict verdict,
                      eLightPathType type) {
-  const std::uint32_t pmt = event_.PMTs().Order()[index];
   row_.verdicts[pmt] = verdict;
   if (row_.types != nullptr) row_.types[pmt] = static_cast<std::uint8_t>(type);
 }
@@ -55,124 +57,130 @@ void EventBatch::Set(std::uint32_t index, BatchVerdict verdict,
 void EventBatch::JudgeGroup(eLight light, const PMTArray::Group& group) {
   const RayTable table = event_.TableFor(group, light, kCells);
   steps_ = group.IsNarrow() ? eSteps::kOne : eSteps::kMany;
+  isAmongPMTs_ = event_.EventRadius() > group.lowest - kNearPMT &&
+                 event_.EventRadius() < group.highest + kNearPMT;
   event_.Sort(group, table, sorted_);
-  for (const std::uint32_t index : sorted_.empty) {
-    Set(index, row_.noPath, kUninitialised);
-  }
-  const Indexes& near = sorted_.near;
+  event_.ForEachNumber(sorted_.empty, [&](std::uint32_t pmt) {
+    Set(pmt, row_.noPath, kUninitialised);
+  });
   if (table.Near().has_value() && table.Near()->type == kWater) {
-    for (std::size_t i = 0; i < near.size(); i += kBatchPaths) {
-      JudgeStraight(near.data() + i, std::min(kBatchPaths, near.size() - i));
-    }
+    event_.ForEachBlock(sorted_.near,
+                        [&](const Block& block) { JudgeStraight(block); });
   } else if (table.Near().has_value()) {
-    JudgeThrough(*table.Near(), near);
+    JudgeThrough(*table.Near(), sorted_.near);
   }
   if (table.Far().has_value()) JudgeThrough(*table.Far(), sorted_.far);
 }
 
-void EventBatch::JudgeThrough(const RayRange& range, const Indexes& indexes) {
+void EventBatch::JudgeThrough(const RayRange& range,
+                              const EventRays::Part& part) {
   open_.clear();
-  for (std::size_t i = 0; i < indexes.size(); i += kRayBlock) {
-    JudgeBlock(range, indexes.data() + i,
-               std::min(kRayBlock, indexes.size() - i));
-  }
-  for (std::size_t i = 0; i < open_.size(); i += kRayBlock) {
-    JudgeAgain(range, open_.data() + i, std::min(kRayBlock, open_.size() - i));
-  }
+  event_.ForEachBlock(part,
+                      [&](const Block& block) { JudgeBlock(range, block); });
+  event_.ForEachBlock(open_,
+                      [&](const Block& block) { JudgeAgain(range, block); });
 }
 
 void EventBatch::Trace(const RayRange& range, eSteps steps,
-                       const std::uint32_t* indexes, std::size_t count) {
-  event_.Load(indexes, count, rays_);
+                       const Block& block) {
   const RayKernel& kernel = event_.Kernel();
-  kernel.trace(range.branch, event_.Origin(), steps, rays_, count);
+  kernel.trace(range.branch, event_.Origin(), steps, block.pmts, rays_,
+               block.count);
   if (HasTwoCrossings(range.type)) {
-    kernel.traceBack(range.branch, event_.Origin(), rays_, count);
+    kernel.traceBack(range.branch, event_.Origin(), block.pmts, rays_,
+                     block.count);
   }
 }
 
-void EventBatch::JudgeBlock(const RayRange& range, const std::uint32_t* indexes,
-                            std::size_t count) {
-  Trace(range, steps_, indexes, count);
-  const double radius = event_.Media().OuterRadius;
+void EventBatch::JudgeBlock(const RayRange& range, const Block& block) {
+  Trace(range, steps_, block);
+  const std::size_t count = block.count;
   const bool areTwo = HasTwoCrossings(range.type);
-  CrossingBlock block;
-  const auto copy = [&](std::size_t begin, const auto& px, const auto& py,
-                        const auto& pz, const auto& dx, const auto& dy,
-                        const auto& dz) {
-    for (std::size_t i = 0; i < count; ++i) {
-      block.pointX.at[begin + i] = static_cast<float>(radius * px.at[i]);
-      block.pointY.at[begin + i] = static_cast<float>(radius * py.at[i]);
-      block.pointZ.at[begin + i] = static_cast<float>(radius * pz.at[i]);
-      block.directionX.at[begin + i] = static_cast<float>(dx.at[i]);
-      block.directionY.at[begin + i] = static_cast<float>(dy.at[i]);
-      block.directionZ.at[begin + i] = static_cast<float>(dz.at[i]);
-    }
-  };
-  if (areTwo) {
-    copy(0, rays_.firstX, rays_.firstY, rays_.firstZ, rays_.backX, rays_.backY,
-         rays_.backZ);
-  }
-  const std::size_t lasts = areTwo ? count : 0;
-  copy(lasts, rays_.pointX, rays_.pointY, rays_.pointZ, rays_.directionX,
-       rays_.directionY, rays_.directionZ);
-  layers_.batch.Cross(block, lasts + count);
+  CrossingBlock crossings;
+  layers_.batch.CopyRays(rays_, event_.Media().OuterRadius, areTwo, crossings,
+                         count);
+  layers_.batch.Cross(crossings, areTwo ? 2 * count : count);
 
-  std::array<BatchVerdict, kRayBlock> verdicts;
-  layers_.batch.FindVerdicts(layers_.filter, block, lasts, count, !areTwo,
+  BlockVerdicts verdicts;
+  layers_.batch.FindVerdicts(layers_.filter, crossings, 0, count, !areTwo,
                              verdicts.data());
   if (areTwo) {
-    std::array<BatchVerdict, kRayBlock> firsts;
-    layers_.batch.FindVerdicts(layers_.filter, block, 0, count, true,
+    BlockVerdicts firsts;
+    layers_.batch.FindVerdicts(layers_.filter, crossings, count, count, true,
                                firsts.data());
     for (std::size_t i = 0; i < count; ++i) {
       verdicts[i] = EarlierOf(firsts[i], verdicts[i]);
     }
   }
-  SetKnown(range, indexes, count, verdicts.data());
+  const Open open = SetVerdicts(block, verdicts, range.type);
+  for (std::size_t i = 0; i < open.count; ++i) {
+    JudgeOpen(range, crossings, block, open.places[i]);
+  }
 }
 
-/// Set the verdicts of a block, and append the paths that are open to open_:
-/// also those that are not known well enough, whatever their verdict is.
-void EventBatch::SetKnown(const RayRange& range, const std::uint32_t* indexes,
-                          std::size_t count, const BatchVerdict* verdicts) {
-  constexpr double kError = CrossingBands<float>::kPathError;
-  const bool areTwo = HasTwoCrossings(range.type);
-  std::array<bool, kRayBlock> isKnown;
-  for (std::size_t i = 0; i < count; ++i) {
-    isKnown[i] = IsWithin(rays_.bound.at[i], rays_.directionX.at[i],
-                          rays_.directionY.at[i], kError);
-  }
-  for (std::size_t i = 0; areTwo && i < count; ++i) {
-    isKnown[i] = isKnown[i] & IsWithin(rays_.bound.at[i], rays_.backX.at[i],
-                                       rays_.backY.at[i], kError);
-  }
+/// Write the verdicts of a block.
+///
+/// @return the places of those that are open
+EventBatch::Open EventBatch::SetVerdicts(const Block& block,
+                                         const BlockVerdicts& verdicts,
+                                         eLightPathType type) {
+  Open open;
+  open.count = 0;
   // Written in any case, so that there is no branch to predict.
-  std::array<std::uint32_t, kRayBlock> open;
-  std::size_t opens = 0;
-  const std::uint32_t* const order = event_.PMTs().Order().data();
-  BatchVerdict* const row = row_.verdicts;
-  for (std::size_t i = 0; i < count; ++i) {
-    const BatchVerdict verdict = isKnown[i] ? verdicts[i] : kOpenVerdict;
-    row[order[indexes[i]]] = verdict;
-    open[opens] = indexes[i];
-    opens += verdict == kOpenVerdict ? 1U : 0U;
+  for (std::size_t i = 0; i < block.count; ++i) {
+    row_.verdicts[block.numbers[i]] = verdicts[i];
+    open.places[open.count] = static_cast<std::uint32_t>(i);
+    open.count += verdicts[i] == kOpenVerdict ? 1U : 0U;
   }
-  open_.insert(open_.end(), open.begin(), open.begin() + opens);
-  if (row_.types == nullptr) return;
-  for (std::size_t i = 0; i < count; ++i) {
-    row_.types[order[indexes[i]]] = static_cast<std::uint8_t>(range.type);
+  if (row_.types != nullptr) {
+    for (std::size_t i = 0; i < block.count; ++i) {
+      row_.types[block.numbers[i]] = static_cast<std::uint8_t>(type);
+    }
+  }
+  return open;
+}
+
+/// Judge a path of a block that is open, by the items of its cells. It is
+/// appended to open_ if they are not enough.
+void EventBatch::JudgeOpen(const RayRange& range,
+                           const CrossingBlock& crossings, const Block& block,
+                           std::size_t i) {
+  const double radius = event_.Media().OuterRadius;
+  const double error = (rays_.bound.at[i] + BoundedBands::kPathError) * radius;
+  const auto judge = [&](std::size_t place, bool isFirst, const auto& x,
+                         const auto& y, const auto& z) {
+    return layers_.batch.VerdictOn(
+        layers_.filter, crossings, place, isFirst,
+        [&](std::size_t cell, const ShadowingFilter::KnownRopes& ropes) {
+          const TVector3 point(radius * x.at[i], radius * y.at[i],
+                               radius * z.at[i]);
+          const auto found =
+              layers_.filter.FindAtCrossing(point, error, cell, ropes);
+          return found.has_value() ? BatchVerdictOf(*found) : kOpenVerdict;
+        });
+  };
+  const bool areTwo = HasTwoCrossings(range.type);
+  BatchVerdict verdict =
+      judge(i, !areTwo, rays_.pointX, rays_.pointY, rays_.pointZ);
+  if (areTwo) {
+    verdict = EarlierOf(
+        judge(block.count + i, true, rays_.firstX, rays_.firstY, rays_.firstZ),
+        verdict);
+  }
+  if (verdict == kOpenVerdict) {
+    open_.push_back(block.IndexOf(i));
+  } else {
+    row_.verdicts[block.numbers[i]] = verdict;
   }
 }
 
-/// Judge paths that the first bands leave open.
-void EventBatch::JudgeAgain(const RayRange& range, const std::uint32_t* indexes,
-                            std::size_t count) {
-  Trace(range, eSteps::kMany, indexes, count);
+/// Judge paths that are still open.
+void EventBatch::JudgeAgain(const RayRange& range, const Block& block) {
+  Trace(range, eSteps::kMany, block);
   const double radius = event_.Media().OuterRadius;
   const bool areTwo = HasTwoCrossings(range.type);
   constexpr double kError = BoundedBands::kPathError;
-  for (std::size_t i = 0; i < count; ++i) {
+  for (std::size_t i = 0; i < block.count; ++i) {
     const double bound = rays_.bound.at[i];
     const TVector3 point(radius * rays_.pointX.at[i],
                          radius * rays_.pointY.at[i],
@@ -194,54 +202,42 @@ void EventBatch::JudgeAgain(const RayRange& range, const std::uint32_t* indexes,
                : WaterSegmentViews{ePathKind::kOneCrossing, last, last},
         kError * radius);
     if (found.has_value()) {
-      Set(indexes[i], BatchVerdictOf(*found), range.type);
+      Set(block.numbers[i], BatchVerdictOf(*found), range.type);
     }
   }
 }
 
-void EventBatch::JudgeStraight(const std::uint32_t* indexes,
-                               std::size_t count) {
-  WaterBlock block;
-  std::array<bool, kBatchPaths> isKnown;
-  const TVector3& eventPos = event_.EventPos();
-  const auto eventX = static_cast<float>(eventPos.X());
-  const auto eventY = static_cast<float>(eventPos.Y());
-  for (std::size_t i = 0; i < count; ++i) {
-    const TVector3& pmt = event_.PMTs().At(event_.PMTs().Order()[indexes[i]]);
-    const double x = pmt.X() - eventPos.X();
-    const double y = pmt.Y() - eventPos.Y();
-    const double z = pmt.Z() - eventPos.Z();
-    const double length2 = x * x + y * y + z * z;
-    isKnown[i] = length2 > 0.0;  // else the event may be at the PMT
-    const double inverse = 1.0 / std::sqrt(isKnown[i] ? length2 : 1.0);
-    block.startX.at[i] = eventX;
-    block.startY.at[i] = eventY;
-    block.endX.at[i] = static_cast<float>(pmt.X());
-    block.endY.at[i] = static_cast<float>(pmt.Y());
-    block.directionX.at[i] = static_cast<float>(inverse * x);
-    block.directionY.at[i] = static_cast<float>(inverse * y);
-    block.directionZ.at[i] = static_cast<float>(inverse * z);
-  }
-  std::array<BatchVerdict, kBatchPaths> verdicts;
-  layers_.batch.PassWater(block, count, verdicts.data());
-  for (std::size_t i = 0; i < count; ++i) {
-    if (!isKnown[i]) continue;
-    if (verdicts[i] == kOpenVerdict) {
-      JudgeStraightAgain(indexes[i]);
-    } else {
-      Set(indexes[i], verdicts[i], kWater);
+void EventBatch::JudgeStraight(const Block& block) {
+  static_assert(kRayBlock <= WaterBlock::kMost);
+  WaterBlock water;
+  layers_.batch.Join(event_.EventPos(), block.pmts, water, block.count);
+  BlockVerdicts verdicts;
+  layers_.batch.PassWater(water, block.count, verdicts.data());
+  if (isAmongPMTs_) {
+    for (std::size_t i = 0; i < block.count; ++i) {
+      if (IsAt(block.numbers[i])) verdicts[i] = kOpenVerdict;
     }
   }
+  const Open open = SetVerdicts(block, verdicts, kWater);
+  for (std::size_t i = 0; i < open.count; ++i) {
+    const std::uint32_t pmt = block.numbers[open.places[i]];
+    if (!isAmongPMTs_ || !IsAt(pmt)) JudgeStraightAgain(pmt);
+  }
+}
+
+/// Whether the event is so near to a PMT that there may be no path.
+bool EventBatch::IsAt(std::uint32_t pmt) const {
+  return (event_.PMTs().At(pmt) - event_.EventPos()).Mag() <= kNearPMT;
 }
 
 /// Judge a straight path in double precision. It is the exact one.
-void EventBatch::JudgeStraightAgain(std::uint32_t index) {
-  const TVector3& pmtPos = event_.PMTs().At(event_.PMTs().Order()[index]);
+void EventBatch::JudgeStraightAgain(std::uint32_t pmt) {
+  const TVector3& pmtPos = event_.PMTs().At(pmt);
   const TVector3& eventPos = event_.EventPos();
   const TVector3 direction = StraightDirection(eventPos, pmtPos);
   const auto found = layers_.filter.FindInWater({eventPos, direction, 1.0},
                                                 {pmtPos, direction, -1.0});
-  if (found.has_value()) Set(index, BatchVerdictOf(*found), kWater);
+  if (found.has_value()) Set(pmt, BatchVerdictOf(*found), kWater);
 }
 
 }  // namespace ZARN::DU

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <array>
 #include <cstddef>
 #include <cstdint>
 #include <vector>
@@ -27,9 +28,11 @@ struct BatchRow {
 /// 1. A RayTable of the event gives the crossing points and the directions of
 ///    its rays, each with a bound on its error.
 /// 2. ShadowingBatch judges them. Its bands cover the bound.
-/// 3. What it leaves open is traced again, to the last digits, and judged by
+/// 3. Where it leaves only the map's cell open, ShadowingFilter::FindAtCrossing
+///    asks the cell's items.
+/// 4. What is open then is traced again, to the last digits, and judged by
 ///    ShadowingFilter::FindBounded.
-/// 4. The rest stays open: kOpenVerdict.
+/// 5. The rest stays open: kOpenVerdict.
 ///
 /// Use one for each event and thread.
 class EventBatch {
@@ -48,30 +51,38 @@ class EventBatch {
   void JudgeReflected(const BatchRow& row);
 
  private:
-  using Indexes = EventRays::Indexes;
+  using Block = EventRays::Block;
+  using BlockVerdicts = std::array<BatchVerdict, kRayBlock>;
+
+  /// Places in a block.
+  struct Open {
+    std::array<std::uint32_t, kRayBlock> places;
+    std::size_t count;
+  };
 
   void Judge(eLight light, const BatchRow& row);
   void JudgeGroup(eLight light, const PMTArray::Group& group);
-  void JudgeThrough(const RayRange& range, const Indexes& indexes);
-  void JudgeBlock(const RayRange& range, const std::uint32_t* indexes,
-                  std::size_t count);
-  void SetKnown(const RayRange& range, const std::uint32_t* indexes,
-                std::size_t count, const BatchVerdict* verdicts);
-  void JudgeAgain(const RayRange& range, const std::uint32_t* indexes,
-                  std::size_t count);
-  void JudgeStraight(const std::uint32_t* indexes, std::size_t count);
-  void JudgeStraightAgain(std::uint32_t index);
-  void Trace(const RayRange& range, eSteps steps, const std::uint32_t* indexes,
-             std::size_t count);
-  void Set(std::uint32_t index, BatchVerdict verdict, eLightPathType type);
+  void JudgeThrough(const RayRange& range, const EventRays::Part& part);
+  void JudgeBlock(const RayRange& range, const Block& block);
+  void JudgeOpen(const RayRange& range, const CrossingBlock& crossings,
+                 const Block& block, std::size_t i);
+  void JudgeAgain(const RayRange& range, const Block& block);
+  void JudgeStraight(const Block& block);
+  void JudgeStraightAgain(std::uint32_t pmt);
+  void Trace(const RayRange& range, eSteps steps, const Block& block);
+  Open SetVerdicts(const Block& block, const BlockVerdicts& verdicts,
+                   eLightPathType type);
+  bool IsAt(std::uint32_t pmt) const;
+  void Set(std::uint32_t pmt, BatchVerdict verdict, eLightPathType type);
 
   const PreparedLayers& layers_;
   EventRays event_;
 
   BatchRow row_ = {};
   eSteps steps_ = eSteps::kOne;  // of the current group
+  bool isAmongPMTs_ = false;     // whether one of its PMTs may be at the event
   EventRays::Sorted sorted_;     // PMTs of the current group
-  Indexes open_;                 // to be traced again
+  EventRays::Indexes open_;      // to be traced again
   RayBlock rays_;
 };
 

@@ -72,8 +72,7 @@ class ShadowingBatch::Block {
  public:
   Block(const ShadowingBatch& batch, const ShadowingFilter& filter,
         const Paths& paths, std::size_t count, BatchVerdict* verdicts)
-      : kernel_(*batch.kernel_),
-        tables_(batch.tables_),
+      : batch_(batch),
         filter_(filter),
         paths_(paths),
         byType_(paths, count),
@@ -142,7 +141,7 @@ class ShadowingBatch::Block {
       CopySegments(type, kShapes[type].secondPoint, &Path::FinalDirection, 1.0F,
                    block, segments);
     });
-    kernel_.cross(tables_.Geometry(), block, segments);
+    batch_.Cross(block, segments);
 
     std::size_t at = 0;
     ForEachType(ePathKind::kOneCrossing, [&](std::size_t type) {
@@ -185,23 +184,12 @@ class ShadowingBatch::Block {
 
   BatchVerdict VerdictOn(const Segment& segment,
                          const CrossingBlock& block) const {
-    const RopeAnswer ropes = tables_.RopesAt(block.rope.at[segment.place]);
-    const int cell = block.cell.at[segment.place];
-    const auto inMap = static_cast<std::size_t>(cell);
-    ZARN_ASSERT(inMap <= filter_.Map().OffMap(), cell, filter_.Map().OffMap());
-    const BatchVerdict verdict =
-        tables_.OnCrossing(ropes, filter_.Map().At(inMap), segment.isFirst);
-    if (verdict != kOpenVerdict || ropes.Answer() == eAnswer::kUnsure ||
-        cell == tables_.Geometry().offMap) {
-      return verdict;
-    }
-    // No rope below the ends blocks it; otherwise the verdict would not be
-    // open.
-    const bool isAboveEnds = !ropes.IsBelowEnds();
-    return BatchVerdictOf(filter_.FindAtCrossing(
-        paths_.At(segment.point, segment.path), inMap,
-        {isAboveEnds, isAboveEnds && ropes.Answer() == eAnswer::kBlocks,
-         segment.isFirst}));
+    return batch_.VerdictOn(
+        filter_, block, segment.place, segment.isFirst,
+        [&](std::size_t cell, const ShadowingFilter::KnownRopes& ropes) {
+          return BatchVerdictOf(filter_.FindAtCrossing(
+              paths_.At(segment.point, segment.path), cell, ropes));
+        });
   }
 
   void JudgeInWater(std::size_t type) {
@@ -222,15 +210,14 @@ class ShadowingBatch::Block {
                     block.directionY.at[i] = static_cast<float>(y);
                     block.directionZ.at[i] = static_cast<float>(z);
                   });
-    kernel_.passWater(tables_.Geometry(), block, byType_.Count(type));
+    std::array<BatchVerdict, kBatchPaths> verdicts;
+    batch_.PassWater(block, byType_.Count(type), verdicts.data());
     std::size_t i = 0;
-    ForEachPath(type, [&](std::size_t path) {
-      verdicts_[path] = tables_.InWater(block, i++);
-    });
+    ForEachPath(type,
+                [&](std::size_t path) { verdicts_[path] = verdicts[i++]; });
   }
 
-  const BatchKernel& kernel_;
-  const BatchTables& tables_;
+  const ShadowingBatch& batch_;
   const ShadowingFilter& filter_;
   const Paths& paths_;
   PathsByType byType_;

@@ -7,6 +7,7 @@
 #include "du/fast/PathLists.hpp"
 #include "du/fast/ShadowingFilter.hpp"
 #include "lightpath/Kernels.hpp"
+#include "log/Assert.hpp"
 
 namespace ZARN::DU {
 
@@ -36,6 +37,16 @@ class ShadowingBatch {
   void Judge(const ShadowingFilter& filter, const PathsInColumns& paths,
              std::size_t count, BatchVerdict* verdicts) const;
 
+  /// Join an event to PMTs by straight paths (BatchKernel::join).
+  void Join(const TVector3& event, const RayPMTs& pmts, WaterBlock& block,
+            std::size_t count) const {
+    kernel_->join(event.X(), event.Y(), event.Z(), pmts, block, count);
+  }
+  /// Copy the segments of rays to a block (BatchKernel::copyRays).
+  void CopyRays(const RayBlock& rays, double radius, bool areTwo,
+                CrossingBlock& block, std::size_t count) const {
+    kernel_->copyRays(rays, radius, areTwo, block, count);
+  }
   /// Find the cells of @p count segments that cross the vessel.
   void Cross(CrossingBlock& block, std::size_t count) const {
     kernel_->cross(tables_.Geometry(), block, count);
@@ -52,6 +63,34 @@ class ShadowingBatch {
                     BatchVerdict* verdicts) const {
     tables_.OnCrossings(block, begin, count, filter.Map().Codes().data(),
                         areFirst, verdicts);
+  }
+
+  /// The verdict on a segment of a block from its cells, or where only that of
+  /// the map is unsure from @p findAtCrossing(cell, knownRopes).
+  ///
+  /// @param isFirst  of its path
+  template <class FindAtCrossing>
+  BatchVerdict VerdictOn(const ShadowingFilter& filter,
+                         const CrossingBlock& block, std::size_t place,
+                         bool isFirst,
+                         const FindAtCrossing& findAtCrossing) const {
+    const RopeAnswer ropes = tables_.RopesAt(block.rope.at[place]);
+    const int cell = block.cell.at[place];
+    const auto inMap = static_cast<std::size_t>(cell);
+    ZARN_ASSERT(inMap <= filter.Map().OffMap(), cell, filter.Map().OffMap());
+    const BatchVerdict verdict =
+        tables_.OnCrossing(ropes, filter.Map().At(inMap), isFirst);
+    if (verdict != kOpenVerdict || ropes.Answer() == eAnswer::kUnsure ||
+        cell == tables_.Geometry().offMap) {
+      return verdict;
+    }
+    // No rope below the ends blocks it; otherwise the verdict would not be
+    // open.
+    const bool isAboveEnds = !ropes.IsBelowEnds();
+    return findAtCrossing(
+        inMap, ShadowingFilter::KnownRopes{
+                   isAboveEnds,
+                   isAboveEnds && ropes.Answer() == eAnswer::kBlocks, isFirst});
   }
 
   /// Use this kernel, which must be available. The default is the widest.

@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <cmath>
 #include <limits>
 #include <numeric>
 #include <vector>
@@ -50,6 +51,47 @@ TEST(PMTArray, PutsEachRingInAGroup) {
   const DU::PMTArray pmts(Rings({7000.0, 8500.0, 10000.0}, 3000));
   EXPECT_EQ(pmts.Groups().size(), 3U);
   ExpectConsistent(pmts);
+}
+
+/// Expects the patches of a group to be its PMTs, in order.
+void ExpectPatches(const DU::PMTArray& pmts, const DU::PMTArray::Group& group) {
+  std::size_t end = group.begin;
+  for (const DU::PMTArray::Patch& patch : group.patches) {
+    EXPECT_EQ(patch.begin, end);
+    EXPECT_GT(patch.end, patch.begin);
+    EXPECT_LE(patch.end - patch.begin, DU::PMTArray::kMostInPatch);
+    EXPECT_NEAR(patch.axis.Mag(), 1.0, 1e-15);
+    EXPECT_NEAR(std::hypot(patch.cosine, patch.sine), 1.0, 1e-15);
+    for (std::size_t i = patch.begin; i < patch.end; ++i) {
+      const TVector3 direction(pmts.X()[i], pmts.Y()[i], pmts.Z()[i]);
+      EXPECT_GE(direction.Dot(patch.axis), patch.cosine);
+    }
+    end = patch.end;
+  }
+  EXPECT_EQ(end, group.end);
+}
+
+TEST(PMTArray, DividesAGroupIntoPatches) {
+  const DU::PMTArray pmts(Rings({8400.0}, 8000));
+  ASSERT_EQ(pmts.Groups().size(), 1U);
+  const DU::PMTArray::Group& group = pmts.Groups()[0];
+  ExpectPatches(pmts, group);
+  EXPECT_EQ(group.patches.size(), 125U);
+  // A round one would have an angle of 0.18 rad.
+  for (const DU::PMTArray::Patch& patch : group.patches) {
+    EXPECT_GT(patch.cosine, std::cos(0.5));
+  }
+}
+
+TEST(PMTArray, MakesPatchesOfAnyPMTs) {
+  for (const int count : {1, 2, 63, 64, 65, 129, 200}) {
+    const DU::PMTArray pmts(Rings({7000.0, 8400.0}, count));
+    for (const auto& group : pmts.Groups()) ExpectPatches(pmts, group);
+  }
+  const DU::PMTArray same(std::vector<TVector3>(200, {0, 0, 8400}));
+  ExpectPatches(same, same.Groups().at(0));
+  const DU::PMTArray opposite({{0, 0, 8400}, {0, 0, -8400}});
+  ExpectPatches(opposite, opposite.Groups().at(0));
 }
 
 TEST(PMTArray, DividesDistancesWithoutSteps) {

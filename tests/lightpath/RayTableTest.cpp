@@ -93,30 +93,27 @@ class TableComparison {
     }
     ++found.rays;
     DU::RayBlock& block = *block_;
-    block.pmtX.at[0] = pmts.X()[pmt];
-    block.pmtY.at[0] = pmts.Y()[pmt];
-    block.pmtZ.at[0] = pmts.Z()[pmt];
-    block.inverseRadius.at[0] = pmts.InverseRadius()[pmt];
+    const DU::RayPMTs traced = {&pmts.X()[pmt], &pmts.Y()[pmt], &pmts.Z()[pmt],
+                                &pmts.InverseRadius()[pmt]};
     const DU::RayOrigin origin = {towards.X(), towards.Y(), towards.Z()};
-    kernel_.trace(range.branch, origin, steps, block, 1);
-    kernel_.traceBack(range.branch, origin, block, 1);
+    kernel_.trace(range.branch, origin, steps, traced, block, 1);
+    kernel_.traceBack(range.branch, origin, traced, block, 1);
     const double bound = block.bound.at[0];
     if (!(bound < 1e-3)) return;
     if (bound < 1e-8) ++found.known;
     ASSERT_EQ(calculator_.GetLightPathType(), range.type);
     const Ends exact = EndsOf(calculator_.GetLightPath());
-    Ends traced = {{block.pointX.at[0], block.pointY.at[0], block.pointZ.at[0]},
-                   {block.directionX.at[0], block.directionY.at[0],
-                    block.directionZ.at[0]},
-                   exact.first,
-                   exact.back};
+    Ends ends = {{block.pointX.at[0], block.pointY.at[0], block.pointZ.at[0]},
+                 {block.directionX.at[0], block.directionY.at[0],
+                  block.directionZ.at[0]},
+                 exact.first,
+                 exact.back};
     if (range.type == DU::kWaterThroughInnerAV ||
         range.type == DU::kWaterReflection) {
-      traced.first = {block.firstX.at[0], block.firstY.at[0],
-                      block.firstZ.at[0]};
-      traced.back = {block.backX.at[0], block.backY.at[0], block.backZ.at[0]};
+      ends.first = {block.firstX.at[0], block.firstY.at[0], block.firstZ.at[0]};
+      ends.back = {block.backX.at[0], block.backY.at[0], block.backZ.at[0]};
     }
-    found.worst = std::max(found.worst, DistanceBetween(exact, traced) / bound);
+    found.worst = std::max(found.worst, DistanceBetween(exact, ends) / bound);
   }
 
   Ends EndsOf(const DU::LightPath& path) const {
