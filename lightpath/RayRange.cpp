@@ -125,24 +125,29 @@ Sample CentralSample(const CurvePoint& central) {
 
 /// H and its derivatives by y between both rays through the centre.
 Sample InnerSample(const CurvePoint& point) {
-  const double halfT = std::tan(0.5 * point.t);
-  const double halfG = std::tan(0.5 * point.g);
-  const double sineT = 2.0 * halfT / (1.0 + halfT * halfT);
-  const double sineG = 2.0 * halfG / (1.0 + halfG * halfG);
-  const double cosT = (1.0 - halfT * halfT) / (1.0 + halfT * halfT);
-  const double y = (1.0 - halfG * halfG) / (1.0 + halfG * halfG);
+  const double sineT = std::sin(point.t);
+  const double cosT = std::cos(point.t);
+  const double sineG = std::sin(point.g);
+  const double y = std::cos(point.g);
+  const double inverseT = 1.0 / sineT;
+  const double inverseG = 1.0 / sineG;
   // The derivatives of t and of log(H) by G.
   const double t1 = 1.0 / point.slope;
   const double t2 = -point.curve * t1 * t1 * t1;
-  const double log1 = t1 / sineT - 1.0 / sineG;
+  const double ratio = t1 * inverseT;
+  const double log1 = ratio - inverseG;
   const double log2 =
-      t2 / sineT - t1 * t1 * cosT / (sineT * sineT) + y / (sineG * sineG);
-  const double value = halfT / halfG;
+      t2 * inverseT - ratio * ratio * cosT + y * inverseG * inverseG;
+  // tan(a / 2) = sin(a) / (1 + cos(a))
+  const double value = sineT * (1.0 + y) / ((1.0 + cosT) * sineG);
   const double byG = value * log1;
   const double byG2 = value * (log2 + log1 * log1);
-  return {
-      y,   0.0, value, -byG / sineG, (byG2 - byG * y / sineG) / (sineG * sineG),
-      true};
+  return {y,
+          0.0,
+          value,
+          -byG * inverseG,
+          (byG2 - byG * y * inverseG) * inverseG * inverseG,
+          true};
 }
 
 /// H at the fold that ends a piece, and its derivative by the root of y - fold:
@@ -245,6 +250,7 @@ Sample CellMaker::SampleAt(const CurvePoint& point) const {
 
 void CellMaker::SetCubics(std::vector<RayCell>& cells) const {
   std::size_t at = 0;
+  Quintic between(samples_[0], samples_[1]);
   double value = 0.0;
   double slope = 0.0;
   for (std::size_t node = 0; node <= cells.size(); ++node) {
@@ -253,8 +259,8 @@ void CellMaker::SetCubics(std::vector<RayCell>& cells) const {
     while (at + 2 < samples_.size() && (samples_[at + 1].place < place ||
                                         points_[at + 1].t == points_[at].t)) {
       ++at;
+      between = Quintic(samples_[at], samples_[at + 1]);
     }
-    const Quintic between(samples_[at], samples_[at + 1]);
     const double nextValue = between.ValueAt(place);
     const double nextSlope = step_ * between.DerivativeAt(place);
     if (node > 0) {
