@@ -1,6 +1,5 @@
 #include <algorithm>
 #include <cstdint>
-#include <cstring>
 
 #include "du/ShadowingCalculator.hpp"
 #include "du/fast/EventBatch.hpp"
@@ -28,20 +27,6 @@ eVerdict WhyNoPath(const ConcentricMedia& media, const TVector3& eventPos,
 BatchVerdict* AsBatch(eVerdict* row) {
   static_assert(sizeof(eVerdict) == sizeof(BatchVerdict));
   return reinterpret_cast<BatchVerdict*>(row);  // bytes may alias anything
-}
-
-/// Call @p decide(i) for every open verdict of a row.
-template <class Decide>
-void ForEachOpen(const eVerdict* row, std::size_t count, const Decide& decide) {
-  static_assert(sizeof(eVerdict) == 1);  // so that memchr finds one
-  const eVerdict* at = row;
-  const eVerdict* const end = row + count;
-  while ((at = static_cast<const eVerdict*>(std::memchr(
-              at, kOpenVerdict, static_cast<std::size_t>(end - at)))) !=
-         nullptr) {
-    decide(static_cast<std::size_t>(at - row));
-    ++at;
-  }
 }
 
 }  // namespace
@@ -73,7 +58,7 @@ void ShadowingCalculator::FindVerdicts(const LightPathCalculator& light,
 
   const ConcentricMedia& media = light.GetMedia();
   LightPath path;
-  ForEachOpen(rows.direct, count, [&](std::size_t i) {
+  ForEachOpen(AsBatch(rows.direct), count, [&](std::size_t i) {
     FindDirectPath(media, eventPos, pmts.At(i), path);
     rows.direct[i] = path.LightPathType == kUninitialised
                          ? WhyNoPath(media, eventPos, pmts.At(i))
@@ -83,7 +68,7 @@ void ShadowingCalculator::FindVerdicts(const LightPathCalculator& light,
     }
   });
   if (rows.reflected == nullptr) return;
-  ForEachOpen(rows.reflected, count, [&](std::size_t i) {
+  ForEachOpen(AsBatch(rows.reflected), count, [&](std::size_t i) {
     FindReflectedPath(media, eventPos, pmts.At(i), path);
     rows.reflected[i] = path.LightPathType == kUninitialised
                             ? eVerdict::kNoReflectedPath

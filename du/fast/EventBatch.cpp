@@ -112,32 +112,20 @@ void EventBatch::JudgeBlock(const RayRange& range, const Block& block) {
       verdicts[i] = EarlierOf(firsts[i], verdicts[i]);
     }
   }
-  const Open open = SetVerdicts(block, verdicts, range.type);
-  for (std::size_t i = 0; i < open.count; ++i) {
-    JudgeOpen(range, crossings, block, open.places[i]);
-  }
+  SetVerdicts(block, verdicts, range.type);
+  ForEachOpen(verdicts.data(), count,
+              [&](std::size_t i) { JudgeOpen(range, crossings, block, i); });
 }
 
-/// Write the verdicts of a block.
-///
-/// @return the places of those that are open
-EventBatch::Open EventBatch::SetVerdicts(const Block& block,
-                                         const BlockVerdicts& verdicts,
-                                         eLightPathType type) {
-  Open open;
-  open.count = 0;
-  // Written in any case, so that there is no branch to predict.
+void EventBatch::SetVerdicts(const Block& block, const BlockVerdicts& verdicts,
+                             eLightPathType type) {
   for (std::size_t i = 0; i < block.count; ++i) {
     row_.verdicts[block.numbers[i]] = verdicts[i];
-    open.places[open.count] = static_cast<std::uint32_t>(i);
-    open.count += verdicts[i] == kOpenVerdict ? 1U : 0U;
   }
-  if (row_.types != nullptr) {
-    for (std::size_t i = 0; i < block.count; ++i) {
-      row_.types[block.numbers[i]] = static_cast<std::uint8_t>(type);
-    }
+  if (row_.types == nullptr) return;
+  for (std::size_t i = 0; i < block.count; ++i) {
+    row_.types[block.numbers[i]] = static_cast<std::uint8_t>(type);
   }
-  return open;
 }
 
 /// Judge a path of a block that is open, by the items of its cells. It is
@@ -218,11 +206,11 @@ void EventBatch::JudgeStraight(const Block& block) {
       if (IsAt(block.numbers[i])) verdicts[i] = kOpenVerdict;
     }
   }
-  const Open open = SetVerdicts(block, verdicts, kWater);
-  for (std::size_t i = 0; i < open.count; ++i) {
-    const std::uint32_t pmt = block.numbers[open.places[i]];
+  SetVerdicts(block, verdicts, kWater);
+  ForEachOpen(verdicts.data(), block.count, [&](std::size_t i) {
+    const std::uint32_t pmt = block.numbers[i];
     if (!isAmongPMTs_ || !IsAt(pmt)) JudgeStraightAgain(pmt);
-  }
+  });
 }
 
 /// Whether the event is so near to a PMT that there may be no path.

@@ -3,6 +3,7 @@
 #include <array>
 #include <cstddef>
 #include <cstdint>
+#include <cstring>
 #include <vector>
 
 #include "TVector3.h"
@@ -13,6 +14,20 @@
 #include "lightpath/PMTArray.hpp"
 
 namespace ZARN::DU {
+
+/// Call @p work(i) for every verdict that is open.
+template <class Work>
+void ForEachOpen(const BatchVerdict* verdicts, std::size_t count,
+                 const Work& work) {
+  const BatchVerdict* at = verdicts;
+  const BatchVerdict* const end = verdicts + count;
+  while ((at = static_cast<const BatchVerdict*>(std::memchr(
+              at, kOpenVerdict, static_cast<std::size_t>(end - at)))) !=
+         nullptr) {
+    work(static_cast<std::size_t>(at - verdicts));
+    ++at;
+  }
+}
 
 /// Where an EventBatch writes: one value for each PMT.
 struct BatchRow {
@@ -54,12 +69,6 @@ class EventBatch {
   using Block = EventRays::Block;
   using BlockVerdicts = std::array<BatchVerdict, kRayBlock>;
 
-  /// Places in a block.
-  struct Open {
-    std::array<std::uint32_t, kRayBlock> places;
-    std::size_t count;
-  };
-
   void Judge(eLight light, const BatchRow& row);
   void JudgeGroup(eLight light, const PMTArray::Group& group);
   void JudgeThrough(const RayRange& range, const EventRays::Part& part);
@@ -70,7 +79,7 @@ class EventBatch {
   void JudgeStraight(const Block& block);
   void JudgeStraightAgain(std::uint32_t pmt);
   void Trace(const RayRange& range, eSteps steps, const Block& block);
-  Open SetVerdicts(const Block& block, const BlockVerdicts& verdicts,
+  void SetVerdicts(const Block& block, const BlockVerdicts& verdicts,
                    eLightPathType type);
   bool IsAt(std::uint32_t pmt) const;
   void Set(std::uint32_t pmt, BatchVerdict verdict, eLightPathType type);
