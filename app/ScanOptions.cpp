@@ -138,7 +138,7 @@ void AddSmearing(CLI::App& command, ScanOptions& options) {
           "--samples",
           [&options](const std::string& text) {
             const int number = WholeNumberOf("--samples", text);
-            if (number < 1 || number > Scan::Smearing::kMostSamples) {
+            if (number < 1 || number > DU::Smearing::kMostSamples) {
               throw BadUsage("--samples: " + IO::Quoted(text) +
                              " is out of range (1 to 65535)");
             }
@@ -191,14 +191,14 @@ bool ScanOptions::WritesNTuple() const {
   return output.has_value() && IO::IsRootFileName(*output);
 }
 
-std::optional<Scan::Smearing> ScanOptions::Smearing() const {
+std::optional<DU::Smearing> ScanOptions::Smearing() const {
   if (!sigma.has_value()) return std::nullopt;
-  Scan::Smearing smearing;
+  DU::Smearing smearing;
   smearing.sigma = *sigma;
   if (samples.has_value()) {
     smearing.samples = static_cast<std::size_t>(*samples);
   }
-  if (seed.has_value()) smearing.seed = static_cast<std::uint64_t>(*seed);
+  if (seed.has_value()) smearing.seed = *seed;
   return smearing;
 }
 

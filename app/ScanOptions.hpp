@@ -6,9 +6,9 @@
 
 #include "TVector3.h"
 #include "app/RunOptions.hpp"
+#include "du/Smearing.hpp"
 #include "io/PairColumns.hpp"
 #include "lightpath/LightPathCalculator.hpp"
-#include "scan/Smearing.hpp"
 
 namespace CLI {
 class App;
@@ -34,7 +34,7 @@ struct ScanOptions {
   std::optional<int> samples;
   std::optional<int> seed;
 
-  std::optional<Scan::Smearing> Smearing() const;
+  std::optional<DU::Smearing> Smearing() const;
 
   /// All columns besides the usual ones: those of the smearing come first.
   std::vector<const IO::PairColumn*> AllColumns() const;

@@ -10,6 +10,7 @@
 
 #include "TVector3.h"
 #include "du/ShadowingCalculator.hpp"
+#include "du/Smearing.hpp"
 #include "du/Verdict.hpp"
 #include "du/VerdictRows.hpp"
 #include "lightpath/LightPathCalculator.hpp"
@@ -83,7 +84,7 @@ class RowScan {
     bool withPMTCounts = false;    ///< count for each PMT
     /// Judge positions around each event, too; its own verdicts stay those of
     /// its position.
-    std::optional<Smearing> smearing = std::nullopt;
+    std::optional<DU::Smearing> smearing = std::nullopt;
     /// A block has so many pairs at most, unless one row is longer: enough that
     /// taking a block costs next to nothing, few enough to spread the work
     /// evenly.

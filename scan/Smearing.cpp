@@ -16,9 +16,11 @@ std::mt19937_64 GeneratorOf(std::uint64_t seed, std::uint64_t number) {
 
 }  // namespace
 
-SmearedPositions::SmearedPositions(const Smearing& smearing,
+SmearedPositions::SmearedPositions(const DU::Smearing& smearing,
                                    std::uint64_t number)
-    : sigma_(smearing.sigma), generator_(GeneratorOf(smearing.seed, number)) {}
+    : sigma_(smearing.sigma),
+      generator_(
+          GeneratorOf(static_cast<std::uint64_t>(smearing.seed), number)) {}
 
 TVector3 SmearedPositions::Next(const TVector3& centre) {
   const double x = Gaussian();

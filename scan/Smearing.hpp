@@ -1,30 +1,20 @@
 #pragma once
 
-#include <cstddef>
 #include <cstdint>
 #include <optional>
 #include <random>
 
 #include "TVector3.h"
+#include "du/Smearing.hpp"
 
 namespace ZARN::Scan {
-
-/// How uncertain the positions of events are, and how many positions are judged
-/// for each.
-struct Smearing {
-  double sigma = 0.0;         ///< mm, of a Gaussian in each coordinate
-  std::size_t samples = 100;  ///< 1 to kMostSamples
-  std::uint64_t seed = 1;
-
-  static constexpr int kMostSamples = 65535;
-};
 
 /// Random positions around an event. They depend only on the seed and on the
 /// event's number, so that they are the same with any number of threads.
 class SmearedPositions {
  public:
   /// @param number  of the event in the scan
-  SmearedPositions(const Smearing& smearing, std::uint64_t number);
+  SmearedPositions(const DU::Smearing& smearing, std::uint64_t number);
 
   TVector3 Next(const TVector3& centre);
 

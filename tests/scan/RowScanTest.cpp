@@ -212,7 +212,7 @@ TEST_F(RowScanTest, WorksWithoutEventsAndWithoutPMTs) {
 }
 
 TEST_F(RowScanTest, CountsTheVerdictsOnSmearedPositions) {
-  Smearing smearing;
+  DU::Smearing smearing;
   smearing.sigma = 300.0;
   smearing.samples = 5;
   smearing.seed = 11;

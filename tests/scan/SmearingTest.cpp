@@ -8,14 +8,14 @@
 namespace ZARN::Scan {
 namespace {
 
-Smearing WithSeed(std::uint64_t seed) {
-  Smearing smearing;
+DU::Smearing WithSeed(std::int64_t seed) {
+  DU::Smearing smearing;
   smearing.sigma = 20.0;
   smearing.seed = seed;
   return smearing;
 }
 
-std::vector<TVector3> Some(const Smearing& smearing, std::uint64_t number,
+std::vector<TVector3> Some(const DU::Smearing& smearing, std::uint64_t number,
                            int count) {
   SmearedPositions positions(smearing, number);
   std::vector<TVector3> all;
@@ -29,7 +29,7 @@ TEST(Smearing, DependsOnlyOnSeedAndEvent) {
   EXPECT_NE(Some(WithSeed(1), 6, 10), some);
   EXPECT_NE(Some(WithSeed(2), 5, 10), some);
   EXPECT_NE(Some(WithSeed(1), 5 + (1ULL << 32U), 10), some);
-  EXPECT_NE(Some(WithSeed(1 + (1ULL << 32U)), 5, 10), some);
+  EXPECT_NE(Some(WithSeed(1 + (1LL << 32U)), 5, 10), some);
 }
 
 TEST(Smearing, IsGaussianInEachCoordinate) {
@@ -57,7 +57,7 @@ TEST(Smearing, IsGaussianInEachCoordinate) {
 }
 
 TEST(Smearing, StaysAtThePositionWithoutAnUncertainty) {
-  SmearedPositions positions(Smearing{}, 7);
+  SmearedPositions positions(DU::Smearing{}, 7);
   EXPECT_EQ(positions.Next({1, 2, 3}), TVector3(1, 2, 3));
 }
 
