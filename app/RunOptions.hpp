@@ -52,7 +52,7 @@ void BeginRun(const RunOptions& options, DU::ShadowingCalculator& calculator);
 void BeginRun(const RunOptions& options, DU::LightPathCalculator& calculator);
 
 /// How results are made with these options and the tables of LoadTables;
-/// without a wavelength.
+/// without a wavelength and smearing.
 ///
 /// @param calculator  its run has begun
 IO::Origin OriginOf(const RunOptions& options,

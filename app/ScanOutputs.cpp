@@ -42,6 +42,7 @@ ScanOutputs::ScanOutputs(const ScanOptions& options,
   for (Slot& slot : slots_) slot.lightPath = lightPath;
   IO::Origin origin = OriginOf(options.run, shadowing);
   origin.wavelength = options.wavelength;
+  origin.smearing = options.Smearing();
   if (options.WritesNTuple()) {
     ntuple_.emplace(*options.output, origin, pmts);
   } else if (options.WritesVerdicts()) {

@@ -14,6 +14,11 @@ std::string Describe(const Origin& origin) {
   if (origin.wavelength.has_value()) {
     description["wavelength"] = *origin.wavelength;
   }
+  if (origin.smearing.has_value()) {
+    description["smearing"] = {{"sigma", origin.smearing->sigma},
+                               {"samples", origin.smearing->samples},
+                               {"seed", origin.smearing->seed}};
+  }
   description["fingerprint"] = origin.fingerprint;
   return description.dump();
 }

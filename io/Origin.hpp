@@ -3,6 +3,8 @@
 #include <optional>
 #include <string>
 
+#include "du/Smearing.hpp"
+
 namespace ZARN::IO {
 
 /// How results were made. It is stored with them, so that they can be made
@@ -14,6 +16,8 @@ struct Origin {
   double tolerance = 0.0;            ///< mm
   std::optional<double> wavelength;  ///< nm; none where no light is traced
   std::string fingerprint;           ///< of the tables: db/Fingerprint.hpp
+  /// None where only the positions of the events themselves are judged.
+  std::optional<DU::Smearing> smearing = std::nullopt;
 };
 
 /// The members of @p origin as a JSON object on one line.

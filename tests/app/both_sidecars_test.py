@@ -129,6 +129,13 @@ class ScanSidecars(Sidecars, ScanDriver):
     def test_it_has_the_wavelength(self):
         self.assertEqual(self.origin("--wavelength", 380.5)["wavelength"], 380.5)
 
+    def test_it_says_how_positions_were_smeared(self):
+        for options, wanted in (
+                (["--smear", 0.1], {"sigma": 0.1, "samples": 100, "seed": 1}),
+                (["--smear", 0, "--samples", 3, "--seed", -7],
+                 {"sigma": 0, "samples": 3, "seed": -7})):
+            self.assertEqual(self.origin(*options)["smearing"], wanted)
+
     def test_no_other_output_can_have_its_name(self):
         for option in ("--paths", "--per-pmt", "--per-event"):
             result = self.run_on(self.input(), "-o", "out.csv", option, NAME, status=2)

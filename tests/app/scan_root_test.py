@@ -49,8 +49,11 @@ class Counts(RootTest):
         self.assertEqual(self.ntuple("per-pmt.root").column("pmt"), list(range(10)))
 
     def test_they_say_how_they_were_made(self):
-        self.scan([CENTRE], [TOP], "--per-pmt", "per-pmt.root", "-o", "out.csv", "--run", 3)
-        self.assertEqual(self.ntuple("per-pmt.root").origin, json.loads(self.read("out.csv.json")))
+        self.scan([CENTRE], [TOP], "--per-pmt", "per-pmt.root", "-o", "out.csv", "--run", 3,
+                  "--smear", 20, "--seed", 5)
+        origin = self.ntuple("per-pmt.root").origin
+        self.assertEqual(origin, json.loads(self.read("out.csv.json")))
+        self.assertEqual(origin["smearing"], {"sigma": 20, "samples": 100, "seed": 5})
         self.assertFalse((self.folder / "per-pmt.root.json").exists())
 
     def test_without_events_there_are_no_counts_of_events(self):

@@ -60,6 +60,16 @@ TEST_F(SidecarTest, HasNoWavelengthWhereNoLightIsTraced) {
             "\"tolerance\":0.1,\"fingerprint\":\"ab\"}");
 }
 
+TEST_F(SidecarTest, SaysHowPositionsWereSmeared) {
+  Origin origin = origin_;
+  origin.smearing = DU::Smearing{0.1, 65535, -3};
+  EXPECT_EQ(Describe(origin),
+            "{\"program\":\"zarn-shadow\",\"version\":\"1.2.3\",\"run\":7,"
+            "\"tolerance\":150.5,\"wavelength\":420.0,\"smearing\":{"
+            "\"sigma\":0.1,\"samples\":65535,\"seed\":-3},"
+            "\"fingerprint\":\"ab12\"}");
+}
+
 TEST_F(SidecarTest, ThrowsIfItCannotBeWritten) {
   std::filesystem::create_directory("x.json");
   EXPECT_THROW(Sidecar("x", origin_), OutputFailure);
