@@ -105,9 +105,9 @@ void Check(const CheckOptions& options) {
   {
     ProgressBar progress;
     const ScopedLogOutput logOutput(progress.Messages());
-    PathCheck check(
-        calculator, reader,
-        {options.run.threads, options.knownTypes, options.WritesNTuple()});
+    PathCheck check(calculator, reader,
+                    {options.run.threads, options.knownTypes,
+                     options.verdicts.WritesNTuple()});
     while (const PathCheck::CheckedBlock* const block = check.Next()) {
       results.Take(*block, calculator);
       if (block->error.has_value()) table.Fail(*block->error);

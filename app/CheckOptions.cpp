@@ -1,10 +1,10 @@
 #include "app/CheckOptions.hpp"
 
 #include <CLI/CLI.hpp>
+#include <optional>
 #include <vector>
 
 #include "io/DistinctFiles.hpp"
-#include "io/FileNames.hpp"
 #include "io/Sidecar.hpp"
 
 namespace ZARN::App {
@@ -40,10 +40,6 @@ constexpr const char* kFooter =
 
 }  // namespace
 
-bool CheckOptions::WritesNTuple() const {
-  return output.has_value() && IO::IsRootFileName(*output);
-}
-
 void AddCheckOptions(CLI::App& command, CheckOptions& options) {
   command
       .add_option("PATHS", options.paths,
@@ -51,20 +47,7 @@ void AddCheckOptions(CLI::App& command, CheckOptions& options) {
       ->required()
       ->type_name("CSV");
   AddRunOptions(command, options.run);
-  command
-      .add_option("-o,--output", options.output,
-                  "Write the verdicts to this file: CSV, or an RNTuple for "
-                  "*.root")
-      ->type_name("OUT");
-  command
-      .add_option_function<std::string>(
-          "--columns",
-          [&options](const std::string& list) {
-            options.hasCode =
-                !ColumnNamesOf("--columns", list, {"code"}).empty();
-          },
-          "More columns for the verdicts; see below")
-      ->type_name("LIST");
+  AddVerdictOptions(command, options.verdicts, {"code"});
   command.add_flag("--known-types", options.knownTypes,
                    "Refuse a path whose type name is unknown");
   command.add_flag("--debug", options.debug,
@@ -74,7 +57,8 @@ void AddCheckOptions(CLI::App& command, CheckOptions& options) {
 
 void RequireConsistent(const CheckOptions& options) {
   // The verdicts may replace PATHS, but the file beside them no input.
-  const std::optional<std::string> sidecar = IO::SidecarName(options.output);
+  const std::optional<std::string> sidecar =
+      IO::SidecarName(options.verdicts.output);
   if (!sidecar.has_value()) return;
   std::vector<std::string> inputs = FilesOf(options.run);
   inputs.push_back(options.paths);

@@ -1,9 +1,9 @@
 #pragma once
 
-#include <optional>
 #include <string>
 
 #include "app/RunOptions.hpp"
+#include "app/VerdictOptions.hpp"
 
 namespace CLI {
 class App;
@@ -15,13 +15,12 @@ namespace ZARN::App {
 struct CheckOptions {
   std::string paths;
   RunOptions run;
-  std::optional<std::string> output;
-  bool hasCode = false;  // whether there is a column code
+  VerdictOptions verdicts;
   bool knownTypes = false;
   bool debug = false;
 
-  /// Whether the verdicts are written as an RNTuple, not as CSV.
-  bool WritesNTuple() const;
+  /// Whether there is a column code, the only one that can be added.
+  bool HasCode() const { return !verdicts.columns.empty(); }
 };
 
 /// Add the options and the help of check; @p options must outlive the parsing.

@@ -12,13 +12,13 @@ namespace ZARN::App {
 
 CheckOutput::CheckOutput(const CheckOptions& options, const IO::Origin& origin,
                          std::vector<std::string> nameColumns)
-    : nameColumns_(std::move(nameColumns)), hasCode_(options.hasCode) {
-  if (options.WritesNTuple()) {
-    ntuple_.emplace(*options.output, origin, options.hasCode);
+    : nameColumns_(std::move(nameColumns)), hasCode_(options.HasCode()) {
+  if (options.verdicts.WritesNTuple()) {
+    ntuple_.emplace(*options.verdicts.output, origin, options.HasCode());
     return;
   }
-  csv_.emplace(options.output);
-  sidecar_.emplace(options.output, origin);
+  csv_.emplace(options.verdicts.output);
+  sidecar_.emplace(options.verdicts.output, origin);
   std::string header = "row,";
   for (const std::string& name : nameColumns_) header += name + ",";
   csv_->Write(header + (hasCode_ ? "shadowed,by,code\n" : "shadowed,by\n"));

@@ -5,7 +5,6 @@
 #include <charconv>
 #include <cmath>
 #include <iostream>
-#include <sstream>
 #include <thread>
 
 #include "app/Usage.hpp"
@@ -151,31 +150,6 @@ double NumberOf(const std::string& option, const std::string& text) {
     throw BadUsage(option + ": " + IO::Quoted(text) + " is not finite");
   }
   return number.value;
-}
-
-std::vector<std::string> ColumnNamesOf(const std::string& option,
-                                       const std::string& list,
-                                       const std::vector<std::string>& known) {
-  const auto has = [](const auto& names, const std::string& name) {
-    return std::find(names.begin(), names.end(), name) != names.end();
-  };
-  std::vector<std::string> columns;
-  std::istringstream names(list + ",");
-  for (std::string name; std::getline(names, name, ',');) {
-    name = WithoutBlanks(name);
-    if (!has(known, name)) {
-      const std::string nearest = NearestName(name, known);
-      throw BadUsage(
-          option + ": there is no column " + IO::Quoted(name) +
-          (nearest.empty() ? "; see --help for all names" : Suggest(nearest)));
-    }
-    if (has(columns, name)) {
-      throw BadUsage(option + ": the column " + IO::Quoted(name) +
-                     " is given more than once");
-    }
-    columns.push_back(name);
-  }
-  return columns;
 }
 
 std::string WithoutBlanks(const std::string& text) {

@@ -64,12 +64,6 @@ IO::Origin OriginOf(const RunOptions& options,
 int WholeNumberOf(const std::string& option, const std::string& text);
 double NumberOf(const std::string& option, const std::string& text);
 
-/// The names of columns in a list separated by commas, each of them known and
-/// none given twice; or BadUsage.
-std::vector<std::string> ColumnNamesOf(const std::string& option,
-                                       const std::string& list,
-                                       const std::vector<std::string>& known);
-
 /// The text without blanks at its ends.
 std::string WithoutBlanks(const std::string& text);
 

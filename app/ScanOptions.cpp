@@ -7,7 +7,6 @@
 
 #include "app/Usage.hpp"
 #include "io/DistinctFiles.hpp"
-#include "io/FileNames.hpp"
 #include "io/Quoted.hpp"
 #include "io/Sidecar.hpp"
 
@@ -107,18 +106,12 @@ void AddInputs(CLI::App& command, ScanOptions& options) {
       ->type_name("PMTS.csv");
 }
 
-/// The columns of a list of names separated by commas.
-std::vector<const IO::PairColumn*> ColumnsOf(const std::string& option,
-                                             const std::string& list) {
-  std::vector<std::string> known;
+std::vector<std::string> NamesOfColumns() {
+  std::vector<std::string> names;
   for (const IO::PairColumn& column : IO::PairColumns()) {
-    known.emplace_back(column.name);
+    names.emplace_back(column.name);
   }
-  std::vector<const IO::PairColumn*> columns;
-  for (const std::string& name : ColumnNamesOf(option, list, known)) {
-    columns.push_back(IO::FindPairColumn(name));
-  }
-  return columns;
+  return names;
 }
 
 void AddSmearing(CLI::App& command, ScanOptions& options) {
@@ -157,19 +150,7 @@ void AddSmearing(CLI::App& command, ScanOptions& options) {
 }
 
 void AddOutputs(CLI::App& command, ScanOptions& options) {
-  command
-      .add_option("-o,--output", options.output,
-                  "Write the verdicts to this file: CSV, or an RNTuple for "
-                  "*.root")
-      ->type_name("OUT");
-  command
-      .add_option_function<std::string>(
-          "--columns",
-          [&options](const std::string& list) {
-            options.columns = ColumnsOf("--columns", list);
-          },
-          "More columns for the verdicts, e.g. time,angle; see below")
-      ->type_name("LIST");
+  AddVerdictOptions(command, options.verdicts, NamesOfColumns());
   command
       .add_option(
           "--paths", options.paths,
@@ -186,10 +167,6 @@ void AddOutputs(CLI::App& command, ScanOptions& options) {
 }
 
 }  // namespace
-
-bool ScanOptions::WritesNTuple() const {
-  return output.has_value() && IO::IsRootFileName(*output);
-}
 
 std::optional<DU::Smearing> ScanOptions::Smearing() const {
   if (!sigma.has_value()) return std::nullopt;
@@ -209,7 +186,9 @@ std::vector<const IO::PairColumn*> ScanOptions::AllColumns() const {
       all.push_back(&column);
     }
   }
-  all.insert(all.end(), columns.begin(), columns.end());
+  for (const std::string& name : verdicts.columns) {
+    all.push_back(IO::FindPairColumn(name));
+  }
   return all;
 }
 
@@ -228,7 +207,7 @@ void RequireConsistent(const ScanOptions& options) {
   if (options.events.has_value() == options.at.has_value()) {
     throw BadUsage("scan needs either --events or --at");
   }
-  if (!options.columns.empty() && !options.WritesVerdicts()) {
+  if (!options.verdicts.columns.empty() && !options.WritesVerdicts()) {
     throw BadUsage("--columns needs -o: only counts are written");
   }
   if (options.samples.has_value() && !options.sigma.has_value()) {
@@ -241,9 +220,10 @@ void RequireConsistent(const ScanOptions& options) {
   inputs.push_back(options.pmts);
   if (options.events.has_value()) inputs.push_back(*options.events);
   std::vector<std::string> outputs;
-  if (options.WritesVerdicts()) outputs.push_back(options.output.value_or("-"));
+  if (options.WritesVerdicts())
+    outputs.push_back(options.verdicts.output.value_or("-"));
   for (const auto& output : {options.paths, options.perPMT, options.perEvent,
-                             IO::SidecarName(options.output)}) {
+                             IO::SidecarName(options.verdicts.output)}) {
     if (output.has_value()) outputs.push_back(*output);
   }
   IO::RequireDistinctFiles(inputs, outputs);

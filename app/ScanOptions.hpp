@@ -6,6 +6,7 @@
 
 #include "TVector3.h"
 #include "app/RunOptions.hpp"
+#include "app/VerdictOptions.hpp"
 #include "du/Smearing.hpp"
 #include "io/PairColumns.hpp"
 #include "lightpath/LightPathCalculator.hpp"
@@ -22,14 +23,12 @@ struct ScanOptions {
   std::optional<std::string> events;
   std::optional<TVector3> at;  // instead of events
   std::string pmts;
-  std::optional<std::string> output;
+  VerdictOptions verdicts;
   std::optional<std::string> paths;
   std::optional<std::string> perPMT;
   std::optional<std::string> perEvent;
   double wavelength = DU::LightPathCalculator::kDefaultWavelength;  // nm
   bool withReflections = false;
-
-  std::vector<const IO::PairColumn*> columns;  // besides the usual ones
   std::optional<double> sigma;  // of the smearing, mm; none without it
   std::optional<int> samples;
   std::optional<int> seed;
@@ -42,10 +41,9 @@ struct ScanOptions {
   /// Whether the verdicts are written: to a file, or to standard output unless
   /// only counts were asked for.
   bool WritesVerdicts() const {
-    return output.has_value() || !(perPMT.has_value() || perEvent.has_value());
+    return verdicts.output.has_value() ||
+           !(perPMT.has_value() || perEvent.has_value());
   }
-  /// Whether the verdicts are written as an RNTuple, not as CSV.
-  bool WritesNTuple() const;
 };
 
 /// Add the options and the help of scan; @p options must outlive the parsing.

@@ -43,12 +43,12 @@ ScanOutputs::ScanOutputs(const ScanOptions& options,
   IO::Origin origin = OriginOf(options.run, shadowing);
   origin.wavelength = options.wavelength;
   origin.smearing = options.Smearing();
-  if (options.WritesNTuple()) {
-    ntuple_.emplace(*options.output, origin, pmts);
+  if (options.verdicts.WritesNTuple()) {
+    ntuple_.emplace(*options.verdicts.output, origin, pmts);
   } else if (options.WritesVerdicts()) {
     text_.emplace(pmts, fields_.columns);
-    verdicts_.emplace(options.output);
-    sidecar_.emplace(options.output, origin);
+    verdicts_.emplace(options.verdicts.output);
+    sidecar_.emplace(options.verdicts.output, origin);
     verdicts_->Write(text_->Header());
   }
   if (options.paths.has_value() && IO::IsRootFileName(*options.paths)) {
@@ -69,7 +69,7 @@ ScanOutputs::ScanOutputs(const ScanOptions& options,
   }
   needsPaths_ =
       options.paths.has_value() ||
-      std::any_of(options.columns.begin(), options.columns.end(),
+      std::any_of(fields_.columns.begin(), fields_.columns.end(),
                   [](const auto* column) { return column->needsPath; });
 }
 

@@ -1,0 +1,64 @@
+#include "app/VerdictOptions.hpp"
+
+#include <CLI/CLI.hpp>
+#include <algorithm>
+#include <sstream>
+
+#include "app/RunOptions.hpp"
+#include "app/Usage.hpp"
+#include "io/FileNames.hpp"
+#include "io/Quoted.hpp"
+
+namespace ZARN::App {
+namespace {
+
+/// The names in a list separated by commas, each of them known and none given
+/// twice; or BadUsage.
+std::vector<std::string> ColumnNamesOf(const std::string& list,
+                                       const std::vector<std::string>& known) {
+  const auto has = [](const auto& names, const std::string& name) {
+    return std::find(names.begin(), names.end(), name) != names.end();
+  };
+  std::vector<std::string> columns;
+  std::istringstream names(list + ",");
+  for (std::string name; std::getline(names, name, ',');) {
+    name = WithoutBlanks(name);
+    if (!has(known, name)) {
+      const std::string nearest = NearestName(name, known);
+      throw BadUsage(
+          "--columns: there is no column " + IO::Quoted(name) +
+          (nearest.empty() ? "; see --help for all names" : Suggest(nearest)));
+    }
+    if (has(columns, name)) {
+      throw BadUsage("--columns: the column " + IO::Quoted(name) +
+                     " is given more than once");
+    }
+    columns.push_back(name);
+  }
+  return columns;
+}
+
+}  // namespace
+
+bool VerdictOptions::WritesNTuple() const {
+  return output.has_value() && IO::IsRootFileName(*output);
+}
+
+void AddVerdictOptions(CLI::App& command, VerdictOptions& options,
+                       const std::vector<std::string>& known) {
+  command
+      .add_option("-o,--output", options.output,
+                  "Write the verdicts to this file: CSV, or an RNTuple for "
+                  "*.root")
+      ->type_name("OUT");
+  command
+      .add_option_function<std::string>(
+          "--columns",
+          [&options, known](const std::string& list) {
+            options.columns = ColumnNamesOf(list, known);
+          },
+          "More columns for the verdicts, separated by commas; see below")
+      ->type_name("LIST");
+}
+
+}  // namespace ZARN::App
