@@ -2,7 +2,6 @@
 
 #include <array>
 #include <cinttypes>
-#include <cmath>
 #include <cstdint>
 #include <cstdio>
 #include <memory>
@@ -11,11 +10,9 @@
 #include <sstream>
 #include <string>
 
-#include "TError.h"
 #include "db/DB.hpp"
 #include "db/JsonTables.hpp"
 #include "du/ShadowingCalculator.hpp"
-#include "log/Log.hpp"
 #include "tests/property/Batches.hpp"
 #include "tests/property/Detectors.hpp"
 #include "tests/property/PathSearch.hpp"
@@ -235,12 +232,6 @@ class Worker {
   bool isReference_ = false;
 };
 
-double Percent(std::uint64_t part, std::uint64_t all) {
-  return all == 0
-             ? 0.0
-             : 100.0 * static_cast<double>(part) / static_cast<double>(all);
-}
-
 void Print(const Tally& tally) {
   std::printf("%" PRIu64 " paths in %" PRIu64
               " rounds, %.1f %% on the reference detector, %.1f %% within "
@@ -272,19 +263,9 @@ void Print(const Tally& tally) {
 }
 
 int Run(const Options& options) {
-  // The plain calculator makes ROOT warn about zero vectors; this drops the
-  // warnings before ROOT takes a lock.
-  gErrorIgnoreLevel = kFatal;
-  TextSink nowhere;
-  nowhere.Switch(false);
-  warn.SetOutput(&nowhere);
-
-  const auto rounds = static_cast<std::uint64_t>(
-      std::ceil(options.paths / static_cast<double>(kPathsPerRound)));
   Tally tally;
-  const bool differs = AnyRoundDiffers<Worker>(options, rounds, tally);
-  warn.SetOutput(nullptr);
-
+  const bool differs = AnyRoundDiffers<Worker>(
+      options, options.paths / static_cast<double>(kPathsPerRound), tally);
   Print(tally);
   return differs ? 1 : 0;
 }

@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <atomic>
 #include <cinttypes>
+#include <cmath>
 #include <cstdint>
 #include <cstdio>
 #include <exception>
@@ -12,7 +13,12 @@
 #include <optional>
 #include <string>
 #include <thread>
+#include <utility>
 #include <vector>
+
+#include "TError.h"
+#include "log/Log.hpp"
+#include "tests/property/TextSink.hpp"
 
 // What the long runs share: rounds that depend only on the seed and their
 // number, on several threads, until one finds a difference.
@@ -42,18 +48,46 @@ struct RoundOptions {
   }
 };
 
+/// Keeps warnings away during its lifetime. The formulas make ROOT warn about
+/// zero vectors; this drops the warnings before ROOT takes a lock.
+class Silence {
+ public:
+  Silence() : previous_(std::exchange(gErrorIgnoreLevel, kFatal)) {
+    nowhere_.Switch(false);
+    warn.SetOutput(&nowhere_);
+  }
+  Silence(const Silence&) = delete;
+  Silence& operator=(const Silence&) = delete;
+  ~Silence() {
+    warn.SetOutput(nullptr);
+    gErrorIgnoreLevel = previous_;
+  }
+
+ private:
+  int previous_;
+  TextSink nowhere_;
+};
+
+inline double Percent(std::uint64_t part, std::uint64_t all) {
+  return all == 0
+             ? 0.0
+             : 100.0 * static_cast<double>(part) / static_cast<double>(all);
+}
+
 /// Run rounds and print their progress.
 ///
 /// @tparam Worker  made from @p options on each thread; has Run(round), which
 ///                 returns the first difference, and Counts()
+/// @param rounds   rounded up
 /// @param tally    the counts of all workers are added to it
 /// @return whether a difference was found; it was printed
 template <class Worker, class Options, class Tally>
-bool AnyRoundDiffers(const Options& options, std::uint64_t rounds,
-                     Tally& tally) {
+bool AnyRoundDiffers(const Options& options, double rounds, Tally& tally) {
+  const Silence silence;
   const RoundOptions& common = options.rounds;
   const std::uint64_t begin = common.round.value_or(0);
-  const std::uint64_t end = common.round ? begin + 1 : rounds;
+  const std::uint64_t end =
+      common.round ? begin + 1 : static_cast<std::uint64_t>(std::ceil(rounds));
   std::atomic<std::uint64_t> next = begin;
   std::atomic<bool> differs = false;
   std::mutex guard;

@@ -2,7 +2,6 @@
 
 #include <array>
 #include <cinttypes>
-#include <cmath>
 #include <cstddef>
 #include <cstdint>
 #include <cstdio>
@@ -10,7 +9,6 @@
 #include <string>
 #include <vector>
 
-#include "TError.h"
 #include "db/JsonTables.hpp"
 #include "db/ReadField.hpp"
 #include "db/TableSet.hpp"
@@ -18,12 +16,10 @@
 #include "lightpath/Kernels.hpp"
 #include "lightpath/LightPathCalculator.hpp"
 #include "lightpath/PMTArray.hpp"
-#include "log/Log.hpp"
 #include "tests/property/Random.hpp"
 #include "tests/property/Rounds.hpp"
 #include "tests/property/RowComparison.hpp"
 #include "tests/property/RowPlaces.hpp"
-#include "tests/property/TextSink.hpp"
 
 // row_long_run: compares rows of verdicts with the verdicts on their pairs,
 // each from its exact path, for as many pairs as there is time for.
@@ -148,12 +144,6 @@ class Worker {
   Tally tally_;
 };
 
-double Percent(std::uint64_t part, std::uint64_t all) {
-  return all == 0
-             ? 0.0
-             : 100.0 * static_cast<double>(part) / static_cast<double>(all);
-}
-
 void PrintRow(const char* name, const RowTally& tally) {
   std::printf("| %s | %" PRIu64 " | %.3f %% ", name, tally.pairs,
               Percent(tally.open, tally.pairs));
@@ -190,17 +180,9 @@ void Print(const Tally& tally) {
 }
 
 int Run(const Options& options) {
-  // The formulas make ROOT warn about zero vectors; this drops the warnings
-  // before ROOT takes a lock.
-  gErrorIgnoreLevel = kFatal;
-  TextSink nowhere;
-  nowhere.Switch(false);
-  warn.SetOutput(&nowhere);
-  const auto rounds =
-      static_cast<std::uint64_t>(std::ceil(options.pairs / kPairsPerRound));
   Tally tally;
-  const bool differs = AnyRoundDiffers<Worker>(options, rounds, tally);
-  warn.SetOutput(nullptr);
+  const bool differs =
+      AnyRoundDiffers<Worker>(options, options.pairs / kPairsPerRound, tally);
   Print(tally);
   return differs ? 1 : 0;
 }
