@@ -5,6 +5,7 @@
 #include <limits>
 
 #include "TMath.h"
+#include "lightpath/Householder.hpp"
 #include "lightpath/RayBounds.hpp"
 #include "lightpath/RayFamilies.hpp"
 
@@ -202,14 +203,9 @@ void FamilySearch<OnFound>::SearchDip(Ray first, Ray last) {
   if (std::abs(Miss(nearest)) <= kRounding) Tell(nearest);
 }
 
-/// Estimate of the zero of the miss from three derivatives at a ray
-/// (Householder's method of order 3, whose error falls with the fourth power).
+/// Estimate of the zero of the miss.
 double NextFrom(const Ray& ray, double miss) {
-  const double squared = ray.Slope * ray.Slope;
-  const double divisor =
-      6 * ray.Slope * (squared - miss * ray.Curve) + miss * miss * ray.Third;
-  if (divisor == 0) return kNowhere;
-  return ray.T - 3 * miss * (2 * squared - miss * ray.Curve) / divisor;
+  return NextByHouseholder(ray.T, miss, ray.Slope, ray.Curve, ray.Third);
 }
 
 template <class OnFound>

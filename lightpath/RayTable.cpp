@@ -2,10 +2,10 @@
 
 #include <algorithm>
 #include <cmath>
-#include <limits>
 #include <utility>
 
 #include "TMath.h"
+#include "lightpath/Householder.hpp"
 #include "lightpath/RayCurve.hpp"
 #include "lightpath/RayFamilies.hpp"
 
@@ -17,6 +17,9 @@ constexpr double kPi = TMath::Pi();
 /// Directions so near to the end of a range are left open, rad: by far more
 /// than the rounding of the angles.
 constexpr double kMargin = 1e-6;
+
+/// How near PointAt comes to the angle that it searches for, rad.
+constexpr double kAngleError = 1e-8;
 
 /// An event at the centre is as good as one that is this far away, mm.
 constexpr double kNearestEvent = 1e-90;
@@ -71,30 +74,19 @@ namespace {
 
 using Reaches = RayTable::Reaches;
 
-/// The estimate of the t at which G has a value, from three derivatives
-/// (Householder's method of order 3).
-double NextFrom(const CurvePoint& point, double miss) {
-  const double squared = point.slope * point.slope;
-  const double divisor = 6 * point.slope * (squared - miss * point.curve) +
-                         miss * miss * point.third;
-  if (divisor == 0.0) return std::numeric_limits<double>::quiet_NaN();
-  return point.t - 3 * miss * (2 * squared - miss * point.curve) / divisor;
-}
-
 /// The point of a piece with a value of G, starting the search from another
-/// one. It ends within kMargin^2 of that value or, at a fold, as near as
+/// one. It ends within kAngleError of that value or, at a fold, as near as
 /// possible.
 CurvePoint PointAt(const RayPiece& piece, double g, const CurvePoint& start) {
-  constexpr double kNear = 1e-8;
   constexpr int kMostSteps = 60;
   double first = 0.0;
   double last = piece.End().t;
   CurvePoint at = start;
   for (int step = 0; step < kMostSteps; ++step) {
     const double miss = at.g - g;
-    if (std::abs(miss) <= kNear && at.t <= last) return at;
+    if (std::abs(miss) <= kAngleError && at.t <= last) return at;
     (miss < 0.0 ? first : last) = std::clamp(at.t, first, last);
-    double t = NextFrom(at, miss);
+    double t = NextByHouseholder(at.t, miss, at.slope, at.curve, at.third);
     // Near a fold G is a parabola.
     if (!(t > first && t < last) && piece.isFolded) {
       t = piece.End().t - (piece.End().t - at.t) *
@@ -172,9 +164,11 @@ std::optional<Meeting> MeetingOf(const RayPiece& near, const RayPiece& far,
     if (isLast || std::abs(excess) < 1e-7) break;
   }
   if (angle < last && std::abs(excess) > 1e-3) return std::nullopt;
-  // PointAt ends within 1e-8 rad of the angle.
-  return Meeting{
-      angle, margin((angle < last ? std::abs(excess) : 0.0) + 4e-8 * highest)};
+  // Each of the two lengths is wrong by highest * kAngleError at most; this is
+  // twice as much.
+  const double lengthError = 4.0 * kAngleError * highest;
+  return Meeting{angle,
+                 margin((angle < last ? std::abs(excess) : 0.0) + lengthError)};
 }
 
 /// Both pieces of the direct light from inside the vessel or from its wall.
