@@ -35,7 +35,7 @@ constexpr std::size_t kMostStretches = std::size_t{1} << 22U;
 class MapPainter {
  public:
   /// @param codes  with the answer kClear of this test everywhere
-  MapPainter(double radius, const BallTest& test, ShadowMap::Code digit,
+  MapPainter(double radius, const BoxTest& test, ShadowMap::Code digit,
              int cells, std::vector<ShadowMap::Code>& codes)
       : radius_(radius),
         test_(test),
@@ -44,7 +44,7 @@ class MapPainter {
         codes_(codes) {}
 
   void PaintAll() {
-    const BallTest::Items all = test_.AllItems();
+    const BoxTest::Items all = test_.AllItems();
     // The largest power of 2 in the number of cells, if not all of them.
     const int size = std::min(cells_ & -cells_, cells_ / 2);
     for (int row = 0; row < cells_; row += size) {
@@ -63,7 +63,7 @@ class MapPainter {
 
  private:
   /// Paint the quarters of a square for which @p items are open.
-  void Divide(const Square& square, const BallTest::Items& items,
+  void Divide(const Square& square, const BoxTest::Items& items,
               std::size_t level) {
     auto& open = open_[level];
     const auto answers = test_.JudgeQuarters(BoxAround(square), items, open);
@@ -103,7 +103,7 @@ class MapPainter {
   }
 
   /// Keep the items that can block in a single cell.
-  void KeepOpen(const Square& cell, const BallTest::Items& open) {
+  void KeepOpen(const Square& cell, const BoxTest::Items& open) {
     test_.AppendEntries(open, lists_);
     ofCells_.emplace_back(
         static_cast<std::uint32_t>(cell.row * cells_ + cell.column),
@@ -111,12 +111,12 @@ class MapPainter {
   }
 
   double radius_;
-  const BallTest& test_;
+  const BoxTest& test_;
   ShadowMap::Code digit_;
   int cells_;
   std::vector<ShadowMap::Code>& codes_;
   // Of the current square of each size.
-  std::array<BallTest::OfQuarters<BallTest::Items>, kMostLevels> open_;
+  std::array<BoxTest::OfQuarters<BoxTest::Items>, kMostLevels> open_;
   std::vector<std::pair<std::uint32_t, Stretch>> ofCells_;
   StretchLists lists_{kMostStretches};
 };

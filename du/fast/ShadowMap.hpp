@@ -8,7 +8,7 @@
 
 #include "TVector3.h"
 #include "du/geometry/Answer.hpp"
-#include "du/geometry/BallTest.hpp"
+#include "du/geometry/BoxTest.hpp"
 #include "du/geometry/CellItems.hpp"
 #include "du/geometry/OctahedralPlace.hpp"
 
@@ -69,7 +69,7 @@ class ShadowMap {
   static constexpr double kShell = 1.0;  // mm
   static constexpr int kCells = 768;     // along each side
 
-  using Tests = std::array<const BallTest*, kMappedTests>;
+  using Tests = std::array<const BoxTest*, kMappedTests>;
   /// The answers of one cell, in base 3: kMappedTests digits.
   using Code = std::uint8_t;
   static_assert(kCellAnswers.size() - 1 <= std::numeric_limits<Code>::max());

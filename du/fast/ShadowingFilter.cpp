@@ -105,7 +105,7 @@ ShadowingFilter::ShadowingFilter(const Hardware& hardware,
         limits, RopeDirections(ropes, tolerance, crossings, cells));
   };
   ShadowMap::Tests tests = {};
-  const auto test = [&](eMappedTest mapped) -> const BallTest*& {
+  const auto test = [&](eMappedTest mapped) -> const BoxTest*& {
     return tests[static_cast<std::size_t>(mapped)];
   };
 

@@ -29,9 +29,9 @@ constexpr double kLargestLength = 1e9;
 /// zero and is below every limit here, because every node has a radius.
 constexpr double kDistanceError = 0x1p-48;
 
-/// Bound on the errors of the centre and the radius of a ball, mm. On a map's
-/// sphere of up to 100 m they are less than 1e-10.
-constexpr double kBallError = 1e-6;
+/// Bound on the errors of the places of a box, mm. On a map's sphere of up to
+/// 100 m they are less than 1e-9.
+constexpr double kBoxError = 1e-6;
 
 /// The smallest radius of a node.
 constexpr double kLeastRadius = 1e-30;
@@ -252,121 +252,10 @@ void PointTree::AppendEntries(const Items& items, StretchLists& list) const {
 
 /// A reach above kLargestLength counts as kLargestLength for the inner limit.
 PointTree::Limits PointTree::LimitsWith(double margin) const {
-  const double more = margin + kBallError;
+  const double more = margin + kBoxError;
   const double nearer = std::min(reach_, kLargestLength);
   return {std::max(nearer - more - kDistanceError * (nearer + more), 0.0),
           (reach_ + more) * (1.0 + kDistanceError)};
-}
-
-/// Judges for one ball.
-class PointTree::Judging {
- public:
-  Judging(const PointTree& tree, const Ball& ball, Items& open)
-      : tree_(tree),
-        firstBlock_(static_cast<std::uint32_t>(tree.nodes_.size())),
-        centre_(ball.centre),
-        limits_(tree.LimitsWith(ball.radius)),
-        smallNode_(ball.radius * kSmallNode),
-        open_(open) {}
-
-  eAnswer Judge(const Items& items) {
-    Found found = {0, limits_.outer * limits_.outer};
-    for (std::size_t i = 0; i < items.size();) {
-      if (items[i] < firstBlock_) {
-        if (Divide(items[i], found)) return eAnswer::kBlocks;
-        ++i;
-      } else {
-        i = TakeBlocks(items, i, found);
-      }
-    }
-    if (found.nearest2 < limits_.inner * limits_.inner) return eAnswer::kBlocks;
-    if (found.count == 0) return eAnswer::kClear;
-    open_.resize(found.count);
-    return eAnswer::kUnsure;
-  }
-
- private:
-  struct Found {
-    std::size_t count;  // of open items
-    double nearest2;    // the least squared distance of a point
-  };
-
-  /// To the nearest point of a block.
-  double SquaredDistanceTo(std::uint32_t item) const {
-    return tree_.blocks_.LeastSquaredDistance(centre_, item - firstBlock_);
-  }
-  void MakeRoomFor(std::size_t items) {
-    if (open_.size() < items) open_.resize(items);
-  }
-
-  /// Without a branch: a processor predicts it badly, and most of the time of
-  /// making a map is spent here.
-  [[gnu::always_inline]] void Take(std::uint32_t item, std::uint32_t* open,
-                                   Found& found) const {
-    const double distance2 = SquaredDistanceTo(item);
-    open[found.count] = item;
-    found.nearest2 = std::min(found.nearest2, distance2);
-    found.count += distance2 >= limits_.outer * limits_.outer ? 0U : 1U;
-  }
-
-  /// Take the blocks from position @p i up to the next node.
-  ///
-  /// @return the position of that node
-  std::size_t TakeBlocks(const Items& items, std::size_t i, Found& found) {
-    MakeRoomFor(found.count + items.size() - i);
-    std::uint32_t* const open = open_.data();
-    // A copy, which writing items cannot change.
-    const Judging judging = *this;
-    Found now = found;
-    for (; i < items.size() && items[i] >= judging.firstBlock_; ++i) {
-      judging.Take(items[i], open, now);
-    }
-    found = now;
-    return i;
-  }
-
-  /// Take a node, or divide it.
-  ///
-  /// @return whether it blocks all of the ball
-  bool Divide(std::uint32_t number, Found& found) {
-    const Node& node = tree_.nodes_[number];
-    const double distance2 = SquaredDistance(centre_, node.Middle());
-    const double outer = limits_.outer + node.Radius();
-    if (!(distance2 < outer * outer)) return false;
-    const double inner = limits_.inner - node.Radius();
-    if (inner > 0.0 && distance2 < inner * inner) return true;
-    if (node.Radius() <= smallNode_) {
-      MakeRoomFor(found.count + 1);
-      open_[found.count++] = number;
-      return false;
-    }
-    if (number < tree_.firstLeaf_) {
-      return Divide(2 * number, found) || Divide(2 * number + 1, found);
-    }
-    MakeRoomFor(found.count + kLeafBlocks);
-    const Entries leaf = tree_.EntriesOf(number);
-    for (std::uint32_t i = leaf.begin; i < leaf.end; ++i) {
-      Take(firstBlock_ + i, open_.data(), found);
-    }
-    return false;
-  }
-
-  const PointTree& tree_;
-  std::uint32_t firstBlock_;  // its number as an item
-  Point centre_;
-  Limits limits_;
-  double smallNode_;
-  Items& open_;
-};
-
-eAnswer PointTree::Judge(const Ball& ball, const Items& items,
-                         Items& open) const {
-  if (items.empty()) return eAnswer::kClear;
-  if (nodes_.empty()) {
-    open = items;
-    return eAnswer::kUnsure;
-  }
-  return Judging(*this, ball, open).Judge(items);
 }
 
 }  // namespace ZARN::DU

@@ -4,7 +4,7 @@
 #include <vector>
 
 #include "TVector3.h"
-#include "du/geometry/BallTest.hpp"
+#include "du/geometry/BoxTest.hpp"
 #include "du/geometry/Point.hpp"
 #include "du/geometry/PointBlocks.hpp"
 #include "du/geometry/Stretch.hpp"
@@ -20,7 +20,7 @@ namespace ZARN::DU {
 /// in space. A few blocks of them are a leaf of a complete binary tree. Every
 /// node has a ball around its points. If the ball cannot decide, PointBlocks
 /// does.
-class PointTree final : public BallTest {
+class PointTree final : public BoxTest {
  public:
   PointTree() = default;
   /// @param points  any, or none; a point that is not finite is never near
@@ -30,7 +30,7 @@ class PointTree final : public BallTest {
   /// Whether a point lies strictly within the reach of @p place; false for a
   /// place that is not finite. Never throws, never allocates.
   bool HasPointNear(const TVector3& place) const;
-  /// The same for the points of some blocks, which are entries of the BallTest.
+  /// The same for the points of some blocks, which are entries of the BoxTest.
   bool HasPointNear(const TVector3& place, Stretch entries) const {
     return blocks_.HasNear(place, entries);
   }
@@ -42,8 +42,6 @@ class PointTree final : public BallTest {
   /// An item is the number of a node, or the number of a block plus the number
   /// of nodes, in increasing order of their points.
   Items AllItems() const override;
-  eAnswer Judge(const Ball& ball, const Items& items,
-                Items& open) const override;
   OfQuarters<eAnswer> JudgeQuarters(const QuarteredBox& box, const Items& items,
                                     OfQuarters<Items>& open) const override;
   void AppendEntries(const Items& items, StretchLists& list) const override;
@@ -74,12 +72,7 @@ class PointTree final : public BallTest {
     Point low;
     Point high;
   };
-  class Judging;
   class JudgingQuarters;
-
-  /// Nodes with a smaller share of the radius of a ball or quarter are not
-  /// divided.
-  static constexpr double kSmallNode = 0.5;
 
   /// The blocks of an item: from begin to before end.
   struct Entries {

@@ -45,6 +45,9 @@ constexpr double kSingleError = 0x1p-17;
 /// The same in double precision, for nodes.
 constexpr double kDoubleError = 0x1p-46;
 
+/// Nodes with a smaller share of the radius of a quarter are not divided.
+constexpr double kSmallNode = 0.5;
+
 /// No squared distance of a point in the tree is as large.
 constexpr double kFar2 = 1e30;
 

@@ -54,7 +54,7 @@ struct Shell {
 /// A box around all points of a shell that are assigned to a square; the
 /// quarters of the box hold those assigned to the quarters of the square. It is
 /// so for exact numbers: rounding adds less than 1e-14 of the radius, which a
-/// BallTest covers.
+/// BoxTest covers.
 QuarteredBox BoxAround(const OctahedralSquare& square, const Shell& shell);
 
 }  // namespace ZARN::DU

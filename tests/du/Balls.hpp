@@ -3,10 +3,11 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <cstddef>
 #include <vector>
 
 #include "TVector3.h"
-#include "du/geometry/BallTest.hpp"
+#include "du/geometry/BoxTest.hpp"
 #include "tests/du/Answers.hpp"
 #include "tests/property/Random.hpp"
 
@@ -53,22 +54,38 @@ inline std::vector<TVector3> PointsOf(const DU::Ball& ball, Random& random,
   return points;
 }
 
+/// What a test says of a ball, which is a box without edges: the same for each
+/// of its quarters.
+inline DU::eAnswer JudgeBall(const DU::BoxTest& test, const DU::Ball& ball,
+                             const DU::BoxTest::Items& items,
+                             DU::BoxTest::Items& open) {
+  const DU::QuarteredBox box = {ball.centre, {}, ball.radius, ball.radius};
+  DU::BoxTest::OfQuarters<DU::BoxTest::Items> openInQuarters;
+  const auto answers = test.JudgeQuarters(box, items, openInQuarters);
+  for (std::size_t i = 1; i < answers.size(); ++i) {
+    EXPECT_EQ(answers[i], answers[0]);
+    EXPECT_EQ(openInQuarters[i], openInQuarters[0]);
+  }
+  open = openInQuarters[0];
+  return answers[0];
+}
+
 /// Let a test judge a ball, and with the items that this leaves open a ball
 /// inside; count the answers, each compared with the formula at points all over
 /// its ball.
 template <class IsBlocked>
-void AskAboutBall(const DU::BallTest& test, const DU::Ball& ball,
-                  Random& random, const std::vector<TVector3>& towards,
+void AskAboutBall(const DU::BoxTest& test, const DU::Ball& ball, Random& random,
+                  const std::vector<TVector3>& towards,
                   const IsBlocked& isBlocked, AnswerTally& tally) {
-  const auto ask = [&](const DU::Ball& asked, const DU::BallTest::Items& items,
-                       DU::BallTest::Items& open) {
-    const DU::eAnswer answer = test.Judge(asked, items, open);
+  const auto ask = [&](const DU::Ball& asked, const DU::BoxTest::Items& items,
+                       DU::BoxTest::Items& open) {
+    const DU::eAnswer answer = JudgeBall(test, asked, items, open);
     for (const TVector3& point : PointsOf(asked, random, towards)) {
       tally.Add(answer, isBlocked(point), point);
     }
     return answer;
   };
-  DU::BallTest::Items remaining;
+  DU::BoxTest::Items remaining;
   if (ask(ball, test.AllItems(), remaining) != DU::eAnswer::kUnsure) return;
   EXPECT_EQ(remaining.empty(), test.AllItems().empty());
 
@@ -76,7 +93,7 @@ void AskAboutBall(const DU::BallTest& test, const DU::Ball& ball,
   const TVector3 middle =
       AsTVector3(ball.centre) +
       (1 - part) * random.Uniform(0, 1) * ball.radius * random.Direction();
-  DU::BallTest::Items open;
+  DU::BoxTest::Items open;
   ask({{middle.X(), middle.Y(), middle.Z()}, part * ball.radius}, remaining,
       open);
 }

@@ -21,8 +21,8 @@ using Testing::AnswerTally;
 using Testing::Random;
 
 using Points = std::vector<TVector3>;
-using Items = BallTest::Items;
-using Open = BallTest::OfQuarters<Items>;
+using Items = BoxTest::Items;
+using Open = BoxTest::OfQuarters<Items>;
 
 Point AsPoint(const TVector3& v) { return {v.X(), v.Y(), v.Z()}; }
 

@@ -20,6 +20,7 @@ namespace {
 using Testing::Above;
 using Testing::AnswerTally;
 using Testing::Below;
+using Testing::JudgeBall;
 using Testing::Random;
 
 using Points = std::vector<TVector3>;
@@ -51,7 +52,7 @@ int ExpectAnswersOfTheLoop(const Points& points, double reach,
 }
 
 /// Whether one of the points behind some open items is near.
-bool IsAnyOpenNear(const PointTree& tree, const BallTest::Items& open,
+bool IsAnyOpenNear(const PointTree& tree, const BoxTest::Items& open,
                    const TVector3& place) {
   StretchLists list(1000000);
   tree.AppendEntries(open, list);
@@ -63,7 +64,7 @@ bool IsAnyOpenNear(const PointTree& tree, const BallTest::Items& open,
 }
 
 /// How many points stand behind some open items.
-std::size_t CountOpen(const PointTree& tree, const BallTest::Items& open) {
+std::size_t CountOpen(const PointTree& tree, const BoxTest::Items& open) {
   StretchLists list(1000000);
   tree.AppendEntries(open, list);
   list.EndList();
@@ -183,8 +184,8 @@ TEST(PointTree, FindsNothingWithinAReachThatIsNotAboveZero) {
     // Nor has a map anything to divide.
     const PointTree tree({{1, 2, 3}}, reach);
     EXPECT_TRUE(tree.AllItems().empty());
-    BallTest::Items open;
-    EXPECT_EQ(tree.Judge({{1, 2, 3}, 1.0}, {}, open), eAnswer::kClear);
+    BoxTest::Items open;
+    EXPECT_EQ(JudgeBall(tree, {{1, 2, 3}, 1.0}, {}, open), eAnswer::kClear);
   }
 }
 
@@ -266,7 +267,7 @@ TEST(PointTree, HasEveryFinitePointInOneOfItsEntries) {
   EXPECT_EQ(found, 101);
 }
 
-TEST(PointTreeAsABallTest, SaysNothingWrongOfAnyPointOfABall) {
+TEST(PointTreeOnBalls, SaysNothingWrongOfAnyPointOfABall) {
   Random random(8);
   for (const double reach : {60.0, 400.0, 6000.0}) {
     const Points points = PointsOnASphere(random, 100, 6000.0);
@@ -291,11 +292,11 @@ TEST(PointTreeAsABallTest, SaysNothingWrongOfAnyPointOfABall) {
   }
 }
 
-TEST(PointTreeAsABallTest, IsSureOfASmallBallUnlessItMeetsTheLimit) {
+TEST(PointTreeOnBalls, IsSureOfASmallBallUnlessItMeetsTheLimit) {
   const PointTree tree({{0, 0, 0}, {1000, 0, 0}}, 100.0);
   const auto judge = [&](double x, double radius) {
-    BallTest::Items open;
-    return tree.Judge({{x, 0, 0}, radius}, tree.AllItems(), open);
+    BoxTest::Items open;
+    return JudgeBall(tree, {{x, 0, 0}, radius}, tree.AllItems(), open);
   };
   EXPECT_EQ(judge(0, 99), eAnswer::kBlocks);
   EXPECT_EQ(judge(0, 100), eAnswer::kUnsure);
@@ -306,41 +307,41 @@ TEST(PointTreeAsABallTest, IsSureOfASmallBallUnlessItMeetsTheLimit) {
   EXPECT_EQ(judge(1095, 10), eAnswer::kUnsure);
 }
 
-TEST(PointTreeAsABallTest, IsUnsureWhereDistancesAreRoundedByMoreThanTheBall) {
+TEST(PointTreeOnBalls, IsUnsureWhereDistancesAreRoundedByMoreThanTheBall) {
   const PointTree tree({{1e19, 0, 0}}, 1e19);
   // Distances so large are a kilometre apart.
   EXPECT_FALSE(tree.HasPointNear({1000, 0, 0}));
   EXPECT_TRUE(tree.HasPointNear({1050, 0, 0}));
   for (const double x : {900.0, 1150.0}) {
-    BallTest::Items open;
-    EXPECT_EQ(tree.Judge({{x, 0, 0}, 200}, tree.AllItems(), open),
+    BoxTest::Items open;
+    EXPECT_EQ(JudgeBall(tree, {{x, 0, 0}, 200}, tree.AllItems(), open),
               eAnswer::kUnsure);
     EXPECT_EQ(CountOpen(tree, open), 1U);
   }
 }
 
-TEST(PointTreeAsABallTest, IsSureOfPointsFarWithinAHugeReach) {
+TEST(PointTreeOnBalls, IsSureOfPointsFarWithinAHugeReach) {
   for (const double reach : {1e8, 1e9, 1e100, 1e200, kInfinity}) {
     const PointTree tree({{0, 0, 1e6}, {0, 1e7, 0}}, reach);
-    BallTest::Items open;
-    EXPECT_EQ(tree.Judge({{0, 0, 5860}, 1000}, tree.AllItems(), open),
+    BoxTest::Items open;
+    EXPECT_EQ(JudgeBall(tree, {{0, 0, 5860}, 1000}, tree.AllItems(), open),
               eAnswer::kBlocks);
   }
 }
 
-TEST(PointTreeAsABallTest, LeavesOnlyThePointsOpenThatCanDecide) {
+TEST(PointTreeOnBalls, LeavesOnlyThePointsOpenThatCanDecide) {
   // As many in each place as there are in a block.
   Points points(PointBlocks::kPoints, {0, 0, 1});
   points.insert(points.end(), PointBlocks::kPoints, {150, 0, 1});
   points.insert(points.end(), PointBlocks::kPoints, {0, 1000, 1});
   const PointTree tree(points, 100.0);
-  BallTest::Items near;
-  EXPECT_EQ(tree.Judge({{75, 0, 90}, 30}, tree.AllItems(), near),
+  BoxTest::Items near;
+  EXPECT_EQ(JudgeBall(tree, {{75, 0, 90}, 30}, tree.AllItems(), near),
             eAnswer::kUnsure);
   EXPECT_EQ(CountOpen(tree, near), 2 * PointBlocks::kPoints);
   // What an enclosing ball has left out is not looked at again.
-  BallTest::Items open;
-  EXPECT_EQ(tree.Judge({{0, 1000, 0}, 1}, near, open), eAnswer::kClear);
+  BoxTest::Items open;
+  EXPECT_EQ(JudgeBall(tree, {{0, 1000, 0}, 1}, near, open), eAnswer::kClear);
 }
 
 /// What is open in balls, and how much of it.
@@ -356,8 +357,8 @@ struct OpenInBalls {
 void ExpectOpenItemsToDecide(const PointTree& tree, const Points& points,
                              double reach, const Ball& ball, Random& random,
                              Points places, OpenInBalls& balls) {
-  BallTest::Items open;
-  if (tree.Judge(ball, tree.AllItems(), open) != eAnswer::kUnsure) return;
+  BoxTest::Items open;
+  if (JudgeBall(tree, ball, tree.AllItems(), open) != eAnswer::kUnsure) return;
   ++balls.unsure;
   Points near;
   for (const TVector3& point : points) {
@@ -433,7 +434,7 @@ void ExpectOpenItemsToDecideAround(const Points& points, double reach,
   }
 }
 
-TEST(PointTreeAsABallTest, LeavesOpenWhatDecidesInABallBesideALine) {
+TEST(PointTreeOnBalls, LeavesOpenWhatDecidesInABallBesideALine) {
   Random random(78);
   OpenInBalls balls;
   for (const double reach : {12.0, 162.0, 1000.0}) {
@@ -446,7 +447,7 @@ TEST(PointTreeAsABallTest, LeavesOpenWhatDecidesInABallBesideALine) {
   EXPECT_GT(balls.left, 500);
 }
 
-TEST(PointTreeAsABallTest, LeavesOpenWhatDecidesInABallAmongScatteredPoints) {
+TEST(PointTreeOnBalls, LeavesOpenWhatDecidesInABallAmongScatteredPoints) {
   Random random(79);
   OpenInBalls balls;
   for (const double reach : {60.0, 400.0, 3000.0}) {
@@ -459,7 +460,7 @@ TEST(PointTreeAsABallTest, LeavesOpenWhatDecidesInABallAmongScatteredPoints) {
   EXPECT_GT(balls.left, 50);
 }
 
-TEST(PointTreeAsABallTest, LeavesOpenWhatDecidesAmongPointsInOnePlace) {
+TEST(PointTreeOnBalls, LeavesOpenWhatDecidesAmongPointsInOnePlace) {
   Random random(80);
   OpenInBalls balls;
   Points points(10, {1, 2, 5800});
@@ -470,7 +471,7 @@ TEST(PointTreeAsABallTest, LeavesOpenWhatDecidesAmongPointsInOnePlace) {
   EXPECT_GT(balls.unsure, 300);
 }
 
-TEST(PointTreeAsABallTest, LeavesFewOpenInASmallBallBesideALine) {
+TEST(PointTreeOnBalls, LeavesFewOpenInASmallBallBesideALine) {
   Random random(81);
   const Points points = PointsInALine(random, 400, 5.0);
   const PointTree tree(points, 162.0);
@@ -479,9 +480,9 @@ TEST(PointTreeAsABallTest, LeavesFewOpenInASmallBallBesideALine) {
     const TVector3 aside = along.Cross(random.Direction()).Unit();
     const TVector3 middle = points[0] + random.Uniform(300, 1700) * along +
                             random.Uniform(150, 174) * aside;
-    BallTest::Items open;
-    ASSERT_EQ(tree.Judge({{middle.X(), middle.Y(), middle.Z()}, 15.0},
-                         tree.AllItems(), open),
+    BoxTest::Items open;
+    ASSERT_EQ(JudgeBall(tree, {{middle.X(), middle.Y(), middle.Z()}, 15.0},
+                        tree.AllItems(), open),
               eAnswer::kUnsure);
     EXPECT_LE(CountOpen(tree, open), 48U);
   }
