@@ -50,32 +50,66 @@ class TableComparison {
   void Compare(const TVector3& eventPos, const std::vector<TVector3>& positions,
                DU::eLight light, DU::eSteps steps) {
     const DU::PMTArray pmts(positions);
-    const double radius = eventPos.Mag();
-    const TVector3 towards = eventPos * (1.0 / radius);
     for (const DU::PMTArray::Group& group : pmts.Groups()) {
       const DU::RayTable table(
-          light, media_, radius,
+          light, media_, eventPos.Mag(),
           {group.lowest, 0.5 * (group.lowest + group.highest), group.highest},
           kCells);
       for (std::size_t i = group.begin; i < group.end; ++i) {
-        const double x =
-            TVector3(pmts.X()[i], pmts.Y()[i], pmts.Z()[i]).Dot(towards);
-        Calculate(eventPos, pmts.At(pmts.Order()[i]), light);
-        if (x > table.LeastNear()) {
-          CompareRay(*table.Near(), towards, pmts, i, steps);
-        } else if (x < table.MostFar()) {
-          CompareRay(*table.Far(), towards, pmts, i, steps);
-        } else if (x > table.LeastEmpty() && x < table.MostEmpty()) {
-          ++found.empty;
-          EXPECT_FALSE(calculator_.HasPath()) << Exact(eventPos);
+        Compare(table, eventPos, pmts, i, light, steps);
+      }
+    }
+  }
+
+  /// The same for PMTs at the ends of the table's ranges, at the distance
+  /// @p lowest and at a distance that is larger by the share @p width.
+  void CompareAtEnds(const TVector3& eventPos, double lowest, double width,
+                     DU::eLight light) {
+    const double highest = lowest * (1.0 + width);
+    const DU::RayTable table(light, media_, eventPos.Mag(),
+                             {lowest, 0.5 * (lowest + highest), highest},
+                             kCells);
+    const TVector3 towards = eventPos.Unit();
+    const TVector3 across = towards.Orthogonal().Unit();
+    std::vector<TVector3> positions;
+    for (const double end : {table.LeastNear(), table.MostFar(),
+                             table.LeastEmpty(), table.MostEmpty()}) {
+      for (double step = 1e-16; step < 1e-5; step *= 10.0) {
+        for (const double x : {end - step, end + step}) {
+          if (std::abs(x) > 1.0) continue;
+          const TVector3 direction =
+              x * towards + std::sqrt(1.0 - x * x) * across;
+          positions.push_back(lowest * direction);
+          positions.push_back(highest * direction);
         }
       }
+    }
+    const DU::PMTArray pmts(positions);
+    for (std::size_t i = 0; i < pmts.X().size(); ++i) {
+      Compare(table, eventPos, pmts, i, light, DU::eSteps::kMany);
     }
   }
 
   Found found;
 
  private:
+  void Compare(const DU::RayTable& table, const TVector3& eventPos,
+               const DU::PMTArray& pmts, std::size_t i, DU::eLight light,
+               DU::eSteps steps) {
+    const TVector3 towards = eventPos * (1.0 / eventPos.Mag());
+    const double x =
+        TVector3(pmts.X()[i], pmts.Y()[i], pmts.Z()[i]).Dot(towards);
+    Calculate(eventPos, pmts.At(pmts.Order()[i]), light);
+    if (x > table.LeastNear()) {
+      CompareRay(*table.Near(), towards, pmts, i, steps);
+    } else if (x < table.MostFar()) {
+      CompareRay(*table.Far(), towards, pmts, i, steps);
+    } else if (x > table.LeastEmpty() && x < table.MostEmpty()) {
+      ++found.empty;
+      EXPECT_FALSE(calculator_.HasPath()) << Exact(eventPos);
+    }
+  }
+
   void Calculate(const TVector3& eventPos, const TVector3& pmtPos,
                  DU::eLight light) {
     if (light == DU::eLight::kDirect) {
@@ -235,6 +269,30 @@ TEST_P(RayTables, FollowRaysInRandomMedia) {
                        DU::eLight::kDirect, DU::eSteps::kMany);
     EXPECT_LE(comparison.found.worst, 1.0) << i;
   }
+}
+
+TEST_P(RayTables, AreRightUpToTheEndsOfTheirRanges) {
+  Random random(8);
+  Found all;
+  for (const Vessel& vessel : Vessels()) {
+    SCOPED_TRACE(vessel.Name);
+    TableComparison comparison(vessel.Media, GetParam());
+    for (const double radius : EventRadii(vessel.Media, random)) {
+      SCOPED_TRACE(radius);
+      const TVector3 eventPos = random.Direction() * radius;
+      for (const double width : {0.0, 1e-6, 1e-5, 1e-3}) {
+        const double at = vessel.Media.OuterRadius * random.Uniform(1.001, 2.0);
+        comparison.CompareAtEnds(eventPos, at, width, DU::eLight::kDirect);
+        comparison.CompareAtEnds(eventPos, at, width, DU::eLight::kReflected);
+      }
+    }
+    all.rays += comparison.found.rays;
+    all.known += comparison.found.known;
+    all.empty += comparison.found.empty;
+    EXPECT_LE(comparison.found.worst, 1.0);
+  }
+  EXPECT_GT(all.known, 10000);
+  EXPECT_GT(all.empty, 10000);
 }
 
 INSTANTIATE_TEST_SUITE_P(OfAllKernels, RayTables,
