@@ -91,13 +91,13 @@ void BatchTables::SetHeights(const ShadowingFilter& filter) {
   BatchGeometry& g = geometry_;
   g.belowEnds = g.aboveEnds = -kInfinity;
   if (filter.HasHoldDownRopes()) {
-    g.belowEnds = Lower(filter.HoldDownEndHeight());
-    g.aboveEnds = Higher(filter.HoldDownEndHeight());
+    g.belowEnds = Lower(filter.HoldDownEndHeight() - kHeightError);
+    g.aboveEnds = Higher(filter.HoldDownEndHeight() + kHeightError);
   }
   g.belowFeet = g.aboveFeet = kInfinity;
   if (filter.HasSupportRopes()) {
-    g.belowFeet = Lower(filter.SupportFootHeight());
-    g.aboveFeet = Higher(filter.SupportFootHeight());
+    g.belowFeet = Lower(filter.SupportFootHeight() - kHeightError);
+    g.aboveFeet = Higher(filter.SupportFootHeight() + kHeightError);
   }
 }
 

@@ -10,6 +10,7 @@
 #include "du/fast/ShadowingFilter.hpp"
 #include "du/geometry/Answer.hpp"
 #include "du/geometry/AzimuthTable.hpp"
+#include "du/geometry/CylinderCrossing.hpp"
 #include "du/hardware/ShadowingComponent.hpp"
 #include "log/Assert.hpp"
 
@@ -80,6 +81,10 @@ class RopeAnswer {
 /// crossing's squared distance has 5 roundings there, two of them of the path,
 /// and the limit has one: 3.6e-7.
 inline constexpr double kSinglePrecisionBand = 1e-6;
+
+/// Bound on the error of a crossing's height in a row, mm, where the vessel is
+/// as large as a map can be. Near z = 0 the band above does not cover it.
+inline constexpr double kHeightError = CrossingBands<float>::kPathError * 1e5;
 
 /// What a batch needs of a filter: numbers for its kernels, and small tables
 /// that turn their results into verdicts.

@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <vector>
 
+#include "du/geometry/CylinderCrossing.hpp"
 #include "tests/du/PathsAtHardware.hpp"
 
 namespace ZARN::DU {
@@ -102,6 +103,18 @@ TEST_F(BatchTablesTest, LetThePipesBlockOnlyFirstSegments) {
   EXPECT_EQ(tables_.OnCrossing(kClearAbove, cell, true),
             BatchVerdictOf(eComponent::kAVPipe));
   EXPECT_EQ(tables_.OnCrossing(kClearAbove, cell, false), kNone);
+}
+
+TEST_F(BatchTablesTest, LeaveRopesOpenAtHeightsThatARayMayMiss) {
+  // In a row, the crossing point of a ray may be wrong by this, mm.
+  const double error = CrossingBands<float>::kPathError * 5860.0;
+  const BatchGeometry& geometry = tables_.Geometry();
+  const double ends = filter_.HoldDownEndHeight();
+  EXPECT_LT(geometry.belowEnds, ends - error);
+  EXPECT_GT(geometry.aboveEnds, ends + error);
+  const double feet = filter_.SupportFootHeight();
+  EXPECT_LT(geometry.belowFeet, feet - error);
+  EXPECT_GT(geometry.aboveFeet, feet + error);
 }
 
 TEST_F(BatchTablesTest, JudgePathsInWaterOnlyByTheRopes) {

@@ -287,13 +287,12 @@ std::vector<LightPath> PathsAtHeights(const ShadowingCalculator& detector,
 }
 
 /// A height, its neighbours in both precisions, and the numbers at the distance
-/// of its margin for single precision.
+/// of its margins for single precision and for rays.
 std::vector<double> HeightsAround(double height) {
   std::vector<double> heights = {height, Testing::Above(height),
                                  Testing::Below(height)};
   const auto single = static_cast<float>(height);
   constexpr float kInfinity = std::numeric_limits<float>::infinity();
-  const double margin = kSinglePrecisionBand * std::max(1.0, std::abs(height));
   for (const float towards : {-kInfinity, kInfinity}) {
     float next = single;
     for (int i = 0; i < 3; ++i) {
@@ -304,9 +303,11 @@ std::vector<double> HeightsAround(double height) {
       next = after;
     }
   }
-  for (const double sign : {-1.0, 1.0}) {
+  const double band = kSinglePrecisionBand * std::max(1.0, std::abs(height));
+  for (const double margin : {band, kHeightError + band}) {
     for (const double part : {0.1, 0.5, 0.9, 1.0, 1.1, 2.0, 100.0}) {
-      heights.push_back(height + sign * part * margin);
+      heights.push_back(height - part * margin);
+      heights.push_back(height + part * margin);
     }
   }
   return heights;
