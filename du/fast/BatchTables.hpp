@@ -82,9 +82,10 @@ class RopeAnswer {
 /// and the limit has one: 3.6e-7.
 inline constexpr double kSinglePrecisionBand = 1e-6;
 
-/// Bound on the error of a crossing's height in a row, mm, where the vessel is
-/// as large as a map can be. Near z = 0 the band above does not cover it.
-inline constexpr double kHeightError = CrossingBands<float>::kPathError * 1e5;
+/// Bound on the error of a crossing's height in a row, mm, for any vessel that
+/// has a map. Near z = 0 the band above does not cover it.
+inline constexpr double kHeightError =
+    CrossingBands<float>::kPathError * ShadowMap::kLargestRadius;
 
 /// What a batch needs of a filter: numbers for its kernels, and small tables
 /// that turn their results into verdicts.

@@ -42,7 +42,10 @@ void EventBatch::Judge(eLight light, const BatchRow& row) {
   row_ = row;
   std::fill_n(row.verdicts, event_.PMTs().Count(), kOpenVerdict);
   constexpr double kFarthest = 1e9;  // mm
-  if (!(event_.EventRadius() < kFarthest)) return;
+  if (!(event_.EventRadius() < kFarthest &&
+        event_.Media().OuterRadius <= ShadowMap::kLargestRadius)) {
+    return;
+  }
   for (const PMTArray::Group& group : event_.PMTs().Groups()) {
     if (EventRays::IsWorthATable(group)) JudgeGroup(light, group);
   }

@@ -124,9 +124,7 @@ class MapPainter {
 }  // namespace
 
 ShadowMap::ShadowMap(double radius, const Tests& tests, int cells) {
-  constexpr double kSmallest = 10.0;
-  constexpr double kLargest = 1e5;
-  if (!(radius >= kSmallest && radius <= kLargest)) return;
+  if (!(radius >= kSmallestRadius && radius <= kLargestRadius)) return;
   cells_ = cells;
   lowest2_ = (radius - kShell) * (radius - kShell);
   highest2_ = (radius + kShell) * (radius + kShell);

@@ -69,6 +69,10 @@ class ShadowMap {
   static constexpr double kShell = 1.0;  // mm
   static constexpr int kCells = 768;     // along each side
 
+  // Radii of the spheres that a map can have, mm.
+  static constexpr double kSmallestRadius = 10.0;
+  static constexpr double kLargestRadius = 1e5;
+
   using Tests = std::array<const BoxTest*, kMappedTests>;
   /// The answers of one cell, in base 3: kMappedTests digits.
   using Code = std::uint8_t;
@@ -76,8 +80,8 @@ class ShadowMap {
 
   /// A map in which all points are unsure.
   ShadowMap() : ShadowMap(0.0, {}) {}
-  /// @param radius  of the sphere, mm; outside 10 mm to 100 m all points are
-  ///                unsure
+  /// @param radius  of the sphere, mm; outside kSmallestRadius to
+  ///                kLargestRadius all points are unsure
   /// @param tests   a null pointer is a test that is off: it never blocks
   /// @param cells   along each side: at least 4, and 2 or 3 times a power of 2
   ShadowMap(double radius, const Tests& tests, int cells = kCells);
