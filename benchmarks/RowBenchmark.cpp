@@ -146,28 +146,23 @@ class KernelRows {
   std::size_t Judge(const RowSet& set, eVerdict* rows) const {
     std::size_t open = 0;
     DU::LightPathCalculator path = Light();
-    std::vector<DU::BatchVerdict> found(set.pmts.Count());
+    static_assert(sizeof(eVerdict) == sizeof(DU::BatchVerdict));
     const auto noPath = static_cast<DU::BatchVerdict>(NoPath(set.light));
     for (const TVector3& event : set.events) {
       DU::EventBatch batch(layers_, Light().GetMedia(), event, set.pmts);
       batch.UseKernel(kernel_);
-      const DU::BatchRow row = {found.data(), noPath, nullptr};
+      auto* const verdicts = reinterpret_cast<DU::BatchVerdict*>(rows);
+      const DU::BatchRow row = {verdicts, noPath, nullptr};
       if (set.light == DU::eLight::kDirect) {
         batch.JudgeDirect(row);
       } else {
         batch.JudgeReflected(row);
       }
-      for (std::size_t i = 0; i < found.size(); ++i) {
-        rows[i] = static_cast<eVerdict>(found[i]);
-      }
-      for (auto at = std::find(found.begin(), found.end(), DU::kOpenVerdict);
-           at != found.end();
-           at = std::find(at + 1, found.end(), DU::kOpenVerdict)) {
-        const auto i = static_cast<std::size_t>(at - found.begin());
+      DU::ForEachOpen(verdicts, set.pmts.Count(), [&](std::size_t i) {
         rows[i] = ExactVerdict(path, set.light, event, set.pmts.At(i));
         ++open;
-      }
-      rows += found.size();
+      });
+      rows += set.pmts.Count();
     }
     return open;
   }

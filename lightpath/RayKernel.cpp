@@ -117,9 +117,10 @@ void Estimate(const RayBranch& b, const RayOrigin& e, const RayPMTs& p,
     const double positive = place > 0.0 ? place : 0.0;
     const int at = static_cast<int>(positive < last ? positive : last);
     const double share = place - at;
-    const Pair h01 = PairOf(words[kWordsInCell * at]);
-    const Pair h23 = PairOf(words[kWordsInCell * at + 1]);
-    const Pair slope = PairOf(words[kWordsInCell * at + 2]);
+    const auto word = static_cast<std::ptrdiff_t>(kWordsInCell * at);
+    const Pair h01 = PairOf(words[word]);
+    const Pair h23 = PairOf(words[word + 1]);
+    const Pair slope = PairOf(words[word + 2]);
     const double h =
         h01.first +
         share * (h01.second + share * (h23.first + share * h23.second));

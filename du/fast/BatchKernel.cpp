@@ -25,7 +25,8 @@ void Join(double eventX, double eventY, double eventZ, const RayPMTs& p,
     const double x = endX - eventX;
     const double y = endY - eventY;
     const double z = radius * pmts.z[i] - eventZ;
-    const double inverse = 1.0 / __builtin_sqrt(x * x + y * y + z * z);
+    const double length2 = x * x + y * y + z * z;
+    const double inverse = 1.0 / __builtin_sqrt(length2 > 0.0 ? length2 : 1.0);
     block.startX.at[i] = static_cast<float>(eventX);
     block.startY.at[i] = static_cast<float>(eventY);
     block.endX.at[i] = static_cast<float>(endX);

@@ -75,7 +75,8 @@ struct BatchGeometry {
 
 /// The functions that process a block; one set for each kind of processor.
 struct BatchKernel {
-  /// Join an event to PMTs by straight paths, none of them shorter than 1 mm.
+  /// Join an event to PMTs by straight paths. A path that is shorter than 1 mm
+  /// may be wrong.
   ///
   /// @param x,y,z  of the event, mm
   void (*join)(double x, double y, double z, const RayPMTs& pmts,

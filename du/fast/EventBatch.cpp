@@ -52,7 +52,7 @@ void EventBatch::Judge(eLight light, const BatchRow& row) {
 }
 
 void EventBatch::Set(std::uint32_t pmt, BatchVerdict verdict,
-                     eLightPathType type) {
+                     eLightPathType type) const {
   row_.verdicts[pmt] = verdict;
   if (row_.types != nullptr) row_.types[pmt] = static_cast<std::uint8_t>(type);
 }
@@ -121,7 +121,7 @@ void EventBatch::JudgeBlock(const RayRange& range, const Block& block) {
 }
 
 void EventBatch::SetVerdicts(const Block& block, const BlockVerdicts& verdicts,
-                             eLightPathType type) {
+                             eLightPathType type) const {
   for (std::size_t i = 0; i < block.count; ++i) {
     row_.verdicts[block.numbers[i]] = verdicts[i];
   }

@@ -19,13 +19,14 @@ namespace ZARN::DU {
 template <class Work>
 void ForEachOpen(const BatchVerdict* verdicts, std::size_t count,
                  const Work& work) {
-  const BatchVerdict* at = verdicts;
-  const BatchVerdict* const end = verdicts + count;
-  while ((at = static_cast<const BatchVerdict*>(std::memchr(
-              at, kOpenVerdict, static_cast<std::size_t>(end - at)))) !=
-         nullptr) {
-    work(static_cast<std::size_t>(at - verdicts));
-    ++at;
+  std::size_t i = 0;
+  while (i < count) {
+    const void* const found =
+        std::memchr(verdicts + i, kOpenVerdict, count - i);
+    if (found == nullptr) return;
+    i = static_cast<std::size_t>(static_cast<const BatchVerdict*>(found) -
+                                 verdicts);
+    work(i++);
   }
 }
 
@@ -80,9 +81,9 @@ class EventBatch {
   void JudgeStraightAgain(std::uint32_t pmt);
   void Trace(const RayRange& range, eSteps steps, const Block& block);
   void SetVerdicts(const Block& block, const BlockVerdicts& verdicts,
-                   eLightPathType type);
+                   eLightPathType type) const;
   bool IsAt(std::uint32_t pmt) const;
-  void Set(std::uint32_t pmt, BatchVerdict verdict, eLightPathType type);
+  void Set(std::uint32_t pmt, BatchVerdict verdict, eLightPathType type) const;
 
   const PreparedLayers& layers_;
   EventRays event_;
