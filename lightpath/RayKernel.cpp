@@ -81,7 +81,7 @@ struct Estimates {
 /// Two numbers of a cell. They are loaded as one, since loading from many cells
 /// takes the longest.
 using Word [[gnu::may_alias]] = std::uint64_t;
-constexpr int kWordsInCell = sizeof(RayCell) / sizeof(Word);
+constexpr std::ptrdiff_t kWordsInCell = sizeof(RayCell) / sizeof(Word);
 
 struct Pair {
   double first, second;
@@ -117,7 +117,7 @@ void Estimate(const RayBranch& b, const RayOrigin& e, const RayPMTs& p,
     const double positive = place > 0.0 ? place : 0.0;
     const int at = static_cast<int>(positive < last ? positive : last);
     const double share = place - at;
-    const auto word = static_cast<std::ptrdiff_t>(kWordsInCell * at);
+    const std::ptrdiff_t word = kWordsInCell * at;
     const Pair h01 = PairOf(words[word]);
     const Pair h23 = PairOf(words[word + 1]);
     const Pair slope = PairOf(words[word + 2]);
