@@ -1,19 +1,16 @@
 #include "lightpath/RayKernel.hpp"
 #include "lightpath/RayPlane.hpp"
+#include "lightpath/RayTurns.hpp"
 
 // Compiled once for each kind of processor; ZARN_KERNEL names the result. The
-// loops have no branches and no calls, so the compiler vectorises them.
+// loops have no branches and no calls, so the compiler vectorises them. Each is
+// short: the processor then works on several rounds of it at once. In a long
+// one it would wait for the square roots and divisions.
 
 namespace ZARN::DU {
 namespace {
 
 constexpr double kInfinity = __builtin_inf();
-
-constexpr std::size_t kEventSite = 0;
-constexpr std::size_t kInsideSite = 1;
-constexpr std::size_t kInWallSite = 2;
-constexpr std::size_t kOutWallSite = 3;
-constexpr std::size_t kOuterSite = 4;
 
 /// Error of the difference between the swept angle and the angle between event
 /// and PMT, rad, of this kernel and of the exact search together. The search
@@ -27,55 +24,15 @@ constexpr double kAngleError = 2e-14;
 /// moved by it once more, since it is composed of both unit vectors.
 constexpr double kCosineError = 2e-15;
 
-/// Whether the angle at the event is t itself. Its cosine then keeps its sign.
-template <eRayFamily kFamily>
-constexpr bool kIsEventT = kFamily == eRayFamily::kOutwardJoined;
-
-struct Ray {
-  double cosT, sinT;
-};
-
-/// A product of rotations.
-struct Product {
-  double re, im;
-
-  /// Multiply by a rotation, applied @p kTurns times.
-  template <int kTurns>
-  [[gnu::always_inline]] void Turn(double cosine, double sine) {
-    constexpr bool kIsTwice = kTurns == 2 || kTurns == -2;
-    const double c = kIsTwice ? cosine * cosine - sine * sine : cosine;
-    const double absolute = kIsTwice ? 2.0 * cosine * sine : sine;
-    const double s = kTurns < 0 ? -absolute : absolute;
-    const double before = re;
-    re = re * c - im * s;
-    im = im * c + before * s;
-  }
-};
-
-[[gnu::always_inline]] inline double CosineAt(const RayBranch& branch,
-                                              std::size_t site,
-                                              const Ray& ray) {
-  const double across = branch.ratios[site] * ray.cosT;
-  return __builtin_sqrt(branch.rests[site] + across * across);
-}
-
-template <eRayFamily kFamily, std::size_t kSite>
-[[gnu::always_inline]] inline void TurnAt(const RayBranch& branch,
-                                          const Ray& ray, Product& product) {
-  constexpr int kTurns = kNearTurns[static_cast<int>(kFamily)][kSite];
-  if constexpr (kSite == kEventSite && kIsEventT<kFamily>) {
-    product.template Turn<kTurns>(ray.cosT, ray.sinT);
-  } else if constexpr (kTurns != 0) {
-    product.template Turn<kTurns>(CosineAt(branch, kSite, ray),
-                                  branch.ratios[kSite] * ray.sinT);
-  }
-}
-
 /// What the table says about PMTs.
 struct Estimates {
   template <class Number>
   using Lane = RayBlock::Lane<Number>;
-  Lane<double> sine, cosT, sinT, inverseSlope, spread;
+  Lane<double> sine;   ///< of the angle between event and PMT
+  Lane<int> cell;      ///< of the table
+  Lane<double> share;  ///< of the cell that is passed
+  Lane<double> h, inverseSlope, spread;
+  Lane<double> cosT, sinT;
 };
 
 /// Two numbers of a cell. They are loaded as one, since loading from many cells
@@ -93,79 +50,100 @@ struct Pair {
           __builtin_bit_cast(float, static_cast<std::uint32_t>(word >> kHalf))};
 }
 
+/// Find the angles between event and PMTs, and their cells.
 template <bool kIsFolded>
-void Estimate(const RayBranch& b, const RayOrigin& e, const RayPMTs& p,
-              RayBlock& k, Estimates& found, std::size_t count) {
+void FindCells(const RayBranch& b, const RayOrigin& e, const RayPMTs& p,
+               RayBlock& k, Estimates& found, std::size_t count) {
   const RayBranch branch = b;
   const RayOrigin event = e;
   const RayPMTs pmts = p;
   const double last = branch.count - 1;
-  const auto* const words = reinterpret_cast<const Word*>(branch.cells);
 #pragma GCC ivdep  // nothing that is given is among the results
   for (std::size_t i = 0; i < count; ++i) {
     const double x =
         event.x * pmts.x[i] + event.y * pmts.y[i] + event.z * pmts.z[i];
     const double y = branch.sense * x;
-    const double less = 1.0 - y;
-    const double more = 1.0 + y;
-    const double sine2 = less * more;
-    const double sine = __builtin_sqrt(sine2 > 0.0 ? sine2 : 0.0);
+    const double sine2 = (1.0 - y) * (1.0 + y);
     const double beyond = y - branch.fold;
     const double along =
         kIsFolded ? __builtin_sqrt(beyond > 0.0 ? beyond : 0.0) : y;
     const double place = (along - branch.first) * branch.scale;
     const double positive = place > 0.0 ? place : 0.0;
     const int at = static_cast<int>(positive < last ? positive : last);
-    const double share = place - at;
-    const std::ptrdiff_t word = kWordsInCell * at;
+    k.cosine.at[i] = x;
+    found.sine.at[i] = __builtin_sqrt(sine2 > 0.0 ? sine2 : 0.0);
+    found.cell.at[i] = at;
+    found.share.at[i] = place - at;
+  }
+}
+
+void ReadCells(const RayBranch& branch, Estimates& found, std::size_t count) {
+  const auto* const words = reinterpret_cast<const Word*>(branch.cells);
+#pragma GCC ivdep  // the cells are not among the results
+  for (std::size_t i = 0; i < count; ++i) {
+    const std::ptrdiff_t word = kWordsInCell * found.cell.at[i];
+    const double share = found.share.at[i];
     const Pair h01 = PairOf(words[word]);
     const Pair h23 = PairOf(words[word + 1]);
     const Pair slope = PairOf(words[word + 2]);
-    const double h =
+    found.h.at[i] =
         h01.first +
         share * (h01.second + share * (h23.first + share * h23.second));
-    const double h2 = h * h * less;
-    const double inverse = 1.0 / (more + h2);
-    k.cosine.at[i] = x;
-    found.sine.at[i] = sine;
-    found.cosT.at[i] = (more - h2) * inverse;
-    found.sinT.at[i] = 2.0 * h * sine * inverse;
     found.inverseSlope.at[i] = slope.first;
     found.spread.at[i] = slope.second;
   }
 }
 
+template <bool kIsFolded>
+void Estimate(const RayBranch& branch, const RayOrigin& event,
+              const RayPMTs& pmts, RayBlock& k, Estimates& found,
+              std::size_t count) {
+  FindCells<kIsFolded>(branch, event, pmts, k, found, count);
+  ReadCells(branch, found, count);
+  const double sense = branch.sense;
+  for (std::size_t i = 0; i < count; ++i) {
+    const double y = sense * k.cosine.at[i];
+    const double h = found.h.at[i];
+    const double h2 = h * h * (1.0 - y);
+    const double more = 1.0 + y;
+    const double inverse = 1.0 / (more + h2);
+    found.cosT.at[i] = (more - h2) * inverse;
+    found.sinT.at[i] = 2.0 * h * found.sine.at[i] * inverse;
+  }
+}
+
 /// What is known about a PMT besides t.
 struct Known {
-  double cosine, sine, inverseSine;
-  double ratioAtPMT;
+  double cosine, sine;  ///< of the angle between event and PMT
+  double ratio;         ///< at the PMT
   double inverseSlope, spread;
   double angleError;  ///< kAngleError, and that of the angle to the PMT
 };
 
 /// The rotation by the swept angle minus the angle between event and PMT.
-struct Miss {
-  double cosine, sine;
-};
-
+///
+/// The turns are multiplied from both ends, which takes half as long as one
+/// after the other.
 template <eRayFamily kFamily>
-[[gnu::always_inline]] inline Miss MissOf(const RayBranch& branch,
-                                          const Known& known, const Ray& ray) {
-  Product product = {branch.sign, 0.0};
-  TurnAt<kFamily, 0>(branch, ray, product);
-  TurnAt<kFamily, 1>(branch, ray, product);
-  TurnAt<kFamily, 2>(branch, ray, product);
-  TurnAt<kFamily, 3>(branch, ray, product);
-  TurnAt<kFamily, 4>(branch, ray, product);
-  const double sine = known.ratioAtPMT * ray.sinT;
-  product.Turn<-1>(__builtin_sqrt(1.0 - sine * sine), sine);
-  return {product.re * known.cosine + product.im * known.sine,
-          product.im * known.cosine - product.re * known.sine};
+[[gnu::always_inline]] inline Rotation MissOf(const RayBranch& branch,
+                                              const Known& known,
+                                              const Ray& ray) {
+  Rotation first = TurnAt<kFamily, kEventSite>(branch, ray);
+  TurnOnAt<kFamily, kInsideSite>(branch, ray, first);
+  TurnOnAt<kFamily, kInWallSite>(branch, ray, first);
+  const Rotation atPMT = AtPMT(known.ratio, ray);
+  Rotation last = {atPMT.cosine, -atPMT.sine};
+  TurnOnAt<kFamily, kOuterSite>(branch, ray, last);
+  TurnOnAt<kFamily, kOutWallSite>(branch, ray, last);
+  const Rotation swept = first * last;
+  return {
+      branch.sign * (swept.cosine * known.cosine + swept.sine * known.sine),
+      branch.sign * (swept.sine * known.cosine - swept.cosine * known.sine)};
 }
 
 /// The turn of t that corrects a small miss.
 [[gnu::always_inline]] inline double StepFor(const RayBranch& branch,
-                                             const Miss& miss,
+                                             const Rotation& miss,
                                              double inverseSlope) {
   return -branch.sense * miss.sine * inverseSlope;
 }
@@ -187,7 +165,7 @@ template <eRayFamily kFamily>
 template <eRayFamily kFamily>
 [[gnu::always_inline]] inline double CorrectLast(const RayBranch& branch,
                                                  const Known& known, Ray& ray) {
-  const Miss miss = MissOf<kFamily>(branch, known, ray);
+  const Rotation miss = MissOf<kFamily>(branch, known, ray);
   const double size = miss.sine < 0.0 ? -miss.sine : miss.sine;
   const bool isKnown = (miss.cosine > 0.0) & (size < kLargestMiss) &
                        (ray.cosT > branch.leastCosine) &
@@ -206,18 +184,19 @@ template <eRayFamily kFamily>
                                                 const Known& known, Ray& ray) {
   const double low = known.inverseSlope - known.spread;
   const double high = known.inverseSlope + known.spread;
-  const auto chord = [&](double step, const Miss& before, const Miss& after) {
+  const auto chord = [&](double step, const Rotation& before,
+                         const Rotation& after) {
     const double rise = after.sine - before.sine;
     const double inverse = branch.sense * step / (rise != 0.0 ? rise : 1.0);
     return inverse > low ? (inverse < high ? inverse : high) : low;
   };
-  const Miss first = MissOf<kFamily>(branch, known, ray);
+  const Rotation first = MissOf<kFamily>(branch, known, ray);
   const double step1 = StepFor(branch, first, known.inverseSlope);
   ray = Turned(ray, step1);
-  const Miss second = MissOf<kFamily>(branch, known, ray);
+  const Rotation second = MissOf<kFamily>(branch, known, ray);
   const double step2 = StepFor(branch, second, chord(step1, first, second));
   ray = Turned(ray, step2);
-  const Miss third = MissOf<kFamily>(branch, known, ray);
+  const Rotation third = MissOf<kFamily>(branch, known, ray);
   ray = Turned(ray, StepFor(branch, third, chord(step2, second, third)));
   // A first step beyond the series changes the length.
   const double scale =
@@ -248,25 +227,18 @@ struct AtEnd {
   return {turnCosine - x * point, point, cosine + x * direction, -direction};
 }
 
-template <eRayFamily kFamily, bool kIsFolded, eSteps kSteps>
-void TraceRays(const RayBranch& b, const RayOrigin& e, const RayPMTs& p,
-               RayBlock& k, std::size_t count) {
+/// Find t and its bound from the estimates.
+template <eRayFamily kFamily, eSteps kSteps>
+void Correct(const RayBranch& b, const RayPMTs& p, const Estimates& found,
+             RayBlock& k, std::size_t count) {
   const RayBranch branch = b;
-  const RayOrigin event = e;
   const RayPMTs pmts = p;
-  Estimates found;
-  Estimate<kIsFolded>(branch, event, pmts, k, found, count);
-#pragma GCC ivdep  // the PMTs are not among the results
+#pragma GCC ivdep  // nothing that is given is among the results
   for (std::size_t i = 0; i < count; ++i) {
-    const double x = pmts.x[i];
-    const double y = pmts.y[i];
-    const double z = pmts.z[i];
-    const double sineOfPMT = found.sine.at[i];
-    const double inverseSine =
-        1.0 / (sineOfPMT > kLeastSine ? sineOfPMT : kLeastSine);
+    const double sine = found.sine.at[i];
+    const double inverseSine = 1.0 / (sine > kLeastSine ? sine : kLeastSine);
     const Known known = {k.cosine.at[i],
-                         found.sine.at[i],
-                         inverseSine,
+                         sine,
                          branch.highest * pmts.inverseRadius[i],
                          found.inverseSlope.at[i],
                          found.spread.at[i],
@@ -275,16 +247,29 @@ void TraceRays(const RayBranch& b, const RayOrigin& e, const RayPMTs& p,
     if constexpr (kSteps == eSteps::kMany) {
       CorrectOften<kFamily>(branch, known, ray);
     }
-    const double bound = CorrectLast<kFamily>(branch, known, ray);
-    const double sine = known.ratioAtPMT * ray.sinT;
-    const AtEnd end =
-        EndOf(sine, __builtin_sqrt(1.0 - sine * sine),
-              branch.ratios[kOuterSite] * ray.sinT,
-              CosineAt(branch, kOuterSite, ray), known.cosine, inverseSine);
-    k.bound.at[i] = bound;
+    k.bound.at[i] = CorrectLast<kFamily>(branch, known, ray);
     k.inverseSine.at[i] = inverseSine;
     k.cosT.at[i] = ray.cosT;
     k.sinT.at[i] = ray.sinT;
+  }
+}
+
+/// Find the last points and the directions from there.
+void FindEnds(const RayBranch& b, const RayOrigin& e, const RayPMTs& p,
+              RayBlock& k, std::size_t count) {
+  const RayBranch branch = b;
+  const RayOrigin event = e;
+  const RayPMTs pmts = p;
+#pragma GCC ivdep  // the PMTs are not among the results
+  for (std::size_t i = 0; i < count; ++i) {
+    const Ray ray = {k.cosT.at[i], k.sinT.at[i]};
+    const Rotation atPMT = AtPMT(branch.highest * pmts.inverseRadius[i], ray);
+    const AtEnd end = EndOf(
+        atPMT.sine, atPMT.cosine, branch.ratios[kOuterSite] * ray.sinT,
+        CosineAt(branch, kOuterSite, ray), k.cosine.at[i], k.inverseSine.at[i]);
+    const double x = pmts.x[i];
+    const double y = pmts.y[i];
+    const double z = pmts.z[i];
     k.pointX.at[i] = end.pointOfThis * x + end.pointOfOther * event.x;
     k.pointY.at[i] = end.pointOfThis * y + end.pointOfOther * event.y;
     k.pointZ.at[i] = end.pointOfThis * z + end.pointOfOther * event.z;
@@ -295,6 +280,15 @@ void TraceRays(const RayBranch& b, const RayOrigin& e, const RayPMTs& p,
     k.directionZ.at[i] =
         end.directionOfThis * z + end.directionOfOther * event.z;
   }
+}
+
+template <eRayFamily kFamily, bool kIsFolded, eSteps kSteps>
+void TraceRays(const RayBranch& branch, const RayOrigin& event,
+               const RayPMTs& pmts, RayBlock& k, std::size_t count) {
+  Estimates found;
+  Estimate<kIsFolded>(branch, event, pmts, k, found, count);
+  Correct<kFamily, kSteps>(branch, pmts, found, k, count);
+  FindEnds(branch, event, pmts, k, count);
 }
 
 void TraceBack(const RayBranch& b, const RayOrigin& e, const RayPMTs& p,
@@ -334,7 +328,7 @@ template <eRayFamily kFamily>
                                               const Known& known,
                                               const Ray& ray) {
   const double atEvent = CosineAt(branch, kEventSite, ray);
-  const double sine = known.ratioAtPMT * ray.sinT;
+  const Rotation atPMT = AtPMT(known.ratio, ray);
   constexpr bool kIsInward = kFamily == eRayFamily::kInwardFromInside;
   return {kIsEventT<kFamily> ? ray.cosT
           : kIsInward        ? -atEvent
@@ -344,8 +338,8 @@ template <eRayFamily kFamily>
           branch.ratios[kInsideSite] * ray.sinT,
           CosineAt(branch, kOuterSite, ray),
           branch.ratios[kOuterSite] * ray.sinT,
-          __builtin_sqrt(1.0 - sine * sine),
-          sine};
+          atPMT.cosine,
+          atPMT.sine};
 }
 
 /// Set the points and directions of a path. Seen from the centre, a point is as
@@ -392,7 +386,6 @@ void CompletePaths(const RayBranch& b, const RayOrigin& e, const RayRadii& r,
     const Plane plane = PlaneOf(event, pmts.x[i], pmts.y[i], pmts.z[i]);
     const Known known = {x,
                          plane.sine,
-                         plane.inverseSine,
                          branch.highest * pmts.inverseRadius[i],
                          found.inverseSlope.at[i],
                          found.spread.at[i],
