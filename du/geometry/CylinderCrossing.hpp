@@ -18,12 +18,12 @@ namespace ZARN::DU {
 ///    The error of the formula's cosine is at most 11 u (scalar product 2,
 ///    lengths and quotient 5, arc cosine and cosine 4), and so that of its D at
 ///    most 25 u s^2. The error of the algebra's D is at most 5 u s^2, of a
-///    rounded path 9 u s^2. Together this is 30 u s^2 in double and 9 u s^2 in
-///    single precision.
+///    rounded path 9 u s^2, and kPathError adds 4.1 u s^2. Together this is
+///    30 u s^2 in double and 13.1 u s^2 in single precision.
 /// 2. The error of the root is at most half of that over sqrt(kLeastD) s:
-///    1.7e-12 s and 8.5e-6 s. With up to 20 further roundings the error of the
-///    way, which is the distance from the start to the crossing, is at most
-///    kWayError s.
+///    1.7e-12 s and 1.24e-5 s. With up to 20 further roundings and 4 kPathError
+///    the error of the way, which is the distance from the start to the
+///    crossing, is at most kWayError s.
 /// 3. The error of the crossing's position is at most that times the length of
 ///    the direction, which is below sqrt(2). The crossing is at least
 ///    sqrt(kLeastEdge2) s away from the axis, so the error of its azimuth is at
@@ -77,9 +77,11 @@ struct CrossingBands<double> {
 template <>
 struct CrossingBands<float> {
   /// A path may also be wrong by this, relative to s, and its flattened
-  /// direction by as many rad: about half of a rounding, so 1.1 u s^2 in step
-  /// 1.
-  static constexpr double kPathError = 3e-8;
+  /// direction by as many rad. The distance aside then changes by at most
+  /// (s + q) kPathError, q the distance of the start from the axis. Where the
+  /// line meets the cylinder, it is itself at most min(q, radius), so aside^2
+  /// changes by at most 2.42 kPathError s^2: 4.1 u s^2 in step 1.
+  static constexpr double kPathError = 1e-7;
 
   static constexpr float kWayError = 1.4e-5F;
   static constexpr float kAzimuthError = 1.6e-4F;
