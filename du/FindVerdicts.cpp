@@ -23,12 +23,6 @@ eVerdict WhyNoPath(const ConcentricMedia& media, const TVector3& eventPos,
                             : eVerdict::kTotalReflection;
 }
 
-/// A row as an EventBatch writes it: with the same numbers.
-BatchVerdict* AsBatch(eVerdict* row) {
-  static_assert(sizeof(eVerdict) == sizeof(BatchVerdict));
-  return reinterpret_cast<BatchVerdict*>(row);  // bytes may alias anything
-}
-
 }  // namespace
 
 void ShadowingCalculator::FindVerdicts(const LightPathCalculator& light,

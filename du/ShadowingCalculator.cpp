@@ -6,7 +6,6 @@
 #include <CLHEP/Units/SystemOfUnits.h>
 
 #include <algorithm>
-#include <array>
 #include <new>
 
 #include "db/DB.hpp"
@@ -14,6 +13,7 @@
 #include "du/ForEachOnThreads.hpp"
 #include "du/LoadMessages.hpp"
 #include "du/UnusualPathMessages.hpp"
+#include "du/fast/BatchVerdict.hpp"
 #include "du/fast/HardwareFormulas.hpp"
 #include "du/fast/LazyLayers.hpp"
 #include "du/fast/PathLists.hpp"
@@ -186,22 +186,18 @@ void ShadowingCalculator::FindShadowingOfSome(
     eShadowingComponent* verdicts) const {
   const PreparedLayers* const layers =
       Layers == nullptr ? nullptr : Layers->Get();
-  std::array<BatchVerdict, kBatchPaths> found;
   for (std::size_t i = first; i < last; i += kBatchPaths) {
     const std::size_t count = std::min(kBatchPaths, last - i);
+    BatchVerdict* const found = AsBatch(verdicts + i);
     if (layers != nullptr) {
-      layers->batch.Judge(layers->filter, paths.From(i), count, found.data());
+      layers->batch.Judge(layers->filter, paths.From(i), count, found);
     } else {
-      found.fill(kOpenVerdict);
+      std::fill_n(found, count, kOpenVerdict);
     }
-    for (std::size_t k = 0; k < count; ++k) {
-      verdicts[i + k] = found[k] == kOpenVerdict
-                            ? paths.OnSegments(i + k,
-                                               [this](const auto& path) {
-                                                 return FindSilently(path);
-                                               })
-                            : static_cast<eShadowingComponent>(found[k]);
-    }
+    ForEachOpen(found, count, [&](std::size_t k) {
+      verdicts[i + k] = paths.OnSegments(
+          i + k, [this](const auto& path) { return FindSilently(path); });
+    });
   }
 }
 

@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "du/fast/BatchKernel.hpp"
+#include "du/fast/BatchVerdict.hpp"
 #include "du/fast/ShadowMap.hpp"
 #include "du/fast/ShadowingFilter.hpp"
 #include "du/geometry/Answer.hpp"
@@ -15,27 +16,6 @@
 #include "log/Assert.hpp"
 
 namespace ZARN::DU {
-
-/// A batch's verdict on a segment or path: a number of eShadowingComponent, or
-/// kOpenVerdict if the filter has to decide.
-using BatchVerdict = std::uint8_t;
-inline constexpr BatchVerdict kOpenVerdict = 255;
-static_assert(kNumberOfComponents < kOpenVerdict);
-
-constexpr BatchVerdict BatchVerdictOf(eShadowingComponent component) {
-  return static_cast<BatchVerdict>(component);
-}
-
-/// The verdict on a path from those on its two segments: the component that is
-/// tested first. Each component is tested on both segments before the next one,
-/// so an open segment leaves the path open.
-constexpr BatchVerdict EarlierOf(BatchVerdict first, BatchVerdict second) {
-  constexpr BatchVerdict kNone = BatchVerdictOf(eShadowingComponent::kNone);
-  if (first == kOpenVerdict || second == kOpenVerdict) return kOpenVerdict;
-  if (first == kNone) return second;
-  if (second == kNone) return first;
-  return first < second ? first : second;
-}
 
 /// What is known about the vertical ropes that a segment can meet: the
 /// hold-down ropes if it starts below their ends, else the support ropes.

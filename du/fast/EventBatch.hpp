@@ -3,32 +3,16 @@
 #include <array>
 #include <cstddef>
 #include <cstdint>
-#include <cstring>
 #include <vector>
 
 #include "TVector3.h"
-#include "du/fast/BatchTables.hpp"
+#include "du/fast/BatchVerdict.hpp"
 #include "du/fast/LazyLayers.hpp"
 #include "lightpath/ConcentricMedia.hpp"
 #include "lightpath/EventRays.hpp"
 #include "lightpath/PMTArray.hpp"
 
 namespace ZARN::DU {
-
-/// Call @p work(i) for every verdict that is open.
-template <class Work>
-void ForEachOpen(const BatchVerdict* verdicts, std::size_t count,
-                 const Work& work) {
-  std::size_t i = 0;
-  while (i < count) {
-    const void* const found =
-        std::memchr(verdicts + i, kOpenVerdict, count - i);
-    if (found == nullptr) return;
-    i = static_cast<std::size_t>(static_cast<const BatchVerdict*>(found) -
-                                 verdicts);
-    work(i++);
-  }
-}
 
 /// Where an EventBatch writes: one value for each PMT.
 struct BatchRow {

@@ -1,6 +1,7 @@
 #include "du/fast/ShadowingBatch.hpp"
 
 #include <array>
+#include <numeric>
 
 #include "log/Assert.hpp"
 
@@ -29,12 +30,15 @@ class PathsByType {
  public:
   template <class Paths>
   PathsByType(const Paths& paths, std::size_t count) {
-    ZARN_ASSERT(count <= kBatchPaths, count);
+    ZARN_ASSERT(count > 0 && count <= kBatchPaths, count);
+    if (AreAlike(paths, count)) {
+      const std::size_t list = ListOf(paths.Type(0));
+      std::iota(lists_[list].begin(), lists_[list].end(), std::uint16_t{0});
+      counts_[list] = count;
+      return;
+    }
     for (std::size_t i = 0; i < count; ++i) {
-      const int type = paths.Type(i);
-      const bool isUsual =
-          type > kUninitialised && type < kNumberOfLightPathTypes;
-      const auto list = static_cast<std::size_t>(isUsual ? type : 0);
+      const std::size_t list = ListOf(paths.Type(i));
       lists_[list][counts_[list]++] = static_cast<std::uint16_t>(i);
     }
   }
@@ -45,6 +49,20 @@ class PathsByType {
   }
 
  private:
+  /// Whether all paths have the same type, as they often have.
+  template <class Paths>
+  static bool AreAlike(const Paths& paths, std::size_t count) {
+    const int type = paths.Type(0);
+    std::size_t i = 1;
+    while (i < count && paths.Type(i) == type) ++i;
+    return i == count;
+  }
+  static std::size_t ListOf(int type) {
+    const bool isUsual =
+        type > kUninitialised && type < kNumberOfLightPathTypes;
+    return static_cast<std::size_t>(isUsual ? type : 0);
+  }
+
   std::array<std::array<std::uint16_t, kBatchPaths>, kNumberOfLightPathTypes>
       lists_;
   std::array<std::size_t, kNumberOfLightPathTypes> counts_ = {};
@@ -89,6 +107,7 @@ class ShadowingBatch::Block {
  private:
   using Path = typename Paths::Path;
   using Vector = typename Paths::Vector;
+  using SegmentVerdicts = std::array<BatchVerdict, CrossingBlock::kMost>;
   static constexpr auto kShapes = kShapesIn<Path, Vector>;
 
   /// A segment that crosses the vessel.
@@ -143,21 +162,43 @@ class ShadowingBatch::Block {
     });
     batch_.Cross(block, segments);
 
-    std::size_t at = 0;
+    SegmentVerdicts found;
+    batch_.FindVerdicts(filter_, block, 0, seconds, true, found.data());
+    batch_.FindVerdicts(filter_, block, seconds, segments - seconds, false,
+                        found.data() + seconds);
+    for (std::size_t i = firsts; i < seconds; ++i) {
+      found[i] = EarlierOf(found[i], found[i - firsts + seconds]);
+    }
+    std::size_t begin = 0;
     ForEachType(ePathKind::kOneCrossing, [&](std::size_t type) {
-      ForEachPath(type, [&](std::size_t path) {
-        verdicts_[path] =
-            VerdictOn({at++, true, path, kShapes[type].firstPoint}, block);
+      SetVerdicts(type, found.data() + begin, [&](std::size_t i, auto path) {
+        return VerdictOn({begin + i, true, path, kShapes[type].firstPoint},
+                         block);
       });
+      begin += byType_.Count(type);
     });
     ForEachType(ePathKind::kTwoCrossings, [&](std::size_t type) {
-      ForEachPath(type, [&](std::size_t path) {
-        const std::size_t second = at - firsts + seconds;
-        verdicts_[path] = EarlierOf(
-            VerdictOn({at, true, path, kShapes[type].firstPoint}, block),
+      SetVerdicts(type, found.data() + begin, [&](std::size_t i, auto path) {
+        const std::size_t first = begin + i;
+        const std::size_t second = first - firsts + seconds;
+        return EarlierOf(
+            VerdictOn({first, true, path, kShapes[type].firstPoint}, block),
             VerdictOn({second, false, path, kShapes[type].secondPoint}, block));
-        ++at;
       });
+      begin += byType_.Count(type);
+    });
+  }
+
+  /// Set the verdicts of the paths of a type, and judge those that are open
+  /// again, by @p judge(i, path) for the i-th of them.
+  template <class Judge>
+  void SetVerdicts(std::size_t type, const BatchVerdict* found,
+                   const Judge& judge) const {
+    const std::uint16_t* const paths = byType_.Of(type);
+    const std::size_t count = byType_.Count(type);
+    for (std::size_t i = 0; i < count; ++i) verdicts_[paths[i]] = found[i];
+    ForEachOpen(found, count, [&](std::size_t i) {
+      verdicts_[paths[i]] = judge(i, std::size_t{paths[i]});
     });
   }
 
