@@ -67,6 +67,7 @@ void Set(const VectorColumns& columns, std::uint32_t pmt,
 
 void PathBatch::Calc(const LightPathRow& row) {
   row_ = row;
+  FillUnusedPoints();
   std::size_t done = 0;
   if (event_.Media().At(event_.EventRadius()) == eMedium::kInnerAV) {
     for (const PMTArray::Group& group : event_.PMTs().Groups()) {
@@ -79,6 +80,18 @@ void PathBatch::Calc(const LightPathRow& row) {
     }
   }
   CalcSingle(done, event_.PMTs().Count());
+}
+
+/// Paths of a table have no further points on the vessel.
+void PathBatch::FillUnusedPoints() const {
+  for (const auto point : {kPointColumns[2], kPointColumns[3]}) {
+    const VectorColumns& columns = row_.*point;
+    for (double* const column : {columns.x, columns.y, columns.z}) {
+      if (column != nullptr) {
+        std::fill_n(column, event_.PMTs().Count(), 0.0);
+      }
+    }
+  }
 }
 
 void PathBatch::CalcGroup(const PMTArray::Group& group) {
@@ -130,12 +143,6 @@ void PathBatch::Write(const RayRange& range, const EventRays::Block& block) {
             k.firstZ);
   putVector(row_.AVPoint2, event_.Media().OuterRadius, k.pointX, k.pointY,
             k.pointZ);
-  const auto zero = [](std::size_t) { return 0.0; };
-  for (const auto point : {kPointColumns[2], kPointColumns[3]}) {
-    put((row_.*point).x, zero);
-    put((row_.*point).y, zero);
-    put((row_.*point).z, zero);
-  }
   put(row_.Lengths[0], [&](std::size_t i) { return k.lengthInside.at[i]; });
   put(row_.Lengths[1], [&](std::size_t i) { return k.lengthInWall.at[i]; });
   put(row_.Lengths[2], [&](std::size_t i) { return k.lengthInWater.at[i]; });

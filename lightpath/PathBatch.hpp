@@ -33,6 +33,7 @@ class PathBatch {
   void Calc(const LightPathRow& row);
 
  private:
+  void FillUnusedPoints() const;
   void CalcGroup(const PMTArray::Group& group);
   void CalcRange(const RayRange& range, const EventRays::Part& part);
   void Write(const RayRange& range, const EventRays::Block& block);
