@@ -1,10 +1,12 @@
 #include "du/hardware/AVHDRopeShadowing.hpp"
 
+#include <algorithm>
 #include <cmath>
 
 #include "du/geometry/Constants.hpp"
 #include "du/geometry/IeeeQuotient.hpp"
 #include "du/geometry/Primitives.hpp"
+#include "du/hardware/LegTests.hpp"
 #include "log/Assert.hpp"
 
 namespace ZARN::DU {
@@ -35,9 +37,15 @@ class VerticalRopes {
                                 diagnostics_);
   }
 
-  bool HasRopeAt(const TVector3& crossing, const TVector3& foot) const {
-    if (foot.Z() > -std::abs(crossing.Z())) return false;  // beyond the ropes
-    return IsAtAVHDRope(model_, Flattened(crossing), angleTolerance_);
+  template <class Visitor>
+  bool WalkAt(const TVector3& crossing, const TVector3& foot,
+              eWaterSegment segment, const Visitor& visit) const {
+    if (foot.Z() > -std::abs(crossing.Z())) {
+      return visit({eShadowingRule::kBeyondRopes, segment,
+                    std::abs(crossing.Z()), -foot.Z()});
+    }
+    return WalkLegs(model_, Flattened(crossing), angleTolerance_, segment,
+                    visit);
   }
 
  private:
@@ -48,29 +56,46 @@ class VerticalRopes {
   double angleTolerance_;
 };
 
-bool IsOnSurfaceRope(const AVHDRopeModel& model, double tolerance,
-                     const TVector3& point) {
-  const double reach = model.AVHDRopeRadius + tolerance;
+template <class Visitor>
+bool WalkSurface(const AVHDRopeModel& model, double tolerance,
+                 const TVector3& point, eWaterSegment segment,
+                 const Visitor& visit) {
+  const double reach = AVHDRopeReach(model, tolerance);
   const auto& points = model.AVHDRopeSurfacePoints;
   // Intentional: all lists are counted in single precision.
   for (float k = 0; static_cast<float>(points.size()) > k; k += 1.0F) {
-    if (reach > (point - points[static_cast<std::size_t>(k)]).Mag()) {
+    const auto position = static_cast<std::size_t>(k);
+    if (visit({eShadowingRule::kSurfacePoint, segment,
+               (point - points[position]).Mag(), reach, position})) {
       return true;
     }
   }
   return false;
 }
 
-bool IsSegmentBlocked(const AVHDRopeModel& model, double tolerance,
-                      const WaterSegment& segment, eDiagnostics diagnostics) {
-  if (!(model.AVHDRopeEndPoints.front().Z() > segment.point.Z())) {
-    return IsOnSurfaceRope(model, tolerance, segment.point);
-  }
-  return IsAtVerticalAVHDRope(model, tolerance, segment, diagnostics);
+template <class Visitor>
+bool WalkVertical(const AVHDRopeModel& model, double tolerance,
+                  const WaterSegment& path, eWaterSegment segment,
+                  eDiagnostics diagnostics, const Visitor& visit) {
+  const VerticalRopes ropes(model, tolerance, diagnostics);
+  const TVector3 crossing = ropes.CrossingOf(path);
+  return ropes.WalkAt(crossing, ropes.Foot(), segment, visit);
 }
 
-bool IsWaterPathBlocked(const AVHDRopeModel& model, double tolerance,
-                        const WaterSegments& path, eDiagnostics diagnostics) {
+template <class Visitor>
+bool WalkSegment(const AVHDRopeModel& model, double tolerance,
+                 const WaterSegment& path, eWaterSegment segment,
+                 eDiagnostics diagnostics, const Visitor& visit) {
+  if (!(model.AVHDRopeEndPoints.front().Z() > path.point.Z())) {
+    return WalkSurface(model, tolerance, path.point, segment, visit);
+  }
+  return WalkVertical(model, tolerance, path, segment, diagnostics, visit);
+}
+
+template <class Visitor>
+bool WalkWater(const AVHDRopeModel& model, double tolerance,
+               const WaterSegments& path, eDiagnostics diagnostics,
+               const Visitor& visit) {
   const VerticalRopes ropes(model, tolerance, diagnostics);
   const double h = ropes.CylinderRadius();
   const TVector3 start = Flattened(path.first.point);
@@ -80,18 +105,53 @@ bool IsWaterPathBlocked(const AVHDRopeModel& model, double tolerance,
   const TVector3 foot = ropes.Foot();
 
   if (startDistance < h && endDistance > h) {
-    return ropes.HasRopeAt(ropes.CrossingOf(path.first), foot);
+    return ropes.WalkAt(ropes.CrossingOf(path.first), foot,
+                        eWaterSegment::kFirst, visit);
   }
   if (startDistance > h && endDistance < h) {
-    return ropes.HasRopeAt(ropes.CrossingOf(path.second), foot);
+    return ropes.WalkAt(ropes.CrossingOf(path.second), foot,
+                        eWaterSegment::kSecond, visit);
   }
   if (startDistance > h && endDistance > h) {
-    if (ClosestAngle(start, h) <= start.Angle(end)) return false;
+    const double closest = ClosestAngle(start, h);
+    const double apart = start.Angle(end);
+    if (closest <= apart) {
+      return visit(
+          {eShadowingRule::kEndsApart, eWaterSegment::kBoth, apart, closest});
+    }
     const TVector3 first = ropes.CrossingOf(path.first);
     const TVector3 second = ropes.CrossingOf(path.second);
-    return ropes.HasRopeAt(first, foot) || ropes.HasRopeAt(second, foot);
+    return ropes.WalkAt(first, foot, eWaterSegment::kFirst, visit) ||
+           ropes.WalkAt(second, foot, eWaterSegment::kSecond, visit);
   }
-  return false;  // both ends inside, or an end exactly on the cylinder
+  // Both ends inside, or an end exactly on the cylinder.
+  return visit({eShadowingRule::kInsideRopeCylinder, eWaterSegment::kBoth,
+                std::max(startDistance, endDistance), h});
+}
+
+template <class Visitor>
+bool Walk(const AVHDRopeModel& model, double tolerance,
+          const WaterSegments& path, eDiagnostics diagnostics,
+          const Visitor& visit) {
+  ZARN_ASSERT(HasAVHDRopes(model), model.AVHDRopeEndPoints.size(),
+              model.AVHDRopePositions.size());
+  switch (path.kind) {
+    case ePathKind::kUninitialised:
+    case ePathKind::kMisspeltUninitialised:
+      return false;
+    case ePathKind::kWater:
+      return WalkWater(model, tolerance, path, diagnostics, visit);
+    case ePathKind::kTwoCrossings:
+      return WalkSegment(model, tolerance, path.first, eWaterSegment::kFirst,
+                         diagnostics, visit) ||
+             WalkSegment(model, tolerance, path.second, eWaterSegment::kSecond,
+                         diagnostics, visit);
+    case ePathKind::kOneCrossing:
+    case ePathKind::kUnknown:
+      break;
+  }
+  return WalkSegment(model, tolerance, path.first, eWaterSegment::kFirst,
+                     diagnostics, visit);
 }
 
 }  // namespace
@@ -101,29 +161,13 @@ bool HasAVHDRopes(const AVHDRopeModel& model) {
          model.AVHDRopePositions.size() >= 5;
 }
 
-bool IsAtAVHDRope(const AVHDRopeModel& model, const TVector3& point,
-                  double angleTolerance) {
-  ZARN_ASSERT(HasAVHDRopes(model), model.AVHDRopeEndPoints.size(),
-              model.AVHDRopePositions.size());
-  const auto& rolls = model.AVHDRopeRolls;
-  for (float i = 0; static_cast<float>(rolls.size()) > i; i += 1.0F) {
-    const double roll = rolls[static_cast<std::size_t>(i)];
-    const TVector3 end4 = Rotated(model.AVHDRopePositions[4], roll);
-    if (angleTolerance > point.Angle(end4)) return true;
-    const TVector3 end1 = Rotated(model.AVHDRopePositions[1], kPi + roll);
-    if (angleTolerance > point.Angle(end1)) return true;
-  }
-  return false;
-}
-
 bool IsAtVerticalAVHDRope(const AVHDRopeModel& model, double tolerance,
                           const WaterSegment& segment,
                           eDiagnostics diagnostics) {
   ZARN_ASSERT(HasAVHDRopes(model), model.AVHDRopeEndPoints.size(),
               model.AVHDRopePositions.size());
-  const VerticalRopes ropes(model, tolerance, diagnostics);
-  const TVector3 crossing = ropes.CrossingOf(segment);
-  return ropes.HasRopeAt(crossing, ropes.Foot());
+  return WalkVertical(model, tolerance, segment, eWaterSegment::kFirst,
+                      diagnostics, StopAtBlocking());
 }
 
 std::vector<TVector3> AVHDRopeEnds(const AVHDRopeModel& model) {
@@ -143,6 +187,10 @@ RopeCylinderLimits LimitsOfAVHDRopes(const AVHDRopeModel& model) {
   return {ropes.CylinderRadius(), -ropes.Foot().Z()};
 }
 
+double AVHDRopeReach(const AVHDRopeModel& model, double tolerance) {
+  return model.AVHDRopeRadius + tolerance;
+}
+
 double AVHDRopeAngleTolerance(const AVHDRopeModel& model, double tolerance) {
   ZARN_ASSERT(HasAVHDRopes(model), model.AVHDRopeEndPoints.size(),
               model.AVHDRopePositions.size());
@@ -153,22 +201,13 @@ double AVHDRopeAngleTolerance(const AVHDRopeModel& model, double tolerance) {
 bool CheckForAVHDRopeShadowing(const AVHDRopeModel& model, double tolerance,
                                const WaterSegments& path,
                                eDiagnostics diagnostics) {
-  ZARN_ASSERT(HasAVHDRopes(model), model.AVHDRopeEndPoints.size(),
-              model.AVHDRopePositions.size());
-  switch (path.kind) {
-    case ePathKind::kUninitialised:
-    case ePathKind::kMisspeltUninitialised:
-      return false;
-    case ePathKind::kWater:
-      return IsWaterPathBlocked(model, tolerance, path, diagnostics);
-    case ePathKind::kTwoCrossings:
-      return IsSegmentBlocked(model, tolerance, path.first, diagnostics) ||
-             IsSegmentBlocked(model, tolerance, path.second, diagnostics);
-    case ePathKind::kOneCrossing:
-    case ePathKind::kUnknown:
-      break;
-  }
-  return IsSegmentBlocked(model, tolerance, path.first, diagnostics);
+  return Walk(model, tolerance, path, diagnostics, StopAtBlocking());
+}
+
+void VisitAVHDRopeTests(const AVHDRopeModel& model, double tolerance,
+                        const WaterSegments& path,
+                        const ShadowingTestVisitor& visitor) {
+  Walk(model, tolerance, path, eDiagnostics::kSilent, VisitAll{visitor});
 }
 
 }  // namespace ZARN::DU

@@ -6,6 +6,7 @@
 #include "du/geometry/Diagnostics.hpp"
 #include "du/hardware/AVHDRopes.hpp"
 #include "du/hardware/RopeCylinderLimits.hpp"
+#include "du/hardware/ShadowingTest.hpp"
 #include "du/hardware/WaterSegments.hpp"
 
 namespace ZARN::DU {
@@ -14,22 +15,15 @@ namespace ZARN::DU {
 /// point, and the template up to P4. (A run without ropes has no end point.)
 bool HasAVHDRopes(const AVHDRopeModel& model);
 
-/// Tell whether a point has the azimuth of a vertical rope: whether its angle
-/// to an end point of a rope, seen from the centre, is strictly below
-/// @p angleTolerance, rad.
-/// @p angleTolerance, rad.
-///
-/// @param point  where a path meets the rope cylinder, mm; flattened, since the
-///               end points lie close to z = 0
-/// @pre HasAVHDRopes(model)
-bool IsAtAVHDRope(const AVHDRopeModel& model, const TVector3& point,
-                  double angleTolerance);
-
-/// The end points that IsAtAVHDRope measures angles to, mm.
+/// The leg tops to which the tests of legs measure angles, in the order of
+/// these tests, mm.
 std::vector<TVector3> AVHDRopeEnds(const AVHDRopeModel& model);
 
 /// The cylinder and height of the vertical ropes. @pre HasAVHDRopes(model)
 RopeCylinderLimits LimitsOfAVHDRopes(const AVHDRopeModel& model);
+
+/// The distance to a surface point below which a crossing is blocked, mm.
+double AVHDRopeReach(const AVHDRopeModel& model, double tolerance);
 
 /// The angle to a vertical rope below which a crossing is blocked, rad.
 /// @pre HasAVHDRopes(model)
@@ -53,5 +47,11 @@ bool IsAtVerticalAVHDRope(const AVHDRopeModel& model, double tolerance,
 bool CheckForAVHDRopeShadowing(
     const AVHDRopeModel& model, double tolerance, const WaterSegments& path,
     eDiagnostics diagnostics = eDiagnostics::kWritten);
+
+/// Visit every test of CheckForAVHDRopeShadowing, without messages.
+/// @pre HasAVHDRopes(model)
+void VisitAVHDRopeTests(const AVHDRopeModel& model, double tolerance,
+                        const WaterSegments& path,
+                        const ShadowingTestVisitor& visitor);
 
 }  // namespace ZARN::DU

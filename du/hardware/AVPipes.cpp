@@ -36,6 +36,35 @@ void SampleStretch(const TVector3& a, const TVector3& b,
   }
 }
 
+/// The test against the band of azimuth at the height of a crossing, in
+/// degrees.
+ShadowingTest AVPipeTest(const TVector3& point) {
+  const double theta = kDegreesPerRadian * point.Theta();
+  const double phi = kDegreesPerRadian * point.Phi();
+  const auto test = [&](double low, double high) {
+    return ShadowingTest{
+        eShadowingRule::kAVPipeBand, eWaterSegment::kFirst, phi, high, 0, low};
+  };
+  if (theta >= 120.0) return test(85.0, 95.0);
+  if (theta >= 30.0) return test(80.0, 100.0);
+  return test(75.0, 105.0);
+}
+
+template <class Visitor>
+bool Walk(const WaterSegments& path, const Visitor& visit) {
+  switch (path.kind) {
+    case ePathKind::kOneCrossing:
+    case ePathKind::kTwoCrossings:
+      return visit(AVPipeTest(path.first.point));
+    case ePathKind::kWater:
+    case ePathKind::kUninitialised:
+    case ePathKind::kMisspeltUninitialised:
+    case ePathKind::kUnknown:
+      break;
+  }
+  return false;
+}
+
 }  // namespace
 
 void AVPipeModel::Clear() {
@@ -71,27 +100,16 @@ void LoadAVPipeInfo(const TableSet& tables, AVPipeModel& model) {
 }
 
 bool CheckForAVPipeShadowing(const WaterSegments& path) {
-  switch (path.kind) {
-    case ePathKind::kOneCrossing:
-    case ePathKind::kTwoCrossings:
-      return IsWithinAVPipeBands(path.first.point);
-    case ePathKind::kWater:
-    case ePathKind::kUninitialised:
-    case ePathKind::kMisspeltUninitialised:
-    case ePathKind::kUnknown:
-      break;
-  }
-  return false;
+  return Walk(path, StopAtBlocking());
+}
+
+void VisitAVPipeTests(const WaterSegments& path,
+                      const ShadowingTestVisitor& visitor) {
+  Walk(path, VisitAll{visitor});
 }
 
 bool IsWithinAVPipeBands(const TVector3& point) {
-  const double theta = kDegreesPerRadian * point.Theta();
-  const double phi = kDegreesPerRadian * point.Phi();
-  if (75.0 > phi || phi > 105.0) return false;
-  if (theta >= 30.0 && 120.0 > theta && (80.0 > phi || phi > 100.0)) {
-    return false;
-  }
-  return !(theta >= 120.0 && (85.0 > phi || phi > 95.0));
+  return AVPipeTest(point).IsBlocking();
 }
 
 }  // namespace ZARN::DU

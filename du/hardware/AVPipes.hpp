@@ -4,6 +4,7 @@
 
 #include "TVector3.h"
 #include "db/TableSet.hpp"
+#include "du/hardware/ShadowingTest.hpp"
 #include "du/hardware/WaterSegments.hpp"
 
 namespace ZARN::DU {
@@ -41,6 +42,10 @@ void LoadAVPipeInfo(const TableSet& tables, AVPipeModel& model);
 /// the vessel. The positions of the loaded pipes are not used, nor is a second
 /// crossing.
 bool CheckForAVPipeShadowing(const WaterSegments& path);
+
+/// Visit the test of CheckForAVPipeShadowing.
+void VisitAVPipeTests(const WaterSegments& path,
+                      const ShadowingTestVisitor& visitor);
 
 /// Whether the pipes block a path whose first crossing is at @p point.
 bool IsWithinAVPipeBands(const TVector3& point);

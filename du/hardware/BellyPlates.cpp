@@ -56,23 +56,44 @@ void AppendGrid(const PlateFrame& frame, double n, double halfHeight,
   }
 }
 
-bool IsWithinAPlate(TVector3 point, const BellyPlateModel& model,
-                    const BellyPlateBand& band, eDiagnostics diagnostics) {
-  if (!(point.Z() < band.halfHeight && point.Z() > -band.halfHeight)) {
-    return false;
+template <class Visitor>
+bool WalkPlates(const TVector3& point, const BellyPlateModel& model,
+                const BellyPlateBand& band, eWaterSegment segment,
+                eDiagnostics diagnostics, const Visitor& visit) {
+  if (!band.Holds(point.Z())) {
+    return visit({eShadowingRule::kOffPlateBand, segment, std::abs(point.Z()),
+                  band.halfHeight});
   }
   const auto& plates = model.BellyPlatePositions;
   // Intentional: all lists are counted in single precision.
   for (float k = 0; static_cast<float>(plates.size()) > k; k += 1.0F) {
-    const TVector3& plate = plates[static_cast<std::size_t>(k)];
+    const auto position = static_cast<std::size_t>(k);
+    const TVector3& plate = plates[position];
     const BellyPlateEdges edges(plate, model, band, diagnostics);
-    // At the height of the plate's centre the angle depends only on the
-    // azimuth.
-    point.SetZ(plate.Z());
-    const double alpha = point.Angle(plate);
-    if (edges.left > alpha && edges.right > alpha) return true;
+    const double alpha = BellyPlateAngle(point, plate);
+    if (visit({eShadowingRule::kBellyPlate, segment, alpha,
+               edges.LimitOf(alpha), position})) {
+      return true;
+    }
   }
   return false;
+}
+
+template <class Visitor>
+bool Walk(const BellyPlateModel& model, double tolerance, double outerAVRadius,
+          const WaterSegments& path, eDiagnostics diagnostics,
+          const Visitor& visit) {
+  if (path.kind == ePathKind::kWater ||
+      path.kind == ePathKind::kUninitialised ||
+      path.kind == ePathKind::kMisspeltUninitialised) {
+    return false;
+  }
+  const BellyPlateBand band(model, tolerance, outerAVRadius);
+  return WalkPlates(path.first.point, model, band, eWaterSegment::kFirst,
+                    diagnostics, visit) ||
+         (path.kind == ePathKind::kTwoCrossings &&
+          WalkPlates(path.second.point, model, band, eWaterSegment::kSecond,
+                     diagnostics, visit));
 }
 
 }  // namespace
@@ -115,19 +136,25 @@ void LoadBellyPlateInfo(const TableSet& tables, BellyPlateModel& model,
   }
 }
 
+double BellyPlateAngle(TVector3 point, const TVector3& plate) {
+  // At the height of the plate's centre the angle depends only on the azimuth.
+  point.SetZ(plate.Z());
+  return point.Angle(plate);
+}
+
 bool CheckForBellyPlateShadowing(const BellyPlateModel& model, double tolerance,
                                  double outerAVRadius,
                                  const WaterSegments& path,
                                  eDiagnostics diagnostics) {
-  if (path.kind == ePathKind::kWater ||
-      path.kind == ePathKind::kUninitialised ||
-      path.kind == ePathKind::kMisspeltUninitialised) {
-    return false;
-  }
-  const BellyPlateBand band(model, tolerance, outerAVRadius);
-  if (IsWithinAPlate(path.first.point, model, band, diagnostics)) return true;
-  return path.kind == ePathKind::kTwoCrossings &&
-         IsWithinAPlate(path.second.point, model, band, diagnostics);
+  return Walk(model, tolerance, outerAVRadius, path, diagnostics,
+              StopAtBlocking());
+}
+
+void VisitBellyPlateTests(const BellyPlateModel& model, double tolerance,
+                          double outerAVRadius, const WaterSegments& path,
+                          const ShadowingTestVisitor& visitor) {
+  Walk(model, tolerance, outerAVRadius, path, eDiagnostics::kSilent,
+       VisitAll{visitor});
 }
 
 bool WarnsOfZeroVectors(const BellyPlateModel& model) {

@@ -5,6 +5,7 @@
 #include "TVector3.h"
 #include "db/TableSet.hpp"
 #include "du/geometry/Diagnostics.hpp"
+#include "du/hardware/ShadowingTest.hpp"
 #include "du/hardware/WaterSegments.hpp"
 
 namespace ZARN::DU {
@@ -39,6 +40,9 @@ struct BellyPlateBand {
   BellyPlateBand(const BellyPlateModel& model, double tolerance,
                  double outerAVRadius);
 
+  /// Whether a crossing at this height is within the band.
+  bool Holds(double z) const { return z < halfHeight && z > -halfHeight; }
+
   double halfHeight;  ///< of the band, mm: crossings above or below are clear
   double dphi;        ///< the tolerance as an angle on the outer vessel, rad
 };
@@ -49,9 +53,17 @@ struct BellyPlateEdges {
   BellyPlateEdges(const TVector3& plate, const BellyPlateModel& model,
                   const BellyPlateBand& band, eDiagnostics diagnostics);
 
+  /// The edge that decides on a crossing at an angle from the centre, which is
+  /// blocked if it is within both edges: the first that it is not within.
+  double LimitOf(double alpha) const { return left > alpha ? right : left; }
+
   double left;
   double right;
 };
+
+/// The angle, rad, between a crossing and the centre of a plate, both at the
+/// height of the centre.
+double BellyPlateAngle(TVector3 point, const TVector3& plate);
 
 /// Tell whether a path crosses the vessel through a plate, at either of its
 /// crossings: strictly within the height band and the half-width in azimuth,
@@ -64,6 +76,11 @@ bool CheckForBellyPlateShadowing(
     const BellyPlateModel& model, double tolerance, double outerAVRadius,
     const WaterSegments& path,
     eDiagnostics diagnostics = eDiagnostics::kWritten);
+
+/// Visit every test of CheckForBellyPlateShadowing, without messages.
+void VisitBellyPlateTests(const BellyPlateModel& model, double tolerance,
+                          double outerAVRadius, const WaterSegments& path,
+                          const ShadowingTestVisitor& visitor);
 
 /// Whether ROOT's vectors warn when a path is tested against the plates: if a
 /// plate, or an edge of one, is at the vessel's centre.

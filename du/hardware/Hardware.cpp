@@ -142,4 +142,26 @@ bool Hardware::IsBlockedBy(eComponent component, const WaterSegments& path,
   return false;
 }
 
+void Hardware::VisitTests(eComponent component, const WaterSegments& path,
+                          const ShadowingTestVisitor& visitor) const {
+  switch (component) {
+    case eComponent::kAVHDRope:
+      return VisitAVHDRopeTests(AVHDRopes, AVHDRopeTolerance, path, visitor);
+    case eComponent::kSupportRope:
+      return VisitSupportRopeTests(SupportRopes, AVHDRopes,
+                                   SupportRopeTolerance, path, visitor);
+    case eComponent::kBellyPlate:
+      return VisitBellyPlateTests(BellyPlates, BellyPlateTolerance,
+                                  OuterAVRadius, path, visitor);
+    case eComponent::kNCDAnchor:
+      return VisitNCDAnchorTests(NCDAnchors, NCDAnchorTolerance, path, visitor);
+    case eComponent::kAVPipe:
+      return VisitAVPipeTests(path, visitor);
+    case eComponent::kNeckBoss:
+      return VisitNeckBossTests(NeckBoss, path, visitor);
+    case eComponent::kNone:
+      break;
+  }
+}
+
 }  // namespace ZARN::DU

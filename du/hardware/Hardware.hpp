@@ -8,6 +8,7 @@
 #include "du/hardware/NCDAnchors.hpp"
 #include "du/hardware/NeckBoss.hpp"
 #include "du/hardware/ShadowingComponent.hpp"
+#include "du/hardware/ShadowingTest.hpp"
 #include "du/hardware/SupportRopes.hpp"
 #include "du/hardware/WaterSegments.hpp"
 
@@ -86,6 +87,13 @@ struct Hardware {
   ///                     warn about zero vectors
   bool IsBlockedBy(eShadowingComponent component, const WaterSegments& path,
                    eDiagnostics diagnostics) const;
+
+  /// Visit every test of a component's formula, in its order and without
+  /// messages; none for kNone.
+  ///
+  /// @pre IsReady(component)
+  void VisitTests(eShadowingComponent component, const WaterSegments& path,
+                  const ShadowingTestVisitor& visitor) const;
 
   /// The first ready component, in the order of testing, that blocks a path by
   /// its formula.

@@ -6,15 +6,35 @@
 namespace ZARN::DU {
 namespace {
 
-bool IsNearAnAnchor(const TVector3& point, double reach,
-                    const std::vector<TVector3>& anchors) {
+template <class Visitor>
+bool WalkAnchors(const TVector3& point, double reach,
+                 const std::vector<TVector3>& anchors, eWaterSegment segment,
+                 const Visitor& visit) {
   // Intentional: all lists are counted in single precision.
   for (float k = 0; k < static_cast<float>(anchors.size()); k += 1.0F) {
-    if (reach > (point - anchors[static_cast<std::size_t>(k)]).Mag()) {
+    const auto position = static_cast<std::size_t>(k);
+    if (visit({eShadowingRule::kNCDAnchor, segment,
+               (point - anchors[position]).Mag(), reach, position})) {
       return true;
     }
   }
   return false;
+}
+
+template <class Visitor>
+bool Walk(const NCDAnchorModel& model, double tolerance,
+          const WaterSegments& path, const Visitor& visit) {
+  if (path.kind == ePathKind::kWater ||
+      path.kind == ePathKind::kUninitialised) {
+    return false;
+  }
+  const double reach = NCDAnchorReach(model, tolerance);
+  const auto& anchors = model.NCDAnchorPositions;
+  return WalkAnchors(path.first.point, reach, anchors, eWaterSegment::kFirst,
+                     visit) ||
+         (path.kind == ePathKind::kTwoCrossings &&
+          WalkAnchors(path.second.point, reach, anchors, eWaterSegment::kSecond,
+                      visit));
 }
 
 }  // namespace
@@ -32,18 +52,19 @@ void LoadNCDAnchorInfo(const TableSet& tables, NCDAnchorModel& model) {
                    "y", "z");
 }
 
+double NCDAnchorReach(const NCDAnchorModel& model, double tolerance) {
+  return model.NCDAnchorHalfZ + tolerance;
+}
+
 bool CheckForNCDAnchorShadowing(const NCDAnchorModel& model, double tolerance,
                                 const WaterSegments& path) {
-  if (path.kind == ePathKind::kWater ||
-      path.kind == ePathKind::kUninitialised) {
-    return false;
-  }
-  const double reach = model.NCDAnchorHalfZ + tolerance;
-  if (IsNearAnAnchor(path.first.point, reach, model.NCDAnchorPositions)) {
-    return true;
-  }
-  return path.kind == ePathKind::kTwoCrossings &&
-         IsNearAnAnchor(path.second.point, reach, model.NCDAnchorPositions);
+  return Walk(model, tolerance, path, StopAtBlocking());
+}
+
+void VisitNCDAnchorTests(const NCDAnchorModel& model, double tolerance,
+                         const WaterSegments& path,
+                         const ShadowingTestVisitor& visitor) {
+  Walk(model, tolerance, path, VisitAll{visitor});
 }
 
 }  // namespace ZARN::DU

@@ -4,6 +4,7 @@
 
 #include "TVector3.h"
 #include "db/TableSet.hpp"
+#include "du/hardware/ShadowingTest.hpp"
 #include "du/hardware/WaterSegments.hpp"
 
 namespace ZARN::DU {
@@ -25,10 +26,18 @@ struct NCDAnchorModel {
 ///         stays in the model
 void LoadNCDAnchorInfo(const TableSet& tables, NCDAnchorModel& model);
 
+/// The distance to an anchor below which a crossing is blocked, mm.
+double NCDAnchorReach(const NCDAnchorModel& model, double tolerance);
+
 /// Tell whether a path crosses the vessel, at either of its crossings, strictly
 /// nearer to an anchor than its half height plus @p tolerance (mm). Paths
 /// wholly in water never do; a path of unknown type is judged at the origin.
 bool CheckForNCDAnchorShadowing(const NCDAnchorModel& model, double tolerance,
                                 const WaterSegments& path);
+
+/// Visit every test of CheckForNCDAnchorShadowing.
+void VisitNCDAnchorTests(const NCDAnchorModel& model, double tolerance,
+                         const WaterSegments& path,
+                         const ShadowingTestVisitor& visitor);
 
 }  // namespace ZARN::DU

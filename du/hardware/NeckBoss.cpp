@@ -4,6 +4,22 @@
 #include "du/geometry/Primitives.hpp"
 
 namespace ZARN::DU {
+namespace {
+
+template <class Visitor>
+bool Walk(const NeckBossModel& model, const WaterSegments& path,
+          const Visitor& visit) {
+  if (path.kind == ePathKind::kWater ||
+      path.kind == ePathKind::kUninitialised) {
+    return false;
+  }
+  return visit(NeckBossTest(model, path.first.point, eWaterSegment::kFirst)) ||
+         (path.kind == ePathKind::kTwoCrossings &&
+          visit(
+              NeckBossTest(model, path.second.point, eWaterSegment::kSecond)));
+}
+
+}  // namespace
 
 void LoadNeckBossInfo(const TableSet& tables, NeckBossModel& model,
                       double innerAVRadius) {
@@ -21,13 +37,12 @@ void LoadNeckBossInfo(const TableSet& tables, NeckBossModel& model,
 
 bool CheckForNeckBossShadowing(const NeckBossModel& model,
                                const WaterSegments& path) {
-  if (path.kind == ePathKind::kWater ||
-      path.kind == ePathKind::kUninitialised) {
-    return false;
-  }
-  if (IsUnderNeckBoss(model, path.first.point)) return true;
-  return path.kind == ePathKind::kTwoCrossings &&
-         IsUnderNeckBoss(model, path.second.point);
+  return Walk(model, path, StopAtBlocking());
+}
+
+void VisitNeckBossTests(const NeckBossModel& model, const WaterSegments& path,
+                        const ShadowingTestVisitor& visitor) {
+  Walk(model, path, VisitAll{visitor});
 }
 
 }  // namespace ZARN::DU

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "db/TableSet.hpp"
+#include "du/hardware/ShadowingTest.hpp"
 #include "du/hardware/WaterSegments.hpp"
 
 namespace ZARN::DU {
@@ -26,9 +27,19 @@ void LoadNeckBossInfo(const TableSet& tables, NeckBossModel& model,
 bool CheckForNeckBossShadowing(const NeckBossModel& model,
                                const WaterSegments& path);
 
-/// The same test of one crossing point.
+/// Visit every test of CheckForNeckBossShadowing.
+void VisitNeckBossTests(const NeckBossModel& model, const WaterSegments& path,
+                        const ShadowingTestVisitor& visitor);
+
+/// The test of one crossing point.
+inline ShadowingTest NeckBossTest(
+    const NeckBossModel& model, const TVector3& point,
+    eWaterSegment segment = eWaterSegment::kFirst) {
+  return {eShadowingRule::kNeckBossCap, segment, point.Theta(),
+          model.NeckBossAngle};
+}
 inline bool IsUnderNeckBoss(const NeckBossModel& model, const TVector3& point) {
-  return model.NeckBossAngle > point.Theta();
+  return NeckBossTest(model, point).IsBlocking();
 }
 
 }  // namespace ZARN::DU

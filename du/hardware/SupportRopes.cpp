@@ -1,5 +1,6 @@
 #include "du/hardware/SupportRopes.hpp"
 
+#include <algorithm>
 #include <cmath>
 
 #include "db/ReadField.hpp"
@@ -8,6 +9,7 @@
 #include "du/geometry/Primitives.hpp"
 #include "du/hardware/AVHDRopeShadowing.hpp"
 #include "du/hardware/GeometryTables.hpp"
+#include "du/hardware/LegTests.hpp"
 #include "log/Assert.hpp"
 
 namespace ZARN::DU {
@@ -34,24 +36,37 @@ class RopeCylinder {
                               diagnostics_);
   }
 
-  bool IsCrossedAtRope(const WaterSegment& segment) const {
-    const TVector3 crossing =
-        VectorToCylinderEdge(segment.point, segment.direction,
-                             TVector3(0, 0, 0), radius_, diagnostics_);
-    if (std::abs(crossing.Z()) > Top().Z()) return false;
+  template <class Visitor>
+  bool WalkCrossing(const WaterSegment& path, eWaterSegment segment,
+                    const Visitor& visit) const {
+    const TVector3 crossing = VectorToCylinderEdge(
+        path.point, path.direction, TVector3(0, 0, 0), radius_, diagnostics_);
+    const double top = Top().Z();
+    if (std::abs(crossing.Z()) > top) {
+      return visit(
+          {eShadowingRule::kBeyondRopes, segment, std::abs(crossing.Z()), top});
+    }
     const TVector3 flat = Flattened(crossing);
     const auto& ropes = model_.SupportRopePositions;
     // Intentional: all lists are counted in single precision.
     for (float k = 0; static_cast<float>(ropes.size()) > k; k += 1.0F) {
-      if (angleTolerance_ > flat.Angle(ropes[static_cast<std::size_t>(k)])) {
+      const auto position = static_cast<std::size_t>(k);
+      if (visit({eShadowingRule::kSupportRope, segment,
+                 flat.Angle(ropes[position]), angleTolerance_, position})) {
         return true;
       }
     }
     return false;
   }
 
-  bool IsSegmentBlocked(const WaterSegment& segment) const {
-    return segment.point.Z() > foot_.Z() && IsCrossedAtRope(segment);
+  template <class Visitor>
+  bool WalkSegment(const WaterSegment& path, eWaterSegment segment,
+                   const Visitor& visit) const {
+    if (!(path.point.Z() > foot_.Z())) {
+      return visit(
+          {eShadowingRule::kBelowRopes, segment, path.point.Z(), foot_.Z()});
+    }
+    return WalkCrossing(path, segment, visit);
   }
 
  private:
@@ -62,17 +77,29 @@ class RopeCylinder {
   double angleTolerance_;
 };
 
-/// Whether the hold-down ropes block a path in water that has no end inside the
-/// support rope cylinder.
-bool IsBlockedByHoldDownRopes(const AVHDRopeModel& ropes,
-                              const RopeCylinder& cylinder,
-                              const WaterSegments& path) {
-  if (!HasAVHDRopes(ropes)) return false;
+/// The tests of a path in water that has no end inside the support rope
+/// cylinder: against the hold-down ropes.
+template <class Visitor>
+bool WalkHoldDownRopes(const AVHDRopeModel& ropes, const RopeCylinder& cylinder,
+                       const WaterSegments& path, const Visitor& visit) {
+  if (!HasAVHDRopes(ropes)) {
+    return visit({eShadowingRule::kNoLegs, eWaterSegment::kBoth});
+  }
   const double h = ropes.AVHDRopeEndPoints.front().Mag();
   const TVector3 start = Flattened(path.first.point);
   const TVector3 end = Flattened(path.second.point);
-  if (start.Mag() <= h || end.Mag() <= h) return false;
-  if (ClosestAngle(start, h) <= start.Angle(end)) return false;
+  const double startDistance = start.Mag();
+  const double endDistance = end.Mag();
+  if (startDistance <= h || endDistance <= h) {
+    return visit({eShadowingRule::kInsideLegCylinder, eWaterSegment::kBoth,
+                  std::min(startDistance, endDistance), h});
+  }
+  const double closest = ClosestAngle(start, h);
+  const double apart = start.Angle(end);
+  if (closest <= apart) {
+    return visit(
+        {eShadowingRule::kEndsApart, eWaterSegment::kBoth, apart, closest});
+  }
 
   const TVector3 origin(0, 0, 0);
   const TVector3 first =
@@ -82,30 +109,59 @@ bool IsBlockedByHoldDownRopes(const AVHDRopeModel& ropes,
       VectorToCylinderEdge(path.second.point, path.second.direction, origin, h,
                            cylinder.Diagnostics());
   const double topDistance = cylinder.Top().Mag();
-  const auto isBlockedAt = [&](const TVector3& crossing,
-                               const TVector3& tested) {
-    return !(std::abs(crossing.Z()) > topDistance) &&
-           IsAtAVHDRope(ropes, tested, cylinder.AngleTolerance());
+  const auto walkAt = [&](const TVector3& crossing, const TVector3& tested,
+                          eWaterSegment segment) {
+    if (std::abs(crossing.Z()) > topDistance) {
+      return visit({eShadowingRule::kBeyondRopes, segment,
+                    std::abs(crossing.Z()), topDistance});
+    }
+    return WalkLegs(ropes, tested, cylinder.AngleTolerance(), segment, visit);
   };
   // The first crossing is flattened for the angle test and the second is not.
   // This asymmetry is intentional.
-  return isBlockedAt(first, Flattened(first)) || isBlockedAt(second, second);
+  return walkAt(first, Flattened(first), eWaterSegment::kFirst) ||
+         walkAt(second, second, eWaterSegment::kSecond);
 }
 
-bool IsWaterPathBlocked(const AVHDRopeModel& holdDownRopes,
-                        const RopeCylinder& cylinder,
-                        const WaterSegments& path) {
+template <class Visitor>
+bool WalkWater(const AVHDRopeModel& holdDownRopes, const RopeCylinder& cylinder,
+               const WaterSegments& path, const Visitor& visit) {
   const double r = cylinder.Radius();
   const double startDistance = Flattened(path.first.point).Mag();
   const double endDistance = Flattened(path.second.point).Mag();
-  if (r > startDistance && r > endDistance) return false;
+  if (r > startDistance && r > endDistance) {
+    return visit({eShadowingRule::kInsideRopeCylinder, eWaterSegment::kBoth,
+                  std::max(startDistance, endDistance), r});
+  }
   if (startDistance < r && endDistance > r) {
-    return cylinder.IsCrossedAtRope(path.first);
+    return cylinder.WalkCrossing(path.first, eWaterSegment::kFirst, visit);
   }
   if (startDistance > r && endDistance < r) {
-    return cylinder.IsCrossedAtRope(path.second);
+    return cylinder.WalkCrossing(path.second, eWaterSegment::kSecond, visit);
   }
-  return IsBlockedByHoldDownRopes(holdDownRopes, cylinder, path);
+  return WalkHoldDownRopes(holdDownRopes, cylinder, path, visit);
+}
+
+template <class Visitor>
+bool Walk(const SupportRopeModel& model, const AVHDRopeModel& holdDownRopes,
+          double tolerance, const WaterSegments& path, eDiagnostics diagnostics,
+          const Visitor& visit) {
+  ZARN_ASSERT(HasSupportRopes(model), model.SupportRopePositions.size());
+  const RopeCylinder cylinder(model, tolerance, diagnostics);
+  switch (path.kind) {
+    case ePathKind::kUninitialised:
+    case ePathKind::kMisspeltUninitialised:
+      return false;
+    case ePathKind::kWater:
+      return WalkWater(holdDownRopes, cylinder, path, visit);
+    case ePathKind::kTwoCrossings:
+      return cylinder.WalkSegment(path.first, eWaterSegment::kFirst, visit) ||
+             cylinder.WalkSegment(path.second, eWaterSegment::kSecond, visit);
+    case ePathKind::kOneCrossing:
+    case ePathKind::kUnknown:
+      break;
+  }
+  return cylinder.WalkSegment(path.first, eWaterSegment::kFirst, visit);
 }
 
 }  // namespace
@@ -154,7 +210,8 @@ bool HasSupportRopes(const SupportRopeModel& model) {
 bool IsAtSupportRope(const SupportRopeModel& model, double tolerance,
                      const WaterSegment& segment, eDiagnostics diagnostics) {
   ZARN_ASSERT(HasSupportRopes(model), model.SupportRopePositions.size());
-  return RopeCylinder(model, tolerance, diagnostics).IsSegmentBlocked(segment);
+  return RopeCylinder(model, tolerance, diagnostics)
+      .WalkSegment(segment, eWaterSegment::kFirst, StopAtBlocking());
 }
 
 RopeCylinderLimits LimitsOfSupportRopes(const SupportRopeModel& model) {
@@ -179,22 +236,16 @@ bool CheckForSupportRopeShadowing(const SupportRopeModel& model,
                                   const AVHDRopeModel& holdDownRopes,
                                   double tolerance, const WaterSegments& path,
                                   eDiagnostics diagnostics) {
-  ZARN_ASSERT(HasSupportRopes(model), model.SupportRopePositions.size());
-  const RopeCylinder cylinder(model, tolerance, diagnostics);
-  switch (path.kind) {
-    case ePathKind::kUninitialised:
-    case ePathKind::kMisspeltUninitialised:
-      return false;
-    case ePathKind::kWater:
-      return IsWaterPathBlocked(holdDownRopes, cylinder, path);
-    case ePathKind::kTwoCrossings:
-      return cylinder.IsSegmentBlocked(path.first) ||
-             cylinder.IsSegmentBlocked(path.second);
-    case ePathKind::kOneCrossing:
-    case ePathKind::kUnknown:
-      break;
-  }
-  return cylinder.IsSegmentBlocked(path.first);
+  return Walk(model, holdDownRopes, tolerance, path, diagnostics,
+              StopAtBlocking());
+}
+
+void VisitSupportRopeTests(const SupportRopeModel& model,
+                           const AVHDRopeModel& holdDownRopes, double tolerance,
+                           const WaterSegments& path,
+                           const ShadowingTestVisitor& visitor) {
+  Walk(model, holdDownRopes, tolerance, path, eDiagnostics::kSilent,
+       VisitAll{visitor});
 }
 
 }  // namespace ZARN::DU

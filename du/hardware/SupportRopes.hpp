@@ -7,6 +7,7 @@
 #include "du/geometry/Diagnostics.hpp"
 #include "du/hardware/AVHDRopes.hpp"
 #include "du/hardware/RopeCylinderLimits.hpp"
+#include "du/hardware/ShadowingTest.hpp"
 #include "du/hardware/WaterSegments.hpp"
 
 namespace ZARN::DU {
@@ -76,5 +77,12 @@ bool CheckForSupportRopeShadowing(
     const SupportRopeModel& model, const AVHDRopeModel& holdDownRopes,
     double tolerance, const WaterSegments& path,
     eDiagnostics diagnostics = eDiagnostics::kWritten);
+
+/// Visit every test of CheckForSupportRopeShadowing, without messages.
+/// @pre HasSupportRopes(model)
+void VisitSupportRopeTests(const SupportRopeModel& model,
+                           const AVHDRopeModel& holdDownRopes, double tolerance,
+                           const WaterSegments& path,
+                           const ShadowingTestVisitor& visitor);
 
 }  // namespace ZARN::DU

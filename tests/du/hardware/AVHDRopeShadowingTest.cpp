@@ -10,6 +10,7 @@
 #include "du/geometry/Constants.hpp"
 #include "du/geometry/Primitives.hpp"
 #include "du/hardware/AVHDRopes.hpp"
+#include "du/hardware/LegTests.hpp"
 #include "tests/du/Directions.hpp"
 #include "tests/du/Neighbours.hpp"
 #include "tests/du/Paths.hpp"
@@ -414,14 +415,18 @@ TEST(AVHDRopeShadowing, JudgesAPathOfUnknownTypeAtTheCentre) {
   EXPECT_FALSE(CheckForAVHDRopeShadowing(model, 0.0, path));
 }
 
-TEST(AVHDRopeShadowing, FindsTheAzimuthOfARopeForOtherTestsToo) {
+TEST(AVHDRopeShadowing, FindsTheAzimuthOfALegForOtherTestsToo) {
   const AVHDRopeModel model = TwoVerticalRopes();
-  EXPECT_TRUE(IsAtAVHDRope(model, AtAzimuth(0.01), 0.02));
-  EXPECT_TRUE(IsAtAVHDRope(model, AtAzimuth(kHalfPi - 0.01), 0.02));
-  EXPECT_FALSE(IsAtAVHDRope(model, AtAzimuth(0.03), 0.02));
+  const auto isAtLeg = [&](double azimuth, double angleTolerance) {
+    return WalkLegs(model, AtAzimuth(azimuth), angleTolerance,
+                    eWaterSegment::kFirst, StopAtBlocking());
+  };
+  EXPECT_TRUE(isAtLeg(0.01, 0.02));
+  EXPECT_TRUE(isAtLeg(kHalfPi - 0.01, 0.02));
+  EXPECT_FALSE(isAtLeg(0.03, 0.02));
   const double angle = AtAzimuth(0.5).Angle(model.AVHDRopePositions[4]);
-  EXPECT_FALSE(IsAtAVHDRope(model, AtAzimuth(0.5), angle));
-  EXPECT_TRUE(IsAtAVHDRope(model, AtAzimuth(0.5), Above(angle)));
+  EXPECT_FALSE(isAtLeg(0.5, angle));
+  EXPECT_TRUE(isAtLeg(0.5, Above(angle)));
 }
 
 TEST(HasAVHDRopes, NeedsAnEndPointAndTheTemplateUpToItsSecondEnd) {

@@ -1,0 +1,81 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <functional>
+#include <limits>
+
+namespace ZARN::DU {
+
+/// What a formula compares with a limit.
+enum class eShadowingRule : std::uint8_t {
+  // These block a path. Distances in mm, angles in rad.
+  kSurfacePoint,  ///< distance from a crossing to a point of a hold-down rope
+  kLeg,           ///< angle to a leg of a hold-down rope, at its rope cylinder
+  kSupportRope,   ///< angle to a support rope, at its rope cylinder
+  kBellyPlate,    ///< angle to the centre of a plate, at the plate's height
+  kNCDAnchor,     ///< distance from a crossing to an anchor
+  kAVPipeBand,    ///< azimuth of a crossing, degrees
+  kNeckBossCap,   ///< polar angle of a crossing
+  // These leave it clear, whatever the tolerance.
+  kBelowRopes,          ///< height of a crossing not above the support ropes'
+                        ///< feet, mm
+  kBeyondRopes,         ///< height above or below 0 at the rope cylinder, mm
+  kInsideRopeCylinder,  ///< distance of the farther end from the axis, mm
+  kInsideLegCylinder,   ///< of the nearer end, with the legs' cylinder, mm
+  kEndsApart,           ///< angle between the azimuths of the ends, rad
+  kNoLegs,              ///< no hold-down ropes; no quantity
+  // And this one at this tolerance.
+  kOffPlateBand,  ///< height of a crossing above or below the plates, mm
+};
+
+/// Whether a rule can only leave a path clear.
+constexpr bool IsGate(eShadowingRule rule) {
+  return rule >= eShadowingRule::kBelowRopes;
+}
+
+/// The water segment that a rule looks at.
+enum class eWaterSegment : std::uint8_t { kFirst, kSecond, kBoth };
+
+/// One comparison of a formula. A formula is a walk over its tests in their
+/// order; the verdict is the first that blocks.
+struct ShadowingTest {
+  eShadowingRule rule = eShadowingRule::kNoLegs;
+  eWaterSegment segment = eWaterSegment::kFirst;
+  double quantity = std::numeric_limits<double>::quiet_NaN();
+  double limit = std::numeric_limits<double>::quiet_NaN();
+  /// Position in the list that the rule tests: surface points; legs
+  /// (AVHDRopeEnds); support ropes; plates; anchors.
+  std::size_t position = 0;
+  /// Only for kAVPipeBand, whose limits belong to the band.
+  double lowerLimit = std::numeric_limits<double>::quiet_NaN();
+
+  constexpr bool IsBlocking() const {
+    if (IsGate(rule)) return false;
+    if (rule == eShadowingRule::kAVPipeBand) {
+      return !(lowerLimit > quantity || quantity > limit);
+    }
+    return limit > quantity;
+  }
+};
+
+/// Stops a walk at the first test that blocks: the verdict.
+struct StopAtBlocking {
+  [[gnu::always_inline]] bool operator()(const ShadowingTest& test) const {
+    return test.IsBlocking();
+  }
+};
+
+/// Is given every test of a walk.
+using ShadowingTestVisitor = std::function<void(const ShadowingTest&)>;
+
+/// Never stops a walk.
+struct VisitAll {
+  bool operator()(const ShadowingTest& test) const {
+    visitor(test);
+    return false;
+  }
+  const ShadowingTestVisitor& visitor;
+};
+
+}  // namespace ZARN::DU
