@@ -1,6 +1,7 @@
 #include "du/hardware/AVHDRopes.hpp"
 
 #include <string>
+#include <utility>
 
 #include "db/DBErrors.hpp"
 #include "db/ReadField.hpp"
@@ -50,30 +51,35 @@ class SurfaceRope {
   ///
   /// The walkers are rotated from sample to sample. Each rotation starts from
   /// the rounded result of the one before, so the order of the calls matters.
-  void AppendSamples(double f, std::vector<TVector3>& points) {
+  void AppendSamples(double f, AVHDRopeModel& model) {
     const double phi = kTwoPi * f;
     walker2_.SetPhi(phi);
-    AppendIfOnArc(walker2_, t2_, t3Opposite_, points);
+    AppendIfOnArc(walker2_, t2_, t3Opposite_, model);
     walker3_.SetPhi(phi);
-    AppendIfOnArc(walker3_, t3_, t2Opposite_, points);
-    points.push_back(LiftedOntoVessel(PointBetween(t1_, t2_, f)));
-    points.push_back(LiftedOntoVessel(PointBetween(t4_, t3_, f)));
-    points.push_back(LiftedOntoVessel(PointBetween(t2_, neckPoint_, f)));
-    points.push_back(LiftedOntoVessel(PointBetween(t3_, neckPoint_, f)));
+    AppendIfOnArc(walker3_, t3_, t2Opposite_, model);
+    for (const auto& [from, to] :
+         {std::pair(&t1_, &t2_), std::pair(&t4_, &t3_),
+          std::pair(&t2_, &neckPoint_), std::pair(&t3_, &neckPoint_)}) {
+      Append(PointBetween(*from, *to, f), eAVHDRopePart::kOverVessel, model);
+    }
   }
 
  private:
   /// A walker is used only between the two points that its arc connects.
   void AppendIfOnArc(const TVector3& walker, const TVector3& from,
-                     const TVector3& to, std::vector<TVector3>& points) const {
+                     const TVector3& to, AVHDRopeModel& model) const {
     if (walker.Angle(from) < arcHalfWidth_ &&
         walker.Angle(to) < arcHalfWidth_) {
-      points.push_back(LiftedOntoVessel(walker));
+      Append(walker, eAVHDRopePart::kRing, model);
     }
   }
 
-  TVector3 LiftedOntoVessel(const TVector3& point) const {
-    return VectorToSphereEdge(point, ZHat(), outerAVRadius_, false);
+  /// Append a point, lifted onto the vessel.
+  void Append(const TVector3& point, eAVHDRopePart part,
+              AVHDRopeModel& model) const {
+    model.AVHDRopeSurfacePoints.push_back(
+        VectorToSphereEdge(point, ZHat(), outerAVRadius_, false));
+    model.AVHDRopeSurfaceParts.push_back(part);
   }
 
   double outerAVRadius_;
@@ -89,11 +95,12 @@ class SurfaceRope {
   double arcHalfWidth_;
 };
 
-void AppendSurfacePoints(SurfaceRope& rope, std::vector<TVector3>& points) {
+void AppendSurfacePoints(SurfaceRope& rope, AVHDRopeModel& model) {
   constexpr int kSamples = 500;
+  model.AVHDRopeSurfaceBegins.push_back(model.AVHDRopeSurfacePoints.size());
   double t = 0.1;
   for (int sample = 0; sample < kSamples; ++sample) {
-    rope.AppendSamples(t / 1000.0, points);
+    rope.AppendSamples(t / 1000.0, model);
     t += 2.0;
   }
 }
@@ -125,6 +132,8 @@ void AVHDRopeModel::Clear() {
   AVHDRopeRolls.clear();
   AVHDRopeEndPoints.clear();
   AVHDRopeSurfacePoints.clear();
+  AVHDRopeSurfaceParts.clear();
+  AVHDRopeSurfaceBegins.clear();
   AVHDRopeLegPoints.clear();
 }
 
@@ -136,9 +145,10 @@ void LoadAVHDRopeInfo(const TableSet& tables, AVHDRopeModel& model,
   solid = ReadString(tables, "GEO", "hold_down_ropes", "solid_definition");
   FillXYZPositions(tables, model.AVHDRopePositions, "SOLID", solid, "rope_x",
                    "rope_y", "rope_z");
-  const std::string locations =
+  model.AVHDRopeLocations =
       ReadString(tables, "GEO", "hold_down_ropes", "locations");
-  model.AVHDRopeRolls = ReadNumbers(tables, "GEO_LOCATIONS", locations, "roll");
+  model.AVHDRopeRolls =
+      ReadNumbers(tables, "GEO_LOCATIONS", model.AVHDRopeLocations, "roll");
 
   const auto& positions = model.AVHDRopePositions;
   if (positions.size() < 6) {
@@ -159,7 +169,7 @@ void LoadAVHDRopeInfo(const TableSet& tables, AVHDRopeModel& model,
   for (float i = 0; i < count; i += 1.0F) {
     SurfaceRope rope(positions, rolls[static_cast<std::size_t>(i)],
                      outerAVRadius, avNeckRadius);
-    AppendSurfacePoints(rope, model.AVHDRopeSurfacePoints);
+    AppendSurfacePoints(rope, model);
   }
   for (float i = 0; i < count; i += 1.0F) {
     AppendLegPoints(positions, rolls[static_cast<std::size_t>(i)],

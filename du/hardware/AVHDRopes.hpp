@@ -1,11 +1,21 @@
 #pragma once
 
+#include <cstddef>
+#include <cstdint>
+#include <string>
 #include <vector>
 
 #include "TVector3.h"
 #include "db/TableSet.hpp"
 
 namespace ZARN::DU {
+
+/// A part of a hold-down rope over the top of the vessel.
+enum class eAVHDRopePart : std::uint8_t {
+  kOverVessel,  ///< from P1 to P2, past the neck to P3, and to P4
+  kRing         ///< arcs around the neck, which connect P2 and P3 with the rope
+                ///< opposite
+};
 
 /// The hold-down ropes: copies of one template rope, each rotated about the z
 /// axis by its roll angle. Over the top of the vessel they lie on its outer
@@ -23,12 +33,17 @@ struct AVHDRopeModel {
   /// rolls: for each rope 2000 along the rope, and those along the adjacent
   /// arcs of the ring.
   std::vector<TVector3> AVHDRopeSurfacePoints;
+  /// The part of its rope that each surface point is on.
+  std::vector<eAVHDRopePart> AVHDRopeSurfaceParts;
+  /// Position of the first surface point of each rope.
+  std::vector<std::size_t> AVHDRopeSurfaceBegins;
   /// 198 samples of each rope's two legs. The test does not read them; they are
   /// kept for callers that draw or fit.
   std::vector<TVector3> AVHDRopeLegPoints;
   double AVHDRopeRadius = 0.0;
+  std::string AVHDRopeLocations;  ///< the index in GEO_LOCATIONS of the rolls
 
-  /// Clear all lists but keep their memory; the radius does not change.
+  /// Clear all lists but keep their memory; radius and name do not change.
   void Clear();
 };
 

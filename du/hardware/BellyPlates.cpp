@@ -122,10 +122,10 @@ void LoadBellyPlateInfo(const TableSet& tables, BellyPlateModel& model,
                         double tolerance) {
   model.BellyPlateHalfHeight = ReadNumber(tables, "SOLID", "belly_plate_vintar",
                                           "octahedron_half_height");
-  const std::string locations =
+  model.BellyPlateLocations =
       ReadString(tables, "GEO", "inner_av", "belly_plate_locations");
   FillXYZPositions(tables, model.BellyPlatePositions, "GEO_LOCATIONS",
-                   locations, "x", "y", "z");
+                   model.BellyPlateLocations, "x", "y", "z");
   const auto& plates = model.BellyPlatePositions;
   ReserveGrids(tolerance, plates.size(), model.BellyPlateGridPoints);
   for (float k = 0; static_cast<float>(plates.size()) > k; k += 1.0F) {
@@ -134,6 +134,11 @@ void LoadBellyPlateInfo(const TableSet& tables, BellyPlateModel& model,
     AppendGrid(frame, tolerance, model.BellyPlateHalfHeight,
                model.BellyPlateGridPoints);
   }
+}
+
+double BellyPlateWidth(const BellyPlateModel& model, const TVector3& plate) {
+  return PlateFrame(plate, model.BellyPlateHalfHeight, eDiagnostics::kSilent)
+      .width;
 }
 
 double BellyPlateAngle(TVector3 point, const TVector3& plate) {

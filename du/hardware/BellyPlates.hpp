@@ -1,5 +1,6 @@
 #pragma once
 
+#include <string>
 #include <vector>
 
 #include "TVector3.h"
@@ -18,8 +19,9 @@ struct BellyPlateModel {
   /// for callers that draw or fit.
   std::vector<TVector3> BellyPlateGridPoints;
   double BellyPlateHalfHeight = 0.0;
+  std::string BellyPlateLocations;  ///< the index in GEO_LOCATIONS
 
-  /// Clear both lists but keep their memory; the half height does not change.
+  /// Clear both lists but keep their memory; the rest does not change.
   void Clear();
 };
 
@@ -60,6 +62,10 @@ struct BellyPlateEdges {
   double left;
   double right;
 };
+
+/// The angular height of a plate, and its width in azimuth, rad, without
+/// messages.
+double BellyPlateWidth(const BellyPlateModel& model, const TVector3& plate);
 
 /// The angle, rad, between a crossing and the centre of a plate, both at the
 /// height of the centre.

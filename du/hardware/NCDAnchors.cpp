@@ -47,9 +47,10 @@ void LoadNCDAnchorInfo(const TableSet& tables, NCDAnchorModel& model) {
   model.NCDAnchorHalfZ = ReadNumber(tables, "SOLID", name, "half_z");
   name = ReadString(tables, "GEO", "inner_av", "ncd_anchor_definition");
   model.NCDAnchorRadius = ReadNumber(tables, "SOLID", name, "r_max");
-  name = ReadString(tables, "GEO", "inner_av", "ncd_anchor_locations");
-  FillXYZPositions(tables, model.NCDAnchorPositions, "GEO_LOCATIONS", name, "x",
-                   "y", "z");
+  model.NCDAnchorLocations =
+      ReadString(tables, "GEO", "inner_av", "ncd_anchor_locations");
+  FillXYZPositions(tables, model.NCDAnchorPositions, "GEO_LOCATIONS",
+                   model.NCDAnchorLocations, "x", "y", "z");
 }
 
 double NCDAnchorReach(const NCDAnchorModel& model, double tolerance) {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <string>
 #include <vector>
 
 #include "TVector3.h"
@@ -12,10 +13,11 @@ namespace ZARN::DU {
 /// The anchors on the vessel, each a sphere around its position. Lengths in mm.
 struct NCDAnchorModel {
   std::vector<TVector3> NCDAnchorPositions;
-  double NCDAnchorHalfZ = 0.0;   ///< the radius of the spheres
-  double NCDAnchorRadius = 0.0;  ///< as loaded; the test does not read it
+  double NCDAnchorHalfZ = 0.0;     ///< the radius of the spheres
+  double NCDAnchorRadius = 0.0;    ///< as loaded; the test does not read it
+  std::string NCDAnchorLocations;  ///< the index in GEO_LOCATIONS
 
-  /// Clear the list but keep its memory; the sizes do not change.
+  /// Clear the list but keep its memory; the rest does not change.
   void Clear();
 };
 

@@ -180,10 +180,11 @@ void LoadSupportRopeInfo(const TableSet& tables, SupportRopeModel& model,
   model.SupportRopeLength = ReadNumber(tables, "SOLID", solid, "z_rope");
   const double plateHalfHeight = ReadNumber(
       tables, "SOLID", "belly_plate_vintar", "octahedron_half_height");
-  const std::string locations =
+  model.SupportRopeLocations =
       ReadString(tables, "GEO", "hold_up_ropes", "locations");
   std::vector<TVector3> anchors;
-  FillXYZPositions(tables, anchors, "GEO_LOCATIONS", locations, "x", "y", "z");
+  FillXYZPositions(tables, anchors, "GEO_LOCATIONS", model.SupportRopeLocations,
+                   "x", "y", "z");
 
   const double spread =
       IeeeQuotient(0.6666666666666666 * plateHalfHeight, outerAVRadius);

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <string>
 #include <vector>
 
 #include "TVector3.h"
@@ -24,8 +25,9 @@ struct SupportRopeModel {
   std::vector<TVector3> SupportRopeLinePoints;
   double SupportRopeRadius = 0.0;
   double SupportRopeLength = 0.0;
+  std::string SupportRopeLocations;  ///< the index in GEO_LOCATIONS
 
-  /// Clear both lists but keep their memory; the sizes do not change.
+  /// Clear both lists but keep their memory; the rest does not change.
   void Clear();
 };
 
