@@ -34,6 +34,60 @@ constexpr bool IsGate(eShadowingRule rule) {
   return rule >= eShadowingRule::kBelowRopes;
 }
 
+/// "surface_point", "leg", ...
+constexpr const char* NameOf(eShadowingRule rule) {
+  switch (rule) {
+    case eShadowingRule::kSurfacePoint:
+      return "surface_point";
+    case eShadowingRule::kLeg:
+      return "leg";
+    case eShadowingRule::kSupportRope:
+      return "support_rope";
+    case eShadowingRule::kBellyPlate:
+      return "belly_plate";
+    case eShadowingRule::kNCDAnchor:
+      return "ncd_anchor";
+    case eShadowingRule::kAVPipeBand:
+      return "av_pipe_band";
+    case eShadowingRule::kNeckBossCap:
+      return "neck_boss_cap";
+    case eShadowingRule::kBelowRopes:
+      return "below_ropes";
+    case eShadowingRule::kBeyondRopes:
+      return "beyond_ropes";
+    case eShadowingRule::kInsideRopeCylinder:
+      return "inside_rope_cylinder";
+    case eShadowingRule::kInsideLegCylinder:
+      return "inside_leg_cylinder";
+    case eShadowingRule::kEndsApart:
+      return "ends_apart";
+    case eShadowingRule::kNoLegs:
+      return "no_legs";
+    case eShadowingRule::kOffPlateBand:
+      return "off_plate_band";
+  }
+  return "";
+}
+
+/// The unit of a rule's quantity and limit: "mm", "rad" or "degrees"; empty if
+/// it has none.
+constexpr const char* UnitOf(eShadowingRule rule) {
+  switch (rule) {
+    case eShadowingRule::kLeg:
+    case eShadowingRule::kSupportRope:
+    case eShadowingRule::kBellyPlate:
+    case eShadowingRule::kNeckBossCap:
+    case eShadowingRule::kEndsApart:
+      return "rad";
+    case eShadowingRule::kAVPipeBand:
+      return "degrees";
+    case eShadowingRule::kNoLegs:
+      return "";
+    default:
+      return "mm";
+  }
+}
+
 /// The water segment that a rule looks at.
 enum class eWaterSegment : std::uint8_t { kFirst, kSecond, kBoth };
 
