@@ -189,6 +189,25 @@ bool CalculatorPair::FindsTheSame(const TestPath& path) {
   return true;
 }
 
+bool CalculatorPair::CheckExplanation(const TestPath& path,
+                                      ToleranceTally& tally) {
+  if (path.naming != eNaming::kOwnName) return true;
+  plainPath_.SetLightPath(path.path);
+  realWarn_.Empty();
+  realDebug_.Empty();
+  root_.Empty();
+  const ExplainedPath explained = {real_.Explain(path.path),
+                                   real_.FindCriticalTolerances(path.path)};
+  if (!WroteNothing("an explanation")) return false;
+  if (explained.explanation.by != blocking_) {
+    return Differ(std::string("explained by '") +
+                  DU::NameOf(explained.explanation.by) + "'");
+  }
+  const std::string difference =
+      ExplanationDifference(explained, real_, plain_, plainPath_, tally);
+  return difference.empty() || Differ(difference);
+}
+
 bool CalculatorPair::WroteNothing(const char* what) {
   const std::string written =
       realWarn_.Text() + realDebug_.Text() + root_.Text();

@@ -7,6 +7,7 @@
 #include "lightpath/LightPathCalculator.hpp"
 #include "log/Log.hpp"
 #include "tests/property/Batches.hpp"
+#include "tests/property/Explanations.hpp"
 #include "tests/property/Paths.hpp"
 #include "tests/property/RootMessages.hpp"
 #include "tests/property/TextSink.hpp"
@@ -72,6 +73,13 @@ class CalculatorPair {
   /// not, Difference() says what.
   bool WroteNothing(const char* what);
   const DU::ShadowingCalculator& Real() const { return real_; }
+
+  /// Compare the explanation and the critical tolerances of the path of the
+  /// last Check, if its type has its default name, with the plain calculator.
+  /// Nothing must be written.
+  ///
+  /// @return whether they agree; if not, Difference() says what differs
+  bool CheckExplanation(const TestPath& path, ToleranceTally& tally);
 
   /// The outcome of the last Check as a number that depends on the component
   /// and on the number of debug lines.

@@ -39,6 +39,7 @@ struct Tally {
   int nearLimits = 0;
   std::array<std::array<int, DU::kNumberOfLightPathTypes>, 7> blocked{};
   int unusualNames = 0;
+  ToleranceTally tolerances;
   std::size_t byKernels = 0;
   std::size_t open = 0;  ///< of these, left open
 };
@@ -69,6 +70,10 @@ void ExpectThatEverythingOccurred(const Tally& tally) {
     }
     EXPECT_GT(std::accumulate(blocked.begin(), blocked.end(), 0), kOften)
         << DU::NameOf(component);
+    const long critical =
+        tally.tolerances.finite[static_cast<std::size_t>(component) - 1];
+    const bool usesTolerance = component < DU::eShadowingComponent::kAVPipe;
+    EXPECT_EQ(critical > kOften, usesTolerance) << DU::NameOf(component);
   }
 }
 
@@ -102,7 +107,8 @@ std::string RandomGeometries::Where() const {
 }
 
 bool RandomGeometries::Check(const TestPath& path, bool isNear) {
-  const bool same = pair_->Check(path);
+  const bool same =
+      pair_->Check(path) && pair_->CheckExplanation(path, tally_.tolerances);
   const int index = pathOfGeometry_++;
   ++tally_.paths;
   if (isNear) ++tally_.nearLimits;
@@ -222,8 +228,14 @@ TEST_P(RandomGeometries, AreJudgedAsByThePlainCalculator) {
   EXPECT_EQ(tally_.paths, geometries * kPathsPerGeometry);
   // With few geometries some rare cases may not occur.
   if (geometries >= 100) ExpectThatEverythingOccurred(tally_);
+  // Rounding makes the edges of plates ragged, within much less than this.
+  constexpr double kRagged = 1e-9;  // mm
+  EXPECT_LT(tally_.tolerances.widest, kRagged);
   RecordProperty("paths", tally_.paths);
   RecordProperty("nearLimits", tally_.nearLimits);
+  RecordProperty("raggedEdges", std::to_string(tally_.tolerances.ragged));
+  RecordProperty("widestRaggedEdgeInFemtometres",
+                 std::to_string(1e12 * tally_.tolerances.widest));
   RecordProperty("byKernels", std::to_string(tally_.byKernels));
   RecordProperty("openByKernels", std::to_string(tally_.open));
 }
