@@ -103,6 +103,8 @@ class LightPathCalculator {
   void CalcRow(const TVector3& eventPos, const PMTArray& pmts,
                const LightPathRow& row) const;
 
+  /// Whether BeginOfRun has read the vessel and the media.
+  bool IsRunBegun() const { return media_.OuterRadius > 0.0; }
   /// @throws std::logic_error before BeginOfRun
   void RequireRun() const;
 
@@ -151,7 +153,6 @@ class LightPathCalculator {
   const TypeNames& LightPathTypeNames() const { return typeNames_; }
 
  private:
-  bool IsRunBegun() const { return media_.OuterRadius > 0.0; }
   void LookUpIndices();
 
   double wavelength_ = kDefaultWavelength;
