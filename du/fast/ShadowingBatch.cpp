@@ -30,8 +30,8 @@ class PathsByType {
  public:
   template <class Paths>
   PathsByType(const Paths& paths, std::size_t count) {
-    ZARN_ASSERT(count > 0 && count <= kBatchPaths, count);
-    if (AreAlike(paths, count)) {
+    ZARN_ASSERT(count <= kBatchPaths, count);
+    if (count > 0 && AreAlike(paths, count)) {
       const std::size_t list = ListOf(paths.Type(0));
       std::iota(lists_[list].begin(), lists_[list].end(), std::uint16_t{0});
       counts_[list] = count;

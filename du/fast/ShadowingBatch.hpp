@@ -31,7 +31,7 @@ class ShadowingBatch {
   /// left open.
   ///
   /// @param filter  the one that this was made from
-  /// @param count  1 to kBatchPaths
+  /// @param count  up to kBatchPaths
   void Judge(const ShadowingFilter& filter, const PathsInRecords& paths,
              std::size_t count, BatchVerdict* verdicts) const;
   void Judge(const ShadowingFilter& filter, const PathsInColumns& paths,
