@@ -47,6 +47,7 @@ void AddCheckOptions(CLI::App& command, CheckOptions& options) {
       ->required()
       ->type_name("CSV");
   AddRunOptions(command, options.run);
+  AddThreadsOption(command, options.run.threads);
   AddVerdictOptions(command, options.verdicts, {"code"});
   command.add_flag("--known-types", options.knownTypes,
                    "Refuse a path whose type name is unknown");

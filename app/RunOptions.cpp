@@ -41,24 +41,6 @@ void ReportLoadErrors(const RunOptions& options,
   }
 }
 
-void AddThreads(CLI::App& command, std::size_t& threads) {
-  threads = std::max(1U, std::thread::hardware_concurrency());
-  command
-      .add_option_function<std::string>(
-          "--threads",
-          [&threads](const std::string& text) {
-            constexpr int kMost = 1024;
-            const int number = WholeNumberOf("--threads", text);
-            if (number < 1 || number > kMost) {
-              throw BadUsage("--threads: " + IO::Quoted(text) +
-                             " is out of range (1 to 1024)");
-            }
-            threads = static_cast<std::size_t>(number);
-          },
-          "Number of threads (default: all cores); results are the same")
-      ->type_name("N");
-}
-
 }  // namespace
 
 void AddRunOptions(CLI::App& command, RunOptions& options) {
@@ -85,7 +67,24 @@ void AddRunOptions(CLI::App& command, RunOptions& options) {
           "Margin in mm around ropes, belly plates and NCD anchors "
           "(default: 150)")
       ->type_name("MM");
-  AddThreads(command, options.threads);
+}
+
+void AddThreadsOption(CLI::App& command, std::size_t& threads) {
+  threads = std::max(1U, std::thread::hardware_concurrency());
+  command
+      .add_option_function<std::string>(
+          "--threads",
+          [&threads](const std::string& text) {
+            constexpr int kMost = 1024;
+            const int number = WholeNumberOf("--threads", text);
+            if (number < 1 || number > kMost) {
+              throw BadUsage("--threads: " + IO::Quoted(text) +
+                             " is out of range (1 to 1024)");
+            }
+            threads = static_cast<std::size_t>(number);
+          },
+          "Number of threads (default: all cores); results are the same")
+      ->type_name("N");
 }
 
 void AddWavelengthOption(CLI::App& command, double& wavelength) {
@@ -122,6 +121,15 @@ void BeginRun(const RunOptions& options, DU::ShadowingCalculator& calculator) {
 
 void BeginRun(const RunOptions& options, DU::LightPathCalculator& calculator) {
   Begin(options, calculator);
+}
+
+void BeginRunIfThereAreMedia(const RunOptions& options,
+                             DU::LightPathCalculator& calculator) {
+  const auto entries = DB::Get().CurrentEntries();
+  const bool areThereMedia =
+      std::any_of(entries.begin(), entries.end(),
+                  [](const auto& entry) { return entry->table == "OPTICS"; });
+  if (areThereMedia) Begin(options, calculator);
 }
 
 IO::Origin OriginOf(const RunOptions& options,

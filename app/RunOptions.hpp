@@ -28,9 +28,12 @@ struct RunOptions {
   std::size_t threads = 1;
 };
 
-/// Add --geometry, --run, --tolerance and --threads, whose default is the
-/// number of cores; @p options must outlive the parsing.
+/// Add --geometry, --run and --tolerance; @p options must outlive the parsing.
 void AddRunOptions(CLI::App& command, RunOptions& options);
+
+/// Add --threads, whose default is the number of cores; @p threads must outlive
+/// the parsing.
+void AddThreadsOption(CLI::App& command, std::size_t& threads);
 
 /// Add --wavelength, for commands that trace light; @p wavelength, in nm, must
 /// outlive the parsing and keeps its value if the option is not given.
@@ -50,6 +53,10 @@ void LoadTables(const RunOptions& options);
 /// @throws IO::BadInput naming the tables and what is missing or wrong in them
 void BeginRun(const RunOptions& options, DU::ShadowingCalculator& calculator);
 void BeginRun(const RunOptions& options, DU::LightPathCalculator& calculator);
+/// The same for a light path that is given, unless the tables have no media:
+/// the path can be judged without them, but has no lengths and no time.
+void BeginRunIfThereAreMedia(const RunOptions& options,
+                             DU::LightPathCalculator& calculator);
 
 /// How results are made with these options and the tables of LoadTables;
 /// without a wavelength and smearing.

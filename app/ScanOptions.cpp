@@ -1,10 +1,10 @@
 #include "app/ScanOptions.hpp"
 
 #include <CLI/CLI.hpp>
-#include <array>
 #include <string>
 #include <vector>
 
+#include "app/PositionOption.hpp"
 #include "app/Usage.hpp"
 #include "io/DistinctFiles.hpp"
 #include "io/Quoted.hpp"
@@ -69,36 +69,14 @@ std::string Footer() {
          describe(IO::PairColumns()) + kCountsAndExample;
 }
 
-TVector3 PositionOf(const std::string& option, const std::string& text) {
-  std::array<double, 3> values = {};
-  std::size_t begin = 0;
-  for (std::size_t i = 0; i < values.size(); ++i) {
-    const std::size_t comma = text.find(',', begin);
-    const bool isLast = i + 1 == values.size();
-    if ((comma == std::string::npos) != isLast) {
-      throw BadUsage(option + ": " + IO::Quoted(text) +
-                     " is not three numbers separated by commas");
-    }
-    values[i] =
-        NumberOf(option, WithoutBlanks(text.substr(begin, comma - begin)));
-    begin = comma + 1;
-  }
-  return {values[0], values[1], values[2]};
-}
-
 void AddInputs(CLI::App& command, ScanOptions& options) {
   command
       .add_option("--events", options.events,
                   "CSV file of events; - reads standard input")
       ->type_name("EVENTS.csv");
-  command
-      .add_option_function<std::string>(
-          "--at",
-          [&options](const std::string& text) {
-            options.at = PositionOf("--at", text);
-          },
-          "One event, named 0, at this position in mm, instead of a file")
-      ->type_name("X,Y,Z");
+  AddPositionOption(
+      command, "--at", options.at,
+      "One event, named 0, at this position in mm, instead of a file");
   command
       .add_option("--pmts", options.pmts,
                   "CSV file of PMTs; - reads standard input")
@@ -195,6 +173,7 @@ std::vector<const IO::PairColumn*> ScanOptions::AllColumns() const {
 void AddScanOptions(CLI::App& command, ScanOptions& options) {
   AddInputs(command, options);
   AddRunOptions(command, options.run);
+  AddThreadsOption(command, options.run.threads);
   AddWavelengthOption(command, options.wavelength);
   command.add_flag("--reflections", options.withReflections,
                    "Also judge the light reflected at the vessel");

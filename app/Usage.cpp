@@ -41,16 +41,6 @@ std::vector<std::string> SubcommandNames(const CLI::App& app) {
   return names;
 }
 
-std::string Joined(const std::vector<std::string>& names,
-                   const std::string& last) {
-  std::string text;
-  for (std::size_t i = 0; i < names.size(); ++i) {
-    if (i > 0) text += i + 1 == names.size() ? " " + last + " " : ", ";
-    text += names[i];
-  }
-  return text;
-}
-
 /// Message for an argument that means nothing at its place.
 std::string DescribeUnknown(const CLI::App& app, const CLI::App& command,
                             const std::string& argument) {
@@ -169,6 +159,16 @@ std::string NearestName(const std::string& name,
     }
   }
   return nearest;
+}
+
+std::string Joined(const std::vector<std::string>& names,
+                   const std::string& last) {
+  std::string text;
+  for (std::size_t i = 0; i < names.size(); ++i) {
+    if (i > 0) text += i + 1 == names.size() ? " " + last + " " : ", ";
+    text += names[i];
+  }
+  return text;
 }
 
 std::string Suggest(const std::string& nearest) {

@@ -34,6 +34,10 @@ std::string HintAtHelp(const CLI::App& app);
 std::string NearestName(const std::string& name,
                         const std::vector<std::string>& names);
 
+/// "a, b and c", with @p last as the last word between two names.
+std::string Joined(const std::vector<std::string>& names,
+                   const std::string& last);
+
 /// "; did you mean <nearest>?"; empty for an empty name.
 std::string Suggest(const std::string& nearest);
 

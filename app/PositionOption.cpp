@@ -1,0 +1,45 @@
+#include "app/PositionOption.hpp"
+
+#include <CLI/CLI.hpp>
+#include <array>
+
+#include "app/RunOptions.hpp"
+#include "app/Usage.hpp"
+#include "io/Quoted.hpp"
+
+namespace ZARN::App {
+namespace {
+
+TVector3 PositionOf(const std::string& option, const std::string& text) {
+  std::array<double, 3> values = {};
+  std::size_t begin = 0;
+  for (std::size_t i = 0; i < values.size(); ++i) {
+    const std::size_t comma = text.find(',', begin);
+    const bool isLast = i + 1 == values.size();
+    if ((comma == std::string::npos) != isLast) {
+      throw BadUsage(option + ": " + IO::Quoted(text) +
+                     " is not three numbers separated by commas");
+    }
+    values[i] =
+        NumberOf(option, WithoutBlanks(text.substr(begin, comma - begin)));
+    begin = comma + 1;
+  }
+  return {values[0], values[1], values[2]};
+}
+
+}  // namespace
+
+void AddPositionOption(CLI::App& command, const std::string& option,
+                       std::optional<TVector3>& position,
+                       const std::string& description) {
+  command
+      .add_option_function<std::string>(
+          option,
+          [option, &position](const std::string& text) {
+            position = PositionOf(option, text);
+          },
+          description)
+      ->type_name("X,Y,Z");
+}
+
+}  // namespace ZARN::App
