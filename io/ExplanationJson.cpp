@@ -70,6 +70,12 @@ Json FindingJson(const DU::ShadowingFinding& finding) {
   return json;
 }
 
+std::string TextOf(const Json& json) {
+  constexpr int kIndent = 2;
+  constexpr auto kReplace = Json::error_handler_t::replace;
+  return json.dump(kIndent, ' ', false, kReplace) + "\n";
+}
+
 const char* NameOf(eState state) {
   switch (state) {
     case eState::kOff:
@@ -104,14 +110,15 @@ std::string ExplanationJson(const DU::LightPathCalculator& light,
                           {"findings", findings}});
   }
   const bool isShadowed = explanation.by != DU::eShadowingComponent::kNone;
-  const Json json = {
-      {"path", PathJson(light)},
-      {"segments", segments},
-      {"components", components},
-      {"by", isShadowed ? Json(DU::NameOf(explanation.by)) : Json()}};
-  constexpr int kIndent = 2;
-  constexpr auto kReplace = Json::error_handler_t::replace;
-  return json.dump(kIndent, ' ', false, kReplace) + "\n";
+  return TextOf(
+      {{"path", PathJson(light)},
+       {"segments", segments},
+       {"components", components},
+       {"by", isShadowed ? Json(DU::NameOf(explanation.by)) : Json()}});
+}
+
+std::string NoPathJson(DU::eVerdict verdict) {
+  return TextOf({{"path", nullptr}, {"no_path", DU::NameOf(verdict)}});
 }
 
 }  // namespace ZARN::IO

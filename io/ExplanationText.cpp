@@ -152,7 +152,7 @@ std::string ExplanationText(const DU::LightPathCalculator& light,
   std::string text = PathLines(light);
   for (std::size_t i = 0; i < explanation.segments.size(); ++i) {
     const DU::WaterSegment& segment = explanation.segments[i];
-    text += "segment " + std::to_string(i + 1) + ": from " +
+    text += "segment " + std::to_string(i + 1) + ", in water: from " +
             Vector(segment.point) + " in direction " +
             Vector(segment.direction) + "\n";
   }
@@ -166,6 +166,10 @@ std::string ExplanationText(const DU::LightPathCalculator& light,
                     ", the first in the order of tests that blocks"
               : "not shadowed") +
          "\n";
+}
+
+std::string NoPathText(DU::eVerdict verdict) {
+  return std::string("no light path: ") + DU::NameOf(verdict) + "\n";
 }
 
 }  // namespace ZARN::IO

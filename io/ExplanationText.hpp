@@ -3,6 +3,7 @@
 #include <string>
 
 #include "du/ShadowingExplanation.hpp"
+#include "du/Verdict.hpp"
 #include "lightpath/LightPathCalculator.hpp"
 
 namespace ZARN::IO {
@@ -19,5 +20,12 @@ std::string ExplanationText(const DU::LightPathCalculator& light,
 /// null. docs/verdicts.md lists the keys.
 std::string ExplanationJson(const DU::LightPathCalculator& light,
                             const DU::ShadowingExplanation& explanation);
+
+/// What is written if there is no light path: the reason, as a line or as a
+/// JSON object.
+///
+/// @pre HasPath(verdict) is false
+std::string NoPathText(DU::eVerdict verdict);
+std::string NoPathJson(DU::eVerdict verdict);
 
 }  // namespace ZARN::IO

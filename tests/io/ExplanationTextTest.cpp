@@ -43,7 +43,7 @@ TEST(ExplanationText, TellsAboutEveryComponentInItsOrder) {
       "  initial: (0, 0, 0)\n"
       "  final: (1, 0, 0)\n"
       "  av1: (0, 5860, 800)\n"
-      "segment 1: from (0, 5860, 800) in direction (1, 0, 0)\n"
+      "segment 1, in water: from (0, 5860, 800) in direction (1, 0, 0)\n"
       "AVHDRope: off, its tables are missing\n"
       "SupportRope: off, its tables are missing\n"
       "BellyPlate: clear\n"
@@ -64,7 +64,7 @@ TEST(ExplanationText, TellsThatAComponentDoesNotTestAPath) {
   const std::string text =
       TextOf(Testing::InWater({0, 7000, 0}, {0, 8000, 0}, {0, 1, 0}));
   EXPECT_THAT(text, HasSubstr("AVPipe: does not test paths of this type\n"));
-  EXPECT_THAT(text, HasSubstr("segment 2: from (0, 8000, 0)"));
+  EXPECT_THAT(text, HasSubstr("segment 2, in water: from (0, 8000, 0)"));
   EXPECT_THAT(text, HasSubstr("verdict: not shadowed\n"));
   EXPECT_THAT(TextOf(Testing::AllAt(Testing::kUnnamedType, {})),
               StartsWith("path: unknown type\n"));
@@ -131,6 +131,14 @@ TEST(ExplanationJson, HasNullForWhatIsNotANumberOrNotThere) {
   const auto unknown = JsonOf(Testing::AllAt(Testing::kUnnamedType, {}));
   EXPECT_EQ(unknown["path"]["type"], nullptr);
   EXPECT_EQ(unknown["by"], nullptr);
+}
+
+TEST(ExplanationText, SaysWhyThereIsNoPath) {
+  EXPECT_EQ(NoPathText(DU::eVerdict::kPMTNotInWater),
+            "no light path: PMT not in the water\n");
+  EXPECT_EQ(nlohmann::json::parse(NoPathJson(DU::eVerdict::kTotalReflection)),
+            nlohmann::json::parse(
+                R"({"path": null, "no_path": "total reflection"})"));
 }
 
 }  // namespace
