@@ -10,6 +10,7 @@
 #include <string>
 
 #include "app/CheckCommand.hpp"
+#include "app/ExplainCommand.hpp"
 #include "app/ScanCommand.hpp"
 #include "app/Signals.hpp"
 #include "app/Usage.hpp"
@@ -40,7 +41,9 @@ void AddHelp(CLI::App& app) {
       "\\\n"
       "      --geometry data/reference-detector -o verdicts.csv\n"
       "  zarn-shadow check data/example-paths.csv \\\n"
-      "      --geometry data/reference-detector -o verdicts.csv");
+      "      --geometry data/reference-detector -o verdicts.csv\n"
+      "  zarn-shadow explain data/example-paths.csv --row 1 \\\n"
+      "      --geometry data/reference-detector");
 }
 
 int Run(int argc, char** argv) {
@@ -51,6 +54,7 @@ int Run(int argc, char** argv) {
   app.require_subcommand(1);
   AddHelp(app);
   ZARN::App::AddCheckCommand(app);
+  ZARN::App::AddExplainCommand(app);
   ZARN::App::AddScanCommand(app);
   try {
     app.parse(argc, argv);

@@ -66,11 +66,22 @@ class Documents(unittest.TestCase):
         for block in blocks(COMMANDS, "text"):
             line, text = block.split("\n", 1)
             shown[line] = text.strip()
-        self.assertEqual(sorted(shown), [f"$ zarn-shadow {c} --help" for c in ("check", "scan")])
+        self.assertEqual(sorted(shown), [f"$ zarn-shadow {c} --help"
+                                         for c in ("check", "explain", "scan")])
         for line, text in shown.items():
             said = subprocess.run([ZARN_SHADOW, *line.split()[2:]],
                                   capture_output=True, text=True, check=True).stdout
             self.assertEqual(text, said.strip())
+
+    def test_the_explanation_shown_is_that_of_the_command(self):
+        (explain,) = (words for words in commands("".join(re.findall(
+            r"^```sh\n.*?^```\n", COMMANDS, re.MULTILINE | re.DOTALL))) if "explain" in words)
+        (shown,) = blocks(COMMANDS, "output")
+        with tempfile.TemporaryDirectory() as folder:
+            said = subprocess.run([ZARN_SHADOW, *explain[1:]], cwd=with_data(folder),
+                                  capture_output=True, text=True, check=True).stdout
+        for line in shown.splitlines():
+            self.assertIn(line, said.splitlines())
 
     def test_the_drawings_are_current(self):
         shown = {p.name: p.read_text() for p in (SOURCE / "docs").glob("*.svg")}

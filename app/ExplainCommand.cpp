@@ -1,0 +1,134 @@
+#include "app/ExplainCommand.hpp"
+
+#include <CLI/CLI.hpp>
+#include <memory>
+#include <optional>
+#include <string>
+
+#include "app/ExplainOptions.hpp"
+#include "app/Usage.hpp"
+#include "du/ShadowingCalculator.hpp"
+#include "io/Errors.hpp"
+#include "io/ExplanationText.hpp"
+#include "io/InputFile.hpp"
+#include "io/LightPathReader.hpp"
+#include "io/OutputFile.hpp"
+#include "io/PositionReader.hpp"
+#include "io/Quoted.hpp"
+
+namespace ZARN::App {
+namespace {
+
+/// The position with this name.
+///
+/// @param kind  "event" or "pmt"
+TVector3 FindPosition(const std::string& file, const std::string& kind,
+                      const std::string& name) {
+  IO::InputFile input(file);
+  IO::PositionReader reader(input, kind);
+  std::optional<TVector3> found;
+  std::string nearest;
+  for (IO::NamedPosition item; reader.Next(item);) {
+    if (item.name != name) {
+      nearest = NearestName(name, {nearest, item.name});
+      continue;
+    }
+    if (found.has_value()) {
+      reader.FailName(IO::Quoted(name) + " is the name of an earlier row, too");
+    }
+    found = item.position;
+  }
+  if (!found.has_value()) {
+    throw IO::BadInput(input.Name() + ": there is no " + kind + " " +
+                       IO::Quoted(name) + Suggest(nearest));
+  }
+  return *found;
+}
+
+/// A row of a file of light paths; the first is 1.
+DU::LightPath ReadPath(const std::string& file, std::uint64_t number) {
+  IO::InputFile input(file);
+  IO::LightPathReader reader(input);
+  IO::CsvTable& table = reader.Table();
+  std::uint64_t count = 0;
+  for (IO::CsvBlock block; table.NextBlock(block);) {
+    IO::CsvRows rows = table.RowsOf(block);
+    try {
+      for (; count + 1 < number && rows.Next(); ++count) {
+      }
+      DU::LightPath path;
+      if (count + 1 == number && reader.Next(rows, path)) return path;
+    } catch (const IO::CsvError& error) {
+      table.Fail(error);
+    }
+    table.Count(rows.Read());
+  }
+  throw IO::BadInput(input.Name() + ": there is no row " +
+                     std::to_string(number) + "; the number of rows is " +
+                     std::to_string(count));
+}
+
+/// Why there is no path between two positions.
+DU::eVerdict WhyNoPath(const DU::ShadowingCalculator& shadowing,
+                       const DU::LightPathCalculator& light,
+                       const TVector3& from, const TVector3& to) {
+  DU::eVerdict direct;
+  shadowing.FindVerdicts(light, from, DU::PMTArray({to}), {&direct});
+  return DU::HasPath(direct) ? DU::eVerdict::kNoReflectedPath : direct;
+}
+
+void Write(const std::string& text) {
+  IO::OutputFile output(std::nullopt);
+  output.Write(text);
+  output.Finish();
+}
+
+void Explain(const ExplainOptions& options) {
+  LoadTables(options.run);
+  DU::ShadowingCalculator shadowing;
+  BeginRun(options.run, shadowing);
+  DU::LightPathCalculator light;
+  light.SetWavelength(options.wavelength);
+  if (options.paths.has_value()) {
+    BeginRunIfThereAreMedia(options.run, light);
+    light.SetLightPath(ReadPath(*options.paths, *options.row));
+  } else {
+    BeginRun(options.run, light);
+    const bool hasNames = options.event.has_value();
+    const TVector3 from =
+        hasNames ? FindPosition(*options.events, "event", *options.event)
+                 : *options.at;
+    const TVector3 to = hasNames
+                            ? FindPosition(*options.pmts, "pmt", *options.pmt)
+                            : *options.to;
+    if (options.isReflected) {
+      light.CalcReflectionByPosition(from, to);
+    } else {
+      light.CalcByPosition(from, to);
+    }
+    if (!light.HasPath()) {
+      const DU::eVerdict why = WhyNoPath(shadowing, light, from, to);
+      Write(options.writesJson ? IO::NoPathJson(why) : IO::NoPathText(why));
+      return;
+    }
+  }
+  const DU::ShadowingExplanation explanation =
+      shadowing.Explain(light.GetLightPath());
+  Write(options.writesJson ? IO::ExplanationJson(light, explanation)
+                           : IO::ExplanationText(light, explanation));
+}
+
+}  // namespace
+
+void AddExplainCommand(CLI::App& app) {
+  CLI::App* const command = app.add_subcommand(
+      "explain", "Tell how every component judges one light path");
+  const auto options = std::make_shared<ExplainOptions>();
+  AddExplainOptions(*command, *options);
+  command->callback([options] {
+    RequireConsistent(*options);
+    Explain(*options);
+  });
+}
+
+}  // namespace ZARN::App
