@@ -40,12 +40,14 @@ class CheckResults {
     const std::string_view* names = block.names.data();
     auto withMessages = block.withMessages.begin();
     for (std::size_t i = 0; i < block.verdicts.size(); ++i) {
-      if (withMessages != block.withMessages.end() &&
-          withMessages->index == i) {
-        Add(names, FindVerdict(*withMessages++, calculator));
-      } else {
-        Add(names, block.verdicts[i]);
-      }
+      const bool hasMessages =
+          withMessages != block.withMessages.end() && withMessages->index == i;
+      const DU::eShadowingComponent verdict =
+          hasMessages ? FindVerdict(*withMessages++, calculator)
+                      : block.verdicts[i];
+      counts_.Add(verdict);
+      output_.Write(names, verdict,
+                    block.details.empty() ? noDetails_ : block.details[i]);
       names += reader_.NameColumns().size();
     }
   }
@@ -76,13 +78,9 @@ class CheckResults {
     return calculator.LastVerdict();
   }
 
-  void Add(const std::string_view* names, DU::eShadowingComponent verdict) {
-    counts_.Add(verdict);
-    output_.Write(names, verdict);
-  }
-
   const IO::LightPathReader& reader_;
   CheckOutput output_;
+  const IO::PathDetails noDetails_;
   Scan::VerdictCounts counts_;
   DU::LightPathCalculator lightPath_;
   std::uint64_t unknownTypes_ = 0;
@@ -105,9 +103,10 @@ void Check(const CheckOptions& options) {
   {
     ProgressBar progress;
     const ScopedLogOutput logOutput(progress.Messages());
-    PathCheck check(calculator, reader,
-                    {options.run.threads, options.knownTypes,
-                     options.verdicts.WritesNTuple()});
+    PathCheck check(
+        calculator, reader,
+        {options.run.threads, options.knownTypes,
+         options.verdicts.WritesNTuple(), options.verdicts.PairColumns()});
     while (const PathCheck::CheckedBlock* const block = check.Next()) {
       results.Take(*block, calculator);
       if (block->error.has_value()) table.Fail(*block->error);

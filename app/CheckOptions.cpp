@@ -29,6 +29,11 @@ constexpr const char* kFooter =
     "Columns that --columns can add:\n"
     "  code                 number of the verdict: 0 clear, 1 to 6 the\n"
     "                       components in this order\n"
+    "  critical_tolerance   smallest tolerance that blocks the path, mm; inf "
+    "if\n"
+    "                       none does, -inf if every one does\n"
+    "  critical_by          the component that blocks it at this tolerance\n"
+    "  item                 the rope, plate or anchor that blocks it\n"
     "Set-up messages, warnings and a table of counts go to standard "
     "error.\n\n"
     "Exit status: 0 success; 1 output cannot be written; 2 bad usage or "
@@ -48,7 +53,7 @@ void AddCheckOptions(CLI::App& command, CheckOptions& options) {
       ->type_name("CSV");
   AddRunOptions(command, options.run);
   AddThreadsOption(command, options.run.threads);
-  AddVerdictOptions(command, options.verdicts, {"code"});
+  AddVerdictOptions(command, options.verdicts, IO::GivenPathColumns());
   command.add_flag("--known-types", options.knownTypes,
                    "Refuse a path whose type name is unknown");
   command.add_flag("--debug", options.debug,

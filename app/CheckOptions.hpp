@@ -18,9 +18,6 @@ struct CheckOptions {
   VerdictOptions verdicts;
   bool knownTypes = false;
   bool debug = false;
-
-  /// Whether there is a column code, the only one that can be added.
-  bool HasCode() const { return !verdicts.columns.empty(); }
 };
 
 /// Add the options and the help of check; @p options must outlive the parsing.

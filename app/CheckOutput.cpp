@@ -12,16 +12,21 @@ namespace ZARN::App {
 
 CheckOutput::CheckOutput(const CheckOptions& options, const IO::Origin& origin,
                          std::vector<std::string> nameColumns)
-    : nameColumns_(std::move(nameColumns)), hasCode_(options.HasCode()) {
+    : nameColumns_(std::move(nameColumns)),
+      columns_(options.verdicts.PairColumns()) {
   if (options.verdicts.WritesNTuple()) {
-    ntuple_.emplace(*options.verdicts.output, origin, options.HasCode());
+    ntuple_.emplace(*options.verdicts.output, origin, columns_);
     return;
   }
   csv_.emplace(options.verdicts.output);
   sidecar_.emplace(options.verdicts.output, origin);
   std::string header = "row,";
   for (const std::string& name : nameColumns_) header += name + ",";
-  csv_->Write(header + (hasCode_ ? "shadowed,by,code\n" : "shadowed,by\n"));
+  header += "shadowed,by";
+  for (const IO::PairColumn* const column : columns_) {
+    header += std::string(",") + column->name;
+  }
+  csv_->Write(header + "\n");
 }
 
 void CheckOutput::BeginBlock(const PathCheck::CheckedBlock& block,
@@ -48,10 +53,12 @@ void CheckOutput::BeginNTuple(const std::vector<bool>& areIntegers) {
 }
 
 void CheckOutput::Write(const std::string_view* names,
-                        DU::eShadowingComponent by) {
+                        DU::eShadowingComponent by,
+                        const IO::PathDetails& details) {
+  const IO::JudgedPair path = IO::JudgedPath(DU::VerdictOf(by), details);
   const std::uint64_t row = rows_++;
   if (ntuple_.has_value()) {
-    ntuple_->Fill(names, by);
+    ntuple_->Fill(names, path);
     return;
   }
   line_.clear();
@@ -62,9 +69,9 @@ void CheckOutput::Write(const std::string_view* names,
     line_ += ',';
   }
   IO::AppendVerdict(line_, by);
-  if (hasCode_) {
+  for (const IO::PairColumn* const column : columns_) {
     line_ += ',';
-    IO::AppendNumber(line_, static_cast<std::uint64_t>(DU::VerdictOf(by)));
+    IO::AppendCell(line_, *column, path);
   }
   line_ += '\n';
   csv_->Write(line_);

@@ -11,6 +11,8 @@
 #include "du/hardware/ShadowingComponent.hpp"
 #include "io/CsvTable.hpp"
 #include "io/OutputFile.hpp"
+#include "io/PairColumns.hpp"
+#include "io/PathDetails.hpp"
 #include "io/PathVerdictNTuple.hpp"
 #include "io/Sidecar.hpp"
 
@@ -35,8 +37,10 @@ class CheckOutput {
 
   /// Write the verdict on the next path.
   ///
-  /// @param names  one for each column of names
-  void Write(const std::string_view* names, DU::eShadowingComponent by);
+  /// @param names    one for each column of names
+  /// @param details  those that the columns need
+  void Write(const std::string_view* names, DU::eShadowingComponent by,
+             const IO::PathDetails& details);
 
   std::uint64_t Rows() const { return rows_; }
 
@@ -47,7 +51,7 @@ class CheckOutput {
   void BeginNTuple(const std::vector<bool>& areIntegers);
 
   std::vector<std::string> nameColumns_;
-  bool hasCode_;
+  std::vector<const IO::PairColumn*> columns_;
   std::uint64_t rows_ = 0;
 
   std::optional<IO::PathVerdictNTuple> ntuple_;

@@ -28,6 +28,7 @@ PathCheck::PathCheck(const DU::ShadowingCalculator& calculator,
     : calculator_(calculator),
       reader_(reader),
       options_(options),
+      details_(calculator, options.columns),
       // While one thread waits for the oldest block, others can continue.
       maxBlocks_(options.threads == 1 ? 1 : 2 * options.threads),
       batches_(options.threads),
@@ -69,6 +70,7 @@ void PathCheck::FindVerdicts(CheckedBlock& checked,
   checked.verdicts.clear();
   checked.withMessages.clear();
   checked.names.clear();
+  checked.details.clear();
   checked.firstTexts.assign(reader_.NameColumns().size(), std::nullopt);
   batch.resize(kBatchSize);
   std::size_t filled = 0;
@@ -78,6 +80,7 @@ void PathCheck::FindVerdicts(CheckedBlock& checked,
     checked.verdicts.resize(before + filled);
     calculator_.FindShadowing(batch.data(), filled,
                               checked.verdicts.data() + before);
+    AddDetails(batch.data(), filled, checked);
     filled = 0;
   };
 
@@ -97,6 +100,7 @@ void PathCheck::FindVerdicts(CheckedBlock& checked,
         checked.withMessages.push_back(
             {checked.verdicts.size(), reader_.TypeName(rows), withMessages});
         checked.verdicts.push_back(DU::eShadowingComponent::kNone);
+        AddDetails(&withMessages, 1, checked);
       } else if (++filled == batch.size()) {
         findBatch();
       }
@@ -106,6 +110,17 @@ void PathCheck::FindVerdicts(CheckedBlock& checked,
   }
   findBatch();
   checked.extent = rows.Read();
+}
+
+/// Add the details of the paths that were added last.
+void PathCheck::AddDetails(const DU::LightPath* paths, std::size_t count,
+                           CheckedBlock& checked) const {
+  if (!details_.IsNeeded()) return;
+  for (std::size_t i = 0; i < count; ++i) {
+    ThrowIfInterrupted();
+    details_.Find(paths[i], calculator_.FindShadowing(paths[i]),
+                  checked.details.emplace_back());
+  }
 }
 
 void PathCheck::TakeNames(const IO::CsvRows& rows,

@@ -8,6 +8,7 @@
 
 #include "du/ShadowingCalculator.hpp"
 #include "io/LightPathReader.hpp"
+#include "io/PathDetails.hpp"
 #include "scan/OrderedWork.hpp"
 
 namespace ZARN::App {
@@ -30,6 +31,8 @@ class PathCheck {
     /// messages.
     std::vector<DU::eShadowingComponent> verdicts;
     std::vector<PathWithMessages> withMessages;
+    /// For each path, if any are needed.
+    std::vector<IO::PathDetails> details;
     /// For each path the cells of the reader's NameColumns.
     std::vector<std::string_view> names;
     /// For each of these columns the error for the first cell that is not an
@@ -43,6 +46,7 @@ class PathCheck {
     std::size_t threads = 1;
     bool refusesUnknownTypes = false;  ///< with an error of the block
     bool wantsIntegerNames = false;    ///< sets firstTexts
+    std::vector<const IO::PairColumn*> columns = {};  ///< for the details
   };
 
   /// @param calculator  must outlive this; BeginOfRun was called
@@ -65,11 +69,14 @@ class PathCheck {
   bool Read(IO::CsvBlock& block);
   void FindVerdicts(CheckedBlock& checked,
                     std::vector<DU::LightPath>& batch) const;
+  void AddDetails(const DU::LightPath* paths, std::size_t count,
+                  CheckedBlock& checked) const;
   void TakeNames(const IO::CsvRows& rows, CheckedBlock& checked) const;
 
   const DU::ShadowingCalculator& calculator_;
   IO::LightPathReader& reader_;
   Options options_;
+  IO::DetailFinder details_;
   bool isAtEnd_ = false;
   std::exception_ptr failure_;  // why reading stopped
   std::size_t maxBlocks_;       // limit for blocks in work

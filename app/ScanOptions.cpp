@@ -36,8 +36,8 @@ constexpr const char* kVerdicts =
     "With --smear these columns follow, over the positions around the event:\n";
 
 constexpr const char* kColumns =
-    "Columns that --columns can add, in the order given (empty, in an RNTuple\n"
-    "NaN, if there is no path):\n";
+    "Columns that --columns can add, in the order given (empty, numbers in an\n"
+    "RNTuple NaN, if there is no path):\n";
 
 constexpr const char* kCountsAndExample =
     "The counts are: pmt or event, paths, shadowed, fraction, and by, the\n"
@@ -164,9 +164,8 @@ std::vector<const IO::PairColumn*> ScanOptions::AllColumns() const {
       all.push_back(&column);
     }
   }
-  for (const std::string& name : verdicts.columns) {
-    all.push_back(IO::FindPairColumn(name));
-  }
+  const auto chosen = verdicts.PairColumns();
+  all.insert(all.end(), chosen.begin(), chosen.end());
   return all;
 }
 

@@ -26,8 +26,10 @@ void WriteCounts(IO::CountsFile& file, const IO::NamedPosition& name,
 IO::JudgedPair PairOf(const TVector3& event, const TVector3& pmt,
                       DU::eVerdict verdict,
                       const DU::LightPathCalculator& lightPath,
-                      const Scan::SmearedCount& smeared) {
-  return {event, pmt, verdict, lightPath, smeared.paths, smeared.shadowed};
+                      const Scan::SmearedCount& smeared,
+                      const IO::PathDetails& details) {
+  return {event,   pmt, verdict, lightPath, smeared.paths, smeared.shadowed,
+          &details};
 }
 
 }  // namespace
@@ -38,7 +40,8 @@ ScanOutputs::ScanOutputs(const ScanOptions& options,
                          const std::vector<IO::NamedPosition>& pmts)
     : pmts_(pmts),
       slots_(Scan::RowScan::SlotsFor(options.run.threads)),
-      fields_{false, options.AllColumns()} {
+      fields_{false, options.AllColumns()},
+      details_(shadowing, fields_.columns) {
   for (Slot& slot : slots_) slot.lightPath = lightPath;
   IO::Origin origin = OriginOf(options.run, shadowing);
   origin.wavelength = options.wavelength;
@@ -67,10 +70,11 @@ ScanOutputs::ScanOutputs(const ScanOptions& options,
   if (options.perEvent.has_value()) {
     perEvent_.emplace(options.perEvent, "event", origin, kind);
   }
-  needsPaths_ =
-      options.paths.has_value() ||
-      std::any_of(fields_.columns.begin(), fields_.columns.end(),
-                  [](const auto* column) { return column->needsPath; });
+  needsPaths_ = options.paths.has_value() ||
+                std::any_of(fields_.columns.begin(), fields_.columns.end(),
+                            [](const auto* column) {
+                              return column->need != IO::eNeed::kNothing;
+                            });
 }
 
 std::size_t ScanOutputs::PairsPerBlock() const {
@@ -131,18 +135,27 @@ void ScanOutputs::AddRows(const Scan::RowBlock& block, std::size_t event,
     const bool hasPath = DU::HasPath(direct[pmt]);
     if (needsPaths_ && hasPath) {
       slot.lightPath.CalcByPosition(position, pmtPosition);
+      FindDetails(slot, direct[pmt]);
     }
     AddRow(block.slot, event, pmt, block.DirectType(event, pmt),
            PairOf(position, pmtPosition, direct[pmt], slot.lightPath,
-                  block.Smeared(event, pmt)));
+                  block.Smeared(event, pmt), slot.details));
     if (reflected == nullptr || !DU::HasPath(reflected[pmt])) continue;
     if (needsPaths_) {
       slot.lightPath.CalcReflectionByPosition(position, pmtPosition);
+      FindDetails(slot, reflected[pmt]);
     }
     AddRow(block.slot, event, pmt, DU::kWaterReflection,
            PairOf(position, pmtPosition, reflected[pmt], slot.lightPath,
-                  block.SmearedReflected(event, pmt)));
+                  block.SmearedReflected(event, pmt), slot.details));
   }
+}
+
+void ScanOutputs::FindDetails(Slot& slot, DU::eVerdict verdict) const {
+  if (!details_.IsNeeded()) return;
+  ThrowIfInterrupted();  // the details of a block may take seconds
+  details_.Find(slot.lightPath.GetLightPath(), DU::ComponentOf(verdict),
+                slot.details);
 }
 
 void ScanOutputs::AddRow(std::size_t slotNumber, std::size_t event,

@@ -10,6 +10,7 @@
 #include "io/CountsFile.hpp"
 #include "io/LightPathNTuple.hpp"
 #include "io/OutputFile.hpp"
+#include "io/PathDetails.hpp"
 #include "io/PieceText.hpp"
 #include "io/PositionReader.hpp"
 #include "io/Sidecar.hpp"
@@ -67,6 +68,7 @@ class ScanOutputs {
     DU::LightPathCalculator lightPath;
     std::vector<IO::NamedPosition> events;
     IO::PieceText::Piece rowBegin;  // of the current event
+    IO::PathDetails details;        // of the current path
     IO::PieceText verdicts;
     std::string paths;
   };
@@ -80,6 +82,7 @@ class ScanOutputs {
   /// Add the rows of some PMTs to what the slot holds.
   void AddRows(const Scan::RowBlock& block, std::size_t event,
                std::size_t begin, std::size_t end);
+  void FindDetails(Slot& slot, DU::eVerdict verdict) const;
   void AddRow(std::size_t slotNumber, std::size_t event, std::size_t pmt,
               DU::eLightPathType type, const IO::JudgedPair& pair);
   void FlushRows(std::size_t slotNumber);
@@ -92,6 +95,7 @@ class ScanOutputs {
   const std::vector<IO::NamedPosition>& pmts_;
   std::vector<Slot> slots_;
   IO::VerdictNTuple::Fields fields_;
+  IO::DetailFinder details_;
   bool needsPaths_ = false;  // whether light paths must be computed
   std::optional<IO::VerdictText> text_;
   std::optional<IO::OutputFile> verdicts_;

@@ -44,6 +44,14 @@ bool VerdictOptions::WritesNTuple() const {
   return output.has_value() && IO::IsRootFileName(*output);
 }
 
+std::vector<const IO::PairColumn*> VerdictOptions::PairColumns() const {
+  std::vector<const IO::PairColumn*> found;
+  for (const std::string& name : columns) {
+    found.push_back(IO::FindPairColumn(name));
+  }
+  return found;
+}
+
 void AddVerdictOptions(CLI::App& command, VerdictOptions& options,
                        const std::vector<std::string>& known) {
   command

@@ -4,6 +4,8 @@
 #include <string>
 #include <vector>
 
+#include "io/PairColumns.hpp"
+
 namespace CLI {
 class App;
 }
@@ -17,6 +19,9 @@ struct VerdictOptions {
 
   /// Whether the verdicts are written as an RNTuple, not as CSV.
   bool WritesNTuple() const;
+
+  /// The columns with these names.
+  std::vector<const IO::PairColumn*> PairColumns() const;
 };
 
 /// Add -o and --columns; @p options must outlive the parsing.

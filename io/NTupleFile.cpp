@@ -121,4 +121,47 @@ void NameField::Set(std::string_view name) {
   }
 }
 
+void ColumnField::AddTo(ROOT::RNTupleModel& model, const PairColumn& column) {
+  switch (column.kind) {
+    case eValue::kNumber:
+      model.MakeField<double>(column.name, column.description);
+      break;
+    case eValue::kWholeNumber:
+      model.MakeField<std::int32_t>(column.name, column.description);
+      break;
+    case eValue::kText:
+      model.MakeField<std::string>(column.name, column.description);
+      break;
+  }
+}
+
+ColumnField::ColumnField(NTupleFile::Rows& rows, const PairColumn& column)
+    : column_(column) {
+  switch (column.kind) {
+    case eValue::kNumber:
+      number_ = rows.Field<double>(column.name);
+      break;
+    case eValue::kWholeNumber:
+      wholeNumber_ = rows.Field<std::int32_t>(column.name);
+      break;
+    case eValue::kText:
+      text_ = rows.Field<std::string>(column.name);
+      break;
+  }
+}
+
+void ColumnField::Set(const JudgedPair& pair) {
+  switch (column_.kind) {
+    case eValue::kNumber:
+      *number_ = column_.value(pair).value_or(std::nan(""));
+      break;
+    case eValue::kWholeNumber:
+      *wholeNumber_ = static_cast<std::int32_t>(column_.value(pair).value());
+      break;
+    case eValue::kText:
+      *text_ = column_.text(pair);
+      break;
+  }
+}
+
 }  // namespace ZARN::IO

@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "io/Origin.hpp"
+#include "io/PairColumns.hpp"
 #include "io/PendingFile.hpp"
 
 namespace ZARN::IO {
@@ -116,6 +117,27 @@ class NameField {
 
  private:
   std::int64_t* integer_ = nullptr;
+  std::string* text_ = nullptr;
+};
+
+/// The field of a column: double, std::int32_t or std::string.
+class ColumnField {
+ public:
+  /// Define the field.
+  static void AddTo(ROOT::RNTupleModel& model, const PairColumn& column);
+
+  /// @param rows    must outlive this; their model has the field
+  /// @param column  must outlive this
+  ColumnField(NTupleFile::Rows& rows, const PairColumn& column);
+
+  /// Set the value of the next row.
+  void Set(const JudgedPair& pair);
+
+ private:
+  const PairColumn& column_;
+  // One of these:
+  double* number_ = nullptr;
+  std::int32_t* wholeNumber_ = nullptr;
   std::string* text_ = nullptr;
 };
 

@@ -2,6 +2,8 @@
 
 #include <algorithm>
 
+#include "io/PathDetails.hpp"
+
 namespace ZARN::IO {
 namespace {
 
@@ -61,9 +63,24 @@ std::optional<double> SmearedPaths(const JudgedPair& pair) {
   return static_cast<double>(pair.smearedPaths);
 }
 
+std::optional<double> CriticalTolerance(const JudgedPair& pair) {
+  if (!DU::HasPath(pair.verdict)) return std::nullopt;
+  return pair.details->critical.Smallest();
+}
+
+std::string_view CriticalBy(const JudgedPair& pair) {
+  if (!DU::HasPath(pair.verdict)) return "";
+  return DU::NameOf(pair.details->critical.By());
+}
+
+std::string_view Item(const JudgedPair& pair) {
+  if (!DU::HasPath(pair.verdict)) return "";
+  return pair.details->item;
+}
+
 template <ValueOfPath kValue>
 PairColumn PathColumn(const char* name, const char* description) {
-  return {name, description, true, false, OfPath<kValue>};
+  return {name, description, eNeed::kPath, eValue::kNumber, OfPath<kValue>};
 }
 
 std::vector<PairColumn> MakeColumns() {
@@ -86,30 +103,55 @@ std::vector<PairColumn> MakeColumns() {
       PathColumn<Final<0>>("final_x", "direction of travel at the PMT"),
       PathColumn<Final<1>>("final_y", "direction of travel at the PMT"),
       PathColumn<Final<2>>("final_z", "direction of travel at the PMT"),
-      {"code", "number of the verdict", false, true, Code},
-      {"event_x", "position of the event, mm", false, false, Event<0>},
-      {"event_y", "position of the event, mm", false, false, Event<1>},
-      {"event_z", "position of the event, mm", false, false, Event<2>},
-      {"pmt_x", "position of the PMT, mm", false, false, PMT<0>},
-      {"pmt_y", "position of the PMT, mm", false, false, PMT<1>},
-      {"pmt_z", "position of the PMT, mm", false, false, PMT<2>},
+      {"code", "number of the verdict", eNeed::kNothing, eValue::kWholeNumber,
+       Code},
+      {"event_x", "position of the event, mm", eNeed::kNothing, eValue::kNumber,
+       Event<0>},
+      {"event_y", "position of the event, mm", eNeed::kNothing, eValue::kNumber,
+       Event<1>},
+      {"event_z", "position of the event, mm", eNeed::kNothing, eValue::kNumber,
+       Event<2>},
+      {"pmt_x", "position of the PMT, mm", eNeed::kNothing, eValue::kNumber,
+       PMT<0>},
+      {"pmt_y", "position of the PMT, mm", eNeed::kNothing, eValue::kNumber,
+       PMT<1>},
+      {"pmt_z", "position of the PMT, mm", eNeed::kNothing, eValue::kNumber,
+       PMT<2>},
+      {"critical_tolerance", "smallest tolerance that blocks the path, mm",
+       eNeed::kCriticalTolerances, eValue::kNumber, CriticalTolerance},
+      {"critical_by", "the component that blocks it at this tolerance",
+       eNeed::kCriticalTolerances, eValue::kText, nullptr, CriticalBy},
+      {"item", "the rope, plate or anchor that blocks it", eNeed::kItem,
+       eValue::kText, nullptr, Item},
   };
 }
 
 }  // namespace
+
+JudgedPair JudgedPath(DU::eVerdict verdict, const PathDetails& details) {
+  static const TVector3 noPosition;
+  static const DU::LightPathCalculator noPath;
+  return {noPosition, noPosition, verdict, noPath, 0, 0, &details};
+}
 
 const std::vector<PairColumn>& PairColumns() {
   static const std::vector<PairColumn> columns = MakeColumns();
   return columns;
 }
 
+const std::vector<std::string>& GivenPathColumns() {
+  static const std::vector<std::string> names = {"code", "critical_tolerance",
+                                                 "critical_by", "item"};
+  return names;
+}
+
 const std::vector<PairColumn>& SmearedColumns() {
   static const std::vector<PairColumn> columns = {
       {"smeared_fraction",
-       "share of the positions with a path that are shadowed", false, false,
-       SmearedFraction},
-      {"smeared_paths", "number of positions with a path", false, true,
-       SmearedPaths}};
+       "share of the positions with a path that are shadowed", eNeed::kNothing,
+       eValue::kNumber, SmearedFraction},
+      {"smeared_paths", "number of positions with a path", eNeed::kNothing,
+       eValue::kWholeNumber, SmearedPaths}};
   return columns;
 }
 

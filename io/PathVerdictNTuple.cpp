@@ -17,13 +17,13 @@ struct PathVerdictNTuple::Fields {
   std::vector<NameField> names;
   std::int32_t* shadowed = nullptr;
   std::string* by = nullptr;
-  std::int32_t* code = nullptr;  // null without this field
+  std::vector<ColumnField> columns;
 };
 
 PathVerdictNTuple::PathVerdictNTuple(const std::string& path, Origin origin,
-                                     bool hasCode)
+                                     std::vector<const PairColumn*> columns)
     : origin_(std::move(origin)),
-      hasCode_(hasCode),
+      columns_(std::move(columns)),
       fields_(new Fields(path)) {}
 
 PathVerdictNTuple::~PathVerdictNTuple() = default;
@@ -36,9 +36,8 @@ void PathVerdictNTuple::Begin(const std::vector<NameColumn>& names) {
   }
   model->MakeField<std::int32_t>("shadowed", "1 shadowed, 0 not");
   model->MakeField<std::string>("by", "the component that shadows it, if any");
-  if (hasCode_) {
-    model->MakeField<std::int32_t>("code", "number of the verdict");
-  }
+  for (const PairColumn* const column : columns_)
+    ColumnField::AddTo(*model, *column);
   fields_->file.Begin("verdicts", origin_, std::move(model));
   NTupleFile::Rows& rows = fields_->file.AddRows();
   fields_->rows = &rows;
@@ -48,19 +47,19 @@ void PathVerdictNTuple::Begin(const std::vector<NameColumn>& names) {
   }
   fields_->shadowed = rows.Field<std::int32_t>("shadowed");
   fields_->by = rows.Field<std::string>("by");
-  if (hasCode_) fields_->code = rows.Field<std::int32_t>("code");
+  for (const PairColumn* const column : columns_) {
+    fields_->columns.emplace_back(rows, *column);
+  }
 }
 
 bool PathVerdictNTuple::HasBegun() const { return fields_->rows != nullptr; }
 
 void PathVerdictNTuple::Fill(const std::string_view* names,
-                             DU::eShadowingComponent by) {
+                             const JudgedPair& path) {
   for (NameField& name : fields_->names) name.Set(*names++);
-  *fields_->shadowed = by == DU::eShadowingComponent::kNone ? 0 : 1;
-  *fields_->by = DU::NameOf(by);
-  if (hasCode_) {
-    *fields_->code = static_cast<std::int32_t>(DU::VerdictOf(by));
-  }
+  *fields_->shadowed = DU::IsShadowed(path.verdict) ? 1 : 0;
+  *fields_->by = DU::NameOf(DU::ComponentOf(path.verdict));
+  for (ColumnField& column : fields_->columns) column.Set(path);
   fields_->rows->Fill();
   ++*fields_->row;
 }

@@ -5,8 +5,8 @@
 #include <string_view>
 #include <vector>
 
-#include "du/hardware/ShadowingComponent.hpp"
 #include "io/Origin.hpp"
+#include "io/PairColumns.hpp"
 
 namespace ZARN::IO {
 
@@ -15,7 +15,7 @@ namespace ZARN::IO {
 ///
 /// The RNTuple is called "verdicts" and has the fields row (std::uint64_t, from
 /// 0), names that were given with the paths (integers or strings), shadowed (0
-/// or 1), by (string) and code, if wanted (eVerdict). Its description is a JSON
+/// or 1), by (string) and those of a list of columns. Its description is a JSON
 /// object with the Origin.
 class PathVerdictNTuple {
  public:
@@ -24,9 +24,11 @@ class PathVerdictNTuple {
     bool isInteger = false;  ///< whether IntegerOf has a value for every cell
   };
 
-  /// @param path  as for VerdictNTuple
+  /// @param path     as for VerdictNTuple
+  /// @param columns  some of GivenPathColumns
   /// @throws OutputFailure if the file cannot be created
-  PathVerdictNTuple(const std::string& path, Origin origin, bool hasCode);
+  PathVerdictNTuple(const std::string& path, Origin origin,
+                    std::vector<const PairColumn*> columns);
   ~PathVerdictNTuple();
 
   /// Define the fields, before the first row.
@@ -39,7 +41,7 @@ class PathVerdictNTuple {
   ///
   /// @param names  one for each column of names
   /// @throws OutputFailure
-  void Fill(const std::string_view* names, DU::eShadowingComponent by);
+  void Fill(const std::string_view* names, const JudgedPair& path);
 
   /// Write buffered data, after Begin; then move the finished file to its final
   /// name.
@@ -52,7 +54,7 @@ class PathVerdictNTuple {
   struct Fields;  // in ROOT's terms
 
   Origin origin_;
-  bool hasCode_;
+  std::vector<const PairColumn*> columns_;
   std::unique_ptr<Fields> fields_;
 };
 

@@ -59,6 +59,7 @@ struct VerdictNTuple::Block::Entry {
   std::int32_t shadowedValue = 0;
   std::vector<double> values;             // of the columns
   std::vector<std::int32_t> wholeValues;  // of those that are whole
+  std::vector<std::string> texts;         // of those that are text
 
   explicit Entry(NTupleFile::Rows& itsRows)
       : rows(itsRows),
@@ -78,12 +79,19 @@ VerdictNTuple::Block::Block(const VerdictNTuple& owner)
   const std::vector<const PairColumn*>& columns = owner_.fields_.columns;
   entry.values.resize(columns.size());
   entry.wholeValues.resize(columns.size());
+  entry.texts.resize(columns.size());
   for (std::size_t i = 0; i < columns.size(); ++i) {
     const ROOT::RFieldToken token = entry.row->GetToken(columns[i]->name);
-    if (columns[i]->isWhole) {
-      entry.row->BindRawPtr(token, &entry.wholeValues[i]);
-    } else {
-      entry.row->BindRawPtr(token, &entry.values[i]);
+    switch (columns[i]->kind) {
+      case eValue::kNumber:
+        entry.row->BindRawPtr(token, &entry.values[i]);
+        break;
+      case eValue::kWholeNumber:
+        entry.row->BindRawPtr(token, &entry.wholeValues[i]);
+        break;
+      case eValue::kText:
+        entry.row->BindRawPtr(token, &entry.texts[i]);
+        break;
     }
   }
 }
@@ -120,11 +128,17 @@ void VerdictNTuple::Block::Fill(std::size_t pmt, DU::eLightPathType type,
   }
   const std::vector<const PairColumn*>& columns = owner_.fields_.columns;
   for (std::size_t i = 0; i < columns.size(); ++i) {
-    const std::optional<double> value = columns[i]->value(pair);
-    if (columns[i]->isWhole) {
-      entry.wholeValues[i] = static_cast<std::int32_t>(value.value());
-    } else {
-      entry.values[i] = value.value_or(std::nan(""));
+    switch (columns[i]->kind) {
+      case eValue::kNumber:
+        entry.values[i] = columns[i]->value(pair).value_or(std::nan(""));
+        break;
+      case eValue::kWholeNumber:
+        entry.wholeValues[i] =
+            static_cast<std::int32_t>(columns[i]->value(pair).value());
+        break;
+      case eValue::kText:
+        entry.texts[i] = columns[i]->text(pair);
+        break;
     }
   }
   entry.rows.Fill(*entry.row);
@@ -154,11 +168,7 @@ void VerdictNTuple::Begin(const Fields& fields, std::size_t blocks) {
   model->MakeField<std::string>(
       "by", "the component that shadows it, if any; or no path");
   for (const PairColumn* const column : fields.columns) {
-    if (column->isWhole) {
-      model->MakeField<std::int32_t>(column->name, column->description);
-    } else {
-      model->MakeField<double>(column->name, column->description);
-    }
+    ColumnField::AddTo(*model, *column);
   }
   file_->Begin("verdicts", origin_, std::move(model));
   for (std::size_t i = 0; i < blocks; ++i) {

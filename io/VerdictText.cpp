@@ -3,6 +3,8 @@
 #include <optional>
 #include <utility>
 
+#include "io/CsvText.hpp"
+
 namespace ZARN::IO {
 namespace {
 
@@ -24,6 +26,16 @@ void AppendPathVerdict(std::string& text, DU::eLightPathType type,
 void AppendVerdict(std::string& text, DU::eShadowingComponent by) {
   text += by == DU::eShadowingComponent::kNone ? "0," : "1,";
   text += DU::NameOf(by);
+}
+
+void AppendCell(std::string& text, const PairColumn& column,
+                const JudgedPair& pair) {
+  if (column.kind == eValue::kText) {
+    text += CsvCell(column.text(pair));
+    return;
+  }
+  const std::optional<double> value = column.value(pair);
+  if (value.has_value()) AppendNumber(text, *value);
 }
 
 VerdictText::VerdictText(const std::vector<NamedPosition>& pmts,
@@ -58,6 +70,12 @@ std::string VerdictText::Header() const {
 void VerdictText::AppendColumns(PieceText& text, const JudgedPair& pair) const {
   for (const PairColumn* const column : columns_) {
     text.Append(',');
+    if (column->kind == eValue::kText) {
+      const std::string cell = CsvCell(column->text(pair));
+      text.Reserve(cell.size());
+      text.Append<0>(cell);
+      continue;
+    }
     const std::optional<double> value = column->value(pair);
     if (value.has_value()) text.AppendNumber(*value);
   }

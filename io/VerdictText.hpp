@@ -21,6 +21,10 @@ inline constexpr const char* kNoPath = "no path";
 /// Append the cells shadowed (0 or 1) and by, without a line end.
 void AppendVerdict(std::string& text, DU::eShadowingComponent by);
 
+/// Append the cell of a column.
+void AppendCell(std::string& text, const PairColumn& column,
+                const JudgedPair& pair);
+
 /// Makes the CSV rows of verdicts: the columns event, pmt, type, shadowed and
 /// by, and then those of a list. Without a path type and shadowed are empty and
 /// by is kNoPath.

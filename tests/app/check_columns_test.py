@@ -68,6 +68,27 @@ class Columns(CheckTest):
         self.assertEqual(found.fields, ["row", "shadowed", "by", "code"])
         self.assertEqual(found.column("code"), [4, 0, 0])
 
+    def test_details_are_those_of_the_path(self):
+        # The anchor reaches 60 mm, and 141.4 mm from this point.
+        paths = self.paths(NEAR_ANCHOR, path("AV->Water", av1=(0.0, 100.0, -5700.0)),
+                           FAR_FROM_ANCHOR, path("odd"))
+        columns = ("--columns", "item,critical_tolerance,critical_by,code")
+        result = self.check(paths, *columns)
+        header, *rows = csv.reader(io.StringIO(result.out.decode()), strict=True)
+        self.assertEqual(header[3:], ["item", "critical_tolerance", "critical_by", "code"])
+        self.assertEqual([row[3] for row in rows], ["anchor 0", "anchor 0", "", ""])
+        self.assertEqual([row[5] for row in rows], ["NCDAnchor"] * 4)
+        # The first double above is where the limit, 60 plus this, is above the distance.
+        for row, wanted in zip(rows, (-60, 20000**0.5 - 60, 11660 - 60)):
+            self.assertAlmostEqual(float(row[4]), wanted, delta=1e-9)
+        self.assertEqual([row[6] for row in rows], ["4", "4", "0", "0"])
+        self.assertEqual(self.check(paths, *columns, "--threads", 3).out, result.out)
+        self.check(paths, *columns, "-o", "out.root")
+        found = NTuple("verdicts", self.folder / "out.root")
+        self.assertEqual(found.fields, header)
+        self.assertEqual([[str(v) for v in row[3:]] for row in found.rows],
+                         [[row[3], str(float(row[4])), *row[5:]] for row in rows])
+
     def test_a_column_that_is_not_known_or_given_twice_is_refused(self):
         for columns, message in (("cod", '"cod"; did you mean code?'), ("", '""'),
                                  ("code,", '""'), ("code;", '"code;"; did you mean code?'),

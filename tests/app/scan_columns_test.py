@@ -1,6 +1,8 @@
 #!/usr/bin/env python3
 """More columns of `zarn-shadow scan`."""
 
+import collections
+import json
 import math
 import re
 import sys
@@ -8,15 +10,17 @@ import unittest
 
 sys.dont_write_bytecode = True  # the source folder stays clean
 
-from command_support import COMPONENTS, PROGRAM
+from command_support import ANCHOR, COMPONENTS, NECK_BOSS, PLATE, PROGRAM
 from light_support import MEDIA_OF, length, minus
+from root_support import NTuple
 from scan_support import (
-    CENTRE, INDICES, NEAR_THE_WALL, OPTICS, REFLECTING, ScanTest, TOP, VERDICT_HEADER, optics,
+    BOTTOM, CENTRE, INDICES, NEAR_THE_WALL, OPTICS, REFLECTING, ScanTest, TOP, VERDICT_HEADER, optics,
     paths_of, random_events, random_pmts, records)
 
 NAMES = ["time", "length_inner", "length_av", "length_water", "optical_length", "angle",
          "initial_x", "initial_y", "initial_z", "final_x", "final_y", "final_z", "code",
          "event_x", "event_y", "event_z", "pmt_x", "pmt_y", "pmt_z"]
+DETAILS = ["critical_tolerance", "critical_by", "item"]
 SPEED_OF_LIGHT = 299.792458  # mm/ns
 
 
@@ -97,6 +101,65 @@ class Columns(ScanTest):
                   "out.root", "--reflections")
         self.assertEqual(self.read("out.root")[:4], b"root")
 
+    def test_the_critical_tolerance_is_where_the_verdict_changes(self):
+        geometry = self.tables(*OPTICS, *ANCHOR, *PLATE)
+        events, pmts = random_events(6, 330), [BOTTOM, *random_pmts(20, 331)]
+        rows = self.table(events, pmts, DETAILS, "--reflections", geometry=geometry)
+        seen = set()
+        for tolerance in (-20, 0, 150, 2000, 5000):
+            verdicts = self.table(events, pmts, ["code"], "--reflections",
+                                  f"--tolerance={tolerance}", geometry=geometry)
+            for row, verdict in zip(rows, verdicts, strict=True):
+                if not row["type"]:
+                    self.assertEqual([row[name] for name in DETAILS], ["", "", ""])
+                    continue
+                critical = float(row["critical_tolerance"])
+                self.assertEqual(verdict["shadowed"], str(int(critical <= tolerance)))
+                self.assertEqual(row["critical_by"] == "", critical == math.inf)
+                seen.add(row["critical_by"])
+        self.assertEqual(seen, {"", "BellyPlate", "NCDAnchor"})
+
+    def test_what_always_blocks_has_a_critical_tolerance_of_minus_infinity(self):
+        geometry = self.tables(*OPTICS, *NECK_BOSS)
+        rows = self.table([CENTRE], [TOP, BOTTOM], DETAILS, geometry=geometry)
+        self.assertEqual([[row[name] for name in DETAILS] for row in rows],
+                         [["-inf", "NeckBoss", ""], ["inf", "", ""]])
+
+    def test_the_item_is_that_of_explain(self):
+        geometry = self.reference_tables()
+        events = {f"e{i}": p for i, p in enumerate(random_events(6, 340))}
+        pmts = {f"p{i}": p for i, p in enumerate(random_pmts(30, 341))}
+        rows = self.table(events, pmts, ["item"], geometry=geometry)
+        kinds = collections.Counter()
+        for row in rows:
+            kind = row["item"].partition(" ")[0]
+            kinds[kind] += 1
+            if kinds[kind] > 4:
+                continue
+            explained = json.loads(self.run_command(
+                [PROGRAM, "explain", "--geometry", geometry, "--events", "events.csv", "--event",
+                 row["event"], "--pmts", "pmts.csv", "--pmt", row["pmt"], "--json"]).out)
+            items = [finding["item"] for component in explained.get("components", [])
+                     if component["component"] == row["by"]
+                     for finding in component["findings"] if finding["blocks"]]
+            self.assertEqual(row["item"], items[0]["name"] if items and items[0] else "")
+        self.assertGreater(len(kinds), 3, kinds)
+
+    def test_details_are_the_same_on_any_number_of_threads_and_in_a_root_file(self):
+        arguments = (random_events(5, 350), random_pmts(40, 351), "--columns",
+                     ",".join(DETAILS), "--reflections")
+        geometry = self.reference_tables()
+        one = self.scan(*arguments, "--threads", 1, geometry=geometry).out
+        self.assertEqual(self.scan(*arguments, "--threads", 5, geometry=geometry).out, one)
+        self.scan(*arguments, "-o", "out.root", geometry=geometry)
+        found = NTuple("verdicts", self.folder / "out.root")
+        for name in ("critical_by", "item"):
+            column = records(one)[0].index(name)
+            self.assertEqual(found.column(name), [cells[column] for cells in records(one)[1:]])
+        column = records(one)[0].index("critical_tolerance")
+        self.assertEqual([repr(value) for value in found.column("critical_tolerance")],
+                         [repr(float(cells[column] or "nan")) for cells in records(one)[1:]])
+
     def test_bad_lists_are_refused(self):
         for text, wanted in (
                 ("tme", 'there is no column "tme"; did you mean time?'),
@@ -116,7 +179,7 @@ class Columns(ScanTest):
 
     def test_the_help_lists_all_names(self):
         shown = self.run_command([PROGRAM, "scan", "--help"]).out.decode()
-        for name in NAMES:
+        for name in NAMES + DETAILS:
             self.assertRegex(shown, rf"\n  {name}  ")
 
 

@@ -5,6 +5,8 @@
 #include <set>
 #include <string>
 
+#include "io/PathDetails.hpp"
+
 namespace ZARN::IO {
 namespace {
 
@@ -45,9 +47,28 @@ TEST(PairColumns, GivesNoValueOfAPathThatDoesNotExist) {
   const DU::LightPathCalculator path = PathInWater();  // of another pair
   const JudgedPair pair = {kEvent, kPMT, DU::eVerdict::kTotalReflection, path};
   for (const PairColumn& column : PairColumns()) {
-    EXPECT_EQ(column.value(pair).has_value(), !column.needsPath) << column.name;
+    if (column.kind == eValue::kText) {
+      EXPECT_EQ(column.text(pair), "") << column.name;
+    } else {
+      EXPECT_EQ(column.value(pair).has_value(), column.need == eNeed::kNothing)
+          << column.name;
+    }
   }
   EXPECT_EQ(FindPairColumn("code")->value(pair), 7.0);
+}
+
+TEST(PairColumns, GivesTheDetailsOfThePath) {
+  PathDetails details;
+  details.critical.of = {1.5, -2.5, 3, 4, 5, 6};
+  details.item = "support ropes 2, back";
+  const JudgedPair pair = JudgedPath(DU::eVerdict::kAVHDRope, details);
+  EXPECT_EQ(FindPairColumn("critical_tolerance")->value(pair), -2.5);
+  EXPECT_EQ(FindPairColumn("critical_by")->text(pair), "SupportRope");
+  EXPECT_EQ(FindPairColumn("item")->text(pair), "support ropes 2, back");
+  EXPECT_EQ(FindPairColumn("code")->value(pair), 1.0);
+  for (const std::string& name : GivenPathColumns()) {
+    EXPECT_NE(FindPairColumn(name), nullptr) << name;
+  }
 }
 
 TEST(PairColumns, FindsEachByItsName) {

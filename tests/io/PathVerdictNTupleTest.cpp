@@ -9,12 +9,11 @@
 #include <string_view>
 
 #include "io/Errors.hpp"
+#include "io/PathDetails.hpp"
 #include "tests/support/InFolder.hpp"
 
 namespace ZARN::IO {
 namespace {
-
-using DU::eShadowingComponent;
 
 class PathVerdictNTupleTest : public Testing::InFolder {
  protected:
@@ -23,13 +22,19 @@ class PathVerdictNTupleTest : public Testing::InFolder {
 
 TEST_F(PathVerdictNTupleTest, StoresRowsNamesAndVerdicts) {
   {
-    PathVerdictNTuple file("verdicts.root", origin_, true);
+    PathVerdictNTuple file(
+        "verdicts.root", origin_,
+        {FindPairColumn("code"), FindPairColumn("critical_tolerance"),
+         FindPairColumn("item")});
     EXPECT_FALSE(file.HasBegun());
     file.Begin({{"event", true}, {"pmt", false}});
     const std::array<std::string_view, 2> first = {"12", "a b"};
-    file.Fill(first.data(), eShadowingComponent::kNeckBoss);
+    PathDetails details;
+    details.critical.of.fill(12.5);
+    details.item = "rope 7, leg P1";
+    file.Fill(first.data(), JudgedPath(DU::eVerdict::kNeckBoss, details));
     const std::array<std::string_view, 2> second = {"-3", ""};
-    file.Fill(second.data(), eShadowingComponent::kNone);
+    file.Fill(second.data(), JudgedPath(DU::eVerdict::kClear, {}));
     file.Finish();
     file.Commit();
   }
@@ -47,11 +52,14 @@ TEST_F(PathVerdictNTupleTest, StoresRowsNamesAndVerdicts) {
   EXPECT_EQ(reader->GetView<std::string>("by")(1), "");
   EXPECT_EQ(reader->GetView<std::int32_t>("code")(0), 6);
   EXPECT_EQ(reader->GetView<std::int32_t>("code")(1), 0);
+  EXPECT_EQ(reader->GetView<double>("critical_tolerance")(0), 12.5);
+  EXPECT_EQ(reader->GetView<std::string>("item")(0), "rope 7, leg P1");
+  EXPECT_EQ(reader->GetView<std::string>("item")(1), "");
 }
 
 TEST_F(PathVerdictNTupleTest, HasOnlyTheFieldsThatAreAskedFor) {
   {
-    PathVerdictNTuple file("verdicts.root", origin_, false);
+    PathVerdictNTuple file("verdicts.root", origin_, {});
     file.Begin({});
     file.Finish();
     file.Commit();
@@ -67,15 +75,15 @@ TEST_F(PathVerdictNTupleTest, HasOnlyTheFieldsThatAreAskedFor) {
 TEST_F(PathVerdictNTupleTest, KeepsTheOldFileWithoutCommit) {
   Put("verdicts.root", "former");
   {
-    PathVerdictNTuple file("verdicts.root", origin_, false);
+    PathVerdictNTuple file("verdicts.root", origin_, {});
     file.Begin({});
-    file.Fill(nullptr, eShadowingComponent::kNone);
+    file.Fill(nullptr, JudgedPath(DU::eVerdict::kClear, {}));
   }
   EXPECT_EQ(Text("verdicts.root"), "former");
 }
 
 TEST_F(PathVerdictNTupleTest, ThrowsIfItCannotWrite) {
-  EXPECT_THROW(PathVerdictNTuple("nowhere/verdicts.root", origin_, false),
+  EXPECT_THROW(PathVerdictNTuple("nowhere/verdicts.root", origin_, {}),
                OutputFailure);
 }
 
