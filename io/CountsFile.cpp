@@ -13,7 +13,9 @@ CountsFile::CountsFile(const std::optional<std::string>& path,
     ntuple_.emplace(*path, nameColumn, origin, counts);
   } else {
     csv_.emplace(path);
-    csv_->Write(nameColumn + ",paths,shadowed,fraction,by" +
+    csv_->Write(nameColumn +
+                (counts_ == eCounts::kAtTolerances ? ",tolerance" : "") +
+                ",paths,shadowed,fraction,by" +
                 (counts_ == eCounts::kSmeared ? ",smeared_fraction\n" : "\n"));
   }
 }
@@ -24,19 +26,25 @@ void CountsFile::Begin(bool hasIntegerNames) {
 
 void CountsFile::Write(const NamedPosition& item, std::uint64_t paths,
                        std::uint64_t shadowed, DU::eShadowingComponent by,
-                       std::optional<double> smearedFraction) {
+                       std::optional<double> smearedFraction,
+                       double tolerance) {
   if (ntuple_.has_value()) {
-    ntuple_->Write(item.name, paths, shadowed, by, smearedFraction);
+    ntuple_->Write(item.name, paths, shadowed, by, smearedFraction, tolerance);
   } else {
-    WriteLine(item.cell, paths, shadowed, by, smearedFraction);
+    WriteLine(item.cell, paths, shadowed, by, smearedFraction, tolerance);
   }
 }
 
 void CountsFile::WriteLine(const std::string& cell, std::uint64_t paths,
                            std::uint64_t shadowed, DU::eShadowingComponent by,
-                           std::optional<double> smearedFraction) {
-  std::string line =
-      cell + "," + std::to_string(paths) + "," + std::to_string(shadowed) + ",";
+                           std::optional<double> smearedFraction,
+                           double tolerance) {
+  std::string line = cell + ",";
+  if (counts_ == eCounts::kAtTolerances) {
+    AppendNumber(line, tolerance);
+    line += ",";
+  }
+  line += std::to_string(paths) + "," + std::to_string(shadowed) + ",";
   if (paths > 0) {
     AppendNumber(line,
                  static_cast<double>(shadowed) / static_cast<double>(paths));

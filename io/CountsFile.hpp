@@ -15,7 +15,9 @@ namespace ZARN::IO {
 /// A file with one row of counts per PMT or per event: CSV, or a CountsNTuple
 /// if its name ends in ".root". Columns: the name, paths, shadowed, fraction
 /// (empty if there are no paths) and by, the component that shadows most paths;
-/// and smeared_fraction for smeared counts (empty if there is none).
+/// and smeared_fraction for smeared counts (empty if there is none). Counts at
+/// several tolerances have a row for each, and the column tolerance (mm) after
+/// the name.
 class CountsFile {
  public:
   /// @param path        as for OutputFile and CountsNTuple
@@ -35,11 +37,13 @@ class CountsFile {
   /// @param paths     number of light paths
   /// @param shadowed  number of shadowed light paths
   /// @param by        the component that shadows most, kNone for none
-  /// @param smearedFraction  ignored for plain counts
+  /// @param smearedFraction  used only for smeared counts
+  /// @param tolerance        used only for counts at several tolerances
   /// @throws as OutputFile::Write
   void Write(const NamedPosition& item, std::uint64_t paths,
              std::uint64_t shadowed, DU::eShadowingComponent by,
-             std::optional<double> smearedFraction = std::nullopt);
+             std::optional<double> smearedFraction = std::nullopt,
+             double tolerance = 0.0);
 
   /// As in OutputFile.
   void Finish();
@@ -48,7 +52,7 @@ class CountsFile {
  private:
   void WriteLine(const std::string& cell, std::uint64_t paths,
                  std::uint64_t shadowed, DU::eShadowingComponent by,
-                 std::optional<double> smearedFraction);
+                 std::optional<double> smearedFraction, double tolerance);
 
   eCounts counts_;
   // One of these:

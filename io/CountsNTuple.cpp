@@ -14,11 +14,12 @@ struct CountsNTuple::Fields {
   NTupleFile file;
   NTupleFile::Rows* rows = nullptr;
   std::optional<NameField> name;
+  double* tolerance = nullptr;  // null except at several tolerances
   std::uint64_t* paths = nullptr;
   std::uint64_t* shadowed = nullptr;
   double* fraction = nullptr;
   std::string* by = nullptr;
-  double* smearedFraction = nullptr;  // null for plain counts
+  double* smearedFraction = nullptr;  // null except for smeared counts
 };
 
 CountsNTuple::CountsNTuple(const std::string& path,
@@ -34,6 +35,9 @@ CountsNTuple::~CountsNTuple() = default;
 void CountsNTuple::Begin(bool hasIntegerNames) {
   auto model = ROOT::RNTupleModel::Create();
   NameField::AddTo(*model, nameColumn_, hasIntegerNames);
+  if (counts_ == eCounts::kAtTolerances) {
+    model->MakeField<double>("tolerance", "mm");
+  }
   model->MakeField<std::uint64_t>("paths", "number of light paths");
   model->MakeField<std::uint64_t>("shadowed", "number of those shadowed");
   model->MakeField<double>("fraction",
@@ -49,6 +53,9 @@ void CountsNTuple::Begin(bool hasIntegerNames) {
   NTupleFile::Rows& rows = fields_->file.AddRows();
   fields_->rows = &rows;
   fields_->name.emplace(rows, nameColumn_, hasIntegerNames);
+  if (counts_ == eCounts::kAtTolerances) {
+    fields_->tolerance = rows.Field<double>("tolerance");
+  }
   fields_->paths = rows.Field<std::uint64_t>("paths");
   fields_->shadowed = rows.Field<std::uint64_t>("shadowed");
   fields_->fraction = rows.Field<double>("fraction");
@@ -60,8 +67,10 @@ void CountsNTuple::Begin(bool hasIntegerNames) {
 
 void CountsNTuple::Write(const std::string& name, std::uint64_t paths,
                          std::uint64_t shadowed, DU::eShadowingComponent by,
-                         std::optional<double> smearedFraction) {
+                         std::optional<double> smearedFraction,
+                         double tolerance) {
   fields_->name->Set(name);
+  if (fields_->tolerance != nullptr) *fields_->tolerance = tolerance;
   *fields_->paths = paths;
   *fields_->shadowed = shadowed;
   *fields_->fraction =

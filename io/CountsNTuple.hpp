@@ -11,7 +11,7 @@
 namespace ZARN::IO {
 
 /// Which columns counts have.
-enum class eCounts { kPlain, kSmeared };
+enum class eCounts { kPlain, kSmeared, kAtTolerances };
 
 /// A ROOT file with the counts of CountsFile, which appears complete or not at
 /// all.
@@ -19,7 +19,8 @@ enum class eCounts { kPlain, kSmeared };
 /// The RNTuple is called "counts" and has the fields of the CSV columns: the
 /// name (integer or string), paths and shadowed (std::uint64_t), fraction
 /// (double, NaN if there are no paths) and by (string); and smeared_fraction
-/// for smeared counts (double, NaN if there is none).
+/// for smeared counts (double, NaN if there is none), tolerance (double) for
+/// counts at several tolerances.
 class CountsNTuple {
  public:
   /// @param path        as for VerdictNTuple
@@ -41,7 +42,7 @@ class CountsNTuple {
   /// @throws OutputFailure
   void Write(const std::string& name, std::uint64_t paths,
              std::uint64_t shadowed, DU::eShadowingComponent by,
-             std::optional<double> smearedFraction);
+             std::optional<double> smearedFraction, double tolerance);
 
   /// Write buffered data, then move the finished file to its final name.
   ///

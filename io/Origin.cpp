@@ -9,8 +9,12 @@ std::string Describe(const Origin& origin) {
       {"program", origin.program},
       {"version", origin.version},
       {"run", origin.run},
-      {"tolerance", origin.tolerance},
   };
+  if (origin.tolerances.empty()) {
+    description["tolerance"] = origin.tolerance;
+  } else {
+    description["tolerances"] = origin.tolerances;
+  }
   if (origin.wavelength.has_value()) {
     description["wavelength"] = *origin.wavelength;
   }

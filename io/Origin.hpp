@@ -2,6 +2,7 @@
 
 #include <optional>
 #include <string>
+#include <vector>
 
 #include "du/Smearing.hpp"
 
@@ -18,6 +19,9 @@ struct Origin {
   std::string fingerprint;           ///< of the tables: db/Fingerprint.hpp
   /// None where only the positions of the events themselves are judged.
   std::optional<DU::Smearing> smearing = std::nullopt;
+  /// Those of counts at several tolerances, mm; then they are written instead
+  /// of the tolerance.
+  std::vector<double> tolerances = {};
 };
 
 /// The members of @p origin as a JSON object on one line.

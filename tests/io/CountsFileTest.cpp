@@ -39,6 +39,24 @@ TEST_F(CountsFileTest, WritesOneRowPerCall) {
             "d,0,0,,\n");
 }
 
+TEST_F(CountsFileTest, HasTheToleranceOfCountsAtSeveralTolerances) {
+  const auto fill = [&](const std::string& name) {
+    CountsFile file(name, "pmt", origin_, eCounts::kAtTolerances);
+    file.Begin(true);
+    file.Write(Named("7"), 4, 1, eShadowingComponent::kAVHDRope, {}, 12.5);
+    file.Finish();
+    file.Commit();
+  };
+  fill("counts.csv");
+  EXPECT_EQ(Text("counts.csv"),
+            "pmt,tolerance,paths,shadowed,fraction,by\n"
+            "7,12.5,4,1,0.25,AVHDRope\n");
+  fill("counts.root");
+  auto reader = ROOT::RNTupleReader::Open("counts", "counts.root");
+  EXPECT_EQ(reader->GetView<double>("tolerance")(0), 12.5);
+  EXPECT_EQ(reader->GetView<std::uint64_t>("paths")(0), 4U);
+}
+
 TEST_F(CountsFileTest, WritesTheSameColumnsToAnRNTuple) {
   {
     CountsFile file("counts.root", "pmt", origin_);
