@@ -28,6 +28,14 @@ std::string Percent(std::uint64_t count, std::uint64_t paths) {
   return text.str();
 }
 
+void PrintTime(std::ostream& out, std::uint64_t paths, double seconds) {
+  std::ostringstream time;
+  time << std::fixed << std::setprecision(3) << seconds;
+  out << Row("seconds", time.str()) << "\n";
+  const double rate = seconds > 0 ? static_cast<double>(paths) / seconds : 0.0;
+  PrintCount(out, "paths/second", static_cast<std::uint64_t>(rate));
+}
+
 }  // namespace
 
 void PrintCount(std::ostream& out, const std::string& label,
@@ -54,11 +62,12 @@ void PrintCounts(std::ostream& out, const Scan::VerdictCounts& counts,
     const std::uint64_t count = counts.Of(component);
     out << Row(label, Grouped(count)) << Percent(count, paths) << "\n";
   }
-  std::ostringstream time;
-  time << std::fixed << std::setprecision(3) << seconds;
-  out << Row("seconds", time.str()) << "\n";
-  const double rate = seconds > 0 ? static_cast<double>(paths) / seconds : 0.0;
-  PrintCount(out, "paths/second", static_cast<std::uint64_t>(rate));
+  PrintTime(out, paths, seconds);
+}
+
+void PrintPaths(std::ostream& out, std::uint64_t paths, double seconds) {
+  PrintCount(out, "paths", paths);
+  PrintTime(out, paths, seconds);
 }
 
 }  // namespace ZARN::App

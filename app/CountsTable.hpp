@@ -20,4 +20,7 @@ void PrintCount(std::ostream& out, const std::string& label,
 void PrintCounts(std::ostream& out, const Scan::VerdictCounts& counts,
                  const DU::ShadowingCalculator& calculator, double seconds);
 
+/// Print only the number of paths and the time, in the same form.
+void PrintPaths(std::ostream& out, std::uint64_t paths, double seconds);
+
 }  // namespace ZARN::App

@@ -32,15 +32,6 @@ std::vector<IO::NamedPosition> ReadPMTs(const std::string& path) {
   return pmts;
 }
 
-std::vector<TVector3> PositionsOf(const std::vector<IO::NamedPosition>& items) {
-  std::vector<TVector3> positions;
-  positions.reserve(items.size());
-  for (const IO::NamedPosition& item : items) {
-    positions.push_back(item.position);
-  }
-  return positions;
-}
-
 /// What a scan counts.
 struct ScanCounts {
   std::uint64_t pairs = 0;
@@ -53,10 +44,15 @@ struct ScanCounts {
     for (const Scan::VerdictCounts& counts : block.counts) all += counts;
   }
 
-  void Print(const DU::ShadowingCalculator& shadowing, double seconds) const {
+  void Print(const ScanOptions& options,
+             const DU::ShadowingCalculator& shadowing, double seconds) const {
     PrintCount(std::cerr, "pairs", pairs);
     PrintCount(std::cerr, "no path", withoutPath);
-    PrintCounts(std::cerr, all, shadowing, seconds);
+    if (options.tolerances.empty()) {
+      PrintCounts(std::cerr, all, shadowing, seconds);
+    } else {
+      PrintPaths(std::cerr, all.Paths(), seconds);
+    }
   }
 };
 
@@ -74,7 +70,7 @@ class ScanInput : public Scan::RowScan::Source {
       outputs_.Begin(events);
       if (outputs_.RequiresIntegers()) events_.RequireIntegers();
     }
-    block.events = PositionsOf(events);
+    block.events = IO::PositionsOf(events);
     done_[block.slot] = events_.Done();
     return true;
   }
@@ -96,7 +92,8 @@ Scan::RowScan::Settings SettingsOf(const ScanOptions& options,
   settings.threads = options.run.threads;
   settings.withReflections = options.withReflections;
   settings.withTypes = options.WritesVerdicts() || options.paths.has_value();
-  settings.withPMTCounts = options.perPMT.has_value();
+  settings.withPMTCounts =
+      options.perPMT.has_value() && options.tolerances.empty();
   settings.pairsPerBlock = outputs.PairsPerBlock();
   settings.smearing = options.Smearing();
   settings.checkForStop = ThrowIfInterrupted;
@@ -121,7 +118,7 @@ void RunScan(const ScanOptions& options) {
   ScanOutputs outputs(options, shadowing, lightPath, pmts);
   ScanInput input(events, outputs,
                   Scan::RowScan::SlotsFor(options.run.threads));
-  Scan::RowScan scan(shadowing, lightPath, DU::PMTArray(PositionsOf(pmts)),
+  Scan::RowScan scan(shadowing, lightPath, DU::PMTArray(IO::PositionsOf(pmts)),
                      SettingsOf(options, outputs));
   ScanCounts counts;
 
@@ -134,12 +131,12 @@ void RunScan(const ScanOptions& options) {
       counts.Add(block);
       progress.Update(counts.pairs, input.DoneAfter(block));
     });
-    outputs.WritePMTs(scan.CountsPerPMT());
+    outputs.WriteTotals(scan.CountsPerPMT());
     outputs.Commit();
   }
   const std::chrono::duration<double> elapsed =
       std::chrono::steady_clock::now() - begin;
-  counts.Print(shadowing, elapsed.count());
+  counts.Print(options, shadowing, elapsed.count());
 }
 
 }  // namespace

@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "app/PositionOption.hpp"
+#include "app/TolerancesOption.hpp"
 #include "app/Usage.hpp"
 #include "io/DistinctFiles.hpp"
 #include "io/Quoted.hpp"
@@ -40,6 +41,17 @@ constexpr const char* kColumns =
     "RNTuple NaN, if there is no path):\n";
 
 constexpr const char* kCountsAndExample =
+    "With --tolerances the light is judged at several tolerances, and -o is a\n"
+    "table of the counts over all events and PMTs:\n"
+    "  tolerance            mm\n"
+    "  component            any, or the name of one of the six\n"
+    "  paths                number of light paths\n"
+    "  shadowed             number of those whose verdict it is\n"
+    "  fraction             shadowed / paths; empty (NaN) without paths\n"
+    "  fraction_error       its binomial standard error\n"
+    "The counts of PMTs and events then have a row for each tolerance, and "
+    "the\n"
+    "column tolerance after the name.\n"
     "The counts are: pmt or event, paths, shadowed, fraction, and by, the\n"
     "component that blocks most; with --smear then smeared_fraction, the mean\n"
     "over the rows that have one. An output is an RNTuple if its name ends in\n"
@@ -127,6 +139,19 @@ void AddSmearing(CLI::App& command, ScanOptions& options) {
       ->type_name("S");
 }
 
+void RequireNoConflictWithTolerances(const ScanOptions& options) {
+  if (options.tolerances.empty()) return;
+  if (options.run.tolerance.has_value()) {
+    throw BadUsage("--tolerances and --tolerance exclude each other");
+  }
+  if (options.sigma.has_value()) {
+    throw BadUsage("--tolerances and --smear exclude each other");
+  }
+  if (!options.verdicts.columns.empty()) {
+    throw BadUsage("--columns needs verdicts: --tolerances writes counts");
+  }
+}
+
 void AddOutputs(CLI::App& command, ScanOptions& options) {
   AddVerdictOptions(command, options.verdicts, NamesOfColumns());
   command
@@ -177,6 +202,7 @@ void AddScanOptions(CLI::App& command, ScanOptions& options) {
   command.add_flag("--reflections", options.withReflections,
                    "Also judge the light reflected at the vessel");
   AddSmearing(command, options);
+  AddTolerancesOption(command, options.tolerances);
   AddOutputs(command, options);
   command.footer(Footer());
 }
@@ -185,6 +211,7 @@ void RequireConsistent(const ScanOptions& options) {
   if (options.events.has_value() == options.at.has_value()) {
     throw BadUsage("scan needs either --events or --at");
   }
+  RequireNoConflictWithTolerances(options);
   if (!options.verdicts.columns.empty() && !options.WritesVerdicts()) {
     throw BadUsage("--columns needs -o: only counts are written");
   }
@@ -198,7 +225,7 @@ void RequireConsistent(const ScanOptions& options) {
   inputs.push_back(options.pmts);
   if (options.events.has_value()) inputs.push_back(*options.events);
   std::vector<std::string> outputs;
-  if (options.WritesVerdicts())
+  if (options.WritesResults())
     outputs.push_back(options.verdicts.output.value_or("-"));
   for (const auto& output : {options.paths, options.perPMT, options.perEvent,
                              IO::SidecarName(options.verdicts.output)}) {

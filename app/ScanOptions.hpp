@@ -32,15 +32,19 @@ struct ScanOptions {
   std::optional<double> sigma;  // of the smearing, mm; none without it
   std::optional<int> samples;
   std::optional<int> seed;
+  std::vector<double> tolerances;  // mm; empty: count at one tolerance only
 
   std::optional<DU::Smearing> Smearing() const;
 
   /// All columns besides the usual ones: those of the smearing come first.
   std::vector<const IO::PairColumn*> AllColumns() const;
 
-  /// Whether the verdicts are written: to a file, or to standard output unless
-  /// only counts were asked for.
-  bool WritesVerdicts() const {
+  /// Whether the verdicts are written, or with several tolerances the table of
+  /// all counts: to a file, or to standard output unless only the counts of
+  /// PMTs or events were asked for.
+  bool WritesVerdicts() const { return tolerances.empty() && WritesResults(); }
+  bool WritesTable() const { return !tolerances.empty() && WritesResults(); }
+  bool WritesResults() const {
     return verdicts.output.has_value() ||
            !(perPMT.has_value() || perEvent.has_value());
   }

@@ -46,7 +46,11 @@ ScanOutputs::ScanOutputs(const ScanOptions& options,
   IO::Origin origin = OriginOf(options.run, shadowing);
   origin.wavelength = options.wavelength;
   origin.smearing = options.Smearing();
-  if (options.verdicts.WritesNTuple()) {
+  origin.tolerances = options.tolerances;
+  if (options.WritesTable()) {
+    table_.emplace(options.verdicts.output, origin);
+    sidecar_.emplace(options.verdicts.output, origin);
+  } else if (options.WritesVerdicts() && options.verdicts.WritesNTuple()) {
     ntuple_.emplace(*options.verdicts.output, origin, pmts);
   } else if (options.WritesVerdicts()) {
     text_.emplace(pmts, fields_.columns);
@@ -60,8 +64,15 @@ ScanOutputs::ScanOutputs(const ScanOptions& options,
     paths_.emplace(options.paths);
     paths_->Write("event,pmt," + IO::LightPathHeader() + "\n");
   }
-  const auto kind =
-      options.sigma.has_value() ? IO::eCounts::kSmeared : IO::eCounts::kPlain;
+  const auto kind = options.sigma.has_value()     ? IO::eCounts::kSmeared
+                    : !options.tolerances.empty() ? IO::eCounts::kAtTolerances
+                                                  : IO::eCounts::kPlain;
+  if (!options.tolerances.empty()) {
+    atTolerances_.emplace(shadowing, lightPath, IO::PositionsOf(pmts),
+                          Scan::ToleranceCounts::Settings{
+                              options.tolerances, slots_.size(),
+                              options.perPMT.has_value(), ThrowIfInterrupted});
+  }
   if (options.perPMT.has_value()) {
     perPMT_.emplace(options.perPMT, "pmt", origin, kind);
     if (options.sigma.has_value()) smearedOfPMT_.resize(pmts.size());
@@ -82,6 +93,8 @@ std::size_t ScanOutputs::PairsPerBlock() const {
   if (paths_.has_value()) return 1UL << 10U;
   // A block is a cluster of the RNTuple, and small clusters compress badly.
   if (ntuple_.has_value()) return 1UL << 16U;
+  // These take so long that each thread should get some of few pairs.
+  if (atTolerances_.has_value() || details_.IsNeeded()) return 1UL << 10U;
   return 1UL << 13U;
 }
 
@@ -108,6 +121,7 @@ bool ScanOutputs::MakesRows() const {
 }
 
 void ScanOutputs::MakeRows(const Scan::RowBlock& block) {
+  if (atTolerances_.has_value()) atTolerances_->Judge(block);
   if (!MakesRows() || !IsKept(block.pmts)) return;
   Slot& slot = slots_[block.slot];
   slot.verdicts.Clear();
@@ -192,8 +206,13 @@ void ScanOutputs::Write(const Scan::RowBlock& block) {
   for (std::size_t event = 0; event < block.events.size(); ++event) {
     const Scan::SmearedMean smeared = AddSmeared(block, event);
     if (!perEvent_.has_value()) continue;
-    WriteCounts(*perEvent_, slots_[block.slot].events[event],
-                block.counts[event], smeared);
+    const IO::NamedPosition& name = slots_[block.slot].events[event];
+    if (atTolerances_.has_value()) {
+      WriteCountsAtTolerances(*perEvent_, name,
+                              atTolerances_->OfEvent(block, event));
+    } else {
+      WriteCounts(*perEvent_, name, block.counts[event], smeared);
+    }
   }
 }
 
@@ -244,11 +263,39 @@ void ScanOutputs::MakeAndWriteRows(const Scan::RowBlock& block) {
   }
 }
 
-void ScanOutputs::WritePMTs(const std::vector<Scan::VerdictCounts>& counts) {
+void ScanOutputs::WriteCountsAtTolerances(IO::CountsFile& file,
+                                          const IO::NamedPosition& name,
+                                          const Scan::VerdictCounts* counts) {
+  for (const double tolerance : atTolerances_->Tolerances()) {
+    file.Write(name, counts->Paths(), counts->Shadowed(),
+               counts->MostFrequent(), std::nullopt, tolerance);
+    ++counts;
+  }
+}
+
+void ScanOutputs::WriteTable() {
+  const std::vector<double>& tolerances = atTolerances_->Tolerances();
+  for (std::size_t i = 0; i < tolerances.size(); ++i) {
+    const Scan::VerdictCounts& counts = atTolerances_->OfAll()[i];
+    const std::uint64_t paths = counts.Paths();
+    table_->Write(tolerances[i], "any", paths, counts.Shadowed());
+    for (const auto component : DU::kShadowingComponents) {
+      table_->Write(tolerances[i], DU::NameOf(component), paths,
+                    counts.Of(component));
+    }
+  }
+}
+
+void ScanOutputs::WriteTotals(const std::vector<Scan::VerdictCounts>& perPMT) {
+  if (table_.has_value()) WriteTable();
   if (!perPMT_.has_value()) return;
   for (std::size_t pmt = 0; pmt < pmts_.size(); ++pmt) {
+    if (atTolerances_.has_value()) {
+      WriteCountsAtTolerances(*perPMT_, pmts_[pmt], atTolerances_->OfPMT(pmt));
+      continue;
+    }
     WriteCounts(
-        *perPMT_, pmts_[pmt], counts[pmt],
+        *perPMT_, pmts_[pmt], perPMT[pmt],
         smearedOfPMT_.empty() ? Scan::SmearedMean() : smearedOfPMT_[pmt]);
   }
 }
@@ -261,6 +308,7 @@ void ScanOutputs::ForEachFile(const Work& work) {
   if (paths_.has_value()) work(*paths_);
   if (perPMT_.has_value()) work(*perPMT_);
   if (perEvent_.has_value()) work(*perEvent_);
+  if (table_.has_value()) work(*table_);
   if (sidecar_.has_value()) work(*sidecar_);
 }
 

@@ -14,11 +14,13 @@
 #include "io/PieceText.hpp"
 #include "io/PositionReader.hpp"
 #include "io/Sidecar.hpp"
+#include "io/ToleranceTable.hpp"
 #include "io/VerdictNTuple.hpp"
 #include "io/VerdictText.hpp"
 #include "lightpath/LightPathCalculator.hpp"
 #include "scan/RowScan.hpp"
 #include "scan/Smearing.hpp"
+#include "scan/ToleranceCounts.hpp"
 #include "scan/VerdictCounts.hpp"
 
 namespace ZARN::App {
@@ -56,8 +58,10 @@ class ScanOutputs {
   /// Write a block, after MakeRows.
   void Write(const Scan::RowBlock& block);
 
-  /// Write the counts for all PMTs.
-  void WritePMTs(const std::vector<Scan::VerdictCounts>& counts);
+  /// Write the counts over all blocks.
+  ///
+  /// @param perPMT  those at one tolerance
+  void WriteTotals(const std::vector<Scan::VerdictCounts>& perPMT);
 
   /// Finish all files, then move all to their final names.
   void Commit();
@@ -89,6 +93,11 @@ class ScanOutputs {
   void WriteRows(std::size_t slotNumber);
   void MakeAndWriteRows(const Scan::RowBlock& block);
   Scan::SmearedMean AddSmeared(const Scan::RowBlock& block, std::size_t event);
+  /// A row, or one for each tolerance.
+  void WriteCountsAtTolerances(IO::CountsFile& file,
+                               const IO::NamedPosition& name,
+                               const Scan::VerdictCounts* counts);
+  void WriteTable();
   template <class Work>
   void ForEachFile(const Work& work);
 
@@ -106,6 +115,8 @@ class ScanOutputs {
   std::optional<IO::CountsFile> perPMT_;
   std::vector<Scan::SmearedMean> smearedOfPMT_;
   std::optional<IO::CountsFile> perEvent_;
+  std::optional<Scan::ToleranceCounts> atTolerances_;
+  std::optional<IO::ToleranceTable> table_;
 };
 
 }  // namespace ZARN::App

@@ -6,6 +6,13 @@
 
 namespace ZARN::IO {
 
+std::vector<TVector3> PositionsOf(const std::vector<NamedPosition>& items) {
+  std::vector<TVector3> positions;
+  positions.reserve(items.size());
+  for (const NamedPosition& item : items) positions.push_back(item.position);
+  return positions;
+}
+
 PositionReader::PositionReader(InputFile& input, const std::string& nameColumn)
     : table_(input) {
   const auto columns = table_.RequireColumns({nameColumn, "x", "y", "z"});

@@ -4,6 +4,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <string>
+#include <vector>
 
 #include "TVector3.h"
 #include "io/CsvTable.hpp"
@@ -17,6 +18,9 @@ struct NamedPosition {
   std::string cell;   ///< the same as a CSV cell
   TVector3 position;  ///< mm
 };
+
+/// Their positions.
+std::vector<TVector3> PositionsOf(const std::vector<NamedPosition>& items);
 
 /// Reads positions from CSV: a column of names and the columns x, y and z, mm,
 /// in any order; others are ignored.
