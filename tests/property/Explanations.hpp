@@ -1,6 +1,8 @@
 #pragma once
 
+#include <algorithm>
 #include <array>
+#include <cstddef>
 #include <string>
 
 #include "du/ShadowingCalculator.hpp"
@@ -18,6 +20,13 @@ struct ToleranceTally {
   /// distance between the two tolerances, mm.
   long ragged = 0;
   double widest = 0.0;
+
+  void Add(const ToleranceTally& other) {
+    for (std::size_t i = 0; i < finite.size(); ++i)
+      finite[i] += other.finite[i];
+    ragged += other.ragged;
+    widest = std::max(widest, other.widest);
+  }
 };
 
 /// What the real calculator says about a path.

@@ -15,6 +15,7 @@
 #include "du/ShadowingCalculator.hpp"
 #include "tests/property/Batches.hpp"
 #include "tests/property/Detectors.hpp"
+#include "tests/property/Explanations.hpp"
 #include "tests/property/PathSearch.hpp"
 #include "tests/property/Paths.hpp"
 #include "tests/property/PlainOutcome.hpp"
@@ -42,15 +43,18 @@ constexpr std::size_t kComponents = DU::kShadowingComponents.size() + 1;
 
 struct Options {
   double paths = 1e6;
+  std::uint64_t explainedEvery = 64;
   RoundOptions rounds;
 };
 
 struct Tally {
   std::uint64_t rounds = 0;
   std::uint64_t paths = 0;
+  std::uint64_t explained = 0;
   std::uint64_t referencePaths = 0;
   std::uint64_t nearLimits = 0;
   std::size_t open = 0;  ///< left open by the batch kernels
+  ToleranceTally tolerances;
   /// Indexed by type (the last is for types outside the enumeration) and
   /// component.
   std::array<std::array<std::uint64_t, kComponents>, kTypes> found{};
@@ -66,9 +70,11 @@ struct Tally {
   void Add(const Tally& other) {
     rounds += other.rounds;
     paths += other.paths;
+    explained += other.explained;
     referencePaths += other.referencePaths;
     nearLimits += other.nearLimits;
     open += other.open;
+    tolerances.Add(other.tolerances);
     for (std::size_t type = 0; type < kTypes; ++type) {
       for (std::size_t c = 0; c < kComponents; ++c) {
         found[type][c] += other.found[type][c];
@@ -108,6 +114,15 @@ class Calculators {
     return OutcomeOf(plain_, debug_.Text());
   }
   void CountDiagnostics(bool on) { debug_.Switch(on); }
+
+  /// Compare the explanation and the critical tolerances of the path that was
+  /// judged last.
+  std::string ExplanationDifference(const DU::LightPath& path,
+                                    ToleranceTally& tally) {
+    return Testing::ExplanationDifference(
+        {real_.Explain(path), real_.FindCriticalTolerances(path)}, real_,
+        plain_, path_, tally);
+  }
 
   const DU::ShadowingCalculator& Real() const { return real_; }
   const Reference::PlainShadowingCalculator& Plain() const { return plain_; }
@@ -217,6 +232,11 @@ class Worker {
       difference = DescribeDifference(path, real, plain);
       return std::nullopt;
     }
+    if (tally_.paths % options_.explainedEvery == 0) {
+      difference = calculators.ExplanationDifference(path, tally_.tolerances);
+      if (!difference.empty()) return std::nullopt;
+      ++tally_.explained;
+    }
     judged_.Add(path, plain);
     tally_.Add(path.LightPathType, plain, isNear);
     if (isReference_) ++tally_.referencePaths;
@@ -240,6 +260,11 @@ void Print(const Tally& tally) {
               Percent(tally.referencePaths, tally.paths),
               Percent(tally.nearLimits, tally.paths),
               100.0 - Percent(tally.open, tally.paths));
+  std::printf("%" PRIu64
+              " paths explained; %ld verdicts at ragged edges of "
+              "plates, at most %.2g mm from the critical tolerance\n\n",
+              tally.explained, tally.tolerances.ragged,
+              tally.tolerances.widest);
   std::printf("| %-35s | %11s ", "Type", "Paths");
   std::printf("| %11s ", "free");
   for (const Component c : DU::kShadowingComponents) {
@@ -277,8 +302,14 @@ int main(int argc, char** argv) {
   ZARN::Testing::Options options;
   CLI::App app(
       "Compare the calculator's verdicts, by single calls and in batches, with "
-      "those of the plain formulas. Exits with 1 at the first difference.");
+      "those of the plain formulas, and so explanations and critical "
+      "tolerances. Exits with 1 at the first difference.");
   app.add_option("--paths", options.paths, "Minimum number of paths")
+      ->check(CLI::PositiveNumber)
+      ->capture_default_str();
+  app.add_option("--explained-every", options.explainedEvery,
+                 "Compare explanations and critical tolerances of one path in "
+                 "so many")
       ->check(CLI::PositiveNumber)
       ->capture_default_str();
   options.rounds.AddTo(app);
