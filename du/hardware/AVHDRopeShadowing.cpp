@@ -62,15 +62,12 @@ bool WalkSurface(const AVHDRopeModel& model, double tolerance,
                  const Visitor& visit) {
   const double reach = AVHDRopeReach(model, tolerance);
   const auto& points = model.AVHDRopeSurfacePoints;
-  // Intentional: all lists are counted in single precision.
-  for (float k = 0; static_cast<float>(points.size()) > k; k += 1.0F) {
-    const auto position = static_cast<std::size_t>(k);
-    if (visit({eShadowingRule::kSurfacePoint, segment,
-               (point - points[position]).Mag(), reach, position})) {
-      return true;
-    }
-  }
-  return false;
+  return visit.WalkItems(
+      eShadowingRule::kSurfacePoint, point, points.size(),
+      [&](std::size_t position) {
+        return visit({eShadowingRule::kSurfacePoint, segment,
+                      (point - points[position]).Mag(), reach, position});
+      });
 }
 
 template <class Visitor>
@@ -171,12 +168,8 @@ bool IsAtVerticalAVHDRope(const AVHDRopeModel& model, double tolerance,
 }
 
 std::vector<TVector3> AVHDRopeEnds(const AVHDRopeModel& model) {
-  std::vector<TVector3> ends;
-  ends.reserve(2 * model.AVHDRopeRolls.size());
-  for (const double roll : model.AVHDRopeRolls) {
-    ends.push_back(Rotated(model.AVHDRopePositions[4], roll));
-    ends.push_back(Rotated(model.AVHDRopePositions[1], kPi + roll));
-  }
+  std::vector<TVector3> ends(2 * model.AVHDRopeRolls.size());
+  for (std::size_t i = 0; i < ends.size(); ++i) ends[i] = AVHDRopeEnd(model, i);
   return ends;
 }
 
@@ -206,8 +199,10 @@ bool CheckForAVHDRopeShadowing(const AVHDRopeModel& model, double tolerance,
 
 void VisitAVHDRopeTests(const AVHDRopeModel& model, double tolerance,
                         const WaterSegments& path,
-                        const ShadowingTestVisitor& visitor) {
-  Walk(model, tolerance, path, eDiagnostics::kSilent, VisitAll{visitor});
+                        const ShadowingTestVisitor& visitor,
+                        const NearestItems* nearest) {
+  Walk(model, tolerance, path, eDiagnostics::kSilent,
+       VisitAll{visitor, nearest});
 }
 
 }  // namespace ZARN::DU

@@ -48,10 +48,12 @@ bool CheckForAVHDRopeShadowing(
     const AVHDRopeModel& model, double tolerance, const WaterSegments& path,
     eDiagnostics diagnostics = eDiagnostics::kWritten);
 
-/// Visit every test of CheckForAVHDRopeShadowing, without messages.
+/// Visit every test of CheckForAVHDRopeShadowing, or those of the nearest
+/// items, without messages.
 /// @pre HasAVHDRopes(model)
 void VisitAVHDRopeTests(const AVHDRopeModel& model, double tolerance,
                         const WaterSegments& path,
-                        const ShadowingTestVisitor& visitor);
+                        const ShadowingTestVisitor& visitor,
+                        const NearestItems* nearest = nullptr);
 
 }  // namespace ZARN::DU

@@ -105,7 +105,7 @@ bool CheckForAVPipeShadowing(const WaterSegments& path) {
 
 void VisitAVPipeTests(const WaterSegments& path,
                       const ShadowingTestVisitor& visitor) {
-  Walk(path, VisitAll{visitor});
+  Walk(path, VisitAll{visitor, nullptr});
 }
 
 bool IsWithinAVPipeBands(const TVector3& point) {

@@ -159,7 +159,7 @@ void VisitBellyPlateTests(const BellyPlateModel& model, double tolerance,
                           double outerAVRadius, const WaterSegments& path,
                           const ShadowingTestVisitor& visitor) {
   Walk(model, tolerance, outerAVRadius, path, eDiagnostics::kSilent,
-       VisitAll{visitor});
+       VisitAll{visitor, nullptr});
 }
 
 bool WarnsOfZeroVectors(const BellyPlateModel& model) {

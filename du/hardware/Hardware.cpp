@@ -143,18 +143,22 @@ bool Hardware::IsBlockedBy(eComponent component, const WaterSegments& path,
 }
 
 void Hardware::VisitTests(eComponent component, const WaterSegments& path,
-                          const ShadowingTestVisitor& visitor) const {
+                          const ShadowingTestVisitor& visitor,
+                          const NearestItems* nearest) const {
   switch (component) {
     case eComponent::kAVHDRope:
-      return VisitAVHDRopeTests(AVHDRopes, AVHDRopeTolerance, path, visitor);
+      return VisitAVHDRopeTests(AVHDRopes, AVHDRopeTolerance, path, visitor,
+                                nearest);
     case eComponent::kSupportRope:
       return VisitSupportRopeTests(SupportRopes, AVHDRopes,
-                                   SupportRopeTolerance, path, visitor);
+                                   SupportRopeTolerance, path, visitor,
+                                   nearest);
     case eComponent::kBellyPlate:
       return VisitBellyPlateTests(BellyPlates, BellyPlateTolerance,
                                   OuterAVRadius, path, visitor);
     case eComponent::kNCDAnchor:
-      return VisitNCDAnchorTests(NCDAnchors, NCDAnchorTolerance, path, visitor);
+      return VisitNCDAnchorTests(NCDAnchors, NCDAnchorTolerance, path, visitor,
+                                 nearest);
     case eComponent::kAVPipe:
       return VisitAVPipeTests(path, visitor);
     case eComponent::kNeckBoss:

@@ -92,8 +92,11 @@ struct Hardware {
   /// messages; none for kNone.
   ///
   /// @pre IsReady(component)
+  /// @param nearest  if not null, only the tests of the items that it finds, of
+  ///                 ropes and anchors
   void VisitTests(eShadowingComponent component, const WaterSegments& path,
-                  const ShadowingTestVisitor& visitor) const;
+                  const ShadowingTestVisitor& visitor,
+                  const NearestItems* nearest = nullptr) const;
 
   /// The first ready component, in the order of testing, that blocks a path by
   /// its formula.

@@ -10,15 +10,12 @@ template <class Visitor>
 bool WalkAnchors(const TVector3& point, double reach,
                  const std::vector<TVector3>& anchors, eWaterSegment segment,
                  const Visitor& visit) {
-  // Intentional: all lists are counted in single precision.
-  for (float k = 0; k < static_cast<float>(anchors.size()); k += 1.0F) {
-    const auto position = static_cast<std::size_t>(k);
-    if (visit({eShadowingRule::kNCDAnchor, segment,
-               (point - anchors[position]).Mag(), reach, position})) {
-      return true;
-    }
-  }
-  return false;
+  return visit.WalkItems(
+      eShadowingRule::kNCDAnchor, point, anchors.size(),
+      [&](std::size_t position) {
+        return visit({eShadowingRule::kNCDAnchor, segment,
+                      (point - anchors[position]).Mag(), reach, position});
+      });
 }
 
 template <class Visitor>
@@ -64,8 +61,9 @@ bool CheckForNCDAnchorShadowing(const NCDAnchorModel& model, double tolerance,
 
 void VisitNCDAnchorTests(const NCDAnchorModel& model, double tolerance,
                          const WaterSegments& path,
-                         const ShadowingTestVisitor& visitor) {
-  Walk(model, tolerance, path, VisitAll{visitor});
+                         const ShadowingTestVisitor& visitor,
+                         const NearestItems* nearest) {
+  Walk(model, tolerance, path, VisitAll{visitor, nearest});
 }
 
 }  // namespace ZARN::DU

@@ -37,9 +37,11 @@ double NCDAnchorReach(const NCDAnchorModel& model, double tolerance);
 bool CheckForNCDAnchorShadowing(const NCDAnchorModel& model, double tolerance,
                                 const WaterSegments& path);
 
-/// Visit every test of CheckForNCDAnchorShadowing.
+/// Visit every test of CheckForNCDAnchorShadowing, or those of the nearest
+/// items.
 void VisitNCDAnchorTests(const NCDAnchorModel& model, double tolerance,
                          const WaterSegments& path,
-                         const ShadowingTestVisitor& visitor);
+                         const ShadowingTestVisitor& visitor,
+                         const NearestItems* nearest = nullptr);
 
 }  // namespace ZARN::DU

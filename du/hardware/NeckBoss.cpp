@@ -42,7 +42,7 @@ bool CheckForNeckBossShadowing(const NeckBossModel& model,
 
 void VisitNeckBossTests(const NeckBossModel& model, const WaterSegments& path,
                         const ShadowingTestVisitor& visitor) {
-  Walk(model, path, VisitAll{visitor});
+  Walk(model, path, VisitAll{visitor, nullptr});
 }
 
 }  // namespace ZARN::DU

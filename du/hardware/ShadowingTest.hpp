@@ -5,6 +5,8 @@
 #include <functional>
 #include <limits>
 
+#include "TVector3.h"
+
 namespace ZARN::DU {
 
 /// What a formula compares with a limit.
@@ -113,15 +115,54 @@ struct ShadowingTest {
   }
 };
 
+/// Walk over a list from its first item.
+///
+/// @param test  called with the position of each item; returns whether to stop
+/// @return whether the walk was stopped
+template <class Test>
+[[gnu::always_inline]] inline bool WalkList(std::size_t size,
+                                            const Test& test) {
+  // Intentional: all lists are counted in single precision.
+  for (float k = 0; static_cast<float>(size) > k; k += 1.0F) {
+    if (test(static_cast<std::size_t>(k))) return true;
+  }
+  return false;
+}
+
 /// Stops a walk at the first test that blocks: the verdict.
 struct StopAtBlocking {
   [[gnu::always_inline]] bool operator()(const ShadowingTest& test) const {
     return test.IsBlocking();
   }
+  /// Walk over the items that a rule tests.
+  template <class Test>
+  [[gnu::always_inline]] bool WalkItems(eShadowingRule /*rule*/,
+                                        const TVector3& /*point*/,
+                                        std::size_t size,
+                                        const Test& test) const {
+    return WalkList(size, test);
+  }
 };
 
 /// Is given every test of a walk.
 using ShadowingTestVisitor = std::function<void(const ShadowingTest&)>;
+
+/// Finds the items of which one decides at which tolerance a rule blocks.
+class NearestItems {
+ public:
+  NearestItems() = default;
+  NearestItems(const NearestItems&) = delete;
+  NearestItems& operator=(const NearestItems&) = delete;
+  virtual ~NearestItems() = default;
+
+  /// Call @p work with the positions of items, among them one with the smallest
+  /// quantity, unless none has a finite one. For kBellyPlate: all plates that
+  /// may block at the smallest tolerance at which one does.
+  ///
+  /// @param point  from which the rule measures distances or angles; any
+  virtual void ForEach(eShadowingRule rule, const TVector3& point,
+                       const std::function<void(std::size_t)>& work) const = 0;
+};
 
 /// Never stops a walk.
 struct VisitAll {
@@ -129,7 +170,15 @@ struct VisitAll {
     visitor(test);
     return false;
   }
+  template <class Test>
+  bool WalkItems(eShadowingRule rule, const TVector3& point, std::size_t size,
+                 const Test& test) const {
+    if (nearest == nullptr) return WalkList(size, test);
+    nearest->ForEach(rule, point, [&test](std::size_t i) { test(i); });
+    return false;
+  }
   const ShadowingTestVisitor& visitor;
+  const NearestItems* nearest;  ///< null: all items of each list
 };
 
 }  // namespace ZARN::DU

@@ -48,15 +48,12 @@ class RopeCylinder {
     }
     const TVector3 flat = Flattened(crossing);
     const auto& ropes = model_.SupportRopePositions;
-    // Intentional: all lists are counted in single precision.
-    for (float k = 0; static_cast<float>(ropes.size()) > k; k += 1.0F) {
-      const auto position = static_cast<std::size_t>(k);
-      if (visit({eShadowingRule::kSupportRope, segment,
-                 flat.Angle(ropes[position]), angleTolerance_, position})) {
-        return true;
-      }
-    }
-    return false;
+    return visit.WalkItems(eShadowingRule::kSupportRope, flat, ropes.size(),
+                           [&](std::size_t position) {
+                             return visit({eShadowingRule::kSupportRope,
+                                           segment, flat.Angle(ropes[position]),
+                                           angleTolerance_, position});
+                           });
   }
 
   template <class Visitor>
@@ -244,9 +241,10 @@ bool CheckForSupportRopeShadowing(const SupportRopeModel& model,
 void VisitSupportRopeTests(const SupportRopeModel& model,
                            const AVHDRopeModel& holdDownRopes, double tolerance,
                            const WaterSegments& path,
-                           const ShadowingTestVisitor& visitor) {
+                           const ShadowingTestVisitor& visitor,
+                           const NearestItems* nearest) {
   Walk(model, holdDownRopes, tolerance, path, eDiagnostics::kSilent,
-       VisitAll{visitor});
+       VisitAll{visitor, nearest});
 }
 
 }  // namespace ZARN::DU

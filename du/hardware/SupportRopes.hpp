@@ -80,11 +80,13 @@ bool CheckForSupportRopeShadowing(
     double tolerance, const WaterSegments& path,
     eDiagnostics diagnostics = eDiagnostics::kWritten);
 
-/// Visit every test of CheckForSupportRopeShadowing, without messages.
+/// Visit every test of CheckForSupportRopeShadowing, or those of the nearest
+/// items, without messages.
 /// @pre HasSupportRopes(model)
 void VisitSupportRopeTests(const SupportRopeModel& model,
                            const AVHDRopeModel& holdDownRopes, double tolerance,
                            const WaterSegments& path,
-                           const ShadowingTestVisitor& visitor);
+                           const ShadowingTestVisitor& visitor,
+                           const NearestItems* nearest = nullptr);
 
 }  // namespace ZARN::DU
