@@ -5,6 +5,7 @@
 
 #include "du/geometry/Constants.hpp"
 #include "du/geometry/CylinderCrossing.hpp"
+#include "du/geometry/OrdinaryLength.hpp"
 #include "log/Assert.hpp"
 
 namespace ZARN::DU {
@@ -24,15 +25,6 @@ static_assert(RopeDirections::kHeightMargin >
 static_assert(AzimuthTable::kMargin > double{BandsInSingle::kAzimuthError} +
                                           kAzimuthCellError +
                                           RopeDirections::kRangeError);
-
-/// Lengths for which the angle of ROOT's vectors neither overflows nor
-/// underflows; the angle to a shorter vector is 0.
-bool HasOrdinaryLength(const TVector3& v) {
-  constexpr double kShortest = 1e-3;
-  constexpr double kLongest = 1e6;
-  const double length = v.Mag();
-  return length > kShortest && length < kLongest;
-}
 
 /// Whether a rope can be judged by products and by its azimuth.
 bool IsOrdinary(const TVector3& rope) {

@@ -1,0 +1,88 @@
+#include "du/geometry/NearestPoint.hpp"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <limits>
+#include <vector>
+
+#include "tests/property/Random.hpp"
+
+namespace ZARN::DU {
+namespace {
+
+using Testing::Random;
+
+constexpr double kInfinity = std::numeric_limits<double>::infinity();
+constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
+
+/// The distance to the nearest point, by a loop over all; infinite if none is
+/// finite.
+double NearestByLoop(const std::vector<TVector3>& points,
+                     const TVector3& place) {
+  double nearest = kInfinity;
+  for (const TVector3& point : points) {
+    const double distance = (place - point).Mag();
+    if (distance < nearest) nearest = distance;
+  }
+  return nearest;
+}
+
+double Nearest(const NearestPoint& tree, const std::vector<TVector3>& points,
+               const TVector3& place) {
+  const auto position = tree.To(place);
+  return position ? (place - points.at(*position)).Mag() : kInfinity;
+}
+
+/// Points along a curve or anywhere, some of them odd or listed twice.
+std::vector<TVector3> AnyPoints(Random& random, std::size_t count) {
+  std::vector<TVector3> points;
+  const TVector3 direction = random.Direction();
+  const double step = random.Uniform(0, 20);
+  for (std::size_t i = 0; i < count; ++i) {
+    if (!points.empty() && random.Chance(0.1)) {
+      points.push_back(points[random.Below(points.size())]);
+    } else if (random.Chance(0.01)) {
+      points.emplace_back(random.Chance(0.5) ? kNaN : kInfinity, 0, 5);
+    } else if (random.Chance(0.5)) {
+      points.push_back(static_cast<double>(i) * step * direction);
+    } else {
+      points.push_back(random.Uniform(0, 8000) * random.Direction());
+    }
+  }
+  return points;
+}
+
+TEST(NearestPoint, IsTheOneThatALoopFinds) {
+  Random random(93);
+  for (const std::size_t count : {1U, 2U, 15U, 16U, 17U, 33U, 500U, 3000U}) {
+    const auto points = AnyPoints(random, count);
+    const NearestPoint tree(points);
+    for (int i = 0; i < 500; ++i) {
+      TVector3 place = random.Uniform(0, 9000) * random.Direction();
+      if (random.Chance(0.3)) place = points[random.Below(count)];
+      if (random.Chance(0.3)) place += random.Uniform(0, 5) * TVector3(1, 1, 1);
+      EXPECT_EQ(Nearest(tree, points, place), NearestByLoop(points, place));
+    }
+  }
+}
+
+TEST(NearestPoint, IsThereForOddPlaces) {
+  Random random(94);
+  const auto points = AnyPoints(random, 200);
+  const NearestPoint tree(points);
+  for (const double x : {0.0, 1e-300, 1e9, -1e150, 1e200, kInfinity, kNaN}) {
+    const TVector3 place(x, 1.0, -x);
+    EXPECT_EQ(Nearest(tree, points, place), NearestByLoop(points, place)) << x;
+  }
+}
+
+TEST(NearestPoint, IsNoneOfPointsWithoutADistance) {
+  EXPECT_FALSE(NearestPoint().To({1, 2, 3}));
+  EXPECT_FALSE(NearestPoint({{kNaN, 0, 0}, {0, kInfinity, 0}}).To({1, 2, 3}));
+  // The square overflows.
+  EXPECT_FALSE(NearestPoint({{1e200, 0, 0}}).To({0, 0, 0}));
+}
+
+}  // namespace
+}  // namespace ZARN::DU
