@@ -22,7 +22,9 @@ PreparedBellyPlates::PreparedBellyPlates(const BellyPlateModel& model,
   const BellyPlateBand band(model, tolerance, outerAVRadius);
   halfHeight_ = band.halfHeight;
   for (const TVector3& centre : model.BellyPlatePositions) {
-    const BellyPlateEdges edges(centre, model, band, eDiagnostics::kSilent);
+    const BellyPlateFrame frame(centre, model.BellyPlateHalfHeight,
+                                eDiagnostics::kSilent);
+    const BellyPlateEdges edges(centre, frame, band);
     Plate plate = {centre, edges.left, edges.right, -1.0, 2.0};
     if (edges.left > 0.0 && edges.right > 0.0) {
       plate.limit = std::min(edges.left, edges.right);

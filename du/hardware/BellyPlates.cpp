@@ -12,22 +12,6 @@
 namespace ZARN::DU {
 namespace {
 
-/// The extent of a plate, from its centre and half height.
-struct PlateFrame {
-  PlateFrame(const TVector3& centre, double halfHeight,
-             eDiagnostics diagnostics)
-      : radius(centre.Mag()),
-        bottom(WithMag(centre - halfHeight * ZHat(), radius, diagnostics)),
-        width(WithMag(centre + halfHeight * ZHat(), radius, diagnostics)
-                  .Angle(bottom)),
-        phiStart(centre.Phi() - 0.5 * width) {}
-
-  double radius;
-  TVector3 bottom;
-  double width;     ///< angular height, and width in azimuth, rad
-  double phiStart;  ///< azimuth of one edge, rad
-};
-
 /// Reserve memory for the grids of all plates, unless they are so large that
 /// there may not be enough.
 void ReserveGrids(double n, std::size_t plates, std::vector<TVector3>& points) {
@@ -39,7 +23,7 @@ void ReserveGrids(double n, std::size_t plates, std::vector<TVector3>& points) {
 
 /// Append n x n points that cover a plate except its far edges; none unless n
 /// is above 0.
-void AppendGrid(const PlateFrame& frame, double n, double halfHeight,
+void AppendGrid(const BellyPlateFrame& frame, double n, double halfHeight,
                 std::vector<TVector3>& points) {
   std::vector<TVector3> steps;
   for (double b = 0; n > b; ++b) {
@@ -65,35 +49,25 @@ bool WalkPlates(const TVector3& point, const BellyPlateModel& model,
                   band.halfHeight});
   }
   const auto& plates = model.BellyPlatePositions;
-  // Intentional: all lists are counted in single precision.
-  for (float k = 0; static_cast<float>(plates.size()) > k; k += 1.0F) {
-    const auto position = static_cast<std::size_t>(k);
+  return WalkList(plates.size(), [&](std::size_t position) {
     const TVector3& plate = plates[position];
-    const BellyPlateEdges edges(plate, model, band, diagnostics);
+    const BellyPlateFrame frame(plate, model.BellyPlateHalfHeight, diagnostics);
+    const BellyPlateEdges edges(plate, frame, band);
     const double alpha = BellyPlateAngle(point, plate);
-    if (visit({eShadowingRule::kBellyPlate, segment, alpha,
-               edges.LimitOf(alpha), position})) {
-      return true;
-    }
-  }
-  return false;
+    return visit({eShadowingRule::kBellyPlate, segment, alpha,
+                  edges.LimitOf(alpha), position});
+  });
 }
 
 template <class Visitor>
 bool Walk(const BellyPlateModel& model, double tolerance, double outerAVRadius,
           const WaterSegments& path, eDiagnostics diagnostics,
           const Visitor& visit) {
-  if (path.kind == ePathKind::kWater ||
-      path.kind == ePathKind::kUninitialised ||
-      path.kind == ePathKind::kMisspeltUninitialised) {
-    return false;
-  }
   const BellyPlateBand band(model, tolerance, outerAVRadius);
-  return WalkPlates(path.first.point, model, band, eWaterSegment::kFirst,
-                    diagnostics, visit) ||
-         (path.kind == ePathKind::kTwoCrossings &&
-          WalkPlates(path.second.point, model, band, eWaterSegment::kSecond,
-                     diagnostics, visit));
+  return WalkPlateCrossings(
+      path, [&](const TVector3& point, eWaterSegment segment) {
+        return WalkPlates(point, model, band, segment, diagnostics, visit);
+      });
 }
 
 }  // namespace
@@ -103,11 +77,17 @@ BellyPlateBand::BellyPlateBand(const BellyPlateModel& model, double tolerance,
     : halfHeight(model.BellyPlateHalfHeight + tolerance),
       dphi(IeeeQuotient(tolerance, outerAVRadius)) {}
 
+BellyPlateFrame::BellyPlateFrame(const TVector3& centre, double halfHeight,
+                                 eDiagnostics diagnostics)
+    : radius(centre.Mag()),
+      bottom(WithMag(centre - halfHeight * ZHat(), radius, diagnostics)),
+      width(WithMag(centre + halfHeight * ZHat(), radius, diagnostics)
+                .Angle(bottom)),
+      phiStart(centre.Phi() - 0.5 * width) {}
+
 BellyPlateEdges::BellyPlateEdges(const TVector3& plate,
-                                 const BellyPlateModel& model,
-                                 const BellyPlateBand& band,
-                                 eDiagnostics diagnostics) {
-  const PlateFrame frame(plate, model.BellyPlateHalfHeight, diagnostics);
+                                 const BellyPlateFrame& frame,
+                                 const BellyPlateBand& band) {
   left = WithPhi(plate, frame.phiStart - band.dphi).Angle(plate);
   right =
       WithPhi(plate, band.dphi + (frame.width + frame.phiStart)).Angle(plate);
@@ -129,16 +109,12 @@ void LoadBellyPlateInfo(const TableSet& tables, BellyPlateModel& model,
   const auto& plates = model.BellyPlatePositions;
   ReserveGrids(tolerance, plates.size(), model.BellyPlateGridPoints);
   for (float k = 0; static_cast<float>(plates.size()) > k; k += 1.0F) {
-    const PlateFrame frame(plates[static_cast<std::size_t>(k)],
-                           model.BellyPlateHalfHeight, eDiagnostics::kWritten);
+    const BellyPlateFrame frame(plates[static_cast<std::size_t>(k)],
+                                model.BellyPlateHalfHeight,
+                                eDiagnostics::kWritten);
     AppendGrid(frame, tolerance, model.BellyPlateHalfHeight,
                model.BellyPlateGridPoints);
   }
-}
-
-double BellyPlateWidth(const BellyPlateModel& model, const TVector3& plate) {
-  return PlateFrame(plate, model.BellyPlateHalfHeight, eDiagnostics::kSilent)
-      .width;
 }
 
 double BellyPlateAngle(TVector3 point, const TVector3& plate) {

@@ -49,11 +49,22 @@ struct BellyPlateBand {
   double dphi;        ///< the tolerance as an angle on the outer vessel, rad
 };
 
+/// The extent of a plate, whatever the tolerance.
+struct BellyPlateFrame {
+  BellyPlateFrame(const TVector3& centre, double halfHeight,
+                  eDiagnostics diagnostics);
+
+  double radius;
+  TVector3 bottom;
+  double width;     ///< angular height, and width in azimuth, rad
+  double phiStart;  ///< azimuth of one edge, rad
+};
+
 /// The widened half-width of one plate, as the angles from its centre to its
 /// two edges, rad.
 struct BellyPlateEdges {
-  BellyPlateEdges(const TVector3& plate, const BellyPlateModel& model,
-                  const BellyPlateBand& band, eDiagnostics diagnostics);
+  BellyPlateEdges(const TVector3& plate, const BellyPlateFrame& frame,
+                  const BellyPlateBand& band);
 
   /// The edge that decides on a crossing at an angle from the centre, which is
   /// blocked if it is within both edges: the first that it is not within.
@@ -63,13 +74,25 @@ struct BellyPlateEdges {
   double right;
 };
 
-/// The angular height of a plate, and its width in azimuth, rad, without
-/// messages.
-double BellyPlateWidth(const BellyPlateModel& model, const TVector3& plate);
-
 /// The angle, rad, between a crossing and the centre of a plate, both at the
 /// height of the centre.
 double BellyPlateAngle(TVector3 point, const TVector3& plate);
+
+/// Walk over the crossings of a path that are tested against the plates.
+///
+/// @param test  called with the point and its segment; returns whether to stop
+/// @return whether the walk was stopped
+template <class Test>
+bool WalkPlateCrossings(const WaterSegments& path, const Test& test) {
+  if (path.kind == ePathKind::kWater ||
+      path.kind == ePathKind::kUninitialised ||
+      path.kind == ePathKind::kMisspeltUninitialised) {
+    return false;
+  }
+  return test(path.first.point, eWaterSegment::kFirst) ||
+         (path.kind == ePathKind::kTwoCrossings &&
+          test(path.second.point, eWaterSegment::kSecond));
+}
 
 /// Tell whether a path crosses the vessel through a plate, at either of its
 /// crossings: strictly within the height band and the half-width in azimuth,

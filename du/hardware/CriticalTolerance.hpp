@@ -2,6 +2,7 @@
 
 #include <array>
 #include <cstddef>
+#include <vector>
 
 #include "du/hardware/Hardware.hpp"
 #include "du/hardware/ShadowingComponent.hpp"
@@ -49,6 +50,14 @@ struct CriticalTolerances {
 ToleranceRange MonotonicTolerances(const Hardware& hardware,
                                    eShadowingComponent component);
 
+/// What the belly plates' critical tolerances need, whatever the path.
+struct BellyPlateOutlines {
+  explicit BellyPlateOutlines(const Hardware& hardware);
+
+  std::vector<BellyPlateFrame> frames;  ///< of each plate
+  ToleranceRange range;                 ///< MonotonicTolerances
+};
+
 /// The smallest tolerance at which the limit of a rule is above a quantity:
 /// that of a rule of the ropes or anchors, as a component tests it.
 double ToleranceOfQuantity(const Hardware& hardware,
@@ -66,5 +75,11 @@ double ToleranceOfQuantity(const Hardware& hardware,
 double CriticalTolerance(const Hardware& hardware,
                          eShadowingComponent component,
                          const WaterSegments& path);
+
+/// The same from the tests of the nearest items.
+double CriticalTolerance(const Hardware& hardware,
+                         eShadowingComponent component,
+                         const WaterSegments& path, const NearestItems& nearest,
+                         const BellyPlateOutlines& outlines);
 
 }  // namespace ZARN::DU
