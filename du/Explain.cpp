@@ -78,22 +78,4 @@ ComponentExplanation ShadowingCalculator::Explain(
   return explanation;
 }
 
-double ShadowingCalculator::FindCriticalTolerance(
-    const LightPath& path, eShadowingComponent component) const {
-  return CriticalTolerance(Parts, component,
-                           SegmentsOf(path, ShapeOfType(path.LightPathType)));
-}
-
-CriticalTolerances ShadowingCalculator::FindCriticalTolerances(
-    const LightPath& path) const {
-  const WaterSegments segments =
-      SegmentsOf(path, ShapeOfType(path.LightPathType));
-  CriticalTolerances tolerances;
-  for (std::size_t i = 0; i < kNumberOfComponents; ++i) {
-    tolerances.of[i] =
-        CriticalTolerance(Parts, kShadowingComponents[i], segments);
-  }
-  return tolerances;
-}
-
 }  // namespace ZARN::DU

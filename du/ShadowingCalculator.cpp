@@ -16,6 +16,8 @@
 #include "du/fast/BatchVerdict.hpp"
 #include "du/fast/HardwareFormulas.hpp"
 #include "du/fast/LazyLayers.hpp"
+#include "du/fast/MadeOnce.hpp"
+#include "du/fast/NearestHardware.hpp"
 #include "du/fast/PathLists.hpp"
 #include "log/Log.hpp"
 
@@ -34,6 +36,7 @@ void ShadowingCalculator::BeginOfRun() { BeginOfRun(DB::Get()); }
 
 void ShadowingCalculator::BeginOfRun(const TableSet& tables) {
   Layers.reset();
+  Nearest.reset();
   PlatesMayWarn = true;
   Parts.ClearLists();
   Parts.LoadRadii(tables);
@@ -45,6 +48,7 @@ void ShadowingCalculator::BeginOfRun(const TableSet& tables) {
   // Shadowed stays until the next test.
   SetComponentFlags(eShadowingComponent::kNone);
   SetAllGeometryTolerances(Hardware::kDefaultTolerance);
+  ForgetNearest();
 }
 
 /// A component with incomplete tables is off for the run; the others still
@@ -82,6 +86,15 @@ void ShadowingCalculator::ForgetLayers() {
         Parts, WantedLayers == nullptr ? ShadowingLayers() : *WantedLayers);
   } catch (const std::bad_alloc&) {
     // Only the formulas are used then, with the same verdicts.
+  }
+}
+
+void ShadowingCalculator::ForgetNearest() {
+  Nearest.reset();
+  try {
+    Nearest = std::make_shared<MadeOnce<NearestHardware>>();
+  } catch (const std::bad_alloc&) {
+    // All items are tested then, with the same results.
   }
 }
 

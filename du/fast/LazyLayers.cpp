@@ -1,7 +1,5 @@
 #include "du/fast/LazyLayers.hpp"
 
-#include <exception>
-
 namespace ZARN::DU {
 namespace {
 
@@ -30,24 +28,12 @@ LazyLayers::LazyLayers(const Hardware& hardware, const ShadowingLayers& wanted)
 }
 
 void LazyLayers::CountByFormulas(const Hardware& hardware, ePathKind kind) {
-  if (state_.load(std::memory_order_relaxed) != eState::kNotMade) return;
+  if (layers_.WasTried()) return;
   const std::uint64_t cost =
       kind == ePathKind::kWater ? costInWater_ : costOfCrossing_;
   const std::uint64_t spent =
       spent_.fetch_add(cost, std::memory_order_relaxed) + cost;
   if (spent >= costOfMaking_) Make(hardware);
-}
-
-void LazyLayers::Make(const Hardware& hardware) noexcept {
-  eState expected = eState::kNotMade;
-  if (!state_.compare_exchange_strong(expected, eState::kBeingMade)) return;
-  try {
-    layers_.emplace(hardware, wanted_);
-    state_.store(eState::kMade, std::memory_order_release);
-  } catch (const std::exception&) {
-    // No memory: the formulas give the same verdicts.
-    state_.store(eState::kFailed, std::memory_order_relaxed);
-  }
 }
 
 }  // namespace ZARN::DU

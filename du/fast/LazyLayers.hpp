@@ -2,8 +2,8 @@
 
 #include <atomic>
 #include <cstdint>
-#include <optional>
 
+#include "du/fast/MadeOnce.hpp"
 #include "du/fast/ShadowingBatch.hpp"
 #include "du/fast/ShadowingFilter.hpp"
 #include "du/fast/ShadowingLayers.hpp"
@@ -24,40 +24,32 @@ struct PreparedLayers {
 /// the layers would, or on request.
 ///
 /// Thread-safe: one thread makes the layers while others continue with the
-/// formulas. If there is no memory for them, the formulas continue to be used.
-/// After that, no call writes to this object.
+/// formulas, which also continue to be used if there is no memory (MadeOnce).
 class LazyLayers {
  public:
   /// @param hardware  the same as in every other call
   /// @param wanted    the layers that are made
   LazyLayers(const Hardware& hardware, const ShadowingLayers& wanted);
 
-  LazyLayers(const LazyLayers&) = delete;
-  LazyLayers& operator=(const LazyLayers&) = delete;
-
   /// The layers, or null if they are not made.
-  const PreparedLayers* Get() const {
-    return state_.load(std::memory_order_acquire) == eState::kMade ? &*layers_
-                                                                   : nullptr;
-  }
+  const PreparedLayers* Get() const { return layers_.Get(); }
 
   /// Count a path that the formulas judged, and make the layers if they pay.
   void CountByFormulas(const Hardware& hardware, ePathKind kind);
 
   /// Make the layers now, unless they are made or another thread makes them.
-  void Make(const Hardware& hardware) noexcept;
+  void Make(const Hardware& hardware) noexcept {
+    layers_.Make(hardware, wanted_);
+  }
 
  private:
-  enum class eState { kNotMade, kBeingMade, kMade, kFailed };
-
   const ShadowingLayers wanted_;
   // In units of what the formulas take for one surface point.
   std::uint64_t costOfMaking_;
   std::uint64_t costOfCrossing_;
   std::uint64_t costInWater_;
   std::atomic<std::uint64_t> spent_ = 0;
-  std::atomic<eState> state_ = eState::kNotMade;
-  std::optional<PreparedLayers> layers_;
+  MadeOnce<PreparedLayers> layers_;
 };
 
 }  // namespace ZARN::DU

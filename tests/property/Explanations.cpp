@@ -7,6 +7,9 @@
 #include <limits>
 #include <sstream>
 
+#include "du/hardware/CriticalTolerance.hpp"
+#include "tests/property/SameBits.hpp"
+
 namespace ZARN::Testing {
 namespace {
 
@@ -54,6 +57,9 @@ class Comparison {
         real_(real),
         plain_(plain),
         path_(path),
+        segments_(DU::SegmentsOf(
+            explained.explanation.path,
+            DU::ShapeOfType(explained.explanation.path.LightPathType))),
         tally_(tally) {}
 
   std::string Difference() {
@@ -69,6 +75,11 @@ class Comparison {
   void Compare(const PlainComponent& plain,
                const DU::ComponentExplanation& explanation, double critical) {
     component_ = explanation.component;
+    const double byAll =
+        DU::CriticalTolerance(real_.GetHardware(), component_, segments_);
+    if (!AreSame(critical, byAll)) {
+      Differ("critical tolerance by all items", byAll);
+    }
     const double usual = plain_.*plain.tolerance;
     const bool isBlocking = IsBlocking(plain, usual);
     if (explanation.IsBlocking() != isBlocking) Differ("explanation", usual);
@@ -114,6 +125,7 @@ class Comparison {
   const DU::ShadowingCalculator& real_;
   PlainShadowingCalculator& plain_;
   DU::LightPathCalculator& path_;
+  DU::WaterSegments segments_;
   ToleranceTally& tally_;
   eShadowingComponent component_ = eShadowingComponent::kNone;
   std::string difference_;

@@ -56,6 +56,22 @@ TEST_F(NoMemory, LeavesBatchesToTheFormulas) {
   EXPECT_EQ(verdicts_, expected_);
 }
 
+TEST_F(NoMemory, LeavesCriticalTolerancesToTheFormulas) {
+  std::vector<CriticalTolerances> found;
+  found.reserve(kPaths);
+  {
+    const ScarceMemory scarce(kLessThanLayersNeed);
+    for (const LightPath& path : paths_) {
+      found.push_back(calculator_.FindCriticalTolerances(path));
+    }
+  }
+  // A copy of the tables has memory.
+  const auto other = Testing::InRun(Testing::VariedTables());
+  for (std::size_t i = 0; i < kPaths; ++i) {
+    EXPECT_EQ(found[i].of, other.FindCriticalTolerances(paths_[i]).of);
+  }
+}
+
 TEST_F(NoMemory, AllowsTolerancesToBeSet) {
   {
     const ScarceMemory none(0);
