@@ -241,6 +241,44 @@ void TimeLayers(benchmark::State& state) {
 
 BENCHMARK(TimeLayers)->Name("setup/layers");
 
+/// Critical tolerances of all components, from the nearest items and from all.
+DU::CriticalTolerances ByNearestItems(const LightPath& path) {
+  return Calculator().FindCriticalTolerances(path);
+}
+
+DU::CriticalTolerances ByAllItems(const LightPath& path) {
+  DU::CriticalTolerances tolerances;
+  for (std::size_t i = 0; i < tolerances.of.size(); ++i) {
+    tolerances.of[i] = DU::CriticalTolerance(
+        Calculator().GetHardware(), DU::kShadowingComponents[i],
+        DU::SegmentsOf(path, DU::ShapeOfType(path.LightPathType)));
+  }
+  return tolerances;
+}
+
+using FindTolerances = DU::CriticalTolerances (*)(const LightPath&);
+
+void AddCriticalTolerances(const std::string& name, FindTolerances find) {
+  AddBenchmark(name, [name, find](benchmark::State& state) {
+    const PathSet& paths = NearSet(kMixed);
+    // The way by all items takes a tenth of a millisecond.
+    const std::size_t count = paths.Size() / 16;
+    for (std::size_t i = 0; i < count; ++i) {
+      const LightPath& path = paths.Records()[i];
+      if (ByNearestItems(path).of != ByAllItems(path).of) {
+        EndForDifference(name);
+      }
+    }
+    for ([[maybe_unused]] auto _ : state) {
+      for (std::size_t i = 0; i < count; ++i) {
+        benchmark::DoNotOptimize(find(paths.Records()[i]));
+      }
+    }
+    state.SetItemsProcessed(state.iterations() *
+                            static_cast<std::int64_t>(count));
+  });
+}
+
 void AddSingleCalls(eLightPathType type) {
   const std::string end = std::string("/") + KeyOf(type);
   const auto near = [type]() -> const PathSet& { return NearSet(type); };
@@ -341,6 +379,8 @@ void AddAll() {
     AddBatches(type);
   }
   for (const int tolerance : {-10, 0, 50, 150, 400}) AddTolerance(tolerance);
+  AddCriticalTolerances("critical-tolerances/all-items", ByAllItems);
+  AddCriticalTolerances("critical-tolerances/nearest", ByNearestItems);
 }
 
 }  // namespace
