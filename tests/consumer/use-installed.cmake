@@ -36,6 +36,9 @@ expect(CheckOnePath "shadowed by a pipe: 1" "${tables}")
 expect(PathToPMT "Scint/InnerAV->AV->Water, 46.105 ns, shadowed: 0" "${tables}")
 expect(CountShadowed "139809 of 388199 paths are shadowed" "${tables}"
   "${SOURCE}/data/source-scan.csv" "${SOURCE}/data/pmts.csv")
+expect(ChooseTolerance
+  "90 % of 388199 paths are clear below a tolerance of -4.319 mm" "${tables}"
+  "${SOURCE}/data/source-scan.csv" "${SOURCE}/data/pmts.csv")
 file(WRITE "${work}/bad.json" "[{}]")
 foreach(example IN ITEMS CheckOnePath PathToPMT)
   refuse(${example} "^${example}: nowhere[^\n]*\n$" nowhere)
