@@ -52,7 +52,14 @@ double LeastDouble(double lowest, double highest, double guess,
       if (holdsAt(holds ? above - step : below + step) != holds) break;
     }
   }
-  while (above - below > 1) holdsAt(below + (above - below) / 2);
+  while (above - below > 1) {
+    const std::uint64_t middle = below + (above - below) / 2;
+    if (condition(DoubleAt(middle))) {
+      above = middle;
+    } else {
+      below = middle;
+    }
+  }
   return DoubleAt(above) + 0.0;  // not -0
 }
 
