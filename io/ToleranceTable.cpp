@@ -54,16 +54,20 @@ ToleranceTable::~ToleranceTable() = default;
 
 void ToleranceTable::Write(double tolerance, const std::string& component,
                            std::uint64_t paths, std::uint64_t shadowed) {
-  const auto all = static_cast<double>(paths);
-  const double fraction = static_cast<double>(shadowed) / all;
-  const double error = std::sqrt(fraction * (1.0 - fraction) / all);
+  double fraction = std::nan("");
+  double error = std::nan("");
+  if (paths > 0) {
+    const auto all = static_cast<double>(paths);
+    fraction = static_cast<double>(shadowed) / all;
+    error = std::sqrt(fraction * (1.0 - fraction) / all);
+  }
   if (ntuple_ != nullptr) {
     *ntuple_->tolerance = tolerance;
     *ntuple_->component = component;
     *ntuple_->paths = paths;
     *ntuple_->shadowed = shadowed;
-    *ntuple_->fraction = paths > 0 ? fraction : std::nan("");
-    *ntuple_->fractionError = paths > 0 ? error : std::nan("");
+    *ntuple_->fraction = fraction;
+    *ntuple_->fractionError = error;
     ntuple_->rows->Fill();
     return;
   }
