@@ -21,11 +21,14 @@
 #include "lightpath/LightPathCalculator.hpp"
 #include "lightpath/PMTArray.hpp"
 #include "lightpath/RayTable.hpp"
+#include "scan/RowScan.hpp"
+#include "scan/ToleranceCounts.hpp"
 #include "tests/property/Random.hpp"
 
 /// Time of the verdicts on one event and all PMTs of the reference detector,
 /// per pair: by FindVerdicts, by each kernel, and by a plain loop over
-/// CalcByPosition and FindShadowing. Layers are built, on one core.
+/// CalcByPosition and FindShadowing. And the time of a scan that counts at 30
+/// tolerances. Layers are built, on one core.
 namespace ZARN::Benchmarks {
 namespace {
 
@@ -222,6 +225,47 @@ void AddSet(const std::string& name, const MakeRowSet& make) {
   }
 }
 
+/// A scan that counts at tolerances from 10 to 300 mm. Its counts at that of
+/// the other ways are compared with theirs.
+void AddToleranceScan(const std::string& set, const MakeRowSet& make) {
+  const std::string name = "rows/" + set + "/30-tolerances";
+  AddBenchmark(name, [=](benchmark::State& state) {
+    constexpr std::size_t kTolerances = 30;
+    constexpr double kStep = 10.0;  // mm
+    std::vector<double> tolerances;
+    while (tolerances.size() < kTolerances) {
+      tolerances.push_back(kStep * static_cast<double>(tolerances.size() + 1));
+    }
+    const auto same = std::find(tolerances.begin(), tolerances.end(),
+                                DU::Hardware::kDefaultTolerance);
+    const RowSet& rows = SetOf(set, make);
+    std::vector<TVector3> pmts;
+    for (std::size_t i = 0; i < rows.pmts.Count(); ++i) {
+      pmts.push_back(rows.pmts.At(i));
+    }
+    Scan::VerdictCounts expected;
+    expected.AddRow(rows.expected.data(), rows.expected.size());
+    for ([[maybe_unused]] auto _ : state) {
+      Scan::ToleranceCounts counts(Shadowing(), Light(), pmts, {tolerances});
+      Scan::RowScan::Settings settings;
+      settings.onBlock = [&](const Scan::RowBlock& block) {
+        counts.Judge(block);
+      };
+      Scan::RowScan(Shadowing(), Light(), rows.pmts, settings)
+          .Run(rows.events, [](const Scan::RowBlock& /*block*/) {});
+      const auto& found =
+          counts.OfAll()[static_cast<std::size_t>(same - tolerances.begin())];
+      for (const auto component : DU::kShadowingComponents) {
+        if (found.Of(component) != expected.Of(component)) {
+          EndForDifference(name);
+        }
+      }
+    }
+    state.SetItemsProcessed(state.iterations() *
+                            static_cast<std::int64_t>(rows.expected.size()));
+  });
+}
+
 /// The making of a table, by where the event is.
 void AddTable(const std::string& where, double eventRadius) {
   AddBenchmark("rows/table/" + where, [=](benchmark::State& state) {
@@ -253,6 +297,7 @@ void AddAll() {
   };
   AddSet("standard", standard);
   AddRowWay("standard", "chosen", standard, LibraryRows, nullptr);
+  AddToleranceScan("standard", standard);
   AddSet("inside", between(0.0, kNearWall));
   AddSet("near-wall", between(kNearWall, inner));
   AddSet("wall", between(inner, outer));

@@ -234,7 +234,10 @@ left to the plain loop. On the source scan, `FindVerdicts` itself takes
 250 mm apart, from 7 to 10 m, in any order.
 
 The table of an event's rays takes {micros[0]} microseconds for an event inside, {micros[1]} near the
-wall, {micros[2]} in the wall and {micros[3]} in the water."""
+wall, {micros[2]} in the wall and {micros[3]} in the water.
+
+A scan that counts at 30 tolerances (`scan --tolerances`) takes {self.cell("rows/standard/30-tolerances")} ns per pair
+of the source scan: {self.times("rows/standard/30-tolerances", "rows/standard/plain")} times the plain loop for one tolerance."""
 
     def memory(self):
         bandwidth = {t: self.counter(f"read/{t}", "bytes_per_second") / 1e9 for t in (1, 2)}
