@@ -93,8 +93,7 @@ const char* NameOf(eState state) {
 std::string ExplanationJson(const DU::LightPathCalculator& light,
                             const DU::ShadowingExplanation& explanation) {
   Json segments = Json::array();
-  for (std::size_t i = 0; i < explanation.segments.size(); ++i) {
-    const DU::WaterSegment& segment = explanation.segments[i];
+  for (const DU::WaterSegment& segment : explanation.segments) {
     segments.push_back({{"point", VectorJson(segment.point)},
                         {"direction", VectorJson(segment.direction)}});
   }
