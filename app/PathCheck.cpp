@@ -80,7 +80,11 @@ void PathCheck::FindVerdicts(CheckedBlock& checked,
     checked.verdicts.resize(before + filled);
     calculator_.FindShadowing(batch.data(), filled,
                               checked.verdicts.data() + before);
-    AddDetails(batch.data(), filled, checked);
+    if (details_.IsNeeded()) {
+      for (std::size_t i = 0; i < filled; ++i) {
+        AddDetails(batch[i], checked.verdicts[before + i], checked);
+      }
+    }
     filled = 0;
   };
 
@@ -100,7 +104,11 @@ void PathCheck::FindVerdicts(CheckedBlock& checked,
         checked.withMessages.push_back(
             {checked.verdicts.size(), reader_.TypeName(rows), withMessages});
         checked.verdicts.push_back(DU::eShadowingComponent::kNone);
-        AddDetails(&withMessages, 1, checked);
+        if (details_.IsNeeded()) {
+          // The caller finds its verdict later, with the messages.
+          AddDetails(withMessages, calculator_.FindShadowing(withMessages),
+                     checked);
+        }
       } else if (++filled == batch.size()) {
         findBatch();
       }
@@ -112,15 +120,12 @@ void PathCheck::FindVerdicts(CheckedBlock& checked,
   checked.extent = rows.Read();
 }
 
-/// Add the details of the paths that were added last.
-void PathCheck::AddDetails(const DU::LightPath* paths, std::size_t count,
+/// Add the details of the next path, with this verdict.
+void PathCheck::AddDetails(const DU::LightPath& path,
+                           DU::eShadowingComponent verdict,
                            CheckedBlock& checked) const {
-  if (!details_.IsNeeded()) return;
-  for (std::size_t i = 0; i < count; ++i) {
-    ThrowIfInterrupted();
-    details_.Find(paths[i], calculator_.FindShadowing(paths[i]),
-                  checked.details.emplace_back());
-  }
+  ThrowIfInterrupted();
+  details_.Find(path, verdict, checked.details.emplace_back());
 }
 
 void PathCheck::TakeNames(const IO::CsvRows& rows,

@@ -69,7 +69,7 @@ class PathCheck {
   bool Read(IO::CsvBlock& block);
   void FindVerdicts(CheckedBlock& checked,
                     std::vector<DU::LightPath>& batch) const;
-  void AddDetails(const DU::LightPath* paths, std::size_t count,
+  void AddDetails(const DU::LightPath& path, DU::eShadowingComponent verdict,
                   CheckedBlock& checked) const;
   void TakeNames(const IO::CsvRows& rows, CheckedBlock& checked) const;
 

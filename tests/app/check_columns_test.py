@@ -83,6 +83,8 @@ class Columns(CheckTest):
             self.assertAlmostEqual(float(row[4]), wanted, delta=1e-9)
         self.assertEqual([row[6] for row in rows], ["4", "4", "0", "0"])
         self.assertEqual(self.check(paths, *columns, "--threads", 3).out, result.out)
+        # With --debug every path can write messages and is judged alone.
+        self.assertEqual(self.check(paths, *columns, "--debug").out, result.out)
         self.check(paths, *columns, "-o", "out.root")
         found = NTuple("verdicts", self.folder / "out.root")
         self.assertEqual(found.fields, header)
