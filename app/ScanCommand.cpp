@@ -16,21 +16,12 @@
 #include "app/ScanOutputs.hpp"
 #include "app/ScopedLogOutput.hpp"
 #include "app/Signals.hpp"
-#include "io/InputFile.hpp"
 #include "io/PositionReader.hpp"
 #include "scan/RowScan.hpp"
 #include "scan/VerdictCounts.hpp"
 
 namespace ZARN::App {
 namespace {
-
-std::vector<IO::NamedPosition> ReadPMTs(const std::string& path) {
-  IO::InputFile input(path);
-  IO::PositionReader reader(input, "pmt");
-  std::vector<IO::NamedPosition> pmts;
-  for (IO::NamedPosition pmt; reader.Next(pmt);) pmts.push_back(pmt);
-  return pmts;
-}
 
 /// What a scan counts.
 struct ScanCounts {
@@ -110,7 +101,8 @@ void RunScan(const ScanOptions& options) {
   DU::LightPathCalculator lightPath;
   lightPath.SetWavelength(options.wavelength);
   BeginRun(options.run, lightPath);
-  const std::vector<IO::NamedPosition> pmts = ReadPMTs(options.pmts);
+  const std::vector<IO::NamedPosition> pmts =
+      IO::ReadPositions(options.pmts, "pmt");
   EventSource events = options.at.has_value() ? EventSource(*options.at)
                                               : EventSource(*options.events);
 

@@ -15,7 +15,6 @@
 #include "du/ShadowingCalculator.hpp"
 #include "du/Verdict.hpp"
 #include "du/fast/EventBatch.hpp"
-#include "io/InputFile.hpp"
 #include "io/PositionReader.hpp"
 #include "lightpath/Kernels.hpp"
 #include "lightpath/LightPathCalculator.hpp"
@@ -59,12 +58,8 @@ const DU::LightPathCalculator& Light() {
 
 std::vector<TVector3> PositionsIn(const std::string& file,
                                   const std::string& nameColumn) {
-  IO::InputFile input(std::string(ZARN_DATA_DIR) + "/" + file);
-  IO::PositionReader reader(input, nameColumn);
-  std::vector<TVector3> positions;
-  IO::NamedPosition item;
-  while (reader.Next(item)) positions.push_back(item.position);
-  return positions;
+  return IO::PositionsOf(
+      IO::ReadPositions(std::string(ZARN_DATA_DIR) + "/" + file, nameColumn));
 }
 
 /// Uniformly distributed between two spheres.

@@ -4,30 +4,13 @@
 #include <iomanip>
 #include <iostream>
 #include <stdexcept>
-#include <string>
 #include <vector>
 
 #include "db/DB.hpp"
 #include "db/JsonTables.hpp"
 #include "du/ShadowingCalculator.hpp"
-#include "io/InputFile.hpp"
 #include "io/PositionReader.hpp"
 #include "lightpath/LightPathCalculator.hpp"
-
-namespace {
-
-std::vector<TVector3> ReadPositions(const std::string& file,
-                                    const std::string& nameColumn) {
-  ZARN::IO::InputFile input(file);
-  ZARN::IO::PositionReader reader(input, nameColumn);
-  std::vector<TVector3> positions;
-  for (ZARN::IO::NamedPosition item; reader.Next(item);) {
-    positions.push_back(item.position);
-  }
-  return positions;
-}
-
-}  // namespace
 
 /// Finds the largest tolerance that leaves 90 % of the light paths from events
 /// to PMTs clear, from one pass over them. The arguments are the geometry
@@ -44,8 +27,10 @@ int main(int argc, char** argv) {
     shadowing.BeginOfRun();
     ZARN::DU::LightPathCalculator lightPath;
     lightPath.BeginOfRun();
-    const auto events = ReadPositions(argv[2], "event");
-    const auto pmts = ReadPositions(argv[3], "pmt");
+    const auto events =
+        ZARN::IO::PositionsOf(ZARN::IO::ReadPositions(argv[2], "event"));
+    const auto pmts =
+        ZARN::IO::PositionsOf(ZARN::IO::ReadPositions(argv[3], "pmt"));
 
     // A path is shadowed from its critical tolerance on.
     std::vector<double> critical;

@@ -1,32 +1,14 @@
 #include <exception>
 #include <iostream>
-#include <string>
-#include <vector>
 
 #include "db/DB.hpp"
 #include "db/JsonTables.hpp"
 #include "du/ShadowingCalculator.hpp"
-#include "io/InputFile.hpp"
 #include "io/PositionReader.hpp"
 #include "lightpath/LightPathCalculator.hpp"
 #include "lightpath/PMTArray.hpp"
 #include "scan/RowScan.hpp"
 #include "scan/VerdictCounts.hpp"
-
-namespace {
-
-std::vector<TVector3> ReadPositions(const std::string& file,
-                                    const std::string& nameColumn) {
-  ZARN::IO::InputFile input(file);
-  ZARN::IO::PositionReader reader(input, nameColumn);
-  std::vector<TVector3> positions;
-  for (ZARN::IO::NamedPosition item; reader.Next(item);) {
-    positions.push_back(item.position);
-  }
-  return positions;
-}
-
-}  // namespace
 
 /// Counts the shadowed light paths from events to PMTs, on two threads. The
 /// arguments are the geometry tables, for example data/reference-detector, and
@@ -42,8 +24,10 @@ int main(int argc, char** argv) {
     shadowing.BeginOfRun();
     ZARN::DU::LightPathCalculator lightPath;
     lightPath.BeginOfRun();
-    const auto events = ReadPositions(argv[2], "event");
-    const auto pmts = ReadPositions(argv[3], "pmt");
+    const auto events =
+        ZARN::IO::PositionsOf(ZARN::IO::ReadPositions(argv[2], "event"));
+    const auto pmts =
+        ZARN::IO::PositionsOf(ZARN::IO::ReadPositions(argv[3], "pmt"));
 
     ZARN::Scan::RowScan::Settings settings;
     settings.threads = 2;

@@ -37,4 +37,13 @@ bool PositionReader::Next(NamedPosition& item) {
   return true;
 }
 
+std::vector<NamedPosition> ReadPositions(const std::string& path,
+                                         const std::string& nameColumn) {
+  InputFile input(path);
+  PositionReader reader(input, nameColumn);
+  std::vector<NamedPosition> items;
+  for (NamedPosition item; reader.Next(item);) items.push_back(item);
+  return items;
+}
+
 }  // namespace ZARN::IO

@@ -51,4 +51,12 @@ class PositionReader {
   std::array<std::size_t, 3> columns_ = {};
 };
 
+/// Read all positions of a file.
+///
+/// @param path        as for InputFile
+/// @param nameColumn  header of the column of names
+/// @throws as InputFile and PositionReader
+std::vector<NamedPosition> ReadPositions(const std::string& path,
+                                         const std::string& nameColumn);
+
 }  // namespace ZARN::IO

@@ -14,7 +14,6 @@
 #include "du/fast/ShadowingFilter.hpp"
 #include "du/geometry/CylinderCrossing.hpp"
 #include "du/geometry/CylinderSide.hpp"
-#include "io/InputFile.hpp"
 #include "io/PositionReader.hpp"
 #include "lightpath/LightPathCalculator.hpp"
 #include "log/Log.hpp"
@@ -221,17 +220,6 @@ bool Count(const Hardware& hardware, const ShadowingFilter& filter,
   return true;
 }
 
-std::vector<TVector3> ReadPositions(const std::string& file,
-                                    const std::string& nameColumn) {
-  IO::InputFile input(file);
-  IO::PositionReader reader(input, nameColumn);
-  std::vector<TVector3> positions;
-  for (IO::NamedPosition item; reader.Next(item);) {
-    positions.push_back(item.position);
-  }
-  return positions;
-}
-
 /// The paths of an event to all PMTs.
 std::vector<LightPath> PathsFrom(const TVector3& event,
                                  const std::vector<TVector3>& pmts,
@@ -253,11 +241,13 @@ int Run(const std::string& data) {
   lightPath.BeginOfRun();
   const ShadowingFilter filter(calculator.GetHardware(), {});
   const ShadowingBatch batch(filter);
-  const auto pmts = ReadPositions(data + "/pmts.csv", "pmt");
+  const auto pmts =
+      IO::PositionsOf(IO::ReadPositions(data + "/pmts.csv", "pmt"));
   Shares shares;
-  for (const auto& event : ReadPositions(data + "/source-scan.csv", "event")) {
+  for (const auto& event :
+       IO::ReadPositions(data + "/source-scan.csv", "event")) {
     if (!Count(calculator.GetHardware(), filter, batch,
-               PathsFrom(event, pmts, lightPath), shares)) {
+               PathsFrom(event.position, pmts, lightPath), shares)) {
       std::cerr << "verdict_shares: the walk and the filter differ\n";
       return 1;
     }

@@ -62,5 +62,16 @@ TEST_F(PositionReaderTest, NamesEveryMissingColumn) {
             "pmts.csv: line 1 (the header): missing columns: pmt, y");
 }
 
+TEST_F(PositionReaderTest, ReadsAllPositionsOfAFile) {
+  Put("events.csv", "event,x,y,z\nfirst,1,2,3\nsecond,4,5,6\n");
+  const auto items = ReadPositions("events.csv", "event");
+  ASSERT_EQ(items.size(), 2U);
+  EXPECT_EQ(items[0].name, "first");
+  EXPECT_EQ(items[1].name, "second");
+  EXPECT_EQ(PositionsOf(items), (std::vector<TVector3>{{1, 2, 3}, {4, 5, 6}}));
+  EXPECT_THROW(ReadPositions("events.csv", "pmt"), BadInput);
+  EXPECT_THROW(ReadPositions("missing.csv", "event"), BadInput);
+}
+
 }  // namespace
 }  // namespace ZARN::IO
