@@ -14,17 +14,15 @@ Json VectorJson(const TVector3& v) { return {v.X(), v.Y(), v.Z()}; }
 
 Json PathJson(const DU::LightPathCalculator& light) {
   const DU::LightPath& path = light.GetLightPath();
-  const bool isNamed = path.LightPathType >= 0 &&
-                       path.LightPathType < DU::kNumberOfLightPathTypes;
+  const bool isKnown = DU::IsKnownType(path.LightPathType);
   Json json = {{"type", nullptr}};
-  if (isNamed) json["type"] = DU::kLightPathTypeNames[path.LightPathType];
-  const std::size_t used =
-      isNamed ? VectorsOf(path.LightPathType) : kLightPathVectors.size();
+  if (isKnown) json["type"] = DU::kLightPathTypeNames[path.LightPathType];
+  const std::size_t used = VectorsOf(path.LightPathType);
   for (std::size_t i = 0; i < used; ++i) {
     const LightPathVector& vector = kLightPathVectors[i];
     json[vector.name] = VectorJson(path.*vector.member);
   }
-  if (!light.IsRunBegun() || !light.HasPath() || !isNamed) return json;
+  if (!light.IsRunBegun() || !light.HasPath() || !isKnown) return json;
   json["length_inner_av"] = light.GetLength(DU::eMedium::kInnerAV);
   json["length_acrylic"] = light.GetLength(DU::eMedium::kAcrylic);
   json["length_water"] = light.GetLength(DU::eMedium::kWater);

@@ -85,20 +85,18 @@ std::string Comparison(const DU::ShadowingTest& test, const std::string& item) {
 
 std::string PathLines(const DU::LightPathCalculator& light) {
   const DU::LightPath& path = light.GetLightPath();
-  const bool isNamed = path.LightPathType >= 0 &&
-                       path.LightPathType < DU::kNumberOfLightPathTypes;
+  const bool isKnown = DU::IsKnownType(path.LightPathType);
   std::string text =
       std::string("path: ") +
-      (isNamed ? DU::kLightPathTypeNames[path.LightPathType] : "unknown type") +
+      (isKnown ? DU::kLightPathTypeNames[path.LightPathType] : "unknown type") +
       "\n";
-  const std::size_t used =
-      isNamed ? VectorsOf(path.LightPathType) : kLightPathVectors.size();
+  const std::size_t used = VectorsOf(path.LightPathType);
   for (std::size_t i = 0; i < used; ++i) {
     const LightPathVector& vector = kLightPathVectors[i];
     text += std::string("  ") + vector.name + ": " +
             Vector(path.*vector.member) + "\n";
   }
-  if (!light.IsRunBegun() || !light.HasPath() || !isNamed) return text;
+  if (!light.IsRunBegun() || !light.HasPath() || !isKnown) return text;
   text += "  length: " + Number(light.GetLength(DU::eMedium::kInnerAV)) +
           " mm inside the vessel, " +
           Number(light.GetLength(DU::eMedium::kAcrylic)) + " mm in the wall, " +

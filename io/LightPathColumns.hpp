@@ -27,8 +27,10 @@ inline constexpr std::array<LightPathVector, 8> kLightPathVectors = {
      {"av3", &DU::LightPath::AVPoint3},
      {"av4", &DU::LightPath::AVPoint4}}};
 
-/// Number of the vectors, from the first, that paths of a named type use.
+/// Number of the vectors, from the first, that paths of a type use; all for an
+/// unknown type.
 inline std::size_t VectorsOf(DU::eLightPathType type) {
+  if (!DU::IsKnownType(type)) return kLightPathVectors.size();
   return kLightPathVectors.size() - DU::kAVPoints.size() +
          DU::kCrossings[type].size();
 }

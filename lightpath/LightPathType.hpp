@@ -20,6 +20,11 @@ enum eLightPathType : int {
   kNumberOfLightPathTypes
 };
 
+/// Whether a value is one of the types, and not an unknown one.
+constexpr bool IsKnownType(int type) {
+  return type >= 0 && type < kNumberOfLightPathTypes;
+}
+
 /// The names of the types, by their values. "Scint/InnerAV" is the inside of
 /// the vessel, "AV" its acrylic wall, "Water" the water outside.
 inline constexpr std::array<const char*, kNumberOfLightPathTypes>

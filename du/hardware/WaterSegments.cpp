@@ -23,7 +23,7 @@ WaterSegments SegmentsOf(const LightPath& path, const PathShape& shape) {
 
 WaterSegments SegmentsOf(const LightPathArrays& paths, std::size_t i) {
   const int type = paths.LightPathType[i];
-  if (type < 0 || type >= kNumberOfLightPathTypes) return {};
+  if (!IsKnownType(type)) return {};
   const auto& shape =
       kShapesIn<LightPathArrays, VectorArrays>[static_cast<std::size_t>(type)];
   const auto point = [&](VectorArrays LightPathArrays::*vector) {

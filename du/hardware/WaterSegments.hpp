@@ -103,7 +103,7 @@ const PathShape& ShapeOfName(const std::string& name);
 /// The shape of a type with its default name (kLightPathTypeNames); kUnknown
 /// for a type without one.
 inline const PathShape& ShapeOfType(eLightPathType type) {
-  return type >= 0 && type < kNumberOfLightPathTypes
+  return IsKnownType(type)
              ? kShapesIn<LightPath, TVector3>[static_cast<std::size_t>(type)]
              : kUnknownShape;
 }
@@ -112,7 +112,7 @@ inline const PathShape& ShapeOfType(eLightPathType type) {
 /// one comparison if it is the default name of the type.
 inline const PathShape& ShapeOfTypeNamed(eLightPathType type,
                                          const std::string& name) {
-  return type >= 0 && type < kNumberOfLightPathTypes &&
+  return IsKnownType(type) &&
                  name == kLightPathTypeNames[static_cast<std::size_t>(type)]
              ? ShapeOfType(type)
              : ShapeOfName(name);

@@ -66,8 +66,9 @@ TEST(ExplanationText, TellsThatAComponentDoesNotTestAPath) {
   EXPECT_THAT(text, HasSubstr("AVPipe: does not test paths of this type\n"));
   EXPECT_THAT(text, HasSubstr("segment 2, in water: from (0, 8000, 0)"));
   EXPECT_THAT(text, HasSubstr("verdict: not shadowed\n"));
-  EXPECT_THAT(TextOf(Testing::AllAt(Testing::kUnnamedType, {})),
-              StartsWith("path: unknown type\n"));
+  const std::string unknown = TextOf(Testing::AllAt(Testing::kUnnamedType, {}));
+  EXPECT_THAT(unknown, StartsWith("path: unknown type\n"));
+  EXPECT_THAT(unknown, HasSubstr("\n  av4: (0, 0, 0)\n"));
 }
 
 TEST(ExplanationText, HasLengthsTimeAndAngleOfAPathInARun) {
