@@ -11,13 +11,13 @@
 #include <utility>
 #include <vector>
 
-#include "tests/du/Detector.hpp"
-#include "tests/support/Captured.hpp"
+#include "tests/scan/ScanTest.hpp"
 
 namespace ZARN::Scan {
 namespace {
 
 using DU::eVerdict;
+using Testing::ExpectSame;
 
 /// What a scan finds, event after event.
 struct Found {
@@ -37,33 +37,11 @@ struct Found {
   }
 };
 
-void ExpectSame(const VerdictCounts& found, const VerdictCounts& wanted) {
-  EXPECT_EQ(found.Of(DU::eShadowingComponent::kNone),
-            wanted.Of(DU::eShadowingComponent::kNone));
-  for (const auto component : DU::kShadowingComponents) {
-    EXPECT_EQ(found.Of(component), wanted.Of(component));
-  }
-}
-
 /// Events inside, in the wall, in the water and at a PMT; PMTs all around.
-class RowScanTest : public ::testing::Test {
+class RowScanTest : public Testing::ScanTest {
  protected:
   RowScanTest() {
-    const Testing::Captured messages(warn);
-    Testing::Tables tables = Testing::DetectorTables();
-    for (const char* medium : {"inner_av", "acrylic", "water"}) {
-      tables.Set("OPTICS", medium, "refractive_index",
-                 medium[0] == 'w' ? 1.33 : 1.5);
-    }
-    tables.Load();
-    shadowing_.BeginOfRun();
-    lightPath_.BeginOfRun();
-    constexpr int kPMTs = 67;
-    for (int i = 0; i < kPMTs; ++i) {
-      TVector3 pmt;
-      pmt.SetMagThetaPhi(8300, 0.1 + 0.045 * i, 0.7 * i);
-      pmts_.push_back(pmt);
-    }
+    AddPMTs(67, 0.045);
     const std::vector<TVector3> kinds = {
         {0, 0, 0},     {0, 0, 3000},  {3000, -4000, 0}, {0, 5830, 0},
         {0, 7000, 10}, pmts_.front(), {0, 0, 1e80}};
@@ -112,10 +90,6 @@ class RowScanTest : public ::testing::Test {
 
   DU::PMTArray PMTs() const { return DU::PMTArray(pmts_); }
 
-  DU::ShadowingCalculator shadowing_;
-  DU::LightPathCalculator lightPath_;
-  std::vector<TVector3> events_;
-  std::vector<TVector3> pmts_;
   std::vector<VerdictCounts> perPMT_;  // by JudgedPairByPair
 };
 

@@ -5,31 +5,19 @@
 #include <stdexcept>
 #include <vector>
 
-#include "tests/du/Detector.hpp"
-#include "tests/support/Captured.hpp"
+#include "tests/scan/ScanTest.hpp"
 
 namespace ZARN::Scan {
 namespace {
 
 using DU::eShadowingComponent;
+using Testing::ExpectSame;
 
 /// Events inside, in the wall and in the water, and PMTs all around.
-class ToleranceCountsTest : public ::testing::Test {
+class ToleranceCountsTest : public Testing::ScanTest {
  protected:
   ToleranceCountsTest() {
-    const Testing::Captured messages(warn);
-    Testing::Tables tables = Testing::DetectorTables();
-    for (const char* medium : {"inner_av", "acrylic", "water"}) {
-      tables.Set("OPTICS", medium, "refractive_index",
-                 medium[0] == 'w' ? 1.33 : 1.5);
-    }
-    tables.Load();
-    shadowing_.BeginOfRun();
-    lightPath_.BeginOfRun();
-    for (int i = 0; i < 41; ++i) {
-      pmts_.emplace_back();
-      pmts_.back().SetMagThetaPhi(8300, 0.1 + 0.07 * i, 0.7 * i);
-    }
+    AddPMTs(41, 0.07);
     for (int i = 0; i < 8; ++i) {
       events_.emplace_back(0, 100 * i, 3000);
       events_.emplace_back(i, 5830, 0);
@@ -69,20 +57,7 @@ class ToleranceCountsTest : public ::testing::Test {
   /// Compare with a scan at each tolerance; the fractions shadowed at them.
   std::vector<double> ExpectThoseOfSingleScans(
       const std::vector<double>& tolerances) const;
-
-  DU::ShadowingCalculator shadowing_;
-  DU::LightPathCalculator lightPath_;
-  std::vector<TVector3> events_;
-  std::vector<TVector3> pmts_;
 };
-
-void ExpectSame(const VerdictCounts& found, const VerdictCounts& wanted) {
-  EXPECT_EQ(found.Of(eShadowingComponent::kNone),
-            wanted.Of(eShadowingComponent::kNone));
-  for (const auto component : DU::kShadowingComponents) {
-    EXPECT_EQ(found.Of(component), wanted.Of(component));
-  }
-}
 
 std::vector<double> ToleranceCountsTest::ExpectThoseOfSingleScans(
     const std::vector<double>& tolerances) const {
