@@ -2,6 +2,8 @@
 
 #include <TError.h>
 #include <ROOT/RError.hxx>
+#include <cmath>
+#include <type_traits>
 #include <utility>
 
 #include "io/Errors.hpp"
@@ -121,45 +123,38 @@ void NameField::Set(std::string_view name) {
   }
 }
 
-void ColumnField::AddTo(ROOT::RNTupleModel& model, const PairColumn& column) {
-  switch (column.kind) {
+ColumnField::ColumnField(const PairColumn* column) : column_(column) {
+  switch (column->kind) {
     case eValue::kNumber:
-      model.MakeField<double>(column.name, column.description);
+      value_ = 0.0;
       break;
     case eValue::kWholeNumber:
-      model.MakeField<std::int32_t>(column.name, column.description);
+      value_ = std::int32_t{0};
       break;
     case eValue::kText:
-      model.MakeField<std::string>(column.name, column.description);
+      value_ = std::string();
       break;
   }
 }
 
-ColumnField::ColumnField(NTupleFile::Rows& rows, const PairColumn& column)
-    : column_(column) {
-  switch (column.kind) {
-    case eValue::kNumber:
-      number_ = rows.Field<double>(column.name);
-      break;
-    case eValue::kWholeNumber:
-      wholeNumber_ = rows.Field<std::int32_t>(column.name);
-      break;
-    case eValue::kText:
-      text_ = rows.Field<std::string>(column.name);
-      break;
-  }
+void ColumnField::AddTo(ROOT::RNTupleModel& model) const {
+  const auto add = [&](const auto& value) {
+    using Value = std::decay_t<decltype(value)>;
+    model.MakeField<Value>(column_->name, column_->description);
+  };
+  std::visit(add, value_);
 }
 
 void ColumnField::Set(const JudgedPair& pair) {
-  switch (column_.kind) {
+  switch (column_->kind) {
     case eValue::kNumber:
-      *number_ = column_.value(pair).value_or(std::nan(""));
+      value_ = column_->value(pair).value_or(std::nan(""));
       break;
     case eValue::kWholeNumber:
-      *wholeNumber_ = static_cast<std::int32_t>(column_.value(pair).value());
+      value_ = static_cast<std::int32_t>(column_->value(pair).value());
       break;
     case eValue::kText:
-      *text_ = column_.text(pair);
+      std::get<std::string>(value_) = column_->text(pair);
       break;
   }
 }

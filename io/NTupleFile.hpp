@@ -7,6 +7,7 @@
 #include <ROOT/RRawPtrWriteEntry.hxx>
 #include <memory>
 #include <string>
+#include <variant>
 #include <vector>
 
 #include "io/Origin.hpp"
@@ -25,8 +26,13 @@ class NTupleFile {
     /// Where Fill finds the value of a field; valid as long as this.
     template <class Value>
     Value* Field(const std::string& name) {
+      return Entry().GetPtr<Value>(name).get();
+    }
+
+    /// What Fill adds a row from.
+    ROOT::REntry& Entry() {
       if (entry_ == nullptr) entry_ = context_->CreateEntry();
-      return entry_->GetPtr<Value>(name).get();
+      return *entry_;
     }
 
     /// Add a row of the values of all fields.
@@ -59,7 +65,7 @@ class NTupleFile {
 
     const std::string& fileName_;
     std::shared_ptr<ROOT::RNTupleFillContext> context_;
-    std::unique_ptr<ROOT::REntry> entry_;  // null before Field
+    std::unique_ptr<ROOT::REntry> entry_;  // null before Entry
   };
 
   /// @param path  a regular file, or a new name; ROOT needs to seek, which
@@ -120,25 +126,30 @@ class NameField {
   std::string* text_ = nullptr;
 };
 
-/// The field of a column: double, std::int32_t or std::string.
+/// The field of a column, and its value in the next row.
 class ColumnField {
  public:
-  /// Define the field.
-  static void AddTo(ROOT::RNTupleModel& model, const PairColumn& column);
-
-  /// @param rows    must outlive this; their model has the field
   /// @param column  must outlive this
-  ColumnField(NTupleFile::Rows& rows, const PairColumn& column);
+  explicit ColumnField(const PairColumn* column);
+
+  /// Define the field.
+  void AddTo(ROOT::RNTupleModel& model) const;
+
+  /// Let an entry of ROOT point to the value. This must then stay where it is.
+  template <class Entry>
+  void BindTo(Entry& entry) {
+    const auto bind = [&](auto& value) {
+      entry.BindRawPtr(entry.GetToken(column_->name), &value);
+    };
+    std::visit(bind, value_);
+  }
 
   /// Set the value of the next row.
   void Set(const JudgedPair& pair);
 
  private:
-  const PairColumn& column_;
-  // One of these:
-  double* number_ = nullptr;
-  std::int32_t* wholeNumber_ = nullptr;
-  std::string* text_ = nullptr;
+  const PairColumn* column_;
+  std::variant<double, std::int32_t, std::string> value_;
 };
 
 }  // namespace ZARN::IO

@@ -9,7 +9,9 @@
 namespace ZARN::IO {
 
 struct PathVerdictNTuple::Fields {
-  explicit Fields(const std::string& path) : file(path) {}
+  Fields(const std::string& path,
+         const std::vector<const PairColumn*>& itsColumns)
+      : file(path), columns(itsColumns.begin(), itsColumns.end()) {}
 
   NTupleFile file;
   NTupleFile::Rows* rows = nullptr;
@@ -20,11 +22,10 @@ struct PathVerdictNTuple::Fields {
   std::vector<ColumnField> columns;
 };
 
-PathVerdictNTuple::PathVerdictNTuple(const std::string& path, Origin origin,
-                                     std::vector<const PairColumn*> columns)
-    : origin_(std::move(origin)),
-      columns_(std::move(columns)),
-      fields_(new Fields(path)) {}
+PathVerdictNTuple::PathVerdictNTuple(
+    const std::string& path, Origin origin,
+    const std::vector<const PairColumn*>& columns)
+    : origin_(std::move(origin)), fields_(new Fields(path, columns)) {}
 
 PathVerdictNTuple::~PathVerdictNTuple() = default;
 
@@ -36,8 +37,7 @@ void PathVerdictNTuple::Begin(const std::vector<NameColumn>& names) {
   }
   model->MakeField<std::int32_t>("shadowed", "1 shadowed, 0 not");
   model->MakeField<std::string>("by", "the component that shadows it, if any");
-  for (const PairColumn* const column : columns_)
-    ColumnField::AddTo(*model, *column);
+  for (const ColumnField& column : fields_->columns) column.AddTo(*model);
   fields_->file.Begin("verdicts", origin_, std::move(model));
   NTupleFile::Rows& rows = fields_->file.AddRows();
   fields_->rows = &rows;
@@ -47,9 +47,7 @@ void PathVerdictNTuple::Begin(const std::vector<NameColumn>& names) {
   }
   fields_->shadowed = rows.Field<std::int32_t>("shadowed");
   fields_->by = rows.Field<std::string>("by");
-  for (const PairColumn* const column : columns_) {
-    fields_->columns.emplace_back(rows, *column);
-  }
+  for (ColumnField& column : fields_->columns) column.BindTo(rows.Entry());
 }
 
 bool PathVerdictNTuple::HasBegun() const { return fields_->rows != nullptr; }

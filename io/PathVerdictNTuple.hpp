@@ -28,7 +28,7 @@ class PathVerdictNTuple {
   /// @param columns  some of GivenPathColumns
   /// @throws OutputFailure if the file cannot be created
   PathVerdictNTuple(const std::string& path, Origin origin,
-                    std::vector<const PairColumn*> columns);
+                    const std::vector<const PairColumn*>& columns);
   ~PathVerdictNTuple();
 
   /// Define the fields, before the first row.
@@ -54,7 +54,6 @@ class PathVerdictNTuple {
   struct Fields;  // in ROOT's terms
 
   Origin origin_;
-  std::vector<const PairColumn*> columns_;
   std::unique_ptr<Fields> fields_;
 };
 

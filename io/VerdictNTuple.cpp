@@ -1,7 +1,6 @@
 #include "io/VerdictNTuple.hpp"
 
 #include <array>
-#include <cmath>
 #include <optional>
 #include <utility>
 
@@ -53,48 +52,30 @@ struct VerdictNTuple::Block::Entry {
   NTupleFile::Rows& rows;
   std::unique_ptr<ROOT::Detail::RRawPtrWriteEntry> row;
   ROOT::RFieldToken event, pmt, type, shadowed, by;
-  std::vector<ROOT::RFieldToken> columns;
+  std::vector<ColumnField> columns;
 
   std::int64_t eventInteger = 0;
   std::int32_t shadowedValue = 0;
-  std::vector<double> values;             // of the columns
-  std::vector<std::int32_t> wholeValues;  // of those that are whole
-  std::vector<std::string> texts;         // of those that are text
 
-  explicit Entry(NTupleFile::Rows& itsRows)
+  Entry(NTupleFile::Rows& itsRows,
+        const std::vector<const PairColumn*>& itsColumns)
       : rows(itsRows),
         row(rows.MakeRawEntry()),
         event(row->GetToken("event")),
         pmt(row->GetToken("pmt")),
         type(row->GetToken("type")),
         shadowed(row->GetToken("shadowed")),
-        by(row->GetToken("by")) {
+        by(row->GetToken("by")),
+        columns(itsColumns.begin(), itsColumns.end()) {
     row->BindRawPtr(shadowed, &shadowedValue);
+    for (ColumnField& column : columns) column.BindTo(*row);
   }
 };
 
 VerdictNTuple::Block::Block(const VerdictNTuple& owner)
-    : owner_(owner), entry_(std::make_unique<Entry>(owner.file_->AddRows())) {
-  Entry& entry = *entry_;
-  const std::vector<const PairColumn*>& columns = owner_.fields_.columns;
-  entry.values.resize(columns.size());
-  entry.wholeValues.resize(columns.size());
-  entry.texts.resize(columns.size());
-  for (std::size_t i = 0; i < columns.size(); ++i) {
-    const ROOT::RFieldToken token = entry.row->GetToken(columns[i]->name);
-    switch (columns[i]->kind) {
-      case eValue::kNumber:
-        entry.row->BindRawPtr(token, &entry.values[i]);
-        break;
-      case eValue::kWholeNumber:
-        entry.row->BindRawPtr(token, &entry.wholeValues[i]);
-        break;
-      case eValue::kText:
-        entry.row->BindRawPtr(token, &entry.texts[i]);
-        break;
-    }
-  }
-}
+    : owner_(owner),
+      entry_(std::make_unique<Entry>(owner.file_->AddRows(),
+                                     owner.fields_.columns)) {}
 
 VerdictNTuple::Block::~Block() = default;
 
@@ -126,21 +107,7 @@ void VerdictNTuple::Block::Fill(std::size_t pmt, DU::eLightPathType type,
     entry.row->BindRawPtr(entry.by, &texts.noPath);
     entry.shadowedValue = -1;
   }
-  const std::vector<const PairColumn*>& columns = owner_.fields_.columns;
-  for (std::size_t i = 0; i < columns.size(); ++i) {
-    switch (columns[i]->kind) {
-      case eValue::kNumber:
-        entry.values[i] = columns[i]->value(pair).value_or(std::nan(""));
-        break;
-      case eValue::kWholeNumber:
-        entry.wholeValues[i] =
-            static_cast<std::int32_t>(columns[i]->value(pair).value());
-        break;
-      case eValue::kText:
-        entry.texts[i] = columns[i]->text(pair);
-        break;
-    }
-  }
+  for (ColumnField& column : entry.columns) column.Set(pair);
   entry.rows.Fill(*entry.row);
 }
 
@@ -168,7 +135,7 @@ void VerdictNTuple::Begin(const Fields& fields, std::size_t blocks) {
   model->MakeField<std::string>(
       "by", "the component that shadows it, if any; or no path");
   for (const PairColumn* const column : fields.columns) {
-    ColumnField::AddTo(*model, *column);
+    ColumnField(column).AddTo(*model);
   }
   file_->Begin("verdicts", origin_, std::move(model));
   for (std::size_t i = 0; i < blocks; ++i) {
