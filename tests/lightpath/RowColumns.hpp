@@ -8,11 +8,13 @@
 
 namespace ZARN::Testing {
 
-/// A row of light paths with room for all its numbers.
+/// A row of light paths with room for all its numbers. Until they are set, they
+/// have values that no path has, so that a missing one is noticed.
 class RowColumns {
  public:
-  explicit RowColumns(std::size_t count) : types_(count), bounds_(count) {
-    for (auto& column : numbers_) column.resize(count);
+  explicit RowColumns(std::size_t count)
+      : types_(count, -1), bounds_(count, kUnset) {
+    for (auto& column : numbers_) column.assign(count, kUnset);
     row_.LightPathType = types_.data();
     std::size_t next = 0;
     const auto add = [&] { return numbers_[next++].data(); };
@@ -38,6 +40,8 @@ class RowColumns {
   const auto& Numbers() const { return numbers_; }
 
  private:
+  static constexpr double kUnset = -1e99;
+
   std::vector<int> types_;
   std::array<std::vector<double>, 23> numbers_;
   std::vector<double> bounds_;
