@@ -43,6 +43,11 @@ class ToleranceCounts {
   const std::vector<double>& Tolerances() const { return settings_.tolerances; }
 
   /// Count the light paths of a block. Thread-safe for different slots.
+  ///
+  /// After an exception, also of the scan, some blocks are not or only partly
+  /// counted: use a new object for the next scan.
+  ///
+  /// @throws what checkForStop throws
   void Judge(const RowBlock& block);
 
   /// For each tolerance the counts of an event of a block, after Judge and
