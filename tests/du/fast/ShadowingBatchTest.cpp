@@ -196,6 +196,22 @@ TEST(ShadowingBatch, JudgesAnyNumberOfPathsAndNoMore) {
   }
 }
 
+TEST(ShadowingBatch, NoticesOnePathOfAnotherTypeAtAnyPlace) {
+  const Judges judges(Detector());
+  const std::vector<LightPath> paths(20, Testing::FreePath());
+  const Verdicts alike = judges.OnRecords(paths);
+  ASSERT_NE(alike.front(), kOpenVerdict);
+  for (std::size_t i = 0; i < paths.size(); ++i) {
+    SCOPED_TRACE(i);
+    std::vector<LightPath> mixed = paths;
+    mixed[i].LightPathType = kUninitialised;
+    Verdicts expected = alike;
+    expected[i] = kOpenVerdict;
+    EXPECT_EQ(judges.OnRecords(mixed), expected);
+    EXPECT_EQ(judges.OnColumns(mixed), expected);
+  }
+}
+
 TEST(ShadowingBatch, LeavesUnusualTypesOpenAmongOthers) {
   const Judges judges(Detector());
   auto paths = PathsAtHardware(Detector(), 57).Make(200);
