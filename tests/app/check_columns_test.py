@@ -91,6 +91,12 @@ class Columns(CheckTest):
         self.assertEqual([[str(v) for v in row[3:]] for row in found.rows],
                          [[row[3], str(float(row[4])), *row[5:]] for row in rows])
 
+    def test_every_path_of_many_has_its_own_details(self):
+        paths = self.paths(*[FAR_FROM_ANCHOR, NEAR_ANCHOR, FAR_FROM_ANCHOR] * 50)
+        found = self.check(paths, "--columns", "item").out.decode().splitlines()[1:]
+        wanted = ["0,,", "1,NCDAnchor,anchor 0", "0,,"] * 50
+        self.assertEqual(found, [f"{i},{cells}" for i, cells in enumerate(wanted)])
+
     def test_a_column_that_is_not_known_or_given_twice_is_refused(self):
         for columns, message in (("cod", '"cod"; did you mean code?'), ("", '""'),
                                  ("code,", '""'), ("code;", '"code;"; did you mean code?'),
