@@ -46,6 +46,7 @@ TEST_F(ToleranceTableTest, WritesTheSameColumnsToAnRNTuple) {
   EXPECT_EQ(reader->GetView<std::uint64_t>("shadowed")(0), 100U);
   EXPECT_EQ(reader->GetView<double>("fraction")(0), 0.25);
   EXPECT_EQ(reader->GetView<double>("fraction_error")(0), 0.021650635094610966);
+  EXPECT_TRUE(std::isnan(reader->GetView<double>("fraction")(1)));
   EXPECT_TRUE(std::isnan(reader->GetView<double>("fraction_error")(1)));
 }
 
