@@ -38,9 +38,9 @@ const ShadowingCalculator& Detector() {
   return detector;
 }
 
+/// Sets the tolerances of the hardware, which would take long to copy.
 bool IsBlockedAt(double tolerance, const LightPath& path, eComponent component,
-                 const ShadowingCalculator& detector = Detector()) {
-  Hardware hardware = detector.GetHardware();
+                 Hardware& hardware) {
   hardware.SetAllTolerances(tolerance);
   return hardware.IsBlockedBy(component, Testing::SegmentsOf(path),
                               eDiagnostics::kSilent);
@@ -60,6 +60,7 @@ TEST(FindCriticalTolerance, IsTheDistanceToAnAnchorBeyondItsHalfHeight) {
 
 TEST(FindCriticalTolerance, IsWhereTheVerdictOfEveryComponentTurns) {
   const ShadowingCalculator detector = InRun(VariedTables());
+  Hardware hardware = detector.GetHardware();
   std::map<eComponent, int> finite;
   for (const LightPath& path : PathsAtHardware(detector, 17).Make(1000)) {
     const CriticalTolerances tolerances = detector.FindCriticalTolerances(path);
@@ -68,8 +69,8 @@ TEST(FindCriticalTolerance, IsWhereTheVerdictOfEveryComponentTurns) {
       EXPECT_EQ(critical, detector.FindCriticalTolerance(path, component));
       if (std::isinf(critical)) continue;
       ++finite[component];
-      EXPECT_TRUE(IsBlockedAt(critical, path, component, detector));
-      EXPECT_FALSE(IsBlockedAt(Below(critical), path, component, detector));
+      EXPECT_TRUE(IsBlockedAt(critical, path, component, hardware));
+      EXPECT_FALSE(IsBlockedAt(Below(critical), path, component, hardware));
     }
   }
   EXPECT_EQ(finite.size(), 4U) << "all but pipes and boss";
@@ -141,15 +142,16 @@ TEST(FindCriticalTolerance, OfAPlateIsInTheRangeWhereItGrows) {
   Tables tables = DetectorTables();
   tables.SetPositions("GEO_LOCATIONS", "plates", {{5860, 0, 0}});
   const ShadowingCalculator detector = InRun(tables);
+  Hardware hardware = detector.GetHardware();
   const LightPath path = OneCrossing({5860, 0, 0});
   const auto range = detector.GetMonotonicTolerances(eComponent::kBellyPlate);
   const double halfWidth = std::atan(600.0 / 5860.0);
   EXPECT_NEAR(range.lowest, -halfWidth * 5860.0, 1e-9);
   EXPECT_NEAR(range.highest, (M_PI - halfWidth) * 5860.0, 1e-9);
-  EXPECT_TRUE(IsBlockedAt(-599.0, path, eComponent::kBellyPlate, detector));
+  EXPECT_TRUE(IsBlockedAt(-599.0, path, eComponent::kBellyPlate, hardware));
   EXPECT_FALSE(
-      IsBlockedAt(range.lowest, path, eComponent::kBellyPlate, detector));
-  EXPECT_TRUE(IsBlockedAt(-597.0, path, eComponent::kBellyPlate, detector));
+      IsBlockedAt(range.lowest, path, eComponent::kBellyPlate, hardware));
+  EXPECT_TRUE(IsBlockedAt(-597.0, path, eComponent::kBellyPlate, hardware));
   const double critical =
       detector.FindCriticalTolerance(path, eComponent::kBellyPlate);
   EXPECT_GT(critical, range.lowest);
