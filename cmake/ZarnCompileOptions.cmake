@@ -15,3 +15,8 @@ target_compile_options(zarn_warnings INTERFACE
   -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wsign-conversion
   -Wold-style-cast -Wnon-virtual-dtor -Woverloaded-virtual
   -Wdouble-promotion -Wformat=2)
+
+# With a sanitizer, optimizing the sources of the command and of the tests takes
+# longer than it saves.
+set(ZARN_PROGRAM_OPTIONS "" CACHE STRING
+  "Compiler options for the command and test programs, not for the libraries")
