@@ -6,16 +6,28 @@
 #   PUBLIC <target>...         libraries that the public headers include
 #   LINK_ONLY <target>...      libraries that only the sources include
 #   PRIVATE <target>...        header-only libraries that only the sources include
-#   NOT_INSTALLED)
+#   NOT_INSTALLED)             linked into its programs
+#
+# The libraries are shared: the tables and the log belong to the process, and two
+# copies of them, for example in Python and in ROOT, would not know of each other.
 function(zarn_add_room name)
   cmake_parse_arguments(PARSE_ARGV 1 room "NOT_INSTALLED" ""
     "SOURCES;HEADERS;PRIVATE_HEADERS;PUBLIC;LINK_ONLY;PRIVATE")
   set(target zarn_${name})
-  add_library(${target} ${room_SOURCES} ${room_PRIVATE_HEADERS})
+  set(kind "")
+  if(room_NOT_INSTALLED)
+    set(kind STATIC)
+  endif()
+  add_library(${target} ${kind} ${room_SOURCES} ${room_PRIVATE_HEADERS})
   add_library(zarn::${name} ALIAS ${target})
   set_target_properties(${target} PROPERTIES
     EXPORT_NAME ${name}
-    POSITION_INDEPENDENT_CODE ON)
+    POSITION_INDEPENDENT_CODE ON
+    VERSION ${PROJECT_VERSION}
+    SOVERSION ${PROJECT_VERSION_MAJOR}.${PROJECT_VERSION_MINOR}
+    INSTALL_RPATH "${ZARN_LIBRARY_RPATH}")
+  # A function calls another one of its library directly, as in a static one.
+  target_compile_options(${target} PRIVATE -fno-semantic-interposition)
   target_compile_features(${target} PUBLIC cxx_std_17)
   target_sources(${target} PUBLIC FILE_SET HEADERS
     BASE_DIRS ${PROJECT_SOURCE_DIR}
