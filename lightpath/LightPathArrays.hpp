@@ -2,26 +2,34 @@
 
 #include <cstddef>
 
+#include "lightpath/Column.hpp"
 #include "lightpath/LightPath.hpp"
 
 namespace ZARN::DU {
 
-/// Three parallel arrays of coordinates; null if no path of the batch uses
+/// Three parallel columns of coordinates; null if no path of the batch uses
 /// them.
 struct VectorArrays {
-  const double* x = nullptr;
-  const double* y = nullptr;
-  const double* z = nullptr;
+  Column<double> x;
+  Column<double> y;
+  Column<double> z;
+
+  bool IsDense() const { return x.IsDense() && y.IsDense() && z.IsDense(); }
+
+  VectorArrays From(std::size_t i) const {
+    return {x.From(i), y.From(i), z.From(i)};
+  }
 
   TVector3 At(std::size_t i) const {
-    return x == nullptr ? TVector3() : TVector3(x[i], y[i], z[i]);
+    return x.IsNull() ? TVector3() : TVector3(x[i], y[i], z[i]);
   }
 };
 
 /// Light paths as columns, as in data frames and NumPy: element i of every
-/// array belongs to path i. Members are as in LightPath.
+/// column belongs to path i. Members are as in LightPath. Batches are fastest
+/// if the columns are dense.
 struct LightPathArrays {
-  const int* LightPathType = nullptr;  ///< values of eLightPathType
+  Column<int> LightPathType;  ///< values of eLightPathType
   VectorArrays FinalDirection;
   VectorArrays InitialDirection;
   VectorArrays StartPos;
@@ -30,6 +38,14 @@ struct LightPathArrays {
   VectorArrays AVPoint2;
   VectorArrays AVPoint3;
   VectorArrays AVPoint4;
+
+  /// The paths from @p i on.
+  LightPathArrays From(std::size_t i) const {
+    return {
+        LightPathType.From(i), FinalDirection.From(i), InitialDirection.From(i),
+        StartPos.From(i),      EndPos.From(i),         AVPoint1.From(i),
+        AVPoint2.From(i),      AVPoint3.From(i),       AVPoint4.From(i)};
+  }
 
   /// Path @p i as a record.
   LightPath At(std::size_t i) const {

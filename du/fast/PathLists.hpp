@@ -71,9 +71,16 @@ class PathsInColumns {
   void ForEach(Vector Path::*member, const std::uint16_t* numbers,
                std::size_t count, const Take& take) const {
     const VectorArrays& vectors = paths_.*member;
-    const double* const x = vectors.x + first_;
-    const double* const y = vectors.y + first_;
-    const double* const z = vectors.z + first_;
+    if (!vectors.IsDense()) {
+      for (std::size_t k = 0; k < count; ++k) {
+        const std::size_t i = first_ + numbers[k];
+        take(k, vectors.x[i], vectors.y[i], vectors.z[i]);
+      }
+      return;
+    }
+    const auto x = vectors.x.DenseFrom(first_);
+    const auto y = vectors.y.DenseFrom(first_);
+    const auto z = vectors.z.DenseFrom(first_);
     // Contiguous, for example if all paths have the same type.
     if (numbers[count - 1] - numbers[0] + 1U == count) {
       const std::size_t at = numbers[0];

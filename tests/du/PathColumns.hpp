@@ -1,6 +1,8 @@
 #pragma once
 
 #include <array>
+#include <cstddef>
+#include <cstring>
 #include <vector>
 
 #include "lightpath/LightPath.hpp"
@@ -8,14 +10,29 @@
 
 namespace ZARN::Testing {
 
+struct PathVector {
+  TVector3 DU::LightPath::*inRecord;
+  DU::VectorArrays DU::LightPathArrays::*inColumns;
+};
+inline constexpr std::array<PathVector, 8> kPathVectors = {{
+    {&DU::LightPath::FinalDirection, &DU::LightPathArrays::FinalDirection},
+    {&DU::LightPath::InitialDirection, &DU::LightPathArrays::InitialDirection},
+    {&DU::LightPath::StartPos, &DU::LightPathArrays::StartPos},
+    {&DU::LightPath::EndPos, &DU::LightPathArrays::EndPos},
+    {&DU::LightPath::AVPoint1, &DU::LightPathArrays::AVPoint1},
+    {&DU::LightPath::AVPoint2, &DU::LightPathArrays::AVPoint2},
+    {&DU::LightPath::AVPoint3, &DU::LightPathArrays::AVPoint3},
+    {&DU::LightPath::AVPoint4, &DU::LightPathArrays::AVPoint4},
+}};
+
 /// Paths as columns; owns the data that their arrays point to.
 class PathColumns {
  public:
   explicit PathColumns(const std::vector<DU::LightPath>& paths) {
     for (const DU::LightPath& path : paths) {
       types_.push_back(path.LightPathType);
-      for (std::size_t i = 0; i < kVectors.size(); ++i) {
-        const TVector3& vector = path.*kVectors[i].inRecord;
+      for (std::size_t i = 0; i < kPathVectors.size(); ++i) {
+        const TVector3& vector = path.*kPathVectors[i].inRecord;
         for (const int axis : {0, 1, 2}) {
           values_[i][static_cast<std::size_t>(axis)].push_back(vector[axis]);
         }
@@ -26,32 +43,57 @@ class PathColumns {
   DU::LightPathArrays Arrays() const {
     DU::LightPathArrays arrays;
     arrays.LightPathType = types_.data();
-    for (std::size_t i = 0; i < kVectors.size(); ++i) {
+    for (std::size_t i = 0; i < kPathVectors.size(); ++i) {
       const auto& [x, y, z] = values_[i];
-      arrays.*kVectors[i].inColumns = {x.data(), y.data(), z.data()};
+      arrays.*kPathVectors[i].inColumns = {x.data(), y.data(), z.data()};
     }
     return arrays;
   }
 
  private:
-  struct Vector {
-    TVector3 DU::LightPath::*inRecord;
-    DU::VectorArrays DU::LightPathArrays::*inColumns;
-  };
-  static constexpr std::array<Vector, 8> kVectors = {{
-      {&DU::LightPath::FinalDirection, &DU::LightPathArrays::FinalDirection},
-      {&DU::LightPath::InitialDirection,
-       &DU::LightPathArrays::InitialDirection},
-      {&DU::LightPath::StartPos, &DU::LightPathArrays::StartPos},
-      {&DU::LightPath::EndPos, &DU::LightPathArrays::EndPos},
-      {&DU::LightPath::AVPoint1, &DU::LightPathArrays::AVPoint1},
-      {&DU::LightPath::AVPoint2, &DU::LightPathArrays::AVPoint2},
-      {&DU::LightPath::AVPoint3, &DU::LightPathArrays::AVPoint3},
-      {&DU::LightPath::AVPoint4, &DU::LightPathArrays::AVPoint4},
-  }};
-
   std::vector<int> types_;
-  std::array<std::array<std::vector<double>, 3>, kVectors.size()> values_;
+  std::array<std::array<std::vector<double>, 3>, kPathVectors.size()> values_;
+};
+
+/// The same as fields of packed records, one byte after an aligned address.
+class PackedPaths {
+ public:
+  explicit PackedPaths(const std::vector<DU::LightPath>& paths)
+      : bytes_(1 + paths.size() * kRecord) {
+    std::byte* to = bytes_.data() + 1;
+    for (const DU::LightPath& path : paths) {
+      const int type = path.LightPathType;
+      std::memcpy(to, &type, sizeof type);
+      to += sizeof type;
+      for (const PathVector& vector : kPathVectors) {
+        for (const int axis : {0, 1, 2}) {
+          const double value = (path.*vector.inRecord)[axis];
+          std::memcpy(to, &value, sizeof value);
+          to += sizeof value;
+        }
+      }
+    }
+  }
+
+  DU::LightPathArrays Arrays() const {
+    const std::byte* from = bytes_.data() + 1;
+    DU::LightPathArrays arrays;
+    arrays.LightPathType = {from, kRecord};
+    from += sizeof(int);
+    for (const PathVector& vector : kPathVectors) {
+      arrays.*vector.inColumns = {{from, kRecord},
+                                  {from + sizeof(double), kRecord},
+                                  {from + 2 * sizeof(double), kRecord}};
+      from += 3 * sizeof(double);
+    }
+    return arrays;
+  }
+
+ private:
+  static constexpr std::ptrdiff_t kRecord =
+      sizeof(int) + kPathVectors.size() * 3 * sizeof(double);
+
+  std::vector<std::byte> bytes_;
 };
 
 }  // namespace ZARN::Testing

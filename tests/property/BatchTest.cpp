@@ -97,7 +97,8 @@ TEST_F(Batches, CanBePartOfLongerArrays) {
   for (const std::size_t first : {1U, 3U, 64U, 777U}) {
     const JudgedPaths slice = Slice(first, 1500);
     std::vector<Component> verdicts(slice.Size());
-    Real().FindShadowing(columns.From(first), slice.Size(), verdicts.data());
+    Real().FindShadowing(columns.Arrays().From(first), slice.Size(),
+                         verdicts.data());
     EXPECT_EQ(verdicts, slice.verdicts) << "columns from " << first;
     std::fill(verdicts.begin(), verdicts.end(), Component::kNone);
     Real().FindShadowing(judged_.paths.data() + first, slice.Size(),

@@ -22,10 +22,6 @@ constexpr std::array<Vector, 8> kVectors = {{
     {&DU::LightPath::AVPoint4, &DU::LightPathArrays::AVPoint4},
 }};
 
-const double* At(const double* column, std::size_t first) {
-  return column == nullptr ? nullptr : column + first;
-}
-
 }  // namespace
 
 bool UsesVector(DU::eLightPathType type, TVector3 DU::LightPath::*vector) {
@@ -82,16 +78,6 @@ PathColumns::PathColumns(const std::vector<DU::LightPath>& paths,
                                      columns_[3 * v + 1].data(),
                                      columns_[3 * v + 2].data()};
   }
-}
-
-DU::LightPathArrays PathColumns::From(std::size_t first) const {
-  DU::LightPathArrays from = arrays_;
-  from.LightPathType += first;
-  for (const Vector& vector : kVectors) {
-    DU::VectorArrays& v = from.*vector.ofArrays;
-    v = {At(v.x, first), At(v.y, first), At(v.z, first)};
-  }
-  return from;
 }
 
 }  // namespace ZARN::Testing

@@ -24,8 +24,6 @@ class PathColumns {
   ~PathColumns() = default;
 
   const DU::LightPathArrays& Arrays() const { return arrays_; }
-  /// The arrays, starting at the path @p first.
-  DU::LightPathArrays From(std::size_t first) const;
 
  private:
   std::vector<int> types_;

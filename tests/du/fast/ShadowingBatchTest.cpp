@@ -21,6 +21,7 @@ namespace {
 using eComponent = eShadowingComponent;
 using Testing::InRun;
 using Testing::Only;
+using Testing::PackedPaths;
 using Testing::PathColumns;
 using Testing::PathsAtHardware;
 using Verdicts = std::vector<BatchVerdict>;
@@ -255,6 +256,17 @@ TEST(ShadowingBatch, ReadsOnlyTheColumnsThatItsTypesUse) {
                      &A::AVPoint1, &A::AVPoint3, &A::AVPoint4});
   expectSameWithout(kWaterReflection, {&A::StartPos, &A::EndPos, &A::AVPoint2,
                                        &A::AVPoint3, &A::AVPoint4});
+}
+
+TEST(ShadowingBatch, ReadsColumnsThatAreFieldsOfPackedRecords) {
+  // As in a packed structured array: no number is aligned.
+  const Judges judges(Detector());
+  const auto paths = PathsAtHardware(Detector(), 59).Make(kBatchPaths);
+  const PackedPaths packed(paths);
+  Verdicts verdicts(paths.size());
+  judges.batch.Judge(judges.filter, PathsInColumns(packed.Arrays()),
+                     paths.size(), verdicts.data());
+  EXPECT_EQ(verdicts, judges.OnRecords(paths));
 }
 
 TEST(ShadowingBatch, HasAKernelForEveryProcessor) {
