@@ -90,7 +90,7 @@ class RowScan {
     /// evenly.
     std::size_t pairsPerBlock = 1UL << 13U;
     /// Called often, on every thread that judges; may throw to end the scan.
-    void (*checkForStop)() = nullptr;
+    std::function<void()> checkForStop = nullptr;
     /// Called with each block on the thread that judged it, so for several
     /// blocks at the same time.
     std::function<void(const RowBlock& block)> onBlock = nullptr;

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstddef>
+#include <functional>
 #include <mutex>
 #include <optional>
 #include <vector>
@@ -30,7 +31,7 @@ class ToleranceCounts {
     std::size_t slots = 1;           ///< RowScan::SlotsFor the scan's threads
     bool withPMTCounts = false;      ///< count for each PMT
     /// As in RowScan.
-    void (*checkForStop)() = nullptr;
+    std::function<void()> checkForStop = nullptr;
   };
 
   /// @param shadowing  must outlive this; BeginOfRun was called
