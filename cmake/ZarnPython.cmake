@@ -1,0 +1,17 @@
+# Adds the Python package if the Python of .venv, or the one that builds a wheel, has
+# nanobind.
+if(NOT SKBUILD AND NOT Python_EXECUTABLE AND
+   EXISTS "${PROJECT_SOURCE_DIR}/.venv/bin/python3")
+  set(Python_EXECUTABLE "${PROJECT_SOURCE_DIR}/.venv/bin/python3")
+endif()
+find_package(Python 3.9 COMPONENTS Interpreter Development.Module)
+if(Python_Development.Module_FOUND)
+  execute_process(COMMAND "${Python_EXECUTABLE}" -m nanobind --cmake_dir
+    OUTPUT_STRIP_TRAILING_WHITESPACE OUTPUT_VARIABLE nanobind_DIR ERROR_QUIET)
+endif()
+if(nanobind_DIR)
+  find_package(nanobind CONFIG REQUIRED)
+  add_subdirectory(python)
+else()
+  message(STATUS "No Python package: script/setup --python installs nanobind")
+endif()

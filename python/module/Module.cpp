@@ -1,0 +1,92 @@
+#include <nanobind/nanobind.h>
+#include <nanobind/stl/string.h>
+#include <nanobind/stl/vector.h>
+
+#include <string>
+#include <vector>
+
+#include "db/DBErrors.hpp"
+#include "db/Fingerprint.hpp"
+#include "du/Verdict.hpp"
+#include "io/LightPathColumns.hpp"
+#include "lightpath/LightPathType.hpp"
+#include "python/module/Bindings.hpp"
+#include "python/module/Messages.hpp"
+
+namespace ZARN::Python {
+namespace {
+
+namespace nb = nanobind;
+using DU::eShadowingComponent;
+
+std::vector<std::string> VerdictNames() {
+  std::vector<std::string> names;
+  for (int code = 0; code <= static_cast<int>(DU::eVerdict::kNoReflectedPath);
+       ++code) {
+    names.emplace_back(DU::NameOf(static_cast<DU::eVerdict>(code)));
+  }
+  return names;
+}
+
+void BindCalculator(nb::module_& module) {
+  nb::class_<Calculator> calculator(module, "Calculator",
+                                    "A detector at one run and tolerance.");
+  calculator
+      .def(nb::init<const std::string&, int, double>(), nb::arg("source"),
+           nb::arg("run"), nb::arg("tolerance"),
+           nb::call_guard<nb::gil_scoped_release>())
+      .def("with_tolerance", &Calculator::WithTolerance, nb::arg("tolerance"),
+           nb::call_guard<nb::gil_scoped_release>())
+      .def_prop_ro(
+          "fingerprint",
+          [](const Calculator& self) { return Fingerprint(self.Tables()); })
+      .def_prop_ro("radii",
+                   [](const Calculator& self) {
+                     const DU::ShadowingCalculator& s = self.Shadowing();
+                     return nb::make_tuple(s.GetInnerAVRadius(),
+                                           s.GetOuterAVRadius(),
+                                           s.GetAVNeckRadius());
+                   })
+      .def(
+          "state_of",
+          [](const Calculator& self, int component) {
+            const auto which = static_cast<eShadowingComponent>(component);
+            const DU::ShadowingCalculator& s = self.Shadowing();
+            return nb::make_tuple(s.IsInfoLoaded(which), s.IsReady(which),
+                                  s.GetLoadError(which));
+          },
+          nb::arg("component"),
+          "Whether a component is loaded, whether it is tested, and why not.");
+  BindPaths(calculator);
+  BindLightPaths(calculator);
+  BindScan(calculator);
+  BindModels(module, calculator);
+}
+
+}  // namespace
+}  // namespace ZARN::Python
+
+NB_MODULE(_core, module) {
+  namespace nb = nanobind;
+  using namespace ZARN;
+  module.doc() = "The compiled part of zarn; use zarn.Calculator.";
+
+  const nb::exception<std::runtime_error> error(module, "Error",
+                                                PyExc_RuntimeError);
+  nb::exception<DBNotFoundError>(module, "DBNotFoundError", error);
+  nb::exception<DBValueError>(module, "DBValueError", error);
+  nb::exception<TableFileError>(module, "TableFileError", error);
+
+  Python::BindCalculator(module);
+  module.def("verdict_names", &Python::VerdictNames);
+  module.def("path_columns", &IO::LightPathColumns);
+  module.def("path_types", [] {
+    return std::vector<std::string>(DU::kLightPathTypeNames.begin(),
+                                    DU::kLightPathTypeNames.end());
+  });
+  module.def("deliver_messages", &Python::DeliverMessages);
+
+  Python::QueueMessages();
+  nb::module_::import_("atexit").attr("register")(
+      nb::cpp_function(&Python::StopQueueingMessages));
+}

@@ -1,0 +1,234 @@
+"""The result of a scan of events and PMTs."""
+
+from __future__ import annotations
+
+import contextlib
+import html
+import json
+import os
+import tempfile
+from collections.abc import Callable, Iterator
+from dataclasses import dataclass, field
+from pathlib import Path
+from typing import IO, TYPE_CHECKING, Any
+
+import numpy as np
+import numpy.typing as npt
+
+from ._counts import Counts
+from ._verdict import Verdict
+
+if TYPE_CHECKING:
+    import pandas as pd
+    import pyarrow as pa
+
+
+@dataclass(frozen=True)
+class ScanResult:
+    """The verdicts on the light from each of some events to each PMT.
+
+    ``codes`` and ``reflected_codes`` hold numbers of Verdict.
+    """
+
+    events: npt.NDArray[np.float64]
+    """Positions, mm: (events, 3)."""
+    pmts: npt.NDArray[np.float64]
+    """Positions, mm: (PMTs, 3)."""
+    codes: npt.NDArray[np.uint8]
+    """Direct light: (events, PMTs)."""
+    reflected_codes: npt.NDArray[np.uint8] | None = None
+    """Light reflected at the vessel: (events, PMTs)."""
+    smeared: npt.NDArray[np.uint16] | None = None
+    """Positions around the event with a light path, and with a shadowed one:
+    (events, PMTs, 2)."""
+    smeared_reflected: npt.NDArray[np.uint16] | None = None
+    """The same for reflected light."""
+    tolerances: npt.NDArray[np.float64] = field(default_factory=lambda: np.empty(0))
+    """Tolerances at which verdicts were counted, mm."""
+    event_counts: npt.NDArray[np.int64] | None = None
+    """Counts by event, tolerance and number of the verdict, of all light paths."""
+    pmt_counts: npt.NDArray[np.int64] | None = None
+    """The same by PMT, of all events of the scan."""
+    origin: dict[str, Any] = field(default_factory=dict)
+    """Tables with their fingerprint, run, tolerance, wavelength: what made this."""
+
+    # ---- counts
+
+    def counts(self) -> Counts:
+        """Count all light paths, direct and reflected."""
+        return self._count(None)
+
+    def per_event(self) -> Counts:
+        """Count the light paths of each event."""
+        return self._count(1)
+
+    def per_pmt(self) -> Counts:
+        """Count the light paths to each PMT."""
+        return self._count(0)
+
+    def _count(self, axis: int | None) -> Counts:
+        counts = Counts.of_codes(self.codes, axis)
+        if self.reflected_codes is not None:
+            counts += Counts.of_codes(self.reflected_codes, axis)
+        return counts
+
+    def at_tolerances(self) -> Counts:
+        """Count all light paths at each of the tolerances."""
+        return Counts(self._asked(self.event_counts, "tolerances").sum(axis=0))
+
+    def per_event_at_tolerances(self) -> Counts:
+        """Count the light paths of each event at each of the tolerances."""
+        return Counts(self._asked(self.event_counts, "tolerances"))
+
+    def per_pmt_at_tolerances(self) -> Counts:
+        """Count the light paths to each PMT at each of the tolerances."""
+        return Counts(self._asked(self.pmt_counts, "tolerances"))
+
+    @property
+    def smeared_fraction(self) -> npt.NDArray[np.float64]:
+        """The fraction of positions around the event that are shadowed, for direct
+        light: (events, PMTs); NaN where no position has a light path."""
+        paths, shadowed = np.moveaxis(self._asked(self.smeared, "smear"), -1, 0)
+        return np.divide(shadowed, paths, out=np.full(paths.shape, np.nan), where=paths > 0)
+
+    @staticmethod
+    def _asked(values: npt.NDArray[Any] | None, argument: str) -> npt.NDArray[Any]:
+        if values is None:
+            raise ValueError(f"the scan was made without {argument}=")
+        return values
+
+    # ---- tables
+
+    def to_pandas(self) -> pd.DataFrame:
+        """Return a table with a row for each pair: event and pmt (their numbers), code
+        and verdict, and what else was asked for."""
+        import pandas as pd
+
+        table = pd.DataFrame(self._columns())
+        names = [v.label for v in Verdict]
+        verdicts = pd.Categorical.from_codes(table["code"].to_numpy(), names)
+        table.insert(3, "verdict", verdicts)
+        return table
+
+    def to_arrow(self) -> pa.Table:
+        """Return the same table for Arrow; verdicts are dictionary-encoded."""
+        import pyarrow as pa
+
+        columns: dict[str, Any] = dict(self._columns())
+        names = pa.array([v.label for v in Verdict])
+        columns["verdict"] = pa.DictionaryArray.from_arrays(
+            pa.array(columns["code"].astype(np.int8)), names
+        )
+        origin = {"zarn": json.dumps(self.origin)}
+        return pa.table(columns).replace_schema_metadata(origin)
+
+    def to_parquet(self, path: str | os.PathLike[str]) -> None:
+        """Write the table of to_arrow to a Parquet file, without the verdicts' names.
+
+        An existing file is replaced when the new one is complete.
+        """
+        import pyarrow.parquet as pq
+
+        with _replacing(path) as file:
+            pq.write_table(
+                self.to_arrow().drop_columns("verdict"), file,
+                compression="zstd", use_dictionary=False,
+                column_encoding={"event": "DELTA_BINARY_PACKED", "pmt": "DELTA_BINARY_PACKED"},
+            )
+
+    def _columns(self) -> dict[str, npt.NDArray[Any]]:
+        events, pmts = self.codes.shape
+        columns: dict[str, npt.NDArray[Any]] = {
+            "event": np.repeat(np.arange(events), pmts),
+            "pmt": np.tile(np.arange(pmts), events),
+            "code": self.codes.reshape(-1),
+        }
+        if self.reflected_codes is not None:
+            columns["reflected_code"] = self.reflected_codes.reshape(-1)
+        if self.smeared is not None:
+            columns["smeared_fraction"] = self.smeared_fraction.reshape(-1)
+        return columns
+
+    # ---- files
+
+    def save(self, path: str | os.PathLike[str]) -> None:
+        """Write everything to a compressed NumPy file (.npz), which load reads.
+
+        An existing file is replaced when the new one is complete.
+        """
+        arrays = {name: getattr(self, name) for name in _ARRAYS}
+        present = {name: array for name, array in arrays.items() if array is not None}
+        with _replacing(path) as file:
+            np.savez_compressed(
+                file, allow_pickle=False, origin=np.array(json.dumps(self.origin)), **present
+            )
+
+    @classmethod
+    def load(cls, path: str | os.PathLike[str]) -> ScanResult:
+        """Read what save wrote."""
+        with np.load(path, allow_pickle=False) as arrays:
+            missing = {"events", "pmts", "codes", "origin"} - set(arrays.files)
+            if missing:
+                raise ValueError(f"{os.fspath(path)}: not a scan; {min(missing)} is missing")
+            origin = json.loads(str(arrays["origin"]))
+            return cls(**{n: arrays[n] for n in arrays.files if n in _ARRAYS}, origin=origin)
+
+    # ---- on the screen
+
+    def __repr__(self) -> str:
+        events, pmts = self.codes.shape
+        return f"ScanResult({events:,} events x {pmts:,} PMTs)\n" + "\n".join(
+            f"  {name:<12} {number:>12,}" + ("" if np.isnan(share) else f"  {share:8.3%}")
+            for name, number, share in self.counts().rows()
+        )
+
+    def _repr_html_(self) -> str:
+        events, pmts = self.codes.shape
+        rows = "".join(
+            f"<tr><th style='text-align:left'>{html.escape(name)}</th><td>{number:,}</td>"
+            f"<td>{'' if np.isnan(share) else f'{share:.3%}'}</td></tr>"
+            for name, number, share in self.counts().rows()
+        )
+        return (
+            f"<table><caption>{events:,} events &times; {pmts:,} PMTs</caption>"
+            f"<thead><tr><th></th><th>light paths</th><th>fraction</th></tr></thead>"
+            f"<tbody>{rows}</tbody></table>"
+        )
+
+
+_ARRAYS = tuple(name for name in ScanResult.__dataclass_fields__ if name != "origin")
+
+
+@contextlib.contextmanager
+def _replacing(path: str | os.PathLike[str]) -> Iterator[IO[bytes]]:
+    """Open a temporary file that replaces the target if all went well."""
+    target = Path(path)
+    descriptor, temporary = tempfile.mkstemp(prefix=f".{target.name}.", dir=target.parent)
+    try:
+        with os.fdopen(descriptor, "wb") as file:
+            yield file
+            file.flush()
+            os.fsync(file.fileno())
+        umask = os.umask(0)
+        os.umask(umask)
+        os.chmod(temporary, 0o666 & ~umask)
+        os.replace(temporary, target)
+    except BaseException:
+        with contextlib.suppress(FileNotFoundError):
+            os.unlink(temporary)
+        raise
+
+
+@contextlib.contextmanager
+def progress_bar(wanted: bool, events: int) -> Iterator[Callable[[int], None] | None]:
+    """Yield what to call with the number of events done; None without a bar."""
+    if not wanted:
+        yield None
+        return
+    try:
+        from tqdm.auto import tqdm
+    except ImportError:
+        yield None
+        return
+    with tqdm(total=events, unit=" events") as bar:
+        yield lambda done: bar.update(done - bar.n) and None
