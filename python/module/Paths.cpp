@@ -83,7 +83,7 @@ void Paths::RequireColumns() const {
   std::bitset<DU::kNumberOfLightPathTypes> found;
   for (std::size_t i = 0; i < Count(); ++i) {
     const int type = arrays_.LightPathType[i];
-    if (type >= 0 && type < DU::kNumberOfLightPathTypes) {
+    if (DU::IsKnownType(type)) {
       found.set(static_cast<std::size_t>(type));
     }
   }
