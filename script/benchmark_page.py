@@ -73,7 +73,7 @@ class Page:
     def text(self):
         parts = [self.summary(), self.conditions(), self.layers(), self.single_calls(),
                  self.batches(), self.rows(), self.memory(), self.hit_shares(), self.sizes(), self.peers(),
-                 self.set_up(), self.csv()]
+                 self.set_up(), self.csv(), self.python()]
         return "\n\n".join(parts) + "\n"
 
     def summary(self):
@@ -391,6 +391,21 @@ into memory and converts the text of every number to a double (`std::from_chars`
 
 {table(["", "million rows/s", "ns per row", "floor, ns per row", "ratio to floor",
         "start-up, ms"], rows)}"""
+
+    def python(self):
+        rows = [[name, number(self.ns(f"python/{work}/library")),
+                 number(self.ns(f"python/{work}/package")),
+                 self.times(f"python/{work}/package", f"python/{work}/library")]
+                for work, name in (("dense columns", "`check`, a million paths in dense columns"),
+                                   ("structured array", "`check`, the same in a structured array"),
+                                   ("scan", "`scan`, 2,000 events and 8,000 PMTs"))]
+        return f"""## Python
+
+The package on one thread beside the library: the same work on the same arrays, in turns in
+one process; ns per path or pair. The library judges the paths in dense columns, and counts
+nothing in a scan.
+
+{table(["", "library, ns", "package, ns", "ratio"], rows)}"""
 
 
 def chart(page):
