@@ -63,30 +63,42 @@ void BindCalculator(nb::module_& module) {
   BindModels(module, calculator);
 }
 
-}  // namespace
-}  // namespace ZARN::Python
+template <class Error>
+nb::object AddError(nb::module_& module, const char* name, nb::handle base) {
+  return nb::exception<Error>(module, name, base);
+}
 
-NB_MODULE(_core, module) {
-  namespace nb = nanobind;
-  using namespace ZARN;
-  module.doc() = "The compiled part of zarn; use zarn.Calculator.";
+void BindErrors(nb::module_& module) {
+  const nb::object error =
+      AddError<std::runtime_error>(module, "Error", PyExc_RuntimeError);
+  AddError<DBNotFoundError>(module, "DBNotFoundError", error);
+  AddError<DBValueError>(module, "DBValueError", error);
+  AddError<TableFileError>(module, "TableFileError", error);
+}
 
-  const nb::exception<std::runtime_error> error(module, "Error",
-                                                PyExc_RuntimeError);
-  nb::exception<DBNotFoundError>(module, "DBNotFoundError", error);
-  nb::exception<DBValueError>(module, "DBValueError", error);
-  nb::exception<TableFileError>(module, "TableFileError", error);
-
-  Python::BindCalculator(module);
-  module.def("verdict_names", &Python::VerdictNames);
+void BindNames(nb::module_& module) {
+  module.def("verdict_names", &VerdictNames);
   module.def("path_columns", &IO::LightPathColumns);
   module.def("path_types", [] {
     return std::vector<std::string>(DU::kLightPathTypeNames.begin(),
                                     DU::kLightPathTypeNames.end());
   });
-  module.def("deliver_messages", &Python::DeliverMessages);
+}
 
-  Python::QueueMessages();
+void BindMessages(nb::module_& module) {
+  module.def("deliver_messages", &DeliverMessages);
+  QueueMessages();
   nb::module_::import_("atexit").attr("register")(
-      nb::cpp_function(&Python::StopQueueingMessages));
+      nb::cpp_function(&StopQueueingMessages));
+}
+
+}  // namespace
+}  // namespace ZARN::Python
+
+NB_MODULE(_core, module) {
+  module.doc() = "The compiled part of zarn; use zarn.Calculator.";
+  ZARN::Python::BindErrors(module);
+  ZARN::Python::BindCalculator(module);
+  ZARN::Python::BindNames(module);
+  ZARN::Python::BindMessages(module);
 }
