@@ -17,11 +17,23 @@ _COLUMNS = _core.path_columns()
 _TYPE_NUMBERS = {name: number for number, name in enumerate(_core.path_types())}
 
 
+def _is_table(values: Any) -> bool:
+    if isinstance(values, np.ndarray):
+        return values.dtype.names is not None
+    return isinstance(values, Mapping) or any(
+        hasattr(values, names) for names in ("column_names", "columns", "fields")
+    )
+
+
 def _field(table: Any, name: str) -> Any:
     """A column of a table, or None if there is no such column."""
     if isinstance(table, np.ndarray):
-        names = table.dtype.names or ()
-        return table[name].reshape(-1) if name in names else None
+        if name not in (table.dtype.names or ()):
+            return None
+        column = table[name]
+        if column.shape != table.shape:
+            raise ValueError(f"{name} has more than one value in each element")
+        return column.reshape(-1)
     if isinstance(table, Mapping):
         return table.get(name)
     if hasattr(table, "column_names"):  # pyarrow
@@ -36,43 +48,50 @@ def _field(table: Any, name: str) -> Any:
     )
 
 
-def _array(column: Any, name: str) -> npt.NDArray[Any]:
-    """The values of a column as a one-dimensional array, without a copy if possible."""
+def _values(column: Any) -> npt.NDArray[Any]:
     if hasattr(column, "null_count"):  # pyarrow
         if column.null_count > 0:
-            raise ValueError(f"{name} has {column.null_count} missing values")
+            raise ValueError("values are missing")
         if hasattr(column, "combine_chunks"):
             column = column.combine_chunks()
         if hasattr(column, "dictionary_decode"):
             column = column.dictionary_decode()
-        array = column.to_numpy(zero_copy_only=False)
-    elif hasattr(column, "to_numpy"):  # pandas, awkward
-        array = column.to_numpy()
-    else:
-        array = np.asarray(column)
-    if np.ma.isMaskedArray(array) and array.mask.any():
-        raise ValueError(f"{name} has {int(array.mask.sum())} missing values")
+        return np.asarray(column.to_numpy(zero_copy_only=False))
+    # In a pandas type of its own a missing value is not a NaN, but becomes one.
+    if hasattr(column, "isna") and not isinstance(column.dtype, np.dtype):
+        if column.isna().any():
+            raise ValueError("values are missing")
+    array = column.to_numpy() if hasattr(column, "to_numpy") else np.asanyarray(column)
+    if np.ma.is_masked(array):
+        raise ValueError("values are missing")
+    return np.asarray(array)
+
+
+def _array(column: Any, name: str) -> npt.NDArray[Any]:
+    """The values of a column as a one-dimensional array, without a copy if possible."""
+    try:
+        array = _values(column)
+    except ValueError as error:  # also of lists that are not equally long
+        raise ValueError(f"{name}: {error}") from error
     if array.ndim != 1:
         raise ValueError(f"{name} has {array.ndim} dimensions, expected one")
-    return np.asarray(array)
+    return array
 
 
 def _types(column: Any) -> npt.NDArray[np.int32]:
     """The numbers of path types, from numbers or names."""
     array = _array(column, "type")
-    if array.dtype == np.int32:
-        return array
     if array.dtype.kind in "iu":
-        if array.size and (array.min() < -(2**31) or array.max() >= 2**31):
-            raise ValueError("type: a number does not fit into 32 bits")
-        return array.astype(np.int32)
+        if array.size and not (0 <= array.min() and array.max() < len(_TYPE_NUMBERS)):
+            wrong = array[(array < 0) | (array >= len(_TYPE_NUMBERS))][0]
+            raise ValueError(f"type: {wrong} is not the number of a type of light path")
+        return array.astype(np.int32, copy=False)
     if array.dtype.kind in "OUT":
         names, inverse = np.unique(array.astype(str), return_inverse=True)
-        try:
-            numbers = [_TYPE_NUMBERS[name] for name in names]
-        except KeyError as error:
-            raise ValueError(f"type: {error.args[0]!r} is not a type of light path") from None
-        return np.array(numbers, dtype=np.int32)[inverse]
+        unknown = set(names.tolist()) - set(_TYPE_NUMBERS)
+        if unknown:
+            raise ValueError(f"type: {min(unknown)!r} is not a type of light path")
+        return np.array([_TYPE_NUMBERS[name] for name in names], dtype=np.int32)[inverse]
     raise TypeError(f"type: expected integers or names, got {array.dtype}")
 
 
@@ -104,15 +123,28 @@ class PathColumns:
 
 def positions(values: Any, name: str) -> npt.NDArray[np.float64]:
     """Positions as a dense array with a row of x, y, z for each."""
-    if hasattr(values, "columns"):  # a data frame
-        missing = [axis for axis in "xyz" if axis not in values.columns]
-        if missing:
-            raise ValueError(f"{name}: the column {missing[0]} is missing")
-        values = values[["x", "y", "z"]]
-    array = np.asarray(values)
+    if _is_table(values):
+        columns = [_field(values, axis) for axis in "xyz"]
+        for axis, column in zip("xyz", columns):
+            if column is None:
+                raise ValueError(f"{name}: the column {axis} is missing")
+        arrays = [_array(column, f"{name}.{axis}") for axis, column in zip("xyz", columns)]
+        for axis, array in zip("yz", arrays[1:]):
+            if len(array) != len(arrays[0]):
+                raise ValueError(
+                    f"{name}.{axis} has {len(array)} rows, but x has {len(arrays[0])}"
+                )
+        array = np.stack(arrays, axis=-1)
+    else:
+        try:
+            array = np.asanyarray(values)
+        except ValueError as error:
+            raise ValueError(f"{name}: {error}") from error
+    if np.ma.is_masked(array):
+        raise ValueError(f"{name}: values are missing")
     if array.dtype.kind not in "fiu":
         raise TypeError(f"{name}: expected numbers, got {array.dtype}")
-    if array.ndim == 1 and array.shape == (3,):
+    if array.shape == (3,):
         array = array[np.newaxis]
     if array.ndim != 2 or array.shape[1] != 3:
         raise ValueError(f"{name}: expected the shape (n, 3), got {array.shape}")
