@@ -4,6 +4,8 @@ from __future__ import annotations
 
 import copy
 import dataclasses
+import math
+import operator
 import os
 from collections.abc import Callable, Sequence
 from typing import Any
@@ -28,24 +30,41 @@ LIGHT_PATH = np.dtype(
     [("type", np.int32), *((name, np.float64) for name in _NUMBERS)], align=True
 )
 
-#: The most pairs that a chunk has, unless one event has more PMTs.
-_PAIRS_IN_CHUNK = 1 << 24
+#: The most elements of an array for a chunk, unless one event needs more.
+_NUMBERS_IN_CHUNK = 1 << 24
 
 
 def _threads(threads: int | None) -> int:
     if threads is None:
         return len(os.sched_getaffinity(0))
-    if threads < 1:
-        raise ValueError(f"threads: expected at least 1, got {threads}")
-    return threads
+    return _whole(threads, "threads", 1, 1024)
+
+
+def _number(value: float, name: str, least: float = -math.inf) -> float:
+    if not (math.isfinite(value) and value >= least):
+        raise ValueError(f"{name}: expected a finite number, got {value}")
+    return float(value)
+
+
+def _whole(value: int, name: str, least: int, most: int) -> int:
+    number = operator.index(value)
+    if not least <= number <= most:
+        raise ValueError(f"{name}: expected {least:,} to {most:,}, got {number}")
+    return number
+
+
+def _component(component: Verdict) -> Verdict:
+    if component not in COMPONENTS:
+        raise ValueError(f"component: expected one of zarn.COMPONENTS, got {component!r}")
+    return Verdict(component)
 
 
 class Calculator:
     """Tells what blocks the light in one detector, for one run and tolerance.
 
     A calculator never changes, so any number of threads can use one. It has tables of
-    its own: several detectors can be used side by side. It can be pickled, as the path of its
-    tables with run and tolerance; they are read again where it arrives.
+    its own: several detectors can be used side by side. It can be pickled, as the path
+    of its tables with run and tolerance; they are read again where it arrives.
 
     Lengths are in mm, angles in rad, times in ns, wavelengths in nm.
 
@@ -69,12 +88,13 @@ class Calculator:
         self, source: str | os.PathLike[str], run: int = 0, tolerance: float = 150.0
     ) -> None:
         self._source = os.fspath(source)
-        self._run = int(run)
-        self._tolerance = float(tolerance)
+        self._run = _whole(run, "run", -(2**31), 2**31 - 1)
+        self._tolerance = _number(tolerance, "tolerance")
         try:
             self._core = _core.Calculator(self._source, self._run, self._tolerance)
         finally:
             _core.deliver_messages()
+        self._fingerprint: str = self._core.fingerprint
 
     @property
     def hold_down_ropes(self) -> _core.HoldDownRopes:
@@ -124,8 +144,7 @@ class Calculator:
     @property
     def fingerprint(self) -> str:
         """A hash of the tables; the same for the same tables, wherever they are."""
-        fingerprint: str = self._core.fingerprint
-        return fingerprint
+        return self._fingerprint
 
     @property
     def components(self) -> tuple[Verdict, ...]:
@@ -134,7 +153,7 @@ class Calculator:
 
     def why_off(self, component: Verdict) -> str:
         """Why a component is off, with table, index and field; empty if it is on."""
-        is_loaded, is_ready, error = self._core.state_of(component)
+        is_loaded, is_ready, error = self._core.state_of(_component(component))
         if is_ready:
             return ""
         return "nothing to test" if is_loaded else error
@@ -142,17 +161,16 @@ class Calculator:
     def with_tolerance(self, tolerance: float) -> Calculator:
         """Return a calculator of the same tables at another tolerance, mm.
 
-        Reads no files and takes well under a millisecond.
+        Reads no files. Copies the points of the models: 2 ms with 250,000 of them.
         """
         other = object.__new__(Calculator)
-        other._source = self._source
-        other._run = self._run
-        other._tolerance = float(tolerance)
+        vars(other).update(vars(self))
+        other._tolerance = _number(tolerance, "tolerance")
         other._core = self._core.with_tolerance(other._tolerance)
         return other
 
     def __reduce__(self) -> tuple[Any, ...]:
-        return (_restore, (self._source, self._run, self._tolerance, self.fingerprint))
+        return (_restore, (self._source, self._run, self._tolerance, self._fingerprint))
 
     def __repr__(self) -> str:
         on = ", ".join(c.label for c in self.components) or "none"
@@ -219,12 +237,11 @@ class Calculator:
             in the shape of the paths; for all with one more dimension of six, in the
             order of testing: its minimum is where the path becomes shadowed.
         """
+        which = slice(None) if component is None else COMPONENTS.index(_component(component))
         columns = PathColumns(paths)
         found = np.empty((columns.types.size, len(COMPONENTS)))
         self._core.critical_tolerances(columns.types, columns.vectors, found)
-        if component is None:
-            return found.reshape(*columns.shape, len(COMPONENTS))
-        return found[:, COMPONENTS.index(Verdict(component))].reshape(columns.shape)
+        return found.reshape(*columns.shape, len(COMPONENTS))[..., which]
 
     def explain(
         self,
@@ -318,26 +335,25 @@ class Calculator:
             progress: show a bar, if tqdm is installed.
             on_chunk: called with results of some events each, in their order, instead
                 of returning all of them: for scans that do not fit into memory. The
-                result is then that of no events, with the counts of all.
+                scan's own result then has no events; its pmt_counts are of all.
 
         Returns:
             The verdicts and, as asked for, counts.
         """
         of_events, of_pmts = positions(events, "events"), positions(pmts, "pmts")
-        if not 1 <= samples <= 65535:
-            raise ValueError(f"samples: expected 1 to 65535, got {samples}")
-        if smear is not None and not (np.isfinite(smear) and smear >= 0):
-            raise ValueError(f"smear: expected a number of mm, got {smear}")
+        if smear is not None:
+            smear = _number(smear, "smear", least=0)
         at = np.asarray(tolerances, dtype=np.float64)
         if at.ndim != 1 or not np.isfinite(at).all():
             raise ValueError("tolerances: expected finite numbers in one dimension")
 
+        verdicts = len(COMPONENTS) + 1
         # The arrays hold one chunk: of all events, unless they are handed out.
         events_at_once = len(of_events)
         if on_chunk is not None:
-            events_at_once = min(events_at_once, max(1, _PAIRS_IN_CHUNK // max(1, len(of_pmts))))
+            of_event = max(1, len(of_pmts), len(at) * verdicts)
+            events_at_once = min(events_at_once, max(1, _NUMBERS_IN_CHUNK // of_event))
         shape = (events_at_once, len(of_pmts))
-        verdicts = len(COMPONENTS) + 1
         arrays: dict[str, npt.NDArray[Any] | None] = {
             "codes": np.empty(shape, np.uint8),
             "reflected_codes": np.empty(shape, np.uint8) if reflections else None,
@@ -352,7 +368,7 @@ class Calculator:
         pmt_counts = np.empty((len(of_pmts), len(at), verdicts), np.int64) if len(at) else None
         origin = {
             "source": self._source,
-            "fingerprint": self.fingerprint,
+            "fingerprint": self._fingerprint,
             "run": self._run,
             "tolerance": self._tolerance,
             "wavelength": float(wavelength),
@@ -376,8 +392,8 @@ class Calculator:
                     wavelength=float(wavelength),
                     threads=_threads(threads),
                     smear=smear,
-                    samples=samples,
-                    seed=seed,
+                    samples=_whole(samples, "samples", 1, 65535),
+                    seed=_whole(seed, "seed", -(2**63), 2**63 - 1),
                     tolerances=at.tolist(),
                     **arrays,
                     pmt_counts=pmt_counts,
