@@ -65,8 +65,8 @@ void CalcLightPaths(const Calculator& calculator,
   Interruptible run;
   run.Run([&] {
     for (const TVector3& event : from) {
-      run.CheckForStop();
       for (const TVector3& pmt : to) {
+        run.CheckForStop();
         light.CalcByPosition(event, pmt);
         Write(light, *record++);
         if (!withReflections) continue;

@@ -33,11 +33,11 @@ class Counts:
         return Counts(self.numbers + other.numbers)
 
     def of(self, verdict: Verdict) -> npt.NDArray[np.int64]:
-        """Return the number of pairs with this verdict."""
-        return self._of(verdict)
+        """Return the number of pairs with this verdict.
 
-    def _of(self, code: int) -> npt.NDArray[np.int64]:
-        return np.asarray(self.numbers[..., code])
+        Counts at several tolerances are of light paths only: to Verdict.NECK_BOSS.
+        """
+        return np.asarray(self.numbers[..., verdict])
 
     @property
     def paths(self) -> npt.NDArray[np.int64]:
@@ -68,19 +68,10 @@ class Counts:
         import pandas as pd
 
         columns = {
-            "paths": self.paths, "shadowed": self.shadowed,
-            "fraction": self.fraction, "fraction_error": self.fraction_error,
-        } | {c.label: self.of(c) for c in COMPONENTS}
+            "paths": self.paths,
+            "shadowed": self.shadowed,
+            "fraction": self.fraction,
+            "fraction_error": self.fraction_error,
+            **{c.label: self.of(c) for c in COMPONENTS},
+        }
         return pd.DataFrame({name: np.atleast_1d(values) for name, values in columns.items()})
-
-    def rows(self) -> list[tuple[str, int, float]]:
-        """Return what to print of a total: name, number and fraction of the paths.
-
-        Only of counts without dimensions.
-        """
-        paths = int(self.paths)
-        of = {"shadowed": int(self.shadowed)} | {c.label: int(self.of(c)) for c in COMPONENTS}
-        return [
-            ("paths", paths, float("nan")),
-            *((name, n, n / paths if paths else float("nan")) for name, n in of.items()),
-        ]

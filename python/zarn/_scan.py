@@ -16,14 +16,14 @@ import numpy as np
 import numpy.typing as npt
 
 from ._counts import Counts
-from ._verdict import Verdict
+from ._verdict import COMPONENTS, Verdict
 
 if TYPE_CHECKING:
     import pandas as pd
     import pyarrow as pa
 
 
-@dataclass(frozen=True)
+@dataclass(frozen=True, eq=False)
 class ScanResult:
     """The verdicts on the light from each of some events to each PMT.
 
@@ -88,13 +88,23 @@ class ScanResult:
     def smeared_fraction(self) -> npt.NDArray[np.float64]:
         """The fraction of positions around the event that are shadowed, for direct
         light: (events, PMTs); NaN where no position has a light path."""
-        paths, shadowed = np.moveaxis(self._asked(self.smeared, "smear"), -1, 0)
+        return self._fraction(self.smeared, "smear")
+
+    @property
+    def smeared_reflected_fraction(self) -> npt.NDArray[np.float64]:
+        """The same for reflected light."""
+        return self._fraction(self.smeared_reflected, "smear and reflections")
+
+    def _fraction(
+        self, smeared: npt.NDArray[np.uint16] | None, arguments: str
+    ) -> npt.NDArray[np.float64]:
+        paths, shadowed = np.moveaxis(self._asked(smeared, arguments), -1, 0)
         return np.divide(shadowed, paths, out=np.full(paths.shape, np.nan), where=paths > 0)
 
     @staticmethod
-    def _asked(values: npt.NDArray[Any] | None, argument: str) -> npt.NDArray[Any]:
+    def _asked(values: npt.NDArray[Any] | None, arguments: str) -> npt.NDArray[Any]:
         if values is None:
-            raise ValueError(f"the scan was made without {argument}=")
+            raise ValueError(f"the scan was made without {arguments}")
         return values
 
     # ---- tables
@@ -147,6 +157,8 @@ class ScanResult:
             columns["reflected_code"] = self.reflected_codes.reshape(-1)
         if self.smeared is not None:
             columns["smeared_fraction"] = self.smeared_fraction.reshape(-1)
+        if self.smeared_reflected is not None:
+            columns["smeared_reflected_fraction"] = self.smeared_reflected_fraction.reshape(-1)
         return columns
 
     # ---- files
@@ -159,19 +171,42 @@ class ScanResult:
         arrays = {name: getattr(self, name) for name in _ARRAYS}
         present = {name: array for name, array in arrays.items() if array is not None}
         with _replacing(path) as file:
-            np.savez_compressed(
-                file, allow_pickle=False, origin=np.array(json.dumps(self.origin)), **present
-            )
+            np.savez_compressed(file, origin=np.array(json.dumps(self.origin)), **present)
 
     @classmethod
     def load(cls, path: str | os.PathLike[str]) -> ScanResult:
-        """Read what save wrote."""
-        with np.load(path, allow_pickle=False) as arrays:
-            missing = {"events", "pmts", "codes", "origin"} - set(arrays.files)
-            if missing:
-                raise ValueError(f"{os.fspath(path)}: not a scan; {min(missing)} is missing")
-            origin = json.loads(str(arrays["origin"]))
-            return cls(**{n: arrays[n] for n in arrays.files if n in _ARRAYS}, origin=origin)
+        """Read what save wrote.
+
+        Raises:
+            ValueError: the file holds something else, or is damaged.
+        """
+        with open(path, "rb") as file:
+            try:
+                with np.load(file, allow_pickle=False) as arrays:
+                    some = {n: arrays[n] for n in arrays.files if n in _ARRAYS}
+                    result = cls(**some, origin=json.loads(str(arrays["origin"])))
+                result._require_shapes()
+            except Exception as error:  # NumPy raises many kinds
+                raise ValueError(f"{os.fspath(path)}: not a saved scan: {error}") from error
+        return result
+
+    def _require_shapes(self) -> None:
+        """Raise ValueError unless the arrays are those of one scan."""
+        pairs, tolerances = (len(self.events), len(self.pmts)), (len(self.tolerances),)
+        for name, shape, kind in (
+            ("events", (pairs[0], 3), np.float64),
+            ("pmts", (pairs[1], 3), np.float64),
+            ("codes", pairs, np.uint8),
+            ("reflected_codes", pairs, np.uint8),
+            ("smeared", (*pairs, 2), np.uint16),
+            ("smeared_reflected", (*pairs, 2), np.uint16),
+            ("tolerances", tolerances, np.float64),
+            ("event_counts", (pairs[0], *tolerances, len(COMPONENTS) + 1), np.int64),
+            ("pmt_counts", (pairs[1], *tolerances, len(COMPONENTS) + 1), np.int64),
+        ):
+            array = getattr(self, name)
+            if array is not None and (array.shape != shape or array.dtype != kind):
+                raise ValueError(f"{name} is {array.dtype} {array.shape}, expected {shape}")
 
     # ---- on the screen
 
@@ -179,15 +214,24 @@ class ScanResult:
         events, pmts = self.codes.shape
         return f"ScanResult({events:,} events x {pmts:,} PMTs)\n" + "\n".join(
             f"  {name:<12} {number:>12,}" + ("" if np.isnan(share) else f"  {share:8.3%}")
-            for name, number, share in self.counts().rows()
+            for name, number, share in self._summary()
         )
+
+    def _summary(self) -> list[tuple[str, int, float]]:
+        """Names, numbers and fractions of the light paths."""
+        counts = self.counts()
+        paths = int(counts.paths)
+        of = {"shadowed": int(counts.shadowed)}
+        of |= {c.label: int(counts.of(c)) for c in COMPONENTS}
+        shares = [(name, n, n / paths if paths else float("nan")) for name, n in of.items()]
+        return [("paths", paths, float("nan")), *shares]
 
     def _repr_html_(self) -> str:
         events, pmts = self.codes.shape
         rows = "".join(
             f"<tr><th style='text-align:left'>{html.escape(name)}</th><td>{number:,}</td>"
             f"<td>{'' if np.isnan(share) else f'{share:.3%}'}</td></tr>"
-            for name, number, share in self.counts().rows()
+            for name, number, share in self._summary()
         )
         return (
             f"<table><caption>{events:,} events &times; {pmts:,} PMTs</caption>"
