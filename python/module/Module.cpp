@@ -28,6 +28,16 @@ std::vector<std::string> VerdictNames() {
   return names;
 }
 
+std::string WhyOff(const DU::ShadowingCalculator& shadowing,
+                   eShadowingComponent component) {
+  if (!shadowing.IsInfoLoaded(component)) {
+    return shadowing.GetLoadError(component);
+  }
+  const bool hasTests = shadowing.IsReady(component) &&
+                        !shadowing.GetHardware().HasNothingToTest(component);
+  return hasTests ? "" : "nothing to test";
+}
+
 void BindCalculator(nb::module_& module) {
   nb::class_<Calculator> calculator(module, "Calculator",
                                     "A detector at one run and tolerance.");
@@ -48,15 +58,13 @@ void BindCalculator(nb::module_& module) {
                                            s.GetAVNeckRadius());
                    })
       .def(
-          "state_of",
+          "why_off",
           [](const Calculator& self, int component) {
-            const auto which = static_cast<eShadowingComponent>(component);
-            const DU::ShadowingCalculator& s = self.Shadowing();
-            return nb::make_tuple(s.IsInfoLoaded(which), s.IsReady(which),
-                                  s.GetLoadError(which));
+            return WhyOff(self.Shadowing(),
+                          static_cast<eShadowingComponent>(component));
           },
           nb::arg("component"),
-          "Whether a component is loaded, whether it is tested, and why not.");
+          "Why a component, 1 to 6, blocks no path; empty if it can.");
   BindPaths(calculator);
   BindLightPaths(calculator);
   BindScan(calculator);

@@ -149,14 +149,11 @@ class Calculator:
     @property
     def components(self) -> tuple[Verdict, ...]:
         """The components that are on, in the order in which they are tested."""
-        return tuple(c for c in COMPONENTS if self._core.state_of(c)[1])
+        return tuple(c for c in COMPONENTS if not self.why_off(c))
 
     def why_off(self, component: Verdict) -> str:
         """Why a component is off, with table, index and field; empty if it is on."""
-        is_loaded, is_ready, error = self._core.state_of(_component(component))
-        if is_ready:
-            return ""
-        return "nothing to test" if is_loaded else error
+        return self._core.why_off(_component(component))
 
     def with_tolerance(self, tolerance: float) -> Calculator:
         """Return a calculator of the same tables at another tolerance, mm.

@@ -46,7 +46,7 @@ def test_properties_tell_what_it_was_made_from():
 # ---- another tolerance
 
 
-@pytest.mark.parametrize("tolerance", [0.0, -20.0, 40.0, 150.0, 500.0])
+@pytest.mark.parametrize("tolerance", [0.0, -20.0, 500.0])
 def test_a_copy_with_a_tolerance_is_a_calculator_with_it(calc, paths, tolerance):
     copy, fresh = calc.with_tolerance(tolerance), zarn.Calculator(REFERENCE, tolerance=tolerance)
     assert np.array_equal(copy.check(paths), fresh.check(paths))
@@ -107,15 +107,12 @@ def test_two_detectors_are_used_side_by_side(paths):
     assert len(reference.hold_down_ropes.rolls) != len(minimal.hold_down_ropes.rolls)
 
 
-def test_tables_are_those_of_the_run(tables, paths):
-    change(tables / "neck_boss.json", "GEO", "neck_boss_z", 5000.0)
-    entries = json.loads((tables / "neck_boss.json").read_text())
-    for entry in entries:
-        entry["run_range"] = [100, 200]
-    original = json.loads((REFERENCE / "neck_boss.json").read_text())
-    (tables / "neck_boss.json").write_text(json.dumps([*original, *entries]))
-    angles = [zarn.Calculator(tables, run=run).neck_boss.angle for run in (0, 99, 100, 200, 201)]
-    assert angles[0] == angles[1] == angles[4] != angles[2] == angles[3]
+def test_tables_are_those_of_the_run(tables):
+    lower = {"table": "GEO", "index": "av", "runs": [100, 200], "pass": 1,
+             "fields": {"neck_boss_z": 5700.0}}
+    (tables / "lower_boss.json").write_text(json.dumps([lower]))
+    angles = [zarn.Calculator(tables, run=run).neck_boss.angle for run in (99, 100, 200, 201)]
+    assert angles[0] == angles[3] != angles[1] == angles[2]
 
 
 # ---- pickled
