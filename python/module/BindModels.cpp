@@ -53,25 +53,26 @@ void BindModels(nb::module_& module, nb::class_<Calculator>& calculator) {
 
   nb::class_<AVHDRopeModel> holdDown(module, "HoldDownRopes",
                                      "The AV hold-down ropes.");
-  AddList(holdDown, "positions", &AVHDRopeModel::AVHDRopePositions,
-          "Positions from the tables, mm: array (n, 3).");
+  AddList(
+      holdDown, "positions", &AVHDRopeModel::AVHDRopePositions,
+      "Points of the rope that all are rotated copies of, mm: array (n, 3).");
   AddList(holdDown, "rolls", &AVHDRopeModel::AVHDRopeRolls,
-          "Roll of each rope around z, degrees: array (n,).");
+          "Azimuth of each rope, rad: array (n,).");
   AddList(holdDown, "end_points", &AVHDRopeModel::AVHDRopeEndPoints,
-          "End points of the ropes, mm: array (n, 3).");
+          "Where the ropes leave the vessel, two each, mm: array (2 n, 3).");
   AddList(holdDown, "surface_points", &AVHDRopeModel::AVHDRopeSurfacePoints,
           "Points along the ropes on the vessel, mm: array (n, 3).");
   AddList(holdDown, "leg_points", &AVHDRopeModel::AVHDRopeLegPoints,
-          "Tops of the legs, mm: array (n, 3).");
+          "Points along the ropes below the vessel, mm: array (n, 3).");
   holdDown.def_ro("radius", &AVHDRopeModel::AVHDRopeRadius,
                   "Radius of a rope, mm.");
 
   nb::class_<SupportRopeModel> support(module, "SupportRopes",
                                        "The AV support ropes.");
   AddList(support, "positions", &SupportRopeModel::SupportRopePositions,
-          "Positions from the tables, mm: array (n, 3).");
+          "Foot of each rope, mm: array (n, 3).");
   AddList(support, "line_points", &SupportRopeModel::SupportRopeLinePoints,
-          "Points along the ropes on the vessel, mm: array (n, 3).");
+          "Points up the ropes, mm: array (n, 3).");
   support.def_ro("radius", &SupportRopeModel::SupportRopeRadius,
                  "Radius of a rope, mm.");
   support.def_ro("length", &SupportRopeModel::SupportRopeLength,
@@ -97,7 +98,8 @@ void BindModels(nb::module_& module, nb::class_<Calculator>& calculator) {
   nb::class_<AVPipeModel> pipes(module, "AVPipes", "The AV pipes.");
   AddList(pipes, "points", &AVPipeModel::AVPipePoints,
           "Points along all pipes, mm: array (n, 3).");
-  pipes.def_ro("radius", &AVPipeModel::AVPipeRadius, "Radius of a pipe, mm.");
+  pipes.def_ro("radius", &AVPipeModel::AVPipeRadius,
+               "Radius of the pipes 1 to 6, mm.");
 
   nb::class_<NeckBossModel> boss(module, "NeckBoss", "The neck boss.");
   boss.def_ro("angle", &NeckBossModel::NeckBossAngle,

@@ -30,9 +30,10 @@ def test_positions_and_sizes_are_those_of_the_tables(source):
 
     down, up, vessel = ("GEO", "hold_down_ropes"), ("GEO", "hold_up_ropes"), ("GEO", "inner_av")
     assert np.array_equal(calc.hold_down_ropes.positions, xyz(solid(down), "rope_"))
-    assert np.array_equal(calc.hold_down_ropes.rolls, places(down)["roll"])
+    assert np.allclose(np.degrees(calc.hold_down_ropes.rolls), places(down)["roll"], rtol=1e-15)
     assert calc.hold_down_ropes.radius == solid(down)["r_rope"]
-    assert np.array_equal(calc.support_ropes.positions, xyz(places(up)))
+    feet = calc.support_ropes.positions.reshape(-1, 2, 3)  # two beside each place
+    assert np.allclose(np.linalg.norm(feet, axis=2).T, np.linalg.norm(xyz(places(up)), axis=1))
     assert calc.support_ropes.radius == solid(up)["r_rope"]
     plates, anchors = (places(vessel, f"{item}_locations") for item in ("belly_plate", "ncd_anchor"))
     assert np.array_equal(calc.belly_plates.positions, xyz(plates))
