@@ -1,0 +1,74 @@
+// What ROOT's interpreter and PyROOT know of the library: rootcling reads this list
+// and the headers that CMakeLists.txt names. Records of plain numbers can also be
+// stored in a tree (+); calculators cannot (-).
+#ifdef __CLING__
+
+#pragma link off all globals;
+#pragma link off all classes;
+#pragma link off all functions;
+
+#pragma link C++ namespace ZARN;
+#pragma link C++ namespace ZARN::DU;
+#pragma link C++ namespace ZARN::Scan;
+
+// Messages
+#pragma link C++ class otext-;
+#pragma link C++ global ZARN::warn;
+#pragma link C++ global ZARN::debug;
+
+// Tables
+#pragma link C++ class ZARN::DB-;
+#pragma link C++ class ZARN::TableSet-;
+#pragma link C++ class ZARN::TableEntry-;
+#pragma link C++ struct ZARN::RunRange-;
+#pragma link C++ function ZARN::LoadJsonTables(ZARN::TableSet&, const std::string&);
+
+// Light paths
+#pragma link C++ enum ZARN::DU::eLightPathType;
+#pragma link C++ enum ZARN::DU::eMedium;
+#pragma link C++ struct ZARN::DU::ConcentricMedia-;
+#pragma link C++ struct ZARN::DU::LightPath+;
+#pragma link C++ struct ZARN::DU::LightPathArrays-;
+#pragma link C++ struct ZARN::DU::LightPathRow-;
+#pragma link C++ struct ZARN::DU::VectorArrays-;
+#pragma link C++ struct ZARN::DU::VectorColumns-;
+#pragma link C++ class ZARN::DU::Column<double>-;
+#pragma link C++ class ZARN::DU::Column<int>-;
+#pragma link C++ class ZARN::DU::LightPathCalculator-;
+#pragma link C++ class ZARN::DU::PMTArray-;
+#pragma link C++ class std::vector<ZARN::DU::LightPath>+;
+
+// Hardware
+#pragma link C++ enum ZARN::DU::eShadowingComponent;
+#pragma link C++ enum ZARN::DU::eAVHDRopePart;
+#pragma link C++ struct ZARN::DU::Hardware-;
+#pragma link C++ struct ZARN::DU::AVHDRopeModel-;
+#pragma link C++ struct ZARN::DU::AVPipeModel-;
+#pragma link C++ struct ZARN::DU::BellyPlateModel-;
+#pragma link C++ struct ZARN::DU::NCDAnchorModel-;
+#pragma link C++ struct ZARN::DU::NeckBossModel-;
+#pragma link C++ struct ZARN::DU::SupportRopeModel-;
+
+// Verdicts
+#pragma link C++ enum ZARN::DU::eVerdict;
+#pragma link C++ enum ZARN::DU::eShadowingRule;
+#pragma link C++ struct ZARN::DU::VerdictRows-;
+#pragma link C++ struct ZARN::DU::CriticalTolerances-;
+#pragma link C++ struct ZARN::DU::ToleranceRange-;
+#pragma link C++ struct ZARN::DU::ShadowingExplanation-;
+#pragma link C++ struct ZARN::DU::ComponentExplanation-;
+#pragma link C++ struct ZARN::DU::ShadowingFinding-;
+#pragma link C++ struct ZARN::DU::ShadowingTest-;
+#pragma link C++ struct ZARN::DU::HardwareItem-;
+#pragma link C++ struct ZARN::DU::WaterSegment-;
+#pragma link C++ class ZARN::DU::ShadowingCalculator-;
+
+// Events x PMTs
+#pragma link C++ struct ZARN::DU::Smearing-;
+#pragma link C++ struct ZARN::Scan::RowBlock-;
+#pragma link C++ class ZARN::Scan::RowScan-;
+#pragma link C++ struct ZARN::Scan::RowScan::Settings-;
+#pragma link C++ class ZARN::Scan::VerdictCounts-;
+#pragma link C++ struct ZARN::Scan::SmearedCount-;
+
+#endif
