@@ -1,9 +1,4 @@
-# Adds the Python package if the Python of .venv, or the one that builds a wheel, has
-# nanobind.
-if(NOT SKBUILD AND NOT Python_EXECUTABLE AND
-   EXISTS "${PROJECT_SOURCE_DIR}/.venv/bin/python3")
-  set(Python_EXECUTABLE "${PROJECT_SOURCE_DIR}/.venv/bin/python3")
-endif()
+# Adds the Python package if the Python environment has nanobind.
 find_package(Python 3.9 COMPONENTS Interpreter Development.Module)
 if(Python_Development.Module_FOUND)
   execute_process(COMMAND "${Python_EXECUTABLE}" -m nanobind --cmake_dir

@@ -44,6 +44,8 @@ function(zarn_add_room name)
     install(TARGETS ${target} EXPORT zarnTargets
       ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR}
       LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}
-      FILE_SET HEADERS DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/zarn)
+        COMPONENT libraries NAMELINK_COMPONENT development
+      FILE_SET HEADERS DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/zarn
+        COMPONENT headers)
   endif()
 endfunction()
