@@ -19,12 +19,25 @@ DETECTOR = SOURCE / "data" / "reference-detector"
 README = (SOURCE / "README.md").read_text()
 COMMANDS = (SOURCE / "docs" / "commands.md").read_text()
 VERDICTS = (SOURCE / "docs" / "verdicts.md").read_text()
+PYTHON = (SOURCE / "docs" / "python.md").read_text()
 PAGES = [p for p in SOURCE.rglob("*.md")
          if not {"build", ".venv"} & set(p.relative_to(SOURCE).parts)]
 
 
 def blocks(text, language):
     return re.findall(rf"^```{language}\n(.*?)^```$", text, re.MULTILINE | re.DOTALL)
+
+
+# Runs the blocks of a page one after another, and tells what each of them prints.
+RUN_BLOCKS = """
+import contextlib, io, json, sys
+printed, names = [], {}
+for block in json.load(sys.stdin):
+    with contextlib.redirect_stdout(io.StringIO()) as output:
+        exec(compile(block, "block", "exec"), names)
+    printed.append(output.getvalue())
+print(json.dumps(printed))
+"""
 
 
 def commands(text):
@@ -112,6 +125,8 @@ class Documents(unittest.TestCase):
                 result = subprocess.run([ZARN_SHADOW, *words[1:]], cwd=with_data(folder),
                                         capture_output=True, text=True)
             self.assertEqual(result.returncode, 0, result.stderr)
+        elif words[0] == "pip":
+            self.assertEqual(words[1], "install")
         elif words[0] == "cmake":
             presets = json.loads((SOURCE / "CMakePresets.json").read_text())
             kind = {"--preset": "configure", "--build": "build", "--workflow": "workflow",
@@ -202,6 +217,25 @@ class Documents(unittest.TestCase):
                                     text=True)
         self.assertEqual(result.returncode, 0, result.stderr)
         self.assertGreater(int(result.stdout), 0)
+
+    @unittest.skipUnless("ZARN_PYTHON" in os.environ, "built without the Python package")
+    def test_the_Python_shown_prints_what_is_shown(self):
+        for page, text, needs in (("README.md", README, "numpy"),
+                                  ("python.md", PYTHON, "pandas, pyarrow, ROOT")):
+            shown = re.findall(r"^```python\n(.*?)^```\n(?:\n```output\n(.*?)^```$)?", text,
+                               re.MULTILINE | re.DOTALL)
+            self.assertNotEqual(shown, [])
+            with self.subTest(page=page), tempfile.TemporaryDirectory() as folder:
+                if subprocess.run([os.environ["ZARN_PYTHON"], "-c", f"import {needs}"],
+                                  capture_output=True).returncode != 0:
+                    self.skipTest(f"{page} needs {needs}: script/setup --python")
+                done = subprocess.run(
+                    [os.environ["ZARN_PYTHON"], "-c", RUN_BLOCKS], cwd=with_data(folder),
+                    input=json.dumps([block for block, _ in shown]), capture_output=True,
+                    text=True)
+                self.assertEqual(done.returncode, 0, done.stderr)
+                for (block, wanted), printed in zip(shown, json.loads(done.stdout), strict=True):
+                    self.assertEqual(printed, wanted, block)
 
     def test_the_positions_and_paths_have_the_verdicts_shown(self):
         events, pmts, scanned, paths, checked = blocks(COMMANDS, "csv")
