@@ -143,8 +143,9 @@ class Examples(unittest.TestCase):
             drawn = matplotlib.image.imread(pathlib.Path(folder) / name)
         shown = matplotlib.image.imread(SOURCE / "docs" / name)
         self.assertEqual(shown.shape, drawn.shape)
-        # Not exactly: fonts and edges depend on the version of matplotlib.
-        self.assertLess(abs(shown - drawn).mean(), 0.02, "run docs/draw-python.py")
+        # Some pixels may: fonts and edges depend on the version of matplotlib.
+        differs = abs(shown - drawn).max(axis=-1) > 0.2
+        self.assertLess(differs.mean(), 0.02, "run docs/draw-python.py")
 
     def test_the_types_are_right(self):
         if importlib.util.find_spec("mypy") is None:
