@@ -1,6 +1,6 @@
-// What ROOT's interpreter and PyROOT know of the library: rootcling reads this list
-// and the headers that CMakeLists.txt names. Records of plain numbers can also be
-// stored in a tree (+); calculators cannot (-).
+// The classes and enumerations of Headers.hpp in ROOT's dictionary. Light paths can
+// also be stored in a tree (+), the others cannot (-). Functions and variables need no
+// entry; for a variable's, ROOT would try to load the library again.
 #ifdef __CLING__
 
 #pragma link off all globals;
@@ -13,15 +13,12 @@
 
 // Messages
 #pragma link C++ class otext-;
-#pragma link C++ global ZARN::warn;
-#pragma link C++ global ZARN::debug;
 
 // Tables
 #pragma link C++ class ZARN::DB-;
 #pragma link C++ class ZARN::TableSet-;
 #pragma link C++ class ZARN::TableEntry-;
 #pragma link C++ struct ZARN::RunRange-;
-#pragma link C++ function ZARN::LoadJsonTables(ZARN::TableSet&, const std::string&);
 
 // Light paths
 #pragma link C++ enum ZARN::DU::eLightPathType;
