@@ -60,7 +60,7 @@ def unindented(text):
 
 class Documents(unittest.TestCase):
     def test_code_is_quoted_from_an_example(self):
-        examples = [unindented(p.read_text()) for p in SOURCE.glob("examples/*.cpp")]
+        examples = [unindented(p.read_text()) for p in SOURCE.glob("examples/*.[cC]*")]
         for page in PAGES:
             for block in blocks(page.read_text(), "cpp"):
                 lines = unindented(block)
