@@ -134,10 +134,9 @@ TEST_F(Batches, OfTypesOutsideTheEnumerationNeedNoColumn) {
     unknown.Add(path, verdict);
   }
   EXPECT_EQ(AnyDifference(Real(), unknown), "");
-  EXPECT_EQ(PathColumns(unknown.paths, PathColumns::eUnused::kNull)
-                .Arrays()
-                .AVPoint1.x,
-            nullptr);
+  EXPECT_TRUE(PathColumns(unknown.paths, PathColumns::eUnused::kNull)
+                  .Arrays()
+                  .AVPoint1.x.IsNull());
 }
 
 TEST_F(Batches, AreJudgedOnAnyNumberOfThreads) {

@@ -1,0 +1,132 @@
+#!/usr/bin/env python3
+"""The wheel holds the package and nothing else, and works in a new environment.
+
+The environment is empty but for the wheel and links to ROOT and NumPy. The build folder
+is kept, so that the next run compiles only what has changed.
+"""
+
+import os
+import pathlib
+import re
+import subprocess
+import sys
+import sysconfig
+import unittest
+import venv
+import zipfile
+
+SOURCE = pathlib.Path(os.environ["ZARN_SOURCE_DIR"])
+WORK = pathlib.Path(os.environ["ZARN_WHEEL_DIR"])
+ROOMS = ("db", "du", "fast", "geometry", "hardware", "io", "lightpath", "log", "scan")
+PIP = [sys.executable, "-m", "pip", "--quiet", "--disable-pip-version-check"]
+
+
+def build():
+    """The path of the wheel, built from the source tree with the packages of .venv."""
+    settings = {"build-dir": WORK / "build",
+                "cmake.define.CMAKE_CXX_COMPILER": os.environ["CXX"],
+                "cmake.define.ROOT_DIR": os.environ["ZARN_ROOT_DIR"],
+                "cmake.define.CMAKE_COMPILE_WARNING_AS_ERROR":
+                    os.environ["ZARN_WARNING_AS_ERROR"]}
+    folder = WORK / "dist"
+    for old in folder.glob("*.whl"):
+        old.unlink()
+    subprocess.run([*PIP, "wheel", "--no-build-isolation", "--no-deps", "--wheel-dir", folder,
+                    *[f"--config-settings={key}={value}" for key, value in settings.items()],
+                    SOURCE], check=True)
+    (wheel,) = folder.glob("*.whl")
+    return wheel
+
+
+def install(wheel):
+    """The Python of a new environment with the wheel, and its folder of packages."""
+    environment = WORK / "environment"
+    venv.create(environment, clear=True)
+    python = environment / "bin" / "python"
+    packages = pathlib.Path(sysconfig.get_path(
+        "platlib", "venv", {"base": environment, "platbase": environment}))
+    for name in ("ROOT", "root.libs", "numpy", "numpy.libs"):
+        (packages / name).symlink_to(pathlib.Path(sysconfig.get_path("platlib"), name))
+    subprocess.run([*PIP, "--python", python, "install", "--no-deps", "--no-index", wheel],
+                   check=True)
+    return python, packages / "zarn"
+
+
+def run_path_of(library):
+    """Where a library looks for others, as its dynamic section says."""
+    text = subprocess.run(["readelf", "--dynamic", library], check=True, capture_output=True,
+                          text=True, env=os.environ | {"LC_ALL": "C"}).stdout
+    (run_path,) = re.findall(r"\(RUNPATH\).*\[(.*)\]", text)
+    return run_path
+
+
+class Wheel(unittest.TestCase):
+    @classmethod
+    def setUpClass(cls):
+        cls.wheel = build()
+        cls.python, cls.package = install(cls.wheel)
+
+    def run_python(self, code):
+        return subprocess.run([self.python, "-c", code], check=True, capture_output=True,
+                              text=True, cwd=SOURCE).stdout
+
+    def test_wheel_holds_python_files_module_libraries_and_headers(self):
+        with zipfile.ZipFile(self.wheel) as archive:
+            names = set(archive.namelist())
+        headers = {n for n in names if n.startswith("zarn/include/zarn/")}
+        self.assertIn("zarn/include/zarn/du/ShadowingCalculator.hpp", headers)
+        self.assertEqual({pathlib.Path(n).suffix for n in headers}, {".hpp"})
+        information = {n for n in names if re.match(r"zarn-[0-9.]+\.dist-info/", n)}
+        version = re.search(r"project\(zarn VERSION (\d+\.\d+)",
+                            (SOURCE / "CMakeLists.txt").read_text()).group(1)
+        suffix = sysconfig.get_config_var("EXT_SUFFIX")
+        self.assertEqual(
+            names - headers - information,
+            {f"zarn/{p.name}" for p in (SOURCE / "python" / "zarn").iterdir()
+             if p.suffix in (".py", ".typed")}
+            | {f"zarn/lib/libzarn_{room}.so.{version}" for room in ROOMS}
+            | {f"zarn/_core{suffix}", "zarn/_core.pyi"})
+
+    def test_wheel_is_small(self):
+        self.assertLess(self.wheel.stat().st_size, 2_000_000)
+
+    def test_libraries_are_found_beside_the_package(self):
+        (module,) = self.package.glob("_core.*.so")
+        self.assertEqual(run_path_of(module), "$ORIGIN/lib:$ORIGIN/../ROOT/lib")
+        for library in (self.package / "lib").iterdir():
+            self.assertEqual(run_path_of(library), "$ORIGIN:$ORIGIN/../../ROOT/lib")
+
+    def test_files_do_not_name_the_folders_of_the_build(self):
+        places = [os.fsencode(place) for place in (SOURCE, WORK, sys.prefix, sys.base_prefix)
+                  if place != "/usr"]
+        with zipfile.ZipFile(self.wheel) as archive:
+            for name in archive.namelist():
+                with self.subTest(name):
+                    content = archive.read(name)
+                    self.assertFalse([place for place in places if place in content])
+
+    def test_package_judges_paths(self):
+        printed = self.run_python(
+            "import zarn\n"
+            "calc = zarn.Calculator('data/reference-detector')\n"
+            "result = calc.scan([[0, 0, 3000]], [[8300, 0, 0], [0, 8300, 0]])\n"
+            "print(*[zarn.Verdict(code).label for code in result.codes[0]], zarn.__file__)")
+        self.assertEqual(printed, f"clear AVPipe {self.package / '__init__.py'}\n")
+
+    def test_package_and_root_use_the_same_libraries(self):
+        printed = self.run_python(
+            "import zarn, ROOT\n"
+            "print(ROOT.gROOT.GetVersion())\n"
+            "print(*{line.split()[-1] for line in open('/proc/self/maps') if 'libCore' in line})")
+        self.assertEqual(len(printed.splitlines()[-1].split()), 1, printed)
+
+    def test_import_is_quick(self):
+        """Without ROOT's modules, and in less than 0.3 s of processor time."""
+        code = ("import sys, time; begin = time.process_time(); import zarn\n"
+                "assert 'ROOT' not in sys.modules\n"
+                "print(time.process_time() - begin)")
+        self.assertLess(min(float(self.run_python(code)) for _ in range(3)), 0.3)
+
+
+if __name__ == "__main__":
+    unittest.main()
