@@ -351,7 +351,7 @@ class Calculator:
             of_event = max(1, len(of_pmts), len(at) * verdicts)
             events_at_once = min(events_at_once, max(1, _NUMBERS_IN_CHUNK // of_event))
         shape = (events_at_once, len(of_pmts))
-        arrays: dict[str, npt.NDArray[Any] | None] = {
+        arrays: dict[str, Any] = {
             "codes": np.empty(shape, np.uint8),
             "reflected_codes": np.empty(shape, np.uint8) if reflections else None,
             "smeared": np.empty((*shape, 2), np.uint16) if smear is not None else None,
@@ -372,7 +372,9 @@ class Calculator:
         }
 
         def result(first: int, count: int) -> ScanResult:
-            some = {n: None if a is None else a[:count] for n, a in arrays.items()}
+            some: dict[str, Any] = {
+                name: None if array is None else array[:count] for name, array in arrays.items()
+            }
             return ScanResult(
                 of_events[first : first + count], of_pmts, **some, tolerances=at, origin=origin
             )

@@ -2,7 +2,7 @@
 
 from __future__ import annotations
 
-from typing import TYPE_CHECKING
+from typing import TYPE_CHECKING, Any
 
 import numpy as np
 import numpy.typing as npt
@@ -11,6 +11,13 @@ from ._verdict import COMPONENTS, Verdict
 
 if TYPE_CHECKING:
     import pandas as pd
+
+
+def ratio(some: npt.NDArray[Any], of: npt.NDArray[Any]) -> npt.NDArray[np.float64]:
+    """The ratio of numbers; NaN where they are of none."""
+    found = np.full(of.shape, np.nan)
+    np.divide(some, of, out=found, where=of > 0)
+    return found
 
 
 class Counts:
@@ -26,8 +33,8 @@ class Counts:
     @classmethod
     def of_codes(cls, codes: npt.NDArray[np.uint8], axis: int | None = None) -> Counts:
         """Count codes along an axis, or all of them."""
-        numbers = [np.count_nonzero(codes == code, axis=axis) for code in Verdict]
-        return cls(np.stack(np.asarray(numbers, dtype=np.int64), axis=-1))
+        numbers = [np.asarray(np.count_nonzero(codes == code, axis=axis)) for code in Verdict]
+        return cls(np.stack(numbers, axis=-1))
 
     def __add__(self, other: Counts) -> Counts:
         return Counts(self.numbers + other.numbers)
@@ -52,16 +59,13 @@ class Counts:
     @property
     def fraction(self) -> npt.NDArray[np.float64]:
         """The fraction of light paths that are shadowed; NaN without paths."""
-        paths = self.paths
-        return np.divide(self.shadowed, paths, out=np.full(paths.shape, np.nan), where=paths > 0)
+        return ratio(self.shadowed, self.paths)
 
     @property
     def fraction_error(self) -> npt.NDArray[np.float64]:
         """The binomial standard error of the fraction; NaN without paths."""
-        p, paths = self.fraction, self.paths
-        return np.sqrt(
-            np.divide(p * (1 - p), paths, out=np.full(paths.shape, np.nan), where=paths > 0)
-        )
+        p = self.fraction
+        return np.sqrt(ratio(p * (1 - p), self.paths))
 
     def to_pandas(self) -> pd.DataFrame:
         """Return a table: paths, shadowed, fraction, its error, and each component."""

@@ -15,7 +15,7 @@ from typing import IO, TYPE_CHECKING, Any
 import numpy as np
 import numpy.typing as npt
 
-from ._counts import Counts
+from ._counts import Counts, ratio
 from ._verdict import COMPONENTS, Verdict
 
 if TYPE_CHECKING:
@@ -99,7 +99,7 @@ class ScanResult:
         self, smeared: npt.NDArray[np.uint16] | None, arguments: str
     ) -> npt.NDArray[np.float64]:
         paths, shadowed = np.moveaxis(self._asked(smeared, arguments), -1, 0)
-        return np.divide(shadowed, paths, out=np.full(paths.shape, np.nan), where=paths > 0)
+        return ratio(shadowed, paths)
 
     @staticmethod
     def _asked(values: npt.NDArray[Any] | None, arguments: str) -> npt.NDArray[Any]:
@@ -275,4 +275,8 @@ def progress_bar(wanted: bool, events: int) -> Iterator[Callable[[int], None] | 
         yield None
         return
     with tqdm(total=events, unit=" events") as bar:
-        yield lambda done: bar.update(done - bar.n) and None
+
+        def show(done: int) -> None:
+            bar.update(done - bar.n)
+
+        yield show
