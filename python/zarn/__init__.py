@@ -34,3 +34,7 @@ __all__ = [
     "TableFileError",
     "Verdict",
 ]
+
+# Their names in messages are those that users know.
+for _error in (Error, DBNotFoundError, DBValueError, TableFileError):
+    _error.__module__ = __name__
