@@ -26,18 +26,11 @@ class Counts:
     Every property is an array in the shape of what is counted.
     """
 
-    def __init__(self, numbers: npt.NDArray[np.int64]) -> None:
+    def __init__(self, numbers: npt.NDArray[np.int64], **axes: npt.NDArray[Any]) -> None:
         #: Last index: the number of the verdict.
         self.numbers = numbers
-
-    @classmethod
-    def of_codes(cls, codes: npt.NDArray[np.uint8], axis: int | None = None) -> Counts:
-        """Count codes along an axis, or all of them."""
-        numbers = [np.asarray(np.count_nonzero(codes == code, axis=axis)) for code in Verdict]
-        return cls(np.stack(numbers, axis=-1))
-
-    def __add__(self, other: Counts) -> Counts:
-        return Counts(self.numbers + other.numbers)
+        #: What the other indices are, in order: "event" or "pmt", "tolerance".
+        self.axes = axes
 
     def of(self, verdict: Verdict) -> npt.NDArray[np.int64]:
         """Return the number of pairs with this verdict.
@@ -68,7 +61,10 @@ class Counts:
         return np.sqrt(ratio(p * (1 - p), self.paths))
 
     def to_pandas(self) -> pd.DataFrame:
-        """Return a table: paths, shadowed, fraction, its error, and each component."""
+        """Return a table: paths, shadowed, fraction, its error, and each component.
+
+        Its index names what is counted: event or pmt, and tolerance (mm).
+        """
         import pandas as pd
 
         columns = {
@@ -78,4 +74,16 @@ class Counts:
             "fraction_error": self.fraction_error,
             **{c.label: self.of(c) for c in COMPONENTS},
         }
-        return pd.DataFrame({name: np.atleast_1d(values) for name, values in columns.items()})
+        table = pd.DataFrame({name: values.reshape(-1) for name, values in columns.items()})
+        if len(self.axes) == 1:
+            ((name, values),) = self.axes.items()
+            table.index = pd.Index(values, name=name)
+        elif self.axes:
+            table.index = pd.MultiIndex.from_product(list(self.axes.values()), names=list(self.axes))
+        return table
+
+
+def count_codes(codes: npt.NDArray[np.uint8], axis: int | None = None) -> npt.NDArray[np.int64]:
+    """Count codes along an axis, or all of them; the last index of the result is the code."""
+    numbers = [np.asarray(np.count_nonzero(codes == code, axis=axis)) for code in Verdict]
+    return np.stack(numbers, axis=-1)

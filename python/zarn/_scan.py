@@ -15,7 +15,7 @@ from typing import IO, TYPE_CHECKING, Any
 import numpy as np
 import numpy.typing as npt
 
-from ._counts import Counts, ratio
+from ._counts import Counts, count_codes, ratio
 from ._verdict import COMPONENTS, Verdict
 
 if TYPE_CHECKING:
@@ -56,33 +56,37 @@ class ScanResult:
 
     def counts(self) -> Counts:
         """Count all light paths, direct and reflected."""
-        return self._count(None)
+        return Counts(self._count(None))
 
     def per_event(self) -> Counts:
         """Count the light paths of each event."""
-        return self._count(1)
+        return Counts(self._count(1), event=np.arange(len(self.events)))
 
     def per_pmt(self) -> Counts:
         """Count the light paths to each PMT."""
-        return self._count(0)
+        return Counts(self._count(0), pmt=np.arange(len(self.pmts)))
 
-    def _count(self, axis: int | None) -> Counts:
-        counts = Counts.of_codes(self.codes, axis)
+    def _count(self, axis: int | None) -> npt.NDArray[np.int64]:
+        counts = count_codes(self.codes, axis)
         if self.reflected_codes is not None:
-            counts += Counts.of_codes(self.reflected_codes, axis)
+            counts += count_codes(self.reflected_codes, axis)
         return counts
 
     def at_tolerances(self) -> Counts:
         """Count all light paths at each of the tolerances."""
-        return Counts(self._asked(self.event_counts, "tolerances").sum(axis=0))
+        counts = self.event_counts if self.pmt_counts is None else self.pmt_counts
+        total = self._asked(counts, "tolerances").sum(axis=0)
+        return Counts(total, tolerance=self.tolerances)
 
     def per_event_at_tolerances(self) -> Counts:
         """Count the light paths of each event at each of the tolerances."""
-        return Counts(self._asked(self.event_counts, "tolerances"))
+        counts = self._asked(self.event_counts, "tolerances")
+        return Counts(counts, event=np.arange(len(counts)), tolerance=self.tolerances)
 
     def per_pmt_at_tolerances(self) -> Counts:
         """Count the light paths to each PMT at each of the tolerances."""
-        return Counts(self._asked(self.pmt_counts, "tolerances"))
+        counts = self._asked(self.pmt_counts, "tolerances")
+        return Counts(counts, pmt=np.arange(len(counts)), tolerance=self.tolerances)
 
     @property
     def smeared_fraction(self) -> npt.NDArray[np.float64]:

@@ -100,6 +100,7 @@ def test_counts_are_those_of_the_command(calc, events, pmts, scan_by_command, tm
         most = np.argmax([counts.of(c) for c in zarn.COMPONENTS], axis=0)
         assert all(zarn.COMPONENTS[i].label == row["by"] for i, row in zip(most, rows) if row["by"])
         table = counts.to_pandas()
+        assert table.index.name == file[:-5]
         assert table["shadowed"].tolist() == counts.shadowed.tolist()
         assert table["AVPipe"].tolist() == counts.of(zarn.Verdict.AV_PIPE).tolist()
 
@@ -140,6 +141,12 @@ def test_counts_at_tolerances_are_those_of_the_command(
         rows = rows_of((tmp_path / file).read_text())
         assert np.array_equal(counts.paths.reshape(-1), column(rows, "paths", int))
         assert np.array_equal(counts.shadowed.reshape(-1), column(rows, "shadowed", int))
+        table = counts.to_pandas()
+        assert table.index.names == [file[:-5], "tolerance"]
+        tolerances = table.index.get_level_values("tolerance")
+        assert np.array_equal(tolerances, column(rows, "tolerance"))
+        assert np.array_equal(table["shadowed"], column(rows, "shadowed", int))
+    assert result.at_tolerances().to_pandas().index.tolist() == TOLERANCES
 
 
 def test_what_was_not_asked_for_is_not_there(result):
@@ -216,6 +223,7 @@ def test_chunks_are_the_whole_in_order(calc, events, pmts, monkeypatch, numbers)
             parts = [getattr(chunk, name) for chunk in chunks]
             np.testing.assert_array_equal(np.concatenate(parts), array, err_msg=name, strict=True)
     assert rest.codes.shape == (0, len(pmts))
+    assert np.array_equal(rest.at_tolerances().numbers, whole.at_tolerances().numbers)
 
 
 def test_a_chunk_is_small_also_with_few_pmts_and_many_tolerances(calc, pmts, monkeypatch):
