@@ -26,8 +26,10 @@ function(zarn_add_room name)
     VERSION ${PROJECT_VERSION}
     SOVERSION ${PROJECT_VERSION_MAJOR}.${PROJECT_VERSION_MINOR}
     INSTALL_RPATH "${ZARN_LIBRARY_RPATH}")
-  # A function calls another one of its library directly, as in a static one.
-  target_compile_options(${target} PRIVATE -fno-semantic-interposition)
+  # A function calls another one of its library directly, as in a static one. Messages
+  # name sources without the folder of the build, so that no installed file does.
+  target_compile_options(${target} PRIVATE -fno-semantic-interposition
+    "-fmacro-prefix-map=${PROJECT_SOURCE_DIR}/=")
   target_compile_features(${target} PUBLIC cxx_std_17)
   target_sources(${target} PUBLIC FILE_SET HEADERS
     BASE_DIRS ${PROJECT_SOURCE_DIR}
