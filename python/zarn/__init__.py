@@ -18,6 +18,7 @@ from ._calculator import LIGHT_PATH, Calculator
 from ._core import DBNotFoundError, DBValueError, Error, TableFileError
 from ._counts import Counts
 from ._explanation import Explanation
+from ._path_type import PathType
 from ._scan import ScanResult
 from ._verdict import COMPONENTS, Verdict
 
@@ -30,6 +31,7 @@ __all__ = [
     "DBValueError",
     "Error",
     "Explanation",
+    "PathType",
     "ScanResult",
     "TableFileError",
     "Verdict",

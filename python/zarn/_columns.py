@@ -9,12 +9,13 @@ import numpy as np
 import numpy.typing as npt
 
 from . import _core
+from ._path_type import PathType
 
 #: A table of light paths: a structured array, a mapping of arrays, or a data frame.
 PathTable = Any
 
 _COLUMNS = _core.path_columns()
-_TYPE_NUMBERS = {name: number for number, name in enumerate(_core.path_types())}
+_TYPE_NUMBERS = {kind.label: kind.value for kind in PathType}
 
 
 def _is_table(values: Any) -> bool:
