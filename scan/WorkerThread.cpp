@@ -6,7 +6,7 @@
 namespace ZARN::Scan {
 namespace {
 
-/// Blocks the signals in this thread; threads started meanwhile inherit that.
+/// Blocks the signals in this thread; threads that it starts inherit that.
 class BlockedStopSignals {
  public:
   BlockedStopSignals() {

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstdint>
+#include <thread>
 
 #include "du/Verdict.hpp"
 #include "io/ExplanationText.hpp"
@@ -10,6 +11,7 @@
 #include "python/module/Calculator.hpp"
 #include "python/module/Interruptible.hpp"
 #include "python/module/Paths.hpp"
+#include "python/module/Unlocked.hpp"
 
 namespace ZARN::Python {
 
@@ -17,8 +19,8 @@ namespace nb = nanobind;
 
 namespace {
 
-// Paths that are judged in so short a time that nobody needs to interrupt it,
-// and between two looks at whether to stop.
+// A thread judges so many paths before it looks whether to stop, and fewer
+// without looking: a few milliseconds.
 constexpr std::size_t kPathsAtOnce = 1UL << 16U;
 
 /// Call @p work(first, count) for all paths, a part at a time, without the
@@ -26,7 +28,7 @@ constexpr std::size_t kPathsAtOnce = 1UL << 16U;
 template <class Work>
 void ForParts(std::size_t count, std::size_t most, const Work& work) {
   if (count <= most) {
-    const nb::gil_scoped_release release;
+    const Unlocked unlocked;
     work(0, count);
     return;
   }
@@ -47,9 +49,13 @@ void Check(const Calculator& calculator, const nb::object& types,
     throw nb::value_error("out does not have one element for each path");
   }
   // A component has the number of its verdict.
+  static_assert(sizeof(DU::eShadowingComponent) == sizeof(std::uint8_t));
   auto* const verdicts =
       reinterpret_cast<DU::eShadowingComponent*>(codes.data());
-  ForParts(paths.Count(), kPathsAtOnce * threads,
+  // More threads than cores do not work faster.
+  const std::size_t working =
+      std::clamp<std::size_t>(std::thread::hardware_concurrency(), 1, threads);
+  ForParts(paths.Count(), kPathsAtOnce * working,
            [&](std::size_t first, std::size_t count) {
              calculator.Shadowing().FindShadowing(
                  paths.Arrays().From(first), count, verdicts + first, threads);

@@ -50,10 +50,13 @@ struct Chunk {
   }
 
  private:
+  // A verdict is one element, a count of smeared positions two.
+  static_assert(sizeof(DU::eVerdict) == sizeof(std::uint8_t));
+  static_assert(sizeof(Scan::SmearedCount) == 2 * sizeof(std::uint16_t));
+
   template <class From, class To>
   static void CopyRow(const std::vector<From>& rows, To* array,
                       std::size_t length, std::size_t event, std::size_t to) {
-    static_assert(sizeof(From) % sizeof(To) == 0);
     if (rows.empty()) return;
     std::copy_n(rows.data() + event * length, length,
                 reinterpret_cast<From*>(array) + to * length);

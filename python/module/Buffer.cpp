@@ -8,11 +8,9 @@ namespace ZARN::Python {
 
 namespace nb = nanobind;
 
-Buffer::Buffer(PyObject* array, const std::string& name, char format,
-               eAccess access) {
-  const int flags = PyBUF_STRIDES | PyBUF_FORMAT |
-                    (access == eAccess::kWrite ? PyBUF_WRITABLE : 0);
-  if (PyObject_GetBuffer(array, &view_, flags) != 0) throw nb::python_error();
+Buffer::Buffer(PyObject* array, const std::string& name, char format) {
+  constexpr int kFlags = PyBUF_STRIDES | PyBUF_FORMAT;
+  if (PyObject_GetBuffer(array, &view_, kFlags) != 0) throw nb::python_error();
   // A byte order or alignment may stand before the letter.
   const char* const letters = view_.format == nullptr ? "B" : view_.format;
   const char last = letters[std::strlen(letters) - 1];

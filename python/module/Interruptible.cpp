@@ -5,6 +5,7 @@
 #include <chrono>
 #include <thread>
 
+#include "python/module/Unlocked.hpp"
 #include "scan/WorkerThread.hpp"
 
 namespace ZARN::Python {
@@ -36,7 +37,7 @@ void Interruptible::Run(const std::function<void()>& work,
     changed_.notify_all();
   }
   {
-    const nb::gil_scoped_release release;
+    const Unlocked unlocked;
     worker.join();
   }
   // The work's own exception is then only that it was stopped.
@@ -50,7 +51,7 @@ void Interruptible::Serve(const std::function<void()>& onTick) {
     bool isDone = false;
     const std::function<void()>* call = nullptr;
     {
-      const nb::gil_scoped_release release;
+      const Unlocked unlocked;
       std::unique_lock<std::mutex> lock(guard_);
       changed_.wait_for(lock, kTick,
                         [&] { return isDone_ || call_ != nullptr; });

@@ -12,7 +12,7 @@ namespace ZARN::Python {
 /// Ctrl-C: only Python's main thread can, and the work may be anywhere.
 class Interruptible {
  public:
-  /// Thrown in the work when it is to end.
+  /// Thrown in the work when it must end.
   struct Stopped : std::exception {
     const char* what() const noexcept override { return "stopped"; }
   };
@@ -26,13 +26,13 @@ class Interruptible {
   void Run(const std::function<void()>& work,
            const std::function<void()>& onTick = nullptr);
 
-  /// In the work: throws Stopped if it is to end. Thread-safe.
+  /// In the work: throws Stopped if it must end. Thread-safe.
   void CheckForStop() const {
     if (isStopping_.load(std::memory_order_relaxed)) throw Stopped();
   }
 
-  /// In the work, on its first thread: have @p call done with the interpreter
-  /// lock by the thread that called Run, and wait for it.
+  /// In the work, on its first thread: let the thread that called Run do
+  /// @p call, with the interpreter lock, and wait until it has.
   void DoOnCaller(const std::function<void()>& call);
 
  private:

@@ -1,7 +1,6 @@
 #include "python/module/Messages.hpp"
 
 #include <nanobind/nanobind.h>
-#include <nanobind/stl/string.h>
 
 #include <deque>
 #include <mutex>
@@ -36,6 +35,9 @@ int DeliverPending(void* /*unused*/) {
     DeliverMessages();
   } catch (nb::python_error& error) {
     error.restore();
+    return -1;
+  } catch (const std::exception& error) {  // no memory
+    PyErr_SetString(PyExc_RuntimeError, error.what());
     return -1;
   }
   return 0;
@@ -78,6 +80,11 @@ class MessageBuffer : public std::streambuf {
 
 }  // namespace
 
+nb::str TextOf(const std::string& text) {
+  return nb::steal<nb::str>(PyUnicode_DecodeUTF8(
+      text.data(), static_cast<Py_ssize_t>(text.size()), "backslashreplace"));
+}
+
 void QueueMessages() {
   // Never destroyed: another library's static destructor may still log.
   static auto* const warnings = new std::ostream(new MessageBuffer(kWarning));
@@ -96,7 +103,7 @@ void DeliverMessages() {
   const nb::object logger =
       nb::module_::import_("logging").attr("getLogger")("zarn");
   for (const Message& message : messages) {
-    logger.attr("log")(message.level, "%s", message.text);
+    logger.attr("log")(message.level, "%s", TextOf(message.text));
   }
 }
 

@@ -2,8 +2,11 @@
 #include <nanobind/stl/string.h>
 #include <nanobind/stl/vector.h>
 
+#include <exception>
 #include <string>
 #include <vector>
+
+#include "TSystem.h"
 
 #include "db/DBErrors.hpp"
 #include "db/Fingerprint.hpp"
@@ -12,6 +15,7 @@
 #include "lightpath/LightPathType.hpp"
 #include "python/module/Bindings.hpp"
 #include "python/module/Messages.hpp"
+#include "python/module/Unlocked.hpp"
 
 namespace ZARN::Python {
 namespace {
@@ -42,21 +46,20 @@ void BindCalculator(nb::module_& module) {
   nb::class_<Calculator> calculator(module, "Calculator",
                                     "A detector at one run and tolerance.");
   calculator
-      .def(nb::init<const std::string&, int, double>(), nb::arg("source"),
-           nb::arg("run"), nb::arg("tolerance"),
-           nb::call_guard<nb::gil_scoped_release>())
+      .def(
+          "__init__",
+          [](Calculator* self, const nb::bytes& source, int run,
+             double tolerance) {
+            const std::string path(source.c_str(), source.size());
+            const Unlocked unlocked;
+            new (self) Calculator(path, run, tolerance);
+          },
+          nb::arg("source"), nb::arg("run"), nb::arg("tolerance"))
       .def("with_tolerance", &Calculator::WithTolerance, nb::arg("tolerance"),
-           nb::call_guard<nb::gil_scoped_release>())
+           nb::call_guard<Unlocked>())
       .def_prop_ro(
           "fingerprint",
           [](const Calculator& self) { return Fingerprint(self.Tables()); })
-      .def_prop_ro("radii",
-                   [](const Calculator& self) {
-                     const DU::ShadowingCalculator& s = self.Shadowing();
-                     return nb::make_tuple(s.GetInnerAVRadius(),
-                                           s.GetOuterAVRadius(),
-                                           s.GetAVNeckRadius());
-                   })
       .def(
           "why_off",
           [](const Calculator& self, int component) {
@@ -71,9 +74,25 @@ void BindCalculator(nb::module_& module) {
   BindModels(module, calculator);
 }
 
+/// Makes C++ errors of a class Python exceptions of a new one.
 template <class Error>
 nb::object AddError(nb::module_& module, const char* name, nb::handle base) {
-  return nb::exception<Error>(module, name, base);
+  const std::string fullName =
+      nb::cast<std::string>(module.attr("__name__")) + '.' + name;
+  nb::object type =
+      nb::steal(PyErr_NewException(fullName.c_str(), base.ptr(), nullptr));
+  module.attr(name) = type;
+  nb::register_exception_translator(
+      [](const std::exception_ptr& error, void* asType) {
+        try {
+          std::rethrow_exception(error);
+        } catch (const Error& found) {
+          PyErr_SetObject(static_cast<PyObject*>(asType),
+                          TextOf(found.what()).ptr());
+        }
+      },
+      type.ptr());
+  return type;
 }
 
 void BindErrors(nb::module_& module) {
@@ -93,6 +112,14 @@ void BindNames(nb::module_& module) {
   });
 }
 
+/// Give the process's signals back to whoever had them: ROOT takes them when
+/// its library is loaded. Once ROOT's Python module is imported, they are its.
+void KeepSignals() {
+  const nb::dict modules = nb::module_::import_("sys").attr("modules");
+  if (modules.contains("ROOT") || modules.contains("cppyy")) return;
+  gSystem->ResetSignals();
+}
+
 void BindMessages(nb::module_& module) {
   module.def("deliver_messages", &DeliverMessages);
   QueueMessages();
@@ -109,4 +136,5 @@ NB_MODULE(_core, module) {
   ZARN::Python::BindCalculator(module);
   ZARN::Python::BindNames(module);
   ZARN::Python::BindMessages(module);
+  ZARN::Python::KeepSignals();
 }

@@ -70,11 +70,12 @@ Paths::Paths(const nb::object& types, const nb::list& columns)
     arrays_.*kVectors[vector].*kAxes[axis] = {column.First(), column.Stride()};
   }
   RequireColumns();
-  // A vector without all of its coordinates is one that no type here uses.
+  // What is missing is not used, unless another thread changes the types.
+  static constexpr double kZero = 0.0;
   for (const auto vector : kVectors) {
-    VectorArrays& arrays = arrays_.*vector;
-    if (arrays.x.IsNull() || arrays.y.IsNull() || arrays.z.IsNull()) {
-      arrays = {};
+    for (const auto axis : kAxes) {
+      DU::Column<double>& column = arrays_.*vector.*axis;
+      if (column.IsNull()) column = {&kZero, 0};
     }
   }
 }

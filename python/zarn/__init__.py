@@ -37,6 +37,6 @@ __all__ = [
     "Verdict",
 ]
 
-# Their names in messages are those that users know.
+# Messages name them as users know them.
 for _error in (Error, DBNotFoundError, DBValueError, TableFileError):
     _error.__module__ = __name__

@@ -24,6 +24,7 @@ some = {name: column[:3_000_000] for name, column in many.items()}
 calls = {
     "check": lambda: calc.check(many),
     "check on threads": lambda: calc.check(many, threads=2),
+    "check on very many threads": lambda: calc.check(many, threads=1024),
     "critical tolerance": lambda: calc.critical_tolerance(some),
     "light paths": lambda: calc.light_paths(events[:400], pmts),
     "light paths of one event": lambda: calc.light_paths(events[0], np.tile(pmts, (300, 1))),

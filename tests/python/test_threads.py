@@ -54,7 +54,7 @@ def test_calculators_are_made_by_several_threads_at_once(calc, paths):
 
 
 @pytest.mark.parametrize("work", ["check", "light_paths", "scan", "critical"])
-def test_another_thread_of_python_works_meanwhile(calc, pmts, paths, work):
+def test_another_thread_of_python_works_at_the_same_time(calc, pmts, paths, work):
     many = {n: np.broadcast_to(paths[n][0, 0, 0], 2_000_000) for n in paths.dtype.names[:25]}
     some = {name: column[:100_000] for name, column in many.items()}
     events = np.random.default_rng(2).uniform(-3000, 3000, (2000, 3))
