@@ -5,9 +5,10 @@ from __future__ import annotations
 import copy
 import dataclasses
 import math
+import numbers
 import operator
 import os
-from collections.abc import Callable, Sequence
+from collections.abc import Callable
 from typing import Any
 
 import numpy as np
@@ -41,8 +42,11 @@ def _threads(threads: int | None) -> int:
 
 
 def _number(value: float, name: str, least: float = -math.inf) -> float:
+    if not isinstance(value, numbers.Real):
+        raise TypeError(f"{name}: expected a number, got {type(value).__name__}")
     if not (math.isfinite(value) and value >= least):
-        raise ValueError(f"{name}: expected a finite number, got {value}")
+        limit = "" if least == -math.inf else f" of at least {least:g}"
+        raise ValueError(f"{name}: expected a finite number{limit}, got {value}")
     return float(value)
 
 
@@ -87,11 +91,14 @@ class Calculator:
     def __init__(
         self, source: str | os.PathLike[str], run: int = 0, tolerance: float = 150.0
     ) -> None:
-        self._source = os.fspath(source)
+        self._source = os.fsdecode(source)
+        self._place = os.path.abspath(self._source)
         self._run = _whole(run, "run", -(2**31), 2**31 - 1)
         self._tolerance = _number(tolerance, "tolerance")
         try:
-            self._core = _core.Calculator(self._source, self._run, self._tolerance)
+            self._core = _core.Calculator(
+                os.fsencode(self._source), self._run, self._tolerance
+            )
         finally:
             _core.deliver_messages()
         self._fingerprint: str = self._core.fingerprint
@@ -167,7 +174,13 @@ class Calculator:
         return other
 
     def __reduce__(self) -> tuple[Any, ...]:
-        return (_restore, (self._source, self._run, self._tolerance, self._fingerprint))
+        return (_restore, (self._place, self._run, self._tolerance, self._fingerprint))
+
+    def __copy__(self) -> Calculator:
+        return self  # it never changes
+
+    def __deepcopy__(self, memo: dict[int, Any]) -> Calculator:
+        return self
 
     def __repr__(self) -> str:
         on = ", ".join(c.label for c in self.components) or "none"
@@ -209,13 +222,15 @@ class Calculator:
         columns = PathColumns(paths)
         if out is None:
             out = np.empty(columns.shape, np.uint8)
-        elif not isinstance(out, np.ndarray) or out.dtype != np.uint8:
-            kind = out.dtype if isinstance(out, np.ndarray) else type(out).__name__
+        elif type(out) is not np.ndarray or out.dtype != np.uint8:
+            kind = out.dtype if type(out) is np.ndarray else type(out).__name__
             raise TypeError(f"out: expected an array of uint8, got {kind}")
         elif out.shape != columns.shape:
             raise ValueError(f"out: expected the shape {columns.shape}, got {out.shape}")
         elif not out.flags.c_contiguous or not out.flags.writeable:
             raise ValueError("out: expected a dense array that can be written")
+        elif any(np.may_share_memory(out, array) for array in columns.arrays()):
+            raise ValueError("out: expected an array apart from the columns")
         self._core.check(columns.types, columns.vectors, out.reshape(-1), _threads(threads))
         return out
 
@@ -267,7 +282,7 @@ class Calculator:
         ends = np.concatenate([positions(event, "event"), positions(pmt, "pmt")])
         if len(ends) != 2:
             raise ValueError("explain: expected one event and one pmt")
-        return Explanation(*self._core.explain_pair(ends, float(wavelength), reflection))
+        return Explanation(*self._core.explain_pair(ends, float(wavelength), bool(reflection)))
 
     def light_paths(
         self,
@@ -295,7 +310,7 @@ class Calculator:
         paths = np.empty(shape, LIGHT_PATH)
         try:
             self._core.light_paths(
-                of_events, of_pmts, float(wavelength), reflections,
+                of_events, of_pmts, float(wavelength), bool(reflections),
                 paths.reshape(-1).view(np.uint8),
             )
         finally:
@@ -312,7 +327,7 @@ class Calculator:
         smear: float | None = None,
         samples: int = 100,
         seed: int = 1,
-        tolerances: Sequence[float] = (),
+        tolerances: npt.ArrayLike = (),
         threads: int | None = None,
         progress: bool = False,
         on_chunk: Callable[[ScanResult], None] | None = None,
@@ -335,12 +350,13 @@ class Calculator:
                 scan's own result then has no events; its pmt_counts are of all.
 
         Returns:
-            The verdicts and, as asked for, counts.
+            The verdicts, and the counts at the tolerances.
         """
-        of_events, of_pmts = positions(events, "events"), positions(pmts, "pmts")
+        # Copies, because the result keeps them.
+        of_events, of_pmts = positions(events, "events").copy(), positions(pmts, "pmts").copy()
         if smear is not None:
             smear = _number(smear, "smear", least=0)
-        at = np.asarray(tolerances, dtype=np.float64)
+        at = np.array(tolerances, dtype=np.float64)
         if at.ndim != 1 or not np.isfinite(at).all():
             raise ValueError("tolerances: expected finite numbers in one dimension")
 
@@ -376,7 +392,12 @@ class Calculator:
                 name: None if array is None else array[:count] for name, array in arrays.items()
             }
             return ScanResult(
-                of_events[first : first + count], of_pmts, **some, tolerances=at, origin=origin
+                of_events[first : first + count],
+                of_pmts,
+                **some,
+                tolerances=at,
+                first_event=first,
+                origin=origin,
             )
 
         def deliver(first: int, count: int) -> None:

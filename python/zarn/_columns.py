@@ -58,7 +58,7 @@ def _values(column: Any) -> npt.NDArray[Any]:
         if hasattr(column, "dictionary_decode"):
             column = column.dictionary_decode()
         return np.asarray(column.to_numpy(zero_copy_only=False))
-    # In a pandas type of its own a missing value is not a NaN, but becomes one.
+    # In pandas' own types a missing value is not NaN, but becomes NaN.
     if hasattr(column, "isna") and not isinstance(column.dtype, np.dtype):
         if column.isna().any():
             raise ValueError("values are missing")
@@ -70,6 +70,8 @@ def _values(column: Any) -> npt.NDArray[Any]:
 
 def _array(column: Any, name: str) -> npt.NDArray[Any]:
     """The values of a column as a one-dimensional array, without a copy if possible."""
+    if hasattr(column, "columns"):  # pandas, of a name that is there twice
+        raise ValueError(f"{name} is the name of {len(column.columns)} columns")
     try:
         array = _values(column)
     except ValueError as error:  # also of lists that are not equally long
@@ -102,6 +104,10 @@ class PathColumns:
     types: npt.NDArray[np.int32]
     vectors: list[npt.NDArray[np.float64] | None]
     shape: tuple[int, ...]
+
+    def arrays(self) -> list[npt.NDArray[Any]]:
+        """All arrays that there are."""
+        return [self.types, *(array for array in self.vectors if array is not None)]
 
     def __init__(self, paths: PathTable) -> None:
         types = _field(paths, "type")

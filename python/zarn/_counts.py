@@ -14,7 +14,7 @@ if TYPE_CHECKING:
 
 
 def ratio(some: npt.NDArray[Any], of: npt.NDArray[Any]) -> npt.NDArray[np.float64]:
-    """The ratio of numbers; NaN where they are of none."""
+    """The ratio of numbers; NaN where the second is zero."""
     found = np.full(of.shape, np.nan)
     np.divide(some, of, out=found, where=of > 0)
     return found

@@ -6,7 +6,7 @@ import contextlib
 import html
 import json
 import os
-import tempfile
+import secrets
 from collections.abc import Callable, Iterator
 from dataclasses import dataclass, field
 from pathlib import Path
@@ -49,6 +49,8 @@ class ScanResult:
     """Counts by event, tolerance and number of the verdict, of all light paths."""
     pmt_counts: npt.NDArray[np.int64] | None = None
     """The same by PMT, of all events of the scan."""
+    first_event: int = 0
+    """Number of events before these: not 0 for a chunk of a scan."""
     origin: dict[str, Any] = field(default_factory=dict)
     """Tables with their fingerprint, run, tolerance, wavelength: what made this."""
 
@@ -60,11 +62,14 @@ class ScanResult:
 
     def per_event(self) -> Counts:
         """Count the light paths of each event."""
-        return Counts(self._count(1), event=np.arange(len(self.events)))
+        return Counts(self._count(1), event=self._event_numbers())
 
     def per_pmt(self) -> Counts:
         """Count the light paths to each PMT."""
         return Counts(self._count(0), pmt=np.arange(len(self.pmts)))
+
+    def _event_numbers(self) -> npt.NDArray[np.int64]:
+        return np.arange(self.first_event, self.first_event + len(self.events))
 
     def _count(self, axis: int | None) -> npt.NDArray[np.int64]:
         counts = count_codes(self.codes, axis)
@@ -81,7 +86,7 @@ class ScanResult:
     def per_event_at_tolerances(self) -> Counts:
         """Count the light paths of each event at each of the tolerances."""
         counts = self._asked(self.event_counts, "tolerances")
-        return Counts(counts, event=np.arange(len(counts)), tolerance=self.tolerances)
+        return Counts(counts, event=self._event_numbers(), tolerance=self.tolerances)
 
     def per_pmt_at_tolerances(self) -> Counts:
         """Count the light paths to each PMT at each of the tolerances."""
@@ -115,7 +120,7 @@ class ScanResult:
 
     def to_pandas(self) -> pd.DataFrame:
         """Return a table with a row for each pair: event and pmt (their numbers), code
-        and verdict, and what else was asked for."""
+        and verdict, and those of reflections and of smearing."""
         import pandas as pd
 
         table = pd.DataFrame(self._columns())
@@ -153,7 +158,7 @@ class ScanResult:
     def _columns(self) -> dict[str, npt.NDArray[Any]]:
         events, pmts = self.codes.shape
         columns: dict[str, npt.NDArray[Any]] = {
-            "event": np.repeat(np.arange(events), pmts),
+            "event": np.repeat(self._event_numbers(), pmts),
             "pmt": np.tile(np.arange(pmts), events),
             "code": self.codes.reshape(-1),
         }
@@ -175,7 +180,12 @@ class ScanResult:
         arrays = {name: getattr(self, name) for name in _ARRAYS}
         present = {name: array for name, array in arrays.items() if array is not None}
         with _replacing(path) as file:
-            np.savez_compressed(file, origin=np.array(json.dumps(self.origin)), **present)
+            np.savez_compressed(
+                file,
+                first_event=np.array(self.first_event),
+                origin=np.array(json.dumps(self.origin)),
+                **present,
+            )
 
     @classmethod
     def load(cls, path: str | os.PathLike[str]) -> ScanResult:
@@ -188,7 +198,11 @@ class ScanResult:
             try:
                 with np.load(file, allow_pickle=False) as arrays:
                     some = {n: arrays[n] for n in arrays.files if n in _ARRAYS}
-                    result = cls(**some, origin=json.loads(str(arrays["origin"])))
+                    result = cls(
+                        **some,
+                        first_event=int(arrays["first_event"]),
+                        origin=json.loads(str(arrays["origin"])),
+                    )
                 result._require_shapes()
             except Exception as error:  # NumPy raises many kinds
                 raise ValueError(f"{os.fspath(path)}: not a saved scan: {error}") from error
@@ -244,27 +258,25 @@ class ScanResult:
         )
 
 
-_ARRAYS = tuple(name for name in ScanResult.__dataclass_fields__ if name != "origin")
+_ARRAYS = tuple(
+    name for name in ScanResult.__dataclass_fields__ if name not in ("first_event", "origin")
+)
 
 
 @contextlib.contextmanager
 def _replacing(path: str | os.PathLike[str]) -> Iterator[IO[bytes]]:
     """Open a temporary file that replaces the target if all went well."""
     target = Path(path)
-    descriptor, temporary = tempfile.mkstemp(prefix=f".{target.name}.", dir=target.parent)
-    try:
-        with os.fdopen(descriptor, "wb") as file:
+    temporary = target.with_name(f".{target.name}.{secrets.token_hex(8)}")
+    with open(temporary, "xb") as file:
+        try:
             yield file
             file.flush()
             os.fsync(file.fileno())
-        umask = os.umask(0)
-        os.umask(umask)
-        os.chmod(temporary, 0o666 & ~umask)
-        os.replace(temporary, target)
-    except BaseException:
-        with contextlib.suppress(FileNotFoundError):
-            os.unlink(temporary)
-        raise
+            os.replace(temporary, target)
+        except BaseException:
+            temporary.unlink()
+            raise
 
 
 @contextlib.contextmanager

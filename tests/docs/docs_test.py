@@ -228,7 +228,7 @@ class Documents(unittest.TestCase):
             with self.subTest(page=page), tempfile.TemporaryDirectory() as folder:
                 if subprocess.run([os.environ["ZARN_PYTHON"], "-c", f"import {needs}"],
                                   capture_output=True).returncode != 0:
-                    self.skipTest(f"{page} needs {needs}: script/setup --python")
+                    self.skipTest(f"{page} needs {needs}: script/setup --test")
                 done = subprocess.run(
                     [os.environ["ZARN_PYTHON"], "-c", RUN_BLOCKS], cwd=with_data(folder),
                     input=json.dumps([block for block, _ in shown]), capture_output=True,

@@ -31,7 +31,7 @@ def counts(*arguments):
 SOURCE_SCAN = ("--events", DATA / "source-scan.csv")
 
 
-@unittest.skipIf(MISSING, f"{', '.join(MISSING)} not installed: script/setup --python")
+@unittest.skipIf(MISSING, f"{', '.join(MISSING)} not installed: script/setup --test")
 class Examples(unittest.TestCase):
     def run_example(self, name):
         """What an example prints, and its pictures by name."""
@@ -149,7 +149,7 @@ class Examples(unittest.TestCase):
 
     def test_the_types_are_right(self):
         if importlib.util.find_spec("mypy") is None:
-            self.skipTest("mypy not installed: script/setup --python")
+            self.skipTest("mypy not installed: script/setup --test")
         with tempfile.TemporaryDirectory() as folder:
             settings = pathlib.Path(folder) / "mypy.ini"
             settings.write_text("[mypy]\nstrict = True\n"

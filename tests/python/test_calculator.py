@@ -1,8 +1,10 @@
 """Calculators: made from tables, copied, pickled, shown."""
 
 import concurrent.futures
+import copy
 import json
 import multiprocessing
+import os
 import pickle
 import shutil
 
@@ -157,6 +159,18 @@ def test_a_pickle_without_its_tables_is_refused(tables):
         pickle.loads(pickle_of_old)
 
 
+def test_a_pickle_works_in_another_folder(tables, monkeypatch, tmp_path):
+    monkeypatch.chdir(tables.parent)
+    pickled = pickle.dumps(zarn.Calculator(tables.name))
+    monkeypatch.chdir(REFERENCE)
+    assert pickle.loads(pickled).source == str(tables)
+
+
+def test_a_copy_is_the_calculator_itself(calc):
+    assert copy.copy(calc) is calc
+    assert copy.deepcopy([calc])[0] is calc
+
+
 # ---- shown
 
 
@@ -196,6 +210,20 @@ def test_a_table_that_is_no_json_is_a_table_file_error(tables):
     (tables / "vessel.json").write_text("[")
     with pytest.raises(zarn.TableFileError, match="vessel.json"):
         zarn.Calculator(tables)
+
+
+def test_errors_with_bytes_that_are_no_utf_8_keep_their_class(tables):
+    (tables / "vessel.json").write_bytes(b'[{"table": "SOLID \xb0"')
+    with pytest.raises(zarn.TableFileError, match="vessel.json"):
+        zarn.Calculator(tables)
+
+
+def test_a_path_can_have_any_bytes(tables, paths, calc):
+    place = tables.with_name(os.fsdecode(b"tables \xff"))
+    tables.rename(place)
+    for source in (place, os.fsencode(place)):
+        moved = zarn.Calculator(source)
+        assert np.array_equal(moved.check(paths), calc.check(paths))
 
 
 def test_a_missing_radius_is_not_found(tables):

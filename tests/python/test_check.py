@@ -177,6 +177,14 @@ def test_out_that_is_not_dense_or_not_writeable_is_refused(calc, columns):
             calc.check(some, out=out)
 
 
+def test_out_with_a_mask_or_in_the_memory_of_a_column_is_refused(calc, columns):
+    some = {name: values[:10].copy() for name, values in columns.items()}
+    with pytest.raises(TypeError, match="^out: expected an array of uint8, got MaskedArray"):
+        calc.check(some, out=np.ma.zeros(10, np.uint8))
+    with pytest.raises(ValueError, match="^out: expected an array apart from the columns"):
+        calc.check(some, out=some["end_x"].view(np.uint8)[:10])
+
+
 def test_out_is_not_touched_if_the_paths_are_refused(calc, columns):
     out = np.full(10, 99, np.uint8)
     some = {name: values[:10] for name, values in columns.items()}

@@ -1,5 +1,6 @@
 """What a scan's result can be turned into: tables, files, and text."""
 
+import dataclasses
 import json
 import pickle
 
@@ -75,6 +76,11 @@ def test_what_is_saved_is_loaded(which, request, tmp_path):
     result.save(tmp_path / "scan.npz")
     assert_same(zarn.ScanResult.load(tmp_path / "scan.npz"), result)
     assert [f.name for f in tmp_path.iterdir()] == ["scan.npz"]
+
+
+def test_the_number_of_the_first_event_is_saved(plain, tmp_path):
+    dataclasses.replace(plain, first_event=7).save(tmp_path / "scan.npz")
+    assert zarn.ScanResult.load(tmp_path / "scan.npz").first_event == 7
 
 
 def test_a_result_can_be_pickled(full):

@@ -226,6 +226,33 @@ def test_chunks_are_the_whole_in_order(calc, events, pmts, monkeypatch, numbers)
     assert np.array_equal(rest.at_tolerances().numbers, whole.at_tolerances().numbers)
 
 
+def test_chunks_number_their_events_as_the_whole(calc, events, pmts, monkeypatch):
+    chunks = []
+    monkeypatch.setattr(_calculator, "_NUMBERS_IN_CHUNK", 1000)
+    calc.scan(events, pmts, on_chunk=chunks.append, tolerances=[10.0])
+    numbers = list(range(len(events)))
+    for table in (lambda chunk: chunk.per_event().to_pandas().index.tolist(),
+                  lambda chunk: chunk.to_pandas()["event"].unique().tolist(),
+                  lambda chunk: chunk.per_event_at_tolerances().to_pandas()
+                  .index.get_level_values("event").tolist()):
+        assert sum(map(table, chunks), []) == numbers
+
+
+def test_a_result_keeps_its_positions(calc, events, pmts):
+    mine, tolerances = np.array(events), np.array([10.0])
+    result = calc.scan(mine, pmts, tolerances=tolerances)
+    mine[:], tolerances[:] = 0, 0
+    np.testing.assert_array_equal(result.events, events)
+    assert result.tolerances.tolist() == [10.0]
+
+
+def test_a_flag_can_be_any_truth_value(calc, events, pmts):
+    few = pmts[:3]
+    assert calc.light_paths(events[0], few, reflections=np.True_).shape == (1, 3, 2)
+    assert str(calc.explain(event=events[0], pmt=few[0], reflection=1)) == str(
+        calc.explain(event=events[0], pmt=few[0], reflection=True))
+
+
 def test_a_chunk_is_small_also_with_few_pmts_and_many_tolerances(calc, pmts, monkeypatch):
     monkeypatch.setattr(_calculator, "_NUMBERS_IN_CHUNK", 7000)
     sizes = []

@@ -159,6 +159,13 @@ def test_missing_names_are_refused(calc, columns):
             calc.check(table)
 
 
+def test_a_name_of_two_columns_is_refused(calc, columns):
+    table = pd.DataFrame(columns)
+    table.insert(0, "start_x", 0.0, allow_duplicates=True)
+    with pytest.raises(ValueError, match="^start_x is the name of 2 columns"):
+        calc.check(table)
+
+
 def test_lists_that_are_not_equally_long_are_refused(calc, columns):
     columns["start_y"] = [[1.0, 2.0]] + [[3.0]] * 19
     for table in (columns, ak.Array(columns)):
