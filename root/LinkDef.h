@@ -18,6 +18,10 @@
 #pragma link C++ class ZARN::DB-;
 #pragma link C++ class ZARN::TableSet-;
 #pragma link C++ class ZARN::TableEntry-;
+#pragma link C++ class ZARN::DBLink-;
+#pragma link C++ class ZARN::DBNotFoundError-;
+#pragma link C++ class ZARN::DBValueError-;
+#pragma link C++ class ZARN::TableFileError-;
 #pragma link C++ struct ZARN::RunRange-;
 
 // Light paths
@@ -32,6 +36,7 @@
 #pragma link C++ class ZARN::DU::Column<double>-;
 #pragma link C++ class ZARN::DU::Column<int>-;
 #pragma link C++ class ZARN::DU::LightPathCalculator-;
+#pragma link C++ class ZARN::DU::OpticalMedium-;
 #pragma link C++ class ZARN::DU::PMTArray-;
 #pragma link C++ class std::vector<ZARN::DU::LightPath>+;
 
@@ -67,5 +72,8 @@
 #pragma link C++ struct ZARN::Scan::RowScan::Settings-;
 #pragma link C++ class ZARN::Scan::VerdictCounts-;
 #pragma link C++ struct ZARN::Scan::SmearedCount-;
+#pragma link C++ class ZARN::Scan::PMTCounts-;
+#pragma link C++ class ZARN::Scan::ToleranceCounts-;
+#pragma link C++ struct ZARN::Scan::ToleranceCounts::Settings-;
 
 #endif
