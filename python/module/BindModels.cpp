@@ -45,6 +45,18 @@ void AddList(nb::class_<Model>& model, const char* name, List Model::*list,
       description);
 }
 
+/// A property that is a model; it keeps its calculator alive.
+template <class Model>
+void AddModel(nb::class_<Calculator>& calculator, const char* name,
+              const Model& (DU::ShadowingCalculator::*get)() const) {
+  calculator.def_prop_ro(
+      name,
+      [get](const Calculator& self) -> const Model& {
+        return (self.Shadowing().*get)();
+      },
+      nb::rv_policy::reference_internal);
+}
+
 }  // namespace
 
 void BindModels(nb::module_& module, nb::class_<Calculator>& calculator) {
@@ -105,44 +117,13 @@ void BindModels(nb::module_& module, nb::class_<Calculator>& calculator) {
   boss.def_ro("angle", &NeckBossModel::NeckBossAngle,
               "Polar angle of the cap's edge, rad.");
 
-  // A model lives in its calculator, which it keeps alive.
-  calculator
-      .def_prop_ro(
-          "hold_down_ropes",
-          [](const Calculator& self) -> const AVHDRopeModel& {
-            return self.Shadowing().GetAVHDRopes();
-          },
-          nb::rv_policy::reference_internal)
-      .def_prop_ro(
-          "support_ropes",
-          [](const Calculator& self) -> const SupportRopeModel& {
-            return self.Shadowing().GetSupportRopes();
-          },
-          nb::rv_policy::reference_internal)
-      .def_prop_ro(
-          "belly_plates",
-          [](const Calculator& self) -> const BellyPlateModel& {
-            return self.Shadowing().GetBellyPlates();
-          },
-          nb::rv_policy::reference_internal)
-      .def_prop_ro(
-          "ncd_anchors",
-          [](const Calculator& self) -> const NCDAnchorModel& {
-            return self.Shadowing().GetNCDAnchors();
-          },
-          nb::rv_policy::reference_internal)
-      .def_prop_ro(
-          "av_pipes",
-          [](const Calculator& self) -> const AVPipeModel& {
-            return self.Shadowing().GetAVPipes();
-          },
-          nb::rv_policy::reference_internal)
-      .def_prop_ro(
-          "neck_boss",
-          [](const Calculator& self) -> const NeckBossModel& {
-            return self.Shadowing().GetNeckBoss();
-          },
-          nb::rv_policy::reference_internal);
+  using DU::ShadowingCalculator;
+  AddModel(calculator, "hold_down_ropes", &ShadowingCalculator::GetAVHDRopes);
+  AddModel(calculator, "support_ropes", &ShadowingCalculator::GetSupportRopes);
+  AddModel(calculator, "belly_plates", &ShadowingCalculator::GetBellyPlates);
+  AddModel(calculator, "ncd_anchors", &ShadowingCalculator::GetNCDAnchors);
+  AddModel(calculator, "av_pipes", &ShadowingCalculator::GetAVPipes);
+  AddModel(calculator, "neck_boss", &ShadowingCalculator::GetNeckBoss);
 }
 
 }  // namespace ZARN::Python
