@@ -6,31 +6,15 @@
 #include "db/DB.hpp"
 #include "db/ReadField.hpp"
 #include "lightpath/LightPathType.hpp"
+#include "tests/support/PathVectors.hpp"
 
 namespace ZARN::Benchmarks {
 namespace {
 
 using DU::LightPath;
 using DU::LightPathArrays;
-using DU::VectorArrays;
 
 constexpr std::size_t kCacheLine = 64;
-
-/// Where a record and the columns hold the same vector.
-struct Member {
-  TVector3 LightPath::*record;
-  VectorArrays LightPathArrays::*columns;
-};
-
-constexpr std::array kMembers = {
-    Member{&LightPath::FinalDirection, &LightPathArrays::FinalDirection},
-    Member{&LightPath::InitialDirection, &LightPathArrays::InitialDirection},
-    Member{&LightPath::StartPos, &LightPathArrays::StartPos},
-    Member{&LightPath::EndPos, &LightPathArrays::EndPos},
-    Member{&LightPath::AVPoint1, &LightPathArrays::AVPoint1},
-    Member{&LightPath::AVPoint2, &LightPathArrays::AVPoint2},
-    Member{&LightPath::AVPoint3, &LightPathArrays::AVPoint3},
-    Member{&LightPath::AVPoint4, &LightPathArrays::AVPoint4}};
 
 /// How many stretches of @p stretch paths have one that reads the member.
 std::size_t StretchesThatRead(TVector3 LightPath::*member,
@@ -57,8 +41,8 @@ std::size_t StretchesThatRead(TVector3 LightPath::*member,
 double ColumnBytesRead(const std::vector<LightPath>& paths) {
   constexpr std::size_t kNumbersInLine = kCacheLine / sizeof(double);
   std::size_t lines = 0;
-  for (const Member& member : kMembers) {
-    lines += 3 * StretchesThatRead(member.record, paths, kNumbersInLine);
+  for (const Testing::PathVector& vector : Testing::kPathVectors) {
+    lines += 3 * StretchesThatRead(vector.inRecord, paths, kNumbersInLine);
   }
   return static_cast<double>(sizeof(int)) +
          static_cast<double>(lines * kCacheLine) /
@@ -99,19 +83,20 @@ PathSet::PathSet(std::vector<LightPath> paths) : records_(std::move(paths)) {
   for (const LightPath& path : records_) types_.push_back(path.LightPathType);
   columns_.LightPathType = types_.data();
 
-  numbers_.reserve(3 * kMembers.size());  // columns_ points into it
-  for (const Member& member : kMembers) {
-    if (StretchesThatRead(member.record, records_, Size()) == 0) continue;
+  // columns_ points into it.
+  numbers_.reserve(3 * Testing::kPathVectors.size());
+  for (const Testing::PathVector& vector : Testing::kPathVectors) {
+    if (StretchesThatRead(vector.inRecord, records_, Size()) == 0) continue;
     const auto columnOf = [&](auto coordinate) {
       std::vector<double> numbers;
       numbers.reserve(Size());
       for (const LightPath& path : records_) {
-        numbers.push_back((path.*member.record.*coordinate)());
+        numbers.push_back((path.*vector.inRecord.*coordinate)());
       }
       numbers_.push_back(std::move(numbers));
       return numbers_.back().data();
     };
-    VectorArrays& arrays = columns_.*member.columns;
+    DU::VectorArrays& arrays = columns_.*vector.inColumns;
     arrays.x = columnOf(&TVector3::X);
     arrays.y = columnOf(&TVector3::Y);
     arrays.z = columnOf(&TVector3::Z);

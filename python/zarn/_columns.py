@@ -105,10 +105,6 @@ class PathColumns:
     vectors: list[npt.NDArray[np.float64] | None]
     shape: tuple[int, ...]
 
-    def arrays(self) -> list[npt.NDArray[Any]]:
-        """All arrays that there are."""
-        return [self.types, *(array for array in self.vectors if array is not None)]
-
     def __init__(self, paths: PathTable) -> None:
         types = _field(paths, "type")
         if types is None:
@@ -126,6 +122,10 @@ class PathColumns:
             self.vectors.append(array)
         is_array = isinstance(paths, np.ndarray)
         self.shape = paths.shape if is_array else self.types.shape
+
+    def arrays(self) -> list[npt.NDArray[Any]]:
+        """All arrays that there are."""
+        return [self.types, *(array for array in self.vectors if array is not None)]
 
 
 def positions(values: Any, name: str) -> npt.NDArray[np.float64]:

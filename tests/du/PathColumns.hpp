@@ -7,23 +7,9 @@
 
 #include "lightpath/LightPath.hpp"
 #include "lightpath/LightPathArrays.hpp"
+#include "tests/support/PathVectors.hpp"
 
 namespace ZARN::Testing {
-
-struct PathVector {
-  TVector3 DU::LightPath::*inRecord;
-  DU::VectorArrays DU::LightPathArrays::*inColumns;
-};
-inline constexpr std::array<PathVector, 8> kPathVectors = {{
-    {&DU::LightPath::FinalDirection, &DU::LightPathArrays::FinalDirection},
-    {&DU::LightPath::InitialDirection, &DU::LightPathArrays::InitialDirection},
-    {&DU::LightPath::StartPos, &DU::LightPathArrays::StartPos},
-    {&DU::LightPath::EndPos, &DU::LightPathArrays::EndPos},
-    {&DU::LightPath::AVPoint1, &DU::LightPathArrays::AVPoint1},
-    {&DU::LightPath::AVPoint2, &DU::LightPathArrays::AVPoint2},
-    {&DU::LightPath::AVPoint3, &DU::LightPathArrays::AVPoint3},
-    {&DU::LightPath::AVPoint4, &DU::LightPathArrays::AVPoint4},
-}};
 
 /// Paths as columns; owns the data that their arrays point to.
 class PathColumns {

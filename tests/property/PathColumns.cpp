@@ -2,27 +2,9 @@
 
 #include <algorithm>
 
+#include "tests/support/PathVectors.hpp"
+
 namespace ZARN::Testing {
-
-namespace {
-
-struct Vector {
-  TVector3 DU::LightPath::*ofRecord;
-  DU::VectorArrays DU::LightPathArrays::*ofArrays;
-};
-
-constexpr std::array<Vector, 8> kVectors = {{
-    {&DU::LightPath::FinalDirection, &DU::LightPathArrays::FinalDirection},
-    {&DU::LightPath::InitialDirection, &DU::LightPathArrays::InitialDirection},
-    {&DU::LightPath::StartPos, &DU::LightPathArrays::StartPos},
-    {&DU::LightPath::EndPos, &DU::LightPathArrays::EndPos},
-    {&DU::LightPath::AVPoint1, &DU::LightPathArrays::AVPoint1},
-    {&DU::LightPath::AVPoint2, &DU::LightPathArrays::AVPoint2},
-    {&DU::LightPath::AVPoint3, &DU::LightPathArrays::AVPoint3},
-    {&DU::LightPath::AVPoint4, &DU::LightPathArrays::AVPoint4},
-}};
-
-}  // namespace
 
 bool UsesVector(DU::eLightPathType type, TVector3 DU::LightPath::*vector) {
   const auto isOneOf = [&](auto... used) { return ((vector == used) || ...); };
@@ -60,8 +42,8 @@ PathColumns::PathColumns(const std::vector<DU::LightPath>& paths,
     types_.push_back(static_cast<int>(path.LightPathType));
   }
   arrays_.LightPathType = types_.data();
-  for (std::size_t v = 0; v < kVectors.size(); ++v) {
-    const auto vector = kVectors[v].ofRecord;
+  for (std::size_t v = 0; v < kPathVectors.size(); ++v) {
+    const auto vector = kPathVectors[v].inRecord;
     const bool isUsed =
         std::any_of(paths.begin(), paths.end(), [&](const DU::LightPath& path) {
           return UsesVector(path.LightPathType, vector);
@@ -74,9 +56,9 @@ PathColumns::PathColumns(const std::vector<DU::LightPath>& paths,
         column.push_back((path.*vector)(static_cast<int>(i)));
       }
     }
-    arrays_.*kVectors[v].ofArrays = {columns_[3 * v].data(),
-                                     columns_[3 * v + 1].data(),
-                                     columns_[3 * v + 2].data()};
+    arrays_.*kPathVectors[v].inColumns = {columns_[3 * v].data(),
+                                          columns_[3 * v + 1].data(),
+                                          columns_[3 * v + 2].data()};
   }
 }
 
