@@ -16,6 +16,7 @@
 #include "tests/lightpath/Vessels.hpp"
 #include "tests/property/Random.hpp"
 #include "tests/reference/PlainLightTracer.hpp"
+#include "tests/support/Repetitions.hpp"
 
 namespace ZARN::Testing {
 namespace {
@@ -343,7 +344,7 @@ TEST_F(DegenerateLightPaths, AtCriticalAnglesHaveNoFlaw) {
     SCOPED_TRACE(vessel.Name);
     const DU::ConcentricMedia& media = vessel.Media;
     LightPathCalculator calculator = CalculatorFor(media);
-    for (int i = 0; i < 60; ++i) {
+    for (int i = 0; i < Repetitions(60, 6); ++i) {
       const double radius = media.OuterRadius * random.Uniform(0.01, 1.5);
       const double pmtRadius = media.OuterRadius * random.Uniform(1.0, 2.0);
       const LaunchScan scan(media, radius, pmtRadius, 500);

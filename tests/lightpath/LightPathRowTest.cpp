@@ -13,6 +13,7 @@
 #include "tests/lightpath/RowColumns.hpp"
 #include "tests/lightpath/Vessels.hpp"
 #include "tests/property/Random.hpp"
+#include "tests/support/Repetitions.hpp"
 
 namespace ZARN::Testing {
 namespace {
@@ -22,6 +23,9 @@ constexpr double kPromise = DU::PathBatch::kPromise;
 bool AreSame(double a, double b) {
   return a == b || (std::isnan(a) && std::isnan(b));
 }
+
+/// Number of PMTs of a long row.
+constexpr int kPMTs = Repetitions(500, 50);
 
 /// Rows of one vessel, compared with the same paths one by one.
 class RowComparison {
@@ -131,9 +135,9 @@ TEST_P(LightPathRows, AreWithinTheirBoundsOfSinglePaths) {
       const double at = outer * random.Uniform(1.001, 2.0);
       comparison.Compare(eventPos,
                          PMTs(eventPos, at, at * (1 + 1e-7), 40, random));
-      comparison.Compare(eventPos, PMTs(eventPos, at, 1.3 * at, 500, random));
+      comparison.Compare(eventPos, PMTs(eventPos, at, 1.3 * at, kPMTs, random));
       comparison.Compare(eventPos,
-                         PMTs(eventPos, 0.9 * outer, 3 * outer, 500, random));
+                         PMTs(eventPos, 0.9 * outer, 3 * outer, kPMTs, random));
     }
     paths += comparison.paths;
     fast += comparison.fast;
@@ -155,7 +159,7 @@ TEST_P(LightPathRows, AreWithinTheirBoundsInRandomMedia) {
     const double at = media.OuterRadius * random.Uniform(1.0001, 2.0);
     comparison.Compare(eventPos,
                        PMTs(eventPos, at, at * (1 + 1e-7), 60, random));
-    comparison.Compare(eventPos, PMTs(eventPos, at, 1.1 * at, 500, random));
+    comparison.Compare(eventPos, PMTs(eventPos, at, 1.1 * at, kPMTs, random));
     paths += comparison.paths;
     fast += comparison.fast;
   }

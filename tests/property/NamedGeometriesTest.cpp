@@ -7,6 +7,7 @@
 #include "tests/property/CalculatorPair.hpp"
 #include "tests/property/PathSearch.hpp"
 #include "tests/property/Random.hpp"
+#include "tests/support/Repetitions.hpp"
 #include "tests/support/Tables.hpp"
 
 // Geometries that random ones do not reach. Each comment names the mistake that
@@ -92,7 +93,7 @@ TEST(NamedGeometries, HundredsOfRopesAreJudgedAsByThePlainCalculator) {
           EXPECT_TRUE(same) << Describe(path) << "\n" << pair.Difference();
           return same ? std::optional(pair.Outcome()) : std::nullopt;
         });
-    search.Run(400);
+    search.Run(Repetitions(400, 40));
     EXPECT_TRUE(pair.CheckBatches()) << pair.Difference();
   }
 }

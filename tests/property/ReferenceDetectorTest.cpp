@@ -11,12 +11,13 @@
 #include "tests/property/PathSearch.hpp"
 #include "tests/property/Paths.hpp"
 #include "tests/property/Random.hpp"
+#include "tests/support/Repetitions.hpp"
 
 namespace ZARN::Testing {
 namespace {
 
 constexpr std::size_t kRows = 6000;
-constexpr std::size_t kPathsPerTolerance = 4000;
+constexpr std::size_t kPathsPerTolerance = Repetitions(4000, 400);
 
 TEST(ReferenceDetector, IsJudgedAsByThePlainCalculatorWithAnyTolerance) {
   DB::Get().Clear();

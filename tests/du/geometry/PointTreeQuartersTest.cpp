@@ -11,6 +11,7 @@
 #include "du/geometry/StretchLists.hpp"
 #include "tests/du/Answers.hpp"
 #include "tests/property/Random.hpp"
+#include "tests/support/Repetitions.hpp"
 
 // What a tree of points says of the quarters of a box.
 
@@ -105,7 +106,7 @@ TEST(PointTreeOnQuarters, SaysNothingWrongOfAnyPlaceInAQuarter) {
     for (int i = 0; i < 200; ++i) points.emplace_back(6000.0, 0, 5.0 * i);
     const PointTree tree(points, reach);
     AnswerTally tally;
-    for (int i = 0; i < 1500; ++i) {
+    for (int i = 0; i < Testing::Repetitions(1500, 150); ++i) {
       const double size = reach * std::pow(10, random.Uniform(-4, 0));
       const double margin = size * std::pow(10, random.Uniform(-6, -0.5));
       const TVector3& point = random.Pick(points);
