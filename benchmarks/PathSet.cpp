@@ -12,7 +12,6 @@ namespace ZARN::Benchmarks {
 namespace {
 
 using DU::LightPath;
-using DU::LightPathArrays;
 
 constexpr std::size_t kCacheLine = 64;
 

@@ -45,6 +45,7 @@ void ShadowingCalculator::FindVerdicts(const LightPathCalculator& light,
            static_cast<BatchVerdict>(eVerdict::kNoReflectedPath), nullptr});
     }
   } else {
+    // NOLINTNEXTLINE(*.EnumCastOutOfRange): a number that no verdict has
     constexpr auto kOpen = static_cast<eVerdict>(kOpenVerdict);
     std::fill_n(rows.direct, count, kOpen);
     if (rows.reflected != nullptr) std::fill_n(rows.reflected, count, kOpen);

@@ -42,20 +42,20 @@ void CountsFile::WriteLine(const std::string& cell, std::uint64_t paths,
   std::string line = cell + ",";
   if (counts_ == eCounts::kAtTolerances) {
     AppendNumber(line, tolerance);
-    line += ",";
+    line += ',';
   }
   line += std::to_string(paths) + "," + std::to_string(shadowed) + ",";
   if (paths > 0) {
     AppendNumber(line,
                  static_cast<double>(shadowed) / static_cast<double>(paths));
   }
-  line += ",";
+  line += ',';
   line += DU::NameOf(by);
   if (counts_ == eCounts::kSmeared) {
-    line += ",";
+    line += ',';
     if (smearedFraction.has_value()) AppendNumber(line, *smearedFraction);
   }
-  line += "\n";
+  line += '\n';
   csv_->Write(line);
 }
 

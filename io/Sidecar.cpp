@@ -12,7 +12,7 @@ std::optional<std::string> SidecarName(
   const std::string path = output.value_or("-");
   if (path.empty() || path == "-" || IsRootFileName(path)) return std::nullopt;
   if (!CanReplace(path)) return std::nullopt;
-  const std::string name = path + ".json";
+  std::string name = path + ".json";
   const std::filesystem::path file = std::filesystem::path(name).filename();
   if (file.native().size() > kMaxNameLength) return std::nullopt;
   return name;

@@ -76,7 +76,7 @@ void ToleranceTable::Write(double tolerance, const std::string& component,
   line += "," + component + "," + std::to_string(paths) + "," +
           std::to_string(shadowed) + ",";
   if (paths > 0) AppendNumber(line, fraction);
-  line += ",";
+  line += ',';
   if (paths > 0) AppendNumber(line, error);
   csv_->Write(line + "\n");
 }

@@ -3,6 +3,7 @@
 #include <cmath>
 #include <sstream>
 #include <stdexcept>
+#include <utility>
 
 #include "db/DB.hpp"
 #include "db/DBErrors.hpp"
@@ -51,7 +52,7 @@ void LightPathCalculator::BeginOfRun(const TableSet& tables) {
   }
   media_.InnerRadius = innerRadius;
   media_.OuterRadius = outerRadius;
-  dispersions_ = media;
+  dispersions_ = std::move(media);
   isWarned_ = {};
   LookUpIndices();
 }

@@ -10,6 +10,7 @@ namespace {
 /// dictionary alone would do so only when a class is named, so not for a
 /// function or an enumerator. It could also hold only the paths of the build,
 /// but an installed library may be moved.
+// NOLINTNEXTLINE(misc-static-initialization-cycle): only its address is used
 [[maybe_unused]] const bool kAreHeadersRead = [] {
   Dl_info library;
   if (dladdr(&kAreHeadersRead, &library) == 0) return false;

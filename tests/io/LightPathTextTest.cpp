@@ -39,7 +39,7 @@ TEST_F(LightPathTextTest, IsReadBackAsTheSamePath) {
   for (int type = DU::kInnerAVToWater; type < DU::kNumberOfLightPathTypes;
        ++type) {
     AppendLightPath(text, Path(static_cast<DU::eLightPathType>(type)));
-    text += "\n";
+    text += '\n';
   }
   Put("paths.csv", text);
   InputFile input("paths.csv");

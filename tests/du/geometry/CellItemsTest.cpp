@@ -50,7 +50,7 @@ CellItems Make(const ItemsByCell& byCell, Random& random) {
     ofCells.push_back({cell,
                        {static_cast<std::uint32_t>(stretches.size()),
                         static_cast<std::uint32_t>(items.size())}});
-    for (const std::uint32_t item : items) stretches.push_back({item, 1});
+    for (const std::uint32_t item : items) stretches.emplace_back(item, 1);
   }
   return {kCells, ofCells, stretches};
 }

@@ -27,10 +27,10 @@ constexpr std::uint32_t kBlock = PointBlocks::kPoints;
 
 /// The loop over the points of some blocks.
 bool IsAnyNear(const Points& points, double reach, const TVector3& place,
-               std::uint32_t begin, std::uint32_t end) {
-  const auto last = std::min<std::size_t>(end * kBlock, points.size());
-  return std::any_of(points.begin() + begin * kBlock,
-                     points.begin() + static_cast<std::ptrdiff_t>(last),
+               std::ptrdiff_t begin, std::ptrdiff_t end) {
+  const auto last = std::min<std::ptrdiff_t>(
+      end * kBlock, static_cast<std::ptrdiff_t>(points.size()));
+  return std::any_of(points.begin() + begin * kBlock, points.begin() + last,
                      [&](const Point& listed) {
                        return reach > (place - AsTVector3(listed)).Mag();
                      });
