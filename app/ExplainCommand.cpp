@@ -6,12 +6,12 @@
 #include <string>
 
 #include "app/ExplainOptions.hpp"
-#include "app/Usage.hpp"
 #include "du/ShadowingCalculator.hpp"
 #include "io/Errors.hpp"
 #include "io/ExplanationText.hpp"
 #include "io/InputFile.hpp"
 #include "io/LightPathReader.hpp"
+#include "io/NearestName.hpp"
 #include "io/OutputFile.hpp"
 #include "io/PositionReader.hpp"
 #include "io/Quoted.hpp"
@@ -30,7 +30,7 @@ TVector3 FindPosition(const std::string& file, const std::string& kind,
   std::string nearest;
   for (IO::NamedPosition item; reader.Next(item);) {
     if (item.name != name) {
-      nearest = NearestName(name, {nearest, item.name});
+      nearest = IO::NearestName(name, {nearest, item.name});
       continue;
     }
     if (found.has_value()) {
@@ -40,7 +40,7 @@ TVector3 FindPosition(const std::string& file, const std::string& kind,
   }
   if (!found.has_value()) {
     throw IO::BadInput(input.Name() + ": there is no " + kind + " " +
-                       IO::Quoted(name) + Suggest(nearest));
+                       IO::Quoted(name) + IO::Suggest(nearest));
   }
   return *found;
 }

@@ -3,9 +3,9 @@
 #include <utility>
 
 #include "app/Signals.hpp"
-#include "app/Usage.hpp"
 #include "io/Errors.hpp"
 #include "io/IntegerName.hpp"
+#include "io/NearestName.hpp"
 #include "io/Quoted.hpp"
 
 namespace ZARN::App {
@@ -16,7 +16,7 @@ constexpr std::size_t kBatchSize = 64;
 
 std::string DescribeUnknownType(std::string_view name) {
   return IO::Quoted(name) + " is not the name of a path type" +
-         Suggest(NearestName(
+         IO::Suggest(IO::NearestName(
              std::string(name),
              {DU::kLightPathTypeNames.begin(), DU::kLightPathTypeNames.end()}));
 }

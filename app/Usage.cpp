@@ -1,9 +1,9 @@
 #include "app/Usage.hpp"
 
 #include <CLI/CLI.hpp>
-#include <algorithm>
 #include <cstddef>
 
+#include "io/NearestName.hpp"
 #include "io/Quoted.hpp"
 
 namespace ZARN::App {
@@ -47,16 +47,17 @@ std::string DescribeUnknown(const CLI::App& app, const CLI::App& command,
   if (IsOption(argument)) {
     const std::string name = argument.substr(0, argument.find('='));
     return command.get_name() + " has no option " + IO::Quoted(name) +
-           Suggest(NearestName(name, OptionNames(command)));
+           IO::Suggest(IO::NearestName(name, OptionNames(command)));
   }
   if (&command != &app) {
     return "too many arguments for " + command.get_name() + ": " +
            IO::Quoted(argument);
   }
   const std::vector<std::string> names = SubcommandNames(app);
-  const std::string nearest = NearestName(argument, names);
+  const std::string nearest = IO::NearestName(argument, names);
   return "unknown subcommand " + IO::Quoted(argument) +
-         (nearest.empty() ? "; use " + Joined(names, "or") : Suggest(nearest));
+         (nearest.empty() ? "; use " + Joined(names, "or")
+                          : IO::Suggest(nearest));
 }
 
 std::string DescribeMissing(const CLI::App& app, const CLI::App& command) {
@@ -99,28 +100,6 @@ std::string DescribeFlag(const std::vector<std::string>& arguments,
   return error.what();
 }
 
-/// Number of characters changed, missing, added, or swapped with the next.
-std::size_t EditDistance(const std::string& a, const std::string& b) {
-  // Between the first i characters of a and the first k of b.
-  std::vector<std::vector<std::size_t>> distance(
-      a.size() + 1, std::vector<std::size_t>(b.size() + 1));
-  for (std::size_t i = 0; i <= a.size(); ++i) {
-    for (std::size_t k = 0; k <= b.size(); ++k) {
-      std::size_t& least = distance[i][k];
-      if (i == 0 || k == 0) {
-        least = i + k;
-        continue;
-      }
-      least = std::min({distance[i - 1][k] + 1, distance[i][k - 1] + 1,
-                        distance[i - 1][k - 1] + (a[i - 1] != b[k - 1])});
-      const bool isSwapped =
-          i > 1 && k > 1 && a[i - 1] == b[k - 2] && a[i - 2] == b[k - 1];
-      if (isSwapped) least = std::min(least, distance[i - 2][k - 2] + 1);
-    }
-  }
-  return distance.back().back();
-}
-
 }  // namespace
 
 std::string DescribeBadUsage(const CLI::App& app, const CLI::ParseError& error,
@@ -144,23 +123,6 @@ std::string HintAtHelp(const CLI::App& app) {
          (&command == &app ? "" : command.get_name() + " ") + "--help.";
 }
 
-std::string NearestName(const std::string& name,
-                        const std::vector<std::string>& names) {
-  std::string nearest;
-  std::size_t least = name.size() / 3 + 1;
-  for (const std::string& candidate : names) {
-    // A distance is at least the difference of the lengths; its table for a
-    // very long name would be large.
-    if (name.size() >= candidate.size() + least) continue;
-    const std::size_t distance = EditDistance(name, candidate);
-    if (distance < least) {
-      least = distance;
-      nearest = candidate;
-    }
-  }
-  return nearest;
-}
-
 std::string Joined(const std::vector<std::string>& names,
                    const std::string& last) {
   std::string text;
@@ -169,10 +131,6 @@ std::string Joined(const std::vector<std::string>& names,
     text += names[i];
   }
   return text;
-}
-
-std::string Suggest(const std::string& nearest) {
-  return nearest.empty() ? "" : "; did you mean " + nearest + "?";
 }
 
 }  // namespace ZARN::App

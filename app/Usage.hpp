@@ -28,17 +28,8 @@ std::string DescribeBadUsage(const CLI::App& app, const CLI::ParseError& error,
 /// A line that says how to show the help.
 std::string HintAtHelp(const CLI::App& app);
 
-/// The name with the smallest number of changed, missing, added or swapped
-/// characters relative to @p name; empty if more than a third of @p name
-/// differs.
-std::string NearestName(const std::string& name,
-                        const std::vector<std::string>& names);
-
 /// "a, b and c", with @p last as the last word between two names.
 std::string Joined(const std::vector<std::string>& names,
                    const std::string& last);
-
-/// "; did you mean <nearest>?"; empty for an empty name.
-std::string Suggest(const std::string& nearest);
 
 }  // namespace ZARN::App

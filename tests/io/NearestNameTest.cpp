@@ -1,11 +1,11 @@
-#include "app/Usage.hpp"
+#include "io/NearestName.hpp"
 
 #include <gtest/gtest.h>
 
 #include <string>
 #include <vector>
 
-namespace ZARN::App {
+namespace ZARN::IO {
 namespace {
 
 const std::vector<std::string> kNames = {"--run", "--threads", "--tolerance",
@@ -35,4 +35,4 @@ TEST(NearestName, IsEmptyIfNoneIsNear) {
 }
 
 }  // namespace
-}  // namespace ZARN::App
+}  // namespace ZARN::IO
