@@ -1,7 +1,6 @@
 #include "app/CheckOptions.hpp"
 
 #include <CLI/CLI.hpp>
-#include <optional>
 #include <vector>
 
 #include "io/DistinctFiles.hpp"
@@ -62,13 +61,12 @@ void AddCheckOptions(CLI::App& command, CheckOptions& options) {
 }
 
 void RequireConsistent(const CheckOptions& options) {
-  // The verdicts may replace PATHS, but the file beside them no input.
-  const std::optional<std::string> sidecar =
-      IO::SidecarName(options.verdicts.output);
-  if (!sidecar.has_value()) return;
   std::vector<std::string> inputs = FilesOf(options.run);
   inputs.push_back(options.paths);
-  IO::RequireDistinctFiles(inputs, {*sidecar});
+  std::vector<std::string> outputs = {options.verdicts.output.value_or("-")};
+  const auto sidecar = IO::SidecarName(options.verdicts.output);
+  if (sidecar.has_value()) outputs.push_back(*sidecar);
+  IO::RequireDistinctFiles(inputs, outputs);
 }
 
 }  // namespace ZARN::App

@@ -8,6 +8,7 @@
 
 #include "io/Errors.hpp"
 #include "io/FileNames.hpp"
+#include "io/RootFile.hpp"
 
 namespace ZARN::IO {
 namespace {
@@ -43,6 +44,18 @@ std::string NamesOf(const std::string& a, const std::string& b) {
   return a == b ? a : a + " (" + b + ")";
 }
 
+/// Two inputs may be different trees of one file.
+void RequireDistinct(const std::string& a, const std::string& b) {
+  if (a == "-" && b == "-") throw BadInput("standard input is used twice");
+  const std::string fileA = FileOfInput(a);
+  const std::string fileB = FileOfInput(b);
+  if (a == "-" || b == "-" || !AreSame(fileA, fileB)) return;
+  const std::string treeA = a.substr(fileA.size());
+  const std::string treeB = b.substr(fileB.size());
+  if (!treeA.empty() && !treeB.empty() && treeA != treeB) return;
+  throw BadInput(NamesOf(a, b) + ": is used for two inputs");
+}
+
 }  // namespace
 
 void RequireDistinctFiles(const std::vector<std::string>& inputFiles,
@@ -50,11 +63,7 @@ void RequireDistinctFiles(const std::vector<std::string>& inputFiles,
   const auto inputs = WithDashFor(STDIN_FILENO, inputFiles);
   const auto outputs = WithDashFor(STDOUT_FILENO, outputFiles);
   for (std::size_t i = 0; i < inputs.size(); ++i) {
-    for (std::size_t k = 0; k < i; ++k) {
-      if (inputs[i] == "-" && inputs[k] == "-") {
-        throw BadInput("standard input is used twice");
-      }
-    }
+    for (std::size_t k = 0; k < i; ++k) RequireDistinct(inputs[k], inputs[i]);
   }
   for (std::size_t i = 0; i < outputs.size(); ++i) {
     const std::string& output = outputs[i];
@@ -63,8 +72,9 @@ void RequireDistinctFiles(const std::vector<std::string>& inputFiles,
       throw BadInput(NamesOf(outputs[k], output) + ": is used for two outputs");
     }
     for (const std::string& input : inputs) {
-      if (output != "-" && AreSame(output, input)) {
-        throw BadInput(NamesOf(output, input) + ": is both read and written");
+      const std::string file = FileOfInput(input);
+      if (output != "-" && AreSame(output, file)) {
+        throw BadInput(NamesOf(output, file) + ": is both read and written");
       }
     }
   }

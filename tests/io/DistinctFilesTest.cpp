@@ -28,7 +28,6 @@ class DistinctFilesTest : public Testing::InFolder {
 TEST_F(DistinctFilesTest, AcceptsDistinctFiles) {
   Put("in.csv", "");
   EXPECT_EQ(ErrorText({"in.csv", "-"}, {"a", "b", "-"}), "");
-  EXPECT_EQ(ErrorText({"in.csv", "in.csv"}, {"a"}), "") << "may be read twice";
   EXPECT_EQ(ErrorText({"/dev/null"}, {"/dev/null", "/dev/null"}), "");
   EXPECT_EQ(ErrorText({"-"}, {"-"}), "");
 }
@@ -61,6 +60,28 @@ TEST_F(DistinctFilesTest, RefusesToReplaceAnInput) {
             "./in.csv (in.csv): is both read and written");
   EXPECT_EQ(ErrorText({"in.csv"}, {"same.csv"}),
             "same.csv (in.csv): is both read and written");
+}
+
+TEST_F(DistinctFilesTest, RefusesTheSameFileForTwoInputs) {
+  Put("in.csv", "");
+  EXPECT_EQ(ErrorText({"in.csv", "in.csv"}, {"a"}),
+            "in.csv: is used for two inputs");
+  std::filesystem::create_symlink("in.csv", "link.csv");
+  EXPECT_EQ(ErrorText({"in.csv", "link.csv"}, {}),
+            "in.csv (link.csv): is used for two inputs");
+  EXPECT_EQ(ErrorText({"/dev/null", "/dev/null"}, {}), "");
+}
+
+TEST_F(DistinctFilesTest, KnowsTheFileOfATree) {
+  Put("in.root", "root");
+  EXPECT_EQ(ErrorText({"in.root:a", "in.root:b"}, {}), "");
+  EXPECT_EQ(ErrorText({"in.root:a", "in.root:a"}, {}),
+            "in.root:a: is used for two inputs");
+  EXPECT_EQ(ErrorText({"in.root", "in.root:a"}, {}),
+            "in.root (in.root:a): is used for two inputs")
+      << "a may be the only tree";
+  EXPECT_EQ(ErrorText({"in.root:a"}, {"./in.root"}),
+            "./in.root (in.root): is both read and written");
 }
 
 TEST_F(DistinctFilesTest, RefusesToReadStandardInputTwice) {
