@@ -17,8 +17,7 @@
 #include "app/ScopedLogOutput.hpp"
 #include "app/Signals.hpp"
 #include "du/ShadowingCalculator.hpp"
-#include "io/InputFile.hpp"
-#include "io/LightPathReader.hpp"
+#include "io/PathSource.hpp"
 #include "io/Quoted.hpp"
 #include "log/Log.hpp"
 
@@ -29,15 +28,15 @@ namespace {
 class CheckResults {
  public:
   CheckResults(const CheckOptions& options, const IO::Origin& origin,
-               const IO::LightPathReader& reader)
-      : reader_(reader), output_(options, origin, reader.NameColumns()) {}
+               const IO::PathSource& source)
+      : source_(source), output_(options, origin, source.NameColumns()) {}
 
   /// Add the verdicts on the next paths. @p calculator judges the paths with
   /// messages, which were left out so far.
   void Take(const PathCheck::CheckedBlock& block,
             DU::ShadowingCalculator& calculator) {
-    output_.BeginBlock(block, reader_.Table());
-    const std::string_view* names = block.names.data();
+    output_.BeginBlock(block, source_);
+    const std::string_view* names = block.paths->names.data();
     auto withMessages = block.withMessages.begin();
     for (std::size_t i = 0; i < block.verdicts.size(); ++i) {
       const bool hasMessages =
@@ -48,7 +47,7 @@ class CheckResults {
       counts_.Add(verdict);
       output_.Write(names, verdict,
                     block.details.empty() ? noDetails_ : block.details[i]);
-      names += reader_.NameColumns().size();
+      names += source_.NameColumns().size();
     }
   }
 
@@ -68,7 +67,7 @@ class CheckResults {
                                       DU::ShadowingCalculator& calculator) {
     ThrowIfInterrupted();
     const DU::eLightPathType type = item.path.LightPathType;
-    if (type == IO::LightPathReader::kUnknownType) {
+    if (type == IO::LightPathBlock::kUnknownType) {
       lightPath_.LightPathTypeNames()[type] = item.typeName;
       if (unknownTypes_ == 0) firstUnknownType_ = item.typeName;
       ++unknownTypes_;
@@ -78,7 +77,7 @@ class CheckResults {
     return calculator.LastVerdict();
   }
 
-  const IO::LightPathReader& reader_;
+  const IO::PathSource& source_;
   CheckOutput output_;
   const IO::PathDetails noDetails_;
   Scan::VerdictCounts counts_;
@@ -89,29 +88,28 @@ class CheckResults {
 
 void Check(const CheckOptions& options) {
   if (options.debug) debug.Switch(otext::eState::kOn);
-  IO::InputFile input(options.paths);
   DU::ShadowingCalculator calculator;
   LoadTables(options.run);
   BeginRun(options.run, calculator);
-  IO::LightPathReader reader(input);
-  IO::CsvTable& table = reader.Table();
+  const std::unique_ptr<IO::PathSource> source =
+      IO::OpenPaths(options.paths, options.names);
 
   const DeferredSignals deferredSignals;
-  CheckResults results(options, OriginOf(options.run, calculator), reader);
+  CheckResults results(options, OriginOf(options.run, calculator), *source);
 
   const auto begin = std::chrono::steady_clock::now();
   {
     ProgressBar progress;
     const ScopedLogOutput logOutput(progress.Messages());
     PathCheck check(
-        calculator, reader,
+        calculator, *source,
         {options.run.threads, options.knownTypes,
          options.verdicts.WritesNTuple(), options.verdicts.PairColumns()});
     while (const PathCheck::CheckedBlock* const block = check.Next()) {
       results.Take(*block, calculator);
-      if (block->error.has_value()) table.Fail(*block->error);
-      table.Count(block->extent);
-      progress.Update(results.Rows(), Share(table.BytesTaken(), input.Size()));
+      if (block->error.has_value()) source->Fail(*block->error);
+      block->paths->Count();
+      progress.Update(results.Rows(), source->Done());
     }
     results.Commit();
   }
@@ -124,7 +122,7 @@ void Check(const CheckOptions& options) {
 
 void AddCheckCommand(CLI::App& app) {
   CLI::App* const command = app.add_subcommand(
-      "check", "Report what blocks each light path of a CSV file");
+      "check", "Report what blocks each light path of a file");
   const auto options = std::make_shared<CheckOptions>();
   AddCheckOptions(*command, *options);
   command->callback([options] {

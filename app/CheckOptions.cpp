@@ -3,6 +3,7 @@
 #include <CLI/CLI.hpp>
 #include <vector>
 
+#include "app/InputColumnsOption.hpp"
 #include "io/DistinctFiles.hpp"
 #include "io/Sidecar.hpp"
 
@@ -10,15 +11,20 @@ namespace ZARN::App {
 namespace {
 
 constexpr const char* kFooter =
-    "PATHS has a header row and these columns, in any order:\n"
-    "  type                 name of the path type, e.g. AV->Water\n"
+    "PATHS has these columns, in any order:\n"
+    "  type                 name of the path type, e.g. AV->Water, or in ROOT "
+    "its\n"
+    "                       number\n"
     "  start_x, _y, _z      start of the path, mm\n"
     "  end_x, _y, _z        its end at the PMT, mm\n"
     "  initial_x, _y, _z    direction of travel at the start\n"
     "  final_x, _y, _z      direction of travel at the end\n"
     "  av1_x ... av4_z      up to four points on the vessel, mm\n"
     "  event, pmt           optional: any names; copied to the output\n"
-    "An empty coordinate is 0. Other columns are ignored.\n\n"
+    "Other columns are ignored; for other names see --input-columns. CSV has "
+    "a\n"
+    "header row, and an empty coordinate is 0. ROOT is a TTree or an RNTuple;\n"
+    "PATHS.root:TREE names one of several.\n\n"
     "The verdicts go to standard output unless -o names a file:\n"
     "  row                  number of the path, from 0\n"
     "  event, pmt           the names, if PATHS has them\n"
@@ -46,10 +52,13 @@ constexpr const char* kFooter =
 
 void AddCheckOptions(CLI::App& command, CheckOptions& options) {
   command
-      .add_option("PATHS", options.paths,
-                  "CSV file of light paths; - reads standard input")
+      .add_option(
+          "PATHS", options.paths,
+          "CSV or ROOT file of light paths; - reads CSV from standard input")
       ->required()
-      ->type_name("CSV");
+      ->type_name("FILE");
+  AddInputColumnsOption(command, options.names, PathColumns(),
+                        "start_x=evt.x,type=kind");
   AddRunOptions(command, options.run);
   AddThreadsOption(command, options.run.threads);
   AddVerdictOptions(command, options.verdicts, IO::GivenPathColumns());

@@ -4,6 +4,7 @@
 
 #include "app/RunOptions.hpp"
 #include "app/VerdictOptions.hpp"
+#include "io/ColumnNames.hpp"
 
 namespace CLI {
 class App;
@@ -14,6 +15,7 @@ namespace ZARN::App {
 /// The options of a check.
 struct CheckOptions {
   std::string paths;
+  IO::ColumnNames names;  // of the columns of paths
   RunOptions run;
   VerdictOptions verdicts;
   bool knownTypes = false;

@@ -30,7 +30,7 @@ CheckOutput::CheckOutput(const CheckOptions& options, const IO::Origin& origin,
 }
 
 void CheckOutput::BeginBlock(const PathCheck::CheckedBlock& block,
-                             const IO::CsvTable& table) {
+                             const IO::PathSource& source) {
   if (!ntuple_.has_value() || block.verdicts.empty()) return;
   if (!ntuple_->HasBegun()) {
     for (const auto& firstText : block.firstTexts) {
@@ -39,8 +39,8 @@ void CheckOutput::BeginBlock(const PathCheck::CheckedBlock& block,
     BeginNTuple(areIntegers_);
   }
   for (std::size_t column = 0; column < nameColumns_.size(); ++column) {
-    const std::optional<IO::CsvError>& firstText = block.firstTexts[column];
-    if (areIntegers_[column] && firstText.has_value()) table.Fail(*firstText);
+    const std::optional<IO::TableError>& firstText = block.firstTexts[column];
+    if (areIntegers_[column] && firstText.has_value()) source.Fail(*firstText);
   }
 }
 

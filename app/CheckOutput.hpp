@@ -9,10 +9,10 @@
 #include "app/CheckOptions.hpp"
 #include "app/PathCheck.hpp"
 #include "du/hardware/ShadowingComponent.hpp"
-#include "io/CsvTable.hpp"
 #include "io/OutputFile.hpp"
 #include "io/PairColumns.hpp"
 #include "io/PathDetails.hpp"
+#include "io/PathSource.hpp"
 #include "io/PathVerdictNTuple.hpp"
 #include "io/Sidecar.hpp"
 
@@ -30,10 +30,10 @@ class CheckOutput {
   /// integers if those of the first block are, and then all others must be,
   /// too.
   ///
-  /// @param table  of the block, for messages
+  /// @param source  of the block, for messages
   /// @throws IO::BadInput naming the row of a name that cannot be stored
   void BeginBlock(const PathCheck::CheckedBlock& block,
-                  const IO::CsvTable& table);
+                  const IO::PathSource& source);
 
   /// Write the verdict on the next path.
   ///

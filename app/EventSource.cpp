@@ -1,13 +1,13 @@
 #include "app/EventSource.hpp"
 
-#include "app/ProgressBar.hpp"
 #include "io/IntegerName.hpp"
 #include "io/Quoted.hpp"
 
 namespace ZARN::App {
 
-EventSource::EventSource(const std::string& path) {
-  reader_.emplace(input_.emplace(path), "event");
+EventSource::EventSource(const std::string& input,
+                         const IO::ColumnNames& names) {
+  reader_.emplace(input, "event", names);
 }
 
 EventSource::EventSource(const TVector3& position) : position_(position) {}
@@ -36,7 +36,7 @@ bool EventSource::Next(std::vector<IO::NamedPosition>& events,
 
 std::optional<double> EventSource::Done() const {
   if (!reader_.has_value()) return 1.0;
-  return Share(reader_->BytesTaken(), input_->Size());
+  return reader_->Done();
 }
 
 }  // namespace ZARN::App

@@ -6,7 +6,6 @@
 #include <vector>
 
 #include "TVector3.h"
-#include "io/InputFile.hpp"
 #include "io/PositionReader.hpp"
 
 namespace ZARN::App {
@@ -14,9 +13,11 @@ namespace ZARN::App {
 /// Reads events in blocks, so that memory does not grow with their number.
 class EventSource {
  public:
-  /// @param path  CSV file of events, as for IO::InputFile
+  /// @param input  as for IO::PositionReader
+  /// @param names  what the columns are called
   /// @throws IO::BadInput if it cannot be read or a column is missing
-  explicit EventSource(const std::string& path);
+  explicit EventSource(const std::string& input,
+                       const IO::ColumnNames& names = {});
 
   /// One event, whose name is 0.
   explicit EventSource(const TVector3& position);
@@ -39,7 +40,6 @@ class EventSource {
   std::optional<double> Done() const;
 
  private:
-  std::optional<IO::InputFile> input_;
   std::optional<IO::PositionReader> reader_;
   std::optional<TVector3> position_;  // of the only event, until it is read
   bool isAtEnd_ = false;

@@ -9,10 +9,9 @@
 #include "du/ShadowingCalculator.hpp"
 #include "io/Errors.hpp"
 #include "io/ExplanationText.hpp"
-#include "io/InputFile.hpp"
-#include "io/LightPathReader.hpp"
 #include "io/NearestName.hpp"
 #include "io/OutputFile.hpp"
+#include "io/PathSource.hpp"
 #include "io/PositionReader.hpp"
 #include "io/Quoted.hpp"
 
@@ -22,10 +21,9 @@ namespace {
 /// The position with this name.
 ///
 /// @param kind  "event" or "pmt"
-TVector3 FindPosition(const std::string& file, const std::string& kind,
-                      const std::string& name) {
-  IO::InputFile input(file);
-  IO::PositionReader reader(input, kind);
+TVector3 FindPosition(const std::string& file, const IO::ColumnNames& names,
+                      const std::string& kind, const std::string& name) {
+  IO::PositionReader reader(file, kind, names);
   std::optional<TVector3> found;
   std::string nearest;
   for (IO::NamedPosition item; reader.Next(item);) {
@@ -39,33 +37,10 @@ TVector3 FindPosition(const std::string& file, const std::string& kind,
     found = item.position;
   }
   if (!found.has_value()) {
-    throw IO::BadInput(input.Name() + ": there is no " + kind + " " +
+    throw IO::BadInput(reader.Name() + ": there is no " + kind + " " +
                        IO::Quoted(name) + IO::Suggest(nearest));
   }
   return *found;
-}
-
-/// A row of a file of light paths; the first is 1.
-DU::LightPath ReadPath(const std::string& file, std::uint64_t number) {
-  IO::InputFile input(file);
-  IO::LightPathReader reader(input);
-  IO::CsvTable& table = reader.Table();
-  std::uint64_t count = 0;
-  for (IO::CsvBlock block; table.NextBlock(block);) {
-    IO::CsvRows rows = table.RowsOf(block);
-    try {
-      for (; count + 1 < number && rows.Next(); ++count) {
-      }
-      DU::LightPath path;
-      if (count + 1 == number && reader.Next(rows, path)) return path;
-    } catch (const IO::CsvError& error) {
-      table.Fail(error);
-    }
-    table.Count(rows.Read());
-  }
-  throw IO::BadInput(input.Name() + ": there is no row " +
-                     std::to_string(number) + "; the number of rows is " +
-                     std::to_string(count));
 }
 
 /// Why there is no path between two positions.
@@ -91,16 +66,18 @@ void Explain(const ExplainOptions& options) {
   light.SetWavelength(options.wavelength);
   if (options.paths.has_value()) {
     BeginRunIfThereAreMedia(options.run, light);
-    light.SetLightPath(ReadPath(*options.paths, *options.row));
+    light.SetLightPath(IO::OpenPaths(*options.paths, options.Names())
+                           ->ReadRow(*options.row - 1));
   } else {
     BeginRun(options.run, light);
     const bool hasNames = options.event.has_value();
-    const TVector3 from =
-        hasNames ? FindPosition(*options.events, "event", *options.event)
-                 : *options.at;
-    const TVector3 to = hasNames
-                            ? FindPosition(*options.pmts, "pmt", *options.pmt)
-                            : *options.to;
+    const TVector3 from = hasNames
+                              ? FindPosition(*options.events, options.Names(),
+                                             "event", *options.event)
+                              : *options.at;
+    const TVector3 to = hasNames ? FindPosition(*options.pmts, options.Names(),
+                                                "pmt", *options.pmt)
+                                 : *options.to;
     if (options.isReflected) {
       light.CalcReflectionByPosition(from, to);
     } else {

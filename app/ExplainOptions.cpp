@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <vector>
 
+#include "app/InputColumnsOption.hpp"
 #include "app/PositionOption.hpp"
 #include "app/Usage.hpp"
 #include "io/DistinctFiles.hpp"
@@ -51,8 +52,8 @@ std::vector<std::string> NamesOf(const std::vector<Given>& way, bool areGiven) {
 void AddWays(CLI::App& command, ExplainOptions& options) {
   command
       .add_option("PATHS", options.paths,
-                  "CSV file of light paths; - reads standard input")
-      ->type_name("CSV");
+                  "CSV or ROOT file of light paths, as for check")
+      ->type_name("FILE");
   command
       .add_option_function<std::string>(
           "--row",
@@ -73,15 +74,23 @@ void AddWays(CLI::App& command, ExplainOptions& options) {
                            const char* description) {
     command.add_option(option, value, description)->type_name(type);
   };
-  addText("--events", options.events, "EVENTS.csv",
-          "CSV file of events; - reads standard input");
+  addText("--events", options.events, "EVENTS",
+          "CSV or ROOT file of events, as for scan");
   addText("--event", options.event, "NAME", "Name of the event");
-  addText("--pmts", options.pmts, "PMTS.csv",
-          "CSV file of PMTs; - reads standard input");
+  addText("--pmts", options.pmts, "PMTS",
+          "CSV or ROOT file of PMTs, as for scan");
   addText("--pmt", options.pmt, "NAME", "Name of the PMT");
+  addText("--input-columns", options.inputColumns, "LIST",
+          "What columns are called in the files, as for check and scan");
 }
 
 }  // namespace
+
+IO::ColumnNames ExplainOptions::Names() const {
+  if (!inputColumns.has_value()) return {};
+  return InputColumnsOf(*inputColumns,
+                        paths.has_value() ? PathColumns() : PositionColumns());
+}
 
 void AddExplainOptions(CLI::App& command, ExplainOptions& options) {
   AddWays(command, options);
@@ -121,6 +130,10 @@ void RequireConsistent(const ExplainOptions& options) {
         "--reflections is for positions; a row of PATHS says itself "
         "whether its light is reflected");
   }
+  if (options.inputColumns.has_value() && options.at.has_value()) {
+    throw BadUsage("--input-columns is for files");
+  }
+  options.Names();
   if (options.events.has_value()) {
     IO::RequireDistinctFiles({*options.events, *options.pmts}, {});
   }

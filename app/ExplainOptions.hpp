@@ -6,6 +6,7 @@
 
 #include "TVector3.h"
 #include "app/RunOptions.hpp"
+#include "io/ColumnNames.hpp"
 #include "lightpath/LightPathCalculator.hpp"
 
 namespace CLI {
@@ -29,9 +30,16 @@ struct ExplainOptions {
   std::optional<std::string> paths;
   std::optional<std::uint64_t> row;  // from 1
 
+  std::optional<std::string> inputColumns;  // names in these files
+
   double wavelength = DU::LightPathCalculator::kDefaultWavelength;  // nm
   bool isReflected = false;
   bool writesJson = false;
+
+  /// What the columns of the files are called.
+  ///
+  /// @throws BadUsage
+  IO::ColumnNames Names() const;
 };
 
 /// Add the options and the help of explain; @p options must outlive the

@@ -2,18 +2,19 @@
 
 #include <cstddef>
 #include <exception>
+#include <memory>
 #include <optional>
 #include <string_view>
 #include <vector>
 
 #include "du/ShadowingCalculator.hpp"
-#include "io/LightPathReader.hpp"
 #include "io/PathDetails.hpp"
+#include "io/PathSource.hpp"
 #include "scan/OrderedWork.hpp"
 
 namespace ZARN::App {
 
-/// Judges the light paths of a table block by block, on several threads.
+/// Judges the light paths of an input block by block, on several threads.
 class PathCheck {
  public:
   /// A path that was not judged here, because its verdict may write messages:
@@ -24,22 +25,19 @@ class PathCheck {
     DU::LightPath path;
   };
 
-  /// The results for a block of rows.
+  /// The results for a block of paths.
   struct CheckedBlock {
-    IO::CsvBlock text;
+    std::unique_ptr<IO::PathBlock> paths;
     /// One for each path in order, up to an error; kNone for paths with
     /// messages.
     std::vector<DU::eShadowingComponent> verdicts;
     std::vector<PathWithMessages> withMessages;
     /// For each path, if any are needed.
     std::vector<IO::PathDetails> details;
-    /// For each path the cells of the reader's NameColumns.
-    std::vector<std::string_view> names;
-    /// For each of these columns the error for the first cell that is not an
+    /// For each column of names the error for the first one that is not an
     /// integer, if integers are wanted.
-    std::vector<std::optional<IO::CsvError>> firstTexts;
-    IO::CsvExtent extent;
-    std::optional<IO::CsvError> error;
+    std::vector<std::optional<IO::TableError>> firstTexts;
+    std::optional<IO::TableError> error;
   };
 
   struct Options {
@@ -50,9 +48,9 @@ class PathCheck {
   };
 
   /// @param calculator  must outlive this; BeginOfRun was called
-  /// @param reader      must outlive this
-  PathCheck(const DU::ShadowingCalculator& calculator,
-            IO::LightPathReader& reader, const Options& options);
+  /// @param source      must outlive this
+  PathCheck(const DU::ShadowingCalculator& calculator, IO::PathSource& source,
+            const Options& options);
 
   /// The results for the next block; null after the last. Valid until the next
   /// call.
@@ -66,22 +64,22 @@ class PathCheck {
 
  private:
   bool MayReadOn() const;
-  bool Read(IO::CsvBlock& block);
-  void FindVerdicts(CheckedBlock& checked,
-                    std::vector<DU::LightPath>& batch) const;
-  void AddDetails(const DU::LightPath& path, DU::eShadowingComponent verdict,
-                  CheckedBlock& checked) const;
-  void TakeNames(const IO::CsvRows& rows, CheckedBlock& checked) const;
+  bool Read(CheckedBlock& block);
+  void FindVerdicts(CheckedBlock& checked) const;
+  std::size_t NumberToJudge(CheckedBlock& checked) const;
+  void FindUsual(std::size_t begin, std::size_t end,
+                 CheckedBlock& checked) const;
+  void FindDetails(std::size_t size, CheckedBlock& checked) const;
+  void FindFirstTexts(std::size_t size, CheckedBlock& checked) const;
 
   const DU::ShadowingCalculator& calculator_;
-  IO::LightPathReader& reader_;
+  IO::PathSource& source_;
   Options options_;
   IO::DetailFinder details_;
   bool isAtEnd_ = false;
   std::exception_ptr failure_;  // why reading stopped
   std::size_t maxBlocks_;       // limit for blocks in work
   CheckedBlock current_;
-  std::vector<std::vector<DU::LightPath>> batches_;  // one for each thread
   Scan::OrderedWork<CheckedBlock> work_;
 };
 

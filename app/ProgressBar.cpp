@@ -83,11 +83,6 @@ void ProgressBar::Draw(std::uint64_t count, std::optional<double> done) {
   isShown_ = true;
 }
 
-std::optional<double> Share(std::uint64_t part, std::uint64_t whole) {
-  if (whole == 0) return std::nullopt;
-  return static_cast<double>(part) / static_cast<double>(whole);
-}
-
 void ProgressBar::Finish() {
   if (!isShown_) return;
   std::cerr << "\r\033[K" << std::flush;

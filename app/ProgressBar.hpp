@@ -46,7 +46,4 @@ class ProgressBar {
   std::unique_ptr<std::ostream> messages_;
 };
 
-/// part / whole; nullopt if the whole is unknown (0).
-std::optional<double> Share(std::uint64_t part, std::uint64_t whole);
-
 }  // namespace ZARN::App

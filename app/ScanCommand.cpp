@@ -102,9 +102,10 @@ void RunScan(const ScanOptions& options) {
   lightPath.SetWavelength(options.wavelength);
   BeginRun(options.run, lightPath);
   const std::vector<IO::NamedPosition> pmts =
-      IO::ReadPositions(options.pmts, "pmt");
-  EventSource events = options.at.has_value() ? EventSource(*options.at)
-                                              : EventSource(*options.events);
+      IO::ReadPositions(options.pmts, "pmt", options.names);
+  EventSource events = options.at.has_value()
+                           ? EventSource(*options.at)
+                           : EventSource(*options.events, options.names);
 
   const DeferredSignals deferredSignals;
   ScanOutputs outputs(options, shadowing, lightPath, pmts);

@@ -4,6 +4,7 @@
 #include <string>
 #include <vector>
 
+#include "app/InputColumnsOption.hpp"
 #include "app/PositionOption.hpp"
 #include "app/TolerancesOption.hpp"
 #include "app/Usage.hpp"
@@ -15,10 +16,14 @@ namespace ZARN::App {
 namespace {
 
 constexpr const char* kInputs =
-    "EVENTS and PMTS have a header row and these columns, in any order:\n"
+    "EVENTS and PMTS have these columns, in any order:\n"
     "  event / pmt          any name; copied to the output\n"
     "  x, y, z              position, mm\n"
-    "Other columns are ignored. The light is refracted at the vessel's\n"
+    "Other columns are ignored; for other names see --input-columns. CSV has "
+    "a\n"
+    "header row. ROOT is a TTree or an RNTuple; EVENTS.root:TREE names one of\n"
+    "several.\n"
+    "The light is refracted at the vessel's\n"
     "surfaces; the refractive indices are read from the entries inner_av,\n"
     "acrylic and water of the table OPTICS.\n\n";
 
@@ -84,16 +89,18 @@ std::string Footer() {
 void AddInputs(CLI::App& command, ScanOptions& options) {
   command
       .add_option("--events", options.events,
-                  "CSV file of events; - reads standard input")
-      ->type_name("EVENTS.csv");
+                  "CSV or ROOT file of events; - reads CSV from standard input")
+      ->type_name("EVENTS");
   AddPositionOption(
       command, "--at", options.at,
       "One event, named 0, at this position in mm, instead of a file");
   command
       .add_option("--pmts", options.pmts,
-                  "CSV file of PMTs; - reads standard input")
+                  "CSV or ROOT file of PMTs; - reads CSV from standard input")
       ->required()
-      ->type_name("PMTS.csv");
+      ->type_name("PMTS");
+  AddInputColumnsOption(command, options.names, PositionColumns(),
+                        "event_x=evt.x,pmt=id");
 }
 
 std::vector<std::string> NamesOfColumns() {
@@ -155,9 +162,8 @@ void RequireNoConflictWithTolerances(const ScanOptions& options) {
 void AddOutputs(CLI::App& command, ScanOptions& options) {
   AddVerdictOptions(command, options.verdicts, NamesOfColumns());
   command
-      .add_option(
-          "--paths", options.paths,
-          "Write every light path to this file; CSV can be read by check")
+      .add_option("--paths", options.paths,
+                  "Write every light path to this file, which check can read")
       ->type_name("PATHS");
   command
       .add_option("--per-pmt", options.perPMT,

@@ -8,6 +8,7 @@
 #include "app/RunOptions.hpp"
 #include "app/VerdictOptions.hpp"
 #include "du/Smearing.hpp"
+#include "io/ColumnNames.hpp"
 #include "io/PairColumns.hpp"
 #include "lightpath/LightPathCalculator.hpp"
 
@@ -23,6 +24,7 @@ struct ScanOptions {
   std::optional<std::string> events;
   std::optional<TVector3> at;  // instead of events
   std::string pmts;
+  IO::ColumnNames names;  // of the columns of events and PMTs
   VerdictOptions verdicts;
   std::optional<std::string> paths;
   std::optional<std::string> perPMT;

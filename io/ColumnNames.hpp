@@ -1,9 +1,8 @@
 #pragma once
 
 #include <map>
-#include <optional>
 #include <string>
-#include <string_view>
+#include <utility>
 #include <vector>
 
 namespace ZARN::IO {
@@ -17,11 +16,9 @@ class ColumnNames {
       : others_(std::move(others)) {}
 
   /// The name in the table of the column with our name.
-  std::string Of(const std::string& ours) const { return Of(ours, ours); }
-  /// The same for a column whose usual name in the table is not ours.
-  std::string Of(const std::string& ours, const std::string& usual) const {
+  std::string Of(const std::string& ours) const {
     const auto found = others_.find(ours);
-    return found == others_.end() ? usual : found->second;
+    return found == others_.end() ? ours : found->second;
   }
 
   /// Whether a column has another name, and so must be in the table.

@@ -3,12 +3,12 @@
 #include <cstddef>
 #include <cstdint>
 #include <optional>
-#include <stdexcept>
 #include <string>
 #include <string_view>
 #include <vector>
 
 #include "io/CsvBlocks.hpp"
+#include "io/TableError.hpp"
 
 namespace ZARN::IO {
 
@@ -24,24 +24,6 @@ struct CsvExtent {
     rows += more.rows;
     return *this;
   }
-};
-
-/// An error in a block, and its place. Lines, rows and columns count from 0;
-/// lines and rows start at the beginning of the block.
-class CsvError : public std::runtime_error {
- public:
-  struct Place {
-    std::uint64_t line;  ///< where the row begins
-    std::uint64_t row;
-    std::size_t column;
-  };
-
-  CsvError(const Place& place, const std::string& reason)
-      : std::runtime_error(reason), place_(place) {}
-  const Place& Where() const { return place_; }
-
- private:
-  Place place_;
 };
 
 /// Reads the rows of a block of CSV (RFC 4180), one after the other.
@@ -62,7 +44,7 @@ class CsvRows {
 
   /// Go to the next row; false after the last.
   ///
-  /// @throws CsvError for bad quoting or a wrong number of cells
+  /// @throws TableError for bad quoting or a wrong number of cells
   bool Next();
 
   /// A cell of the current row; valid for as long as the block.
@@ -80,7 +62,7 @@ class CsvRows {
   std::uint64_t RowLine() const { return rowLine_; }
 
   /// The error for a cell of the current row.
-  CsvError Error(std::size_t column, const std::string& reason) const {
+  TableError Error(std::size_t column, const std::string& reason) const {
     return {{rowLine_, rows_ - 1, column}, reason};
   }
 

@@ -36,7 +36,7 @@ bool CsvTable::ReadHeader(CsvBlock& block) {
   bool isFound = false;
   try {
     isFound = rows.Next();
-  } catch (const CsvError& error) {
+  } catch (const TableError& error) {
     Fail(error);
   }
   headerLine_ = taken_.lines + rows.RowLine();
@@ -61,15 +61,15 @@ std::optional<std::size_t> CsvTable::FindColumn(std::string_view name) const {
 }
 
 std::vector<std::size_t> CsvTable::RequireColumns(
-    const std::vector<std::string>& names) const {
+    const std::vector<std::string>& ours, const ColumnNames& names) const {
   std::vector<std::size_t> columns;
-  std::string missing;
-  for (const std::string& name : names) {
-    const auto column = FindColumn(name);
-    if (!column.has_value()) missing += (missing.empty() ? "" : ", ") + name;
+  std::vector<std::string> missing;
+  for (const std::string& our : ours) {
+    const auto column = FindColumn(names.Of(our));
+    if (!column.has_value()) missing.push_back(names.Of(our));
     columns.push_back(column.value_or(0));
   }
-  if (!missing.empty()) FailHeader("missing columns: " + missing);
+  if (!missing.empty()) FailHeader(names.DescribeMissing(missing, columns_));
   return columns;
 }
 
@@ -81,7 +81,7 @@ bool CsvTable::NextRow() {
       if (!NextBlock(block_)) return false;
       rows_.emplace(RowsOf(block_));
     }
-  } catch (const CsvError& error) {
+  } catch (const TableError& error) {
     Fail(error);
   }
   return true;
@@ -93,8 +93,8 @@ bool CsvTable::NextBlock(CsvBlock& block) {
   return true;
 }
 
-void CsvTable::Fail(const CsvError& error) const {
-  const CsvError::Place& place = error.Where();
+void CsvTable::Fail(const TableError& error) const {
+  const TableError::Place& place = error.Where();
   std::string text =
       name_ + ": line " + std::to_string(taken_.lines + place.line + 1);
   if (columns_.empty()) {

@@ -9,6 +9,7 @@
 #include <string_view>
 #include <vector>
 
+#include "io/ColumnNames.hpp"
 #include "io/CsvBlocks.hpp"
 #include "io/CsvRows.hpp"
 #include "io/InputFile.hpp"
@@ -34,11 +35,12 @@ class CsvTable {
   /// Position of the column with this name; nullopt if there is none.
   std::optional<std::size_t> FindColumn(std::string_view name) const;
 
-  /// Positions of the columns with these names.
+  /// Positions of the columns with our names.
   ///
+  /// @param names  what they are called in the table
   /// @throws BadInput naming all missing columns
-  std::vector<std::size_t> RequireColumns(
-      const std::vector<std::string>& names) const;
+  std::vector<std::size_t> RequireColumns(const std::vector<std::string>& ours,
+                                          const ColumnNames& names = {}) const;
 
   /// Report an error in the header.
   [[noreturn]] void FailHeader(const std::string& reason) const;
@@ -86,7 +88,7 @@ class CsvTable {
   void Count(const CsvExtent& block) { taken_ += block; }
 
   /// Report an error in the first block that is not counted yet.
-  [[noreturn]] void Fail(const CsvError& error) const;
+  [[noreturn]] void Fail(const TableError& error) const;
 
  private:
   bool ReadHeader(CsvBlock& block);

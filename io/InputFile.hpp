@@ -2,6 +2,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <optional>
 #include <string>
 
 namespace ZARN::IO {
@@ -29,8 +30,11 @@ class InputFile {
   /// Whether Read would block waiting for input.
   bool WouldWait() const;
 
-  /// Size of a regular file; 0 if unknown.
-  std::uint64_t Size() const { return size_; }
+  /// What share so many bytes are of a regular file; nullopt for others.
+  std::optional<double> Share(std::uint64_t bytes) const {
+    if (size_ == 0) return std::nullopt;
+    return static_cast<double>(bytes) / static_cast<double>(size_);
+  }
 
  private:
   std::string name_;

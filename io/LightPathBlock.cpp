@@ -4,18 +4,21 @@ namespace ZARN::IO {
 
 void LightPathBlock::Resize(std::size_t size) {
   types.resize(size);
-  unknownTypes.clear();
   for (std::vector<double>& column : coordinates) column.resize(size);
 }
 
-void LightPathBlock::SetType(std::size_t index, std::string_view name) {
+DU::eLightPathType LightPathBlock::TypeOfName(std::string_view name) {
   for (std::size_t type = 0; type < DU::kLightPathTypeNames.size(); ++type) {
     if (name == DU::kLightPathTypeNames[type]) {
-      types[index] = static_cast<int>(type);
-      return;
+      return static_cast<DU::eLightPathType>(type);
     }
   }
-  types[index] = kUnknownType;
+  return kUnknownType;
+}
+
+void LightPathBlock::SetType(std::size_t index, std::string_view name) {
+  types[index] = TypeOfName(name);
+  if (types[index] != kUnknownType) return;
   unknownTypes.push_back({index, std::string(name)});
 }
 

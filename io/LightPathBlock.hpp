@@ -34,9 +34,12 @@ struct LightPathBlock {
   void Resize(std::size_t size);
 
   /// Set the type of a path by its name or its number. Call it in the order of
-  /// the paths.
+  /// the paths, and clear unknownTypes before.
   void SetType(std::size_t index, std::string_view name);
   void SetType(std::size_t index, std::int64_t number);
+
+  /// The type with this name, or kUnknownType.
+  static DU::eLightPathType TypeOfName(std::string_view name);
 
   /// The columns, valid until the next change of the size.
   DU::LightPathArrays Arrays() const;

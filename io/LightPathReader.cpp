@@ -9,15 +9,6 @@
 namespace ZARN::IO {
 namespace {
 
-DU::eLightPathType TypeOfName(std::string_view name) {
-  for (std::size_t type = 0; type < DU::kLightPathTypeNames.size(); ++type) {
-    if (name == DU::kLightPathTypeNames[type]) {
-      return static_cast<DU::eLightPathType>(type);
-    }
-  }
-  return LightPathReader::kUnknownType;
-}
-
 double Coordinate(const CsvRows& rows, std::size_t column) {
   const std::string_view cell = rows.Cell(column);
   if (cell.empty()) return 0.0;
@@ -30,10 +21,12 @@ double Coordinate(const CsvRows& rows, std::size_t column) {
 
 }  // namespace
 
-LightPathReader::LightPathReader(InputFile& input)
-    : table_(input), columns_(table_.RequireColumns(LightPathColumns())) {
+LightPathReader::LightPathReader(InputFile& input, const ColumnNames& names)
+    : table_(input),
+      columns_(table_.RequireColumns(LightPathColumns(), names)) {
   for (const char* const name : {"event", "pmt"}) {
-    const std::optional<std::size_t> place = table_.FindColumn(name);
+    if (names.Has(name)) table_.RequireColumns({name}, names);
+    const std::optional<std::size_t> place = table_.FindColumn(names.Of(name));
     if (!place.has_value()) continue;
     nameColumns_.emplace_back(name);
     namePlaces_.push_back(*place);
@@ -43,7 +36,7 @@ LightPathReader::LightPathReader(InputFile& input)
 bool LightPathReader::Next(CsvRows& rows, DU::LightPath& path) const {
   if (!rows.Next()) return false;
   auto column = columns_.begin();
-  path.LightPathType = TypeOfName(rows.Cell(*column++));
+  path.LightPathType = LightPathBlock::TypeOfName(rows.Cell(*column++));
   for (const LightPathVector& vector : kLightPathVectors) {
     const double x = Coordinate(rows, *column++);
     const double y = Coordinate(rows, *column++);

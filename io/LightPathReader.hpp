@@ -5,8 +5,10 @@
 #include <string_view>
 #include <vector>
 
+#include "io/ColumnNames.hpp"
 #include "io/CsvTable.hpp"
 #include "io/InputFile.hpp"
+#include "io/LightPathBlock.hpp"
 #include "lightpath/LightPath.hpp"
 
 namespace ZARN::IO {
@@ -17,12 +19,12 @@ namespace ZARN::IO {
 class LightPathReader {
  public:
   /// The type of paths whose type name is not one of the eight.
-  static constexpr auto kUnknownType =
-      static_cast<DU::eLightPathType>(DU::kNumberOfLightPathTypes);
+  static constexpr auto kUnknownType = LightPathBlock::kUnknownType;
 
   /// @param input  must outlive the reader
+  /// @param names  what the columns are called
   /// @throws BadInput if a column is missing
-  explicit LightPathReader(InputFile& input);
+  explicit LightPathReader(InputFile& input, const ColumnNames& names = {});
 
   /// The table, whose blocks of rows may be read on several threads.
   CsvTable& Table() { return table_; }
@@ -35,7 +37,7 @@ class LightPathReader {
   /// Read the next row into @p path; false after the last. An empty coordinate
   /// is 0.
   ///
-  /// @throws CsvError
+  /// @throws TableError
   bool Next(CsvRows& rows, DU::LightPath& path) const;
 
   /// The type name in the current row, unchanged.
@@ -43,20 +45,17 @@ class LightPathReader {
     return rows.Cell(columns_[0]);
   }
 
-  /// The error for the type name in the current row.
-  CsvError TypeError(const CsvRows& rows, const std::string& reason) const {
-    return rows.Error(columns_[0], reason);
-  }
-
-  /// The name in the current row, and the error for it.
+  /// The name in the current row.
   ///
   /// @param number  of the column among NameColumns
   std::string_view Name(const CsvRows& rows, std::size_t number) const {
     return rows.Cell(namePlaces_[number]);
   }
-  CsvError NameError(const CsvRows& rows, std::size_t number,
-                     const std::string& reason) const {
-    return rows.Error(namePlaces_[number], reason);
+
+  /// Positions of the columns of the type and of names, for errors.
+  std::size_t TypePlace() const { return columns_[0]; }
+  std::size_t NamePlace(std::size_t number) const {
+    return namePlaces_[number];
   }
 
  private:

@@ -1,10 +1,26 @@
 #include "io/PositionReader.hpp"
 
-#include "io/CsvText.hpp"
-#include "io/Numbers.hpp"
-#include "io/Quoted.hpp"
+#include <map>
+
+#include "io/PositionSource.hpp"
+#include "io/RootFile.hpp"
 
 namespace ZARN::IO {
+namespace {
+
+/// The names for one file: x instead of event_x.
+ColumnNames NamesOfFile(const std::string& nameColumn,
+                        const ColumnNames& names) {
+  std::map<std::string, std::string> others;
+  if (names.Has(nameColumn)) others[nameColumn] = names.Of(nameColumn);
+  for (const char* const axis : {"x", "y", "z"}) {
+    const std::string ours = nameColumn + "_" + axis;
+    if (names.Has(ours)) others[axis] = names.Of(ours);
+  }
+  return ColumnNames(others);
+}
+
+}  // namespace
 
 std::vector<TVector3> PositionsOf(const std::vector<NamedPosition>& items) {
   std::vector<TVector3> positions;
@@ -13,34 +29,28 @@ std::vector<TVector3> PositionsOf(const std::vector<NamedPosition>& items) {
   return positions;
 }
 
-PositionReader::PositionReader(InputFile& input, const std::string& nameColumn)
-    : table_(input) {
-  const auto columns = table_.RequireColumns({nameColumn, "x", "y", "z"});
-  nameColumn_ = columns[0];
-  columns_ = {columns[1], columns[2], columns[3]};
+PositionReader::PositionReader(const std::string& input,
+                               const std::string& nameColumn,
+                               const ColumnNames& names)
+    : source_((IsRootInput(input) ? OpenRootPositions : OpenCsvPositions)(
+          input, nameColumn, NamesOfFile(nameColumn, names))) {}
+
+PositionReader::~PositionReader() = default;
+
+bool PositionReader::Next(NamedPosition& item) { return source_->Next(item); }
+
+void PositionReader::FailName(const std::string& reason) const {
+  source_->FailName(reason);
 }
 
-bool PositionReader::Next(NamedPosition& item) {
-  if (!table_.NextRow()) return false;
-  item.name = table_.Cell(nameColumn_);
-  item.cell = CsvCell(item.name);
-  std::array<double, 3> values = {};
-  for (std::size_t i = 0; i < values.size(); ++i) {
-    const std::string_view cell = table_.Cell(columns_[i]);
-    const NumberOrReason number = ParseNumber(cell);
-    if (number.reason != nullptr) {
-      table_.Fail(columns_[i], Quoted(cell) + " " + number.reason);
-    }
-    values[i] = number.value;
-  }
-  item.position.SetXYZ(values[0], values[1], values[2]);
-  return true;
-}
+std::optional<double> PositionReader::Done() const { return source_->Done(); }
 
-std::vector<NamedPosition> ReadPositions(const std::string& path,
-                                         const std::string& nameColumn) {
-  InputFile input(path);
-  PositionReader reader(input, nameColumn);
+const std::string& PositionReader::Name() const { return source_->Name(); }
+
+std::vector<NamedPosition> ReadPositions(const std::string& input,
+                                         const std::string& nameColumn,
+                                         const ColumnNames& names) {
+  PositionReader reader(input, nameColumn, names);
   std::vector<NamedPosition> items;
   for (NamedPosition item; reader.Next(item);) items.push_back(item);
   return items;

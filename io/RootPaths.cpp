@@ -23,6 +23,8 @@ RootPaths::RootPaths(const std::string& input, const ColumnNames& names)
 
 RootPaths::~RootPaths() = default;
 
+const std::string& RootPaths::Name() const { return table_->Name(); }
+
 std::uint64_t RootPaths::Entries() const { return table_->Entries(); }
 
 const std::vector<std::uint64_t>& RootPaths::ClusterStarts() const {
@@ -31,6 +33,7 @@ const std::vector<std::uint64_t>& RootPaths::ClusterStarts() const {
 
 void RootPaths::Read(std::uint64_t first, std::size_t count, Block& block) {
   block.paths.Resize(count);
+  block.paths.unknownTypes.clear();
   ReadTypes(first, count, block.paths);
   for (std::size_t i = 0; i < block.paths.coordinates.size(); ++i) {
     table_->Read(columns_[i + 1], first, count,

@@ -52,6 +52,9 @@ class RootPaths {
   RootPaths& operator=(const RootPaths&) = delete;
   ~RootPaths();
 
+  /// "paths.root: tree "paths"", for messages.
+  const std::string& Name() const;
+
   std::uint64_t Entries() const;
 
   /// The first entry of each cluster. A cluster is read fastest by one object.

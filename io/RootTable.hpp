@@ -20,6 +20,7 @@ class RootTable {
   /// @throws BadInput
   explicit RootTable(const std::string& input);
 
+  const std::string& Name() const { return file_.Name(); }
   std::uint64_t Entries() const { return columns_->Entries(); }
   const std::vector<std::uint64_t>& ClusterStarts() const {
     return columns_->ClusterStarts();

@@ -287,7 +287,7 @@ TEST_F(CsvTableTest, ReturnsBlocksThatCanBeReadIndependently) {
       while (read.Next()) {
         rows.push_back({std::string(read.Cell(0)), std::string(read.Cell(1))});
       }
-    } catch (const CsvError& error) {
+    } catch (const TableError& error) {
       EXPECT_EQ(error.Where().line, 0U)
           << "counted from the start of its block";
       EXPECT_EQ(error.Where().row, 0U);

@@ -16,11 +16,10 @@ class PositionReaderTest : public Testing::InFolder {
  protected:
   static std::vector<NamedPosition> Read(const std::string& text) {
     Put("pmts.csv", text);
-    InputFile input("pmts.csv");
-    PositionReader reader(input, "pmt");
+    PositionReader reader("pmts.csv", "pmt");
     std::vector<NamedPosition> items;
     for (NamedPosition item; reader.Next(item);) items.push_back(item);
-    EXPECT_EQ(reader.BytesTaken(), text.size());
+    EXPECT_EQ(reader.Done(), 1.0);
     return items;
   }
 
