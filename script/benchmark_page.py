@@ -73,7 +73,7 @@ class Page:
     def text(self):
         parts = [self.summary(), self.conditions(), self.layers(), self.single_calls(),
                  self.batches(), self.rows(), self.memory(), self.hit_shares(), self.sizes(), self.peers(),
-                 self.set_up(), self.csv(), self.python()]
+                 self.set_up(), self.csv(), self.root(), self.python()]
         return "\n\n".join(parts) + "\n"
 
     def summary(self):
@@ -391,6 +391,24 @@ into memory and converts the text of every number to a double (`std::from_chars`
 
 {table(["", "million rows/s", "ns per row", "floor, ns per row", "ratio to floor",
         "start-up, ms"], rows)}"""
+
+    def root(self):
+        rows = [[name, number(self.ns(f"root/read/{file}")), number(self.ns(f"root/check/{file}")),
+                 self.times(f"root/check/{file}", f"root/read/{file}")]
+                for file, name in (("tree-doubles", "TTree of doubles (zlib)"),
+                                   ("tree-floats", "TTree of floats (zlib)"),
+                                   ("ntuple-doubles", "RNTuple of doubles (zstd)"),
+                                   ("ntuple-floats", "RNTuple of floats (zstd)"))]
+        return f"""## ROOT files
+
+`check` on {self.paths("root/check/tree-doubles")} paths in ROOT files, 25 columns each, beside only reading these columns
+in bulk, basket by basket or page by page; processor time of the process on one thread,
+ns per path. `check` also judges the paths and writes CSV.
+
+{table(["", "reading", "check", "ratio"], rows)}
+
+Doubles should take at most 1.5 times as long as reading alone. Floats have half the bytes
+to read, but judging and writing take as long."""
 
     def python(self):
         rows = [[name, number(self.ns(f"python/{work}/library")),
