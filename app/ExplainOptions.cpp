@@ -81,7 +81,7 @@ void AddWays(CLI::App& command, ExplainOptions& options) {
           "CSV or ROOT file of PMTs, as for scan");
   addText("--pmt", options.pmt, "NAME", "Name of the PMT");
   addText("--input-columns", options.inputColumns, "LIST",
-          "What columns are called in the files, as for check and scan");
+          "Names of columns in the files, as for check or scan");
 }
 
 }  // namespace

@@ -19,13 +19,14 @@ constexpr const char* kInputs =
     "EVENTS and PMTS have these columns, in any order:\n"
     "  event / pmt          any name; copied to the output\n"
     "  x, y, z              position, mm\n"
-    "Other columns are ignored; for other names see --input-columns. CSV has "
-    "a\n"
-    "header row. ROOT is a TTree or an RNTuple; EVENTS.root:TREE names one of\n"
+    "Other columns are ignored. --input-columns gives other names of event,\n"
+    "event_x, event_y, event_z, pmt, pmt_x, pmt_y and pmt_z. CSV has a header\n"
+    "row. ROOT is a TTree or an RNTuple; EVENTS.root:TREE names one of "
     "several.\n"
-    "The light is refracted at the vessel's\n"
-    "surfaces; the refractive indices are read from the entries inner_av,\n"
-    "acrylic and water of the table OPTICS.\n\n";
+    "The light is refracted at the vessel's surfaces; the refractive indices "
+    "are\n"
+    "read from the entries inner_av, acrylic and water of the table "
+    "OPTICS.\n\n";
 
 constexpr const char* kVerdicts =
     "The verdicts go to standard output unless -o names a file or only counts\n"
