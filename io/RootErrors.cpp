@@ -2,6 +2,7 @@
 
 #include <TError.h>
 
+#include <atomic>
 #include <mutex>
 
 #include "io/Quoted.hpp"
@@ -14,7 +15,7 @@ thread_local RootErrors* current = nullptr;
 // ROOT has one handler for all threads. It is replaced while any object exists.
 std::mutex guard;
 std::size_t objects = 0;
-ErrorHandlerFunc_t usual = nullptr;
+std::atomic<ErrorHandlerFunc_t> usual = nullptr;
 
 }  // namespace
 
@@ -33,7 +34,7 @@ RootErrors::~RootErrors() {
 void RootErrors::Keep(int level, bool abort, const char* place,
                       const char* text) {
   if (current == nullptr || level >= kFatal) {
-    usual(level, abort, place, text);
+    usual.load()(level, abort, place, text);
   } else if (level >= kError && current->first_.empty()) {
     current->first_ = Printable(text);
   }

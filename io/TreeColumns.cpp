@@ -155,13 +155,17 @@ class TreeColumn {
 
   template <class Value>
   void Read(std::uint64_t first, std::size_t count, Value* values) {
+    const RootErrors errors;
     if (!isInBulk_) {
-      for (std::size_t i = 0; i < count; ++i) ReadOne(first + i, values[i]);
+      for (std::size_t i = 0; i < count; ++i) {
+        Load(first + i, errors);
+        Get(first + i, values[i]);
+      }
       return;
     }
     const std::uint64_t stop = first + count;
     while (first < stop) {
-      ReadBasketOf(first);
+      ReadBasketOf(first, errors);
       const auto size = static_cast<std::size_t>(std::min(stop, end_) - first);
       UseNumber(type_, [&](auto number) {
         Convert<decltype(number)>(first, size, values);
@@ -174,8 +178,9 @@ class TreeColumn {
   void Read(std::uint64_t first, std::size_t count, std::string* values) {
     // Another column may have read the same branch meanwhile.
     if (text_ != nullptr) branch_->SetAddress(target_.get());
+    const RootErrors errors;
     for (std::size_t i = 0; i < count; ++i) {
-      Load(first + i);
+      Load(first + i, errors);
       values[i] = text_ != nullptr
                       ? *text_
                       : static_cast<const char*>(leaf_->GetValuePointer());
@@ -184,7 +189,7 @@ class TreeColumn {
 
  private:
   /// Bring the basket with an entry into the buffer.
-  void ReadBasketOf(std::uint64_t entry) {
+  void ReadBasketOf(std::uint64_t entry, const RootErrors& errors) {
     if (begin_ <= entry && entry < end_) return;
     // ROOT reads whole baskets.
     const Long64_t* const starts = branch_->GetBasketEntry();
@@ -193,7 +198,6 @@ class TreeColumn {
                          static_cast<Long64_t>(entry));
     const Long64_t begin = next == starts ? 0 : next[-1];
     begin_ = end_ = 0;
-    const RootErrors errors;
     const Int_t count =
         branch_->GetBulkRead().GetEntriesSerialized(begin, buffer_);
     if (count <= 0 || begin + count <= static_cast<Long64_t>(entry)) {
@@ -211,6 +215,8 @@ class TreeColumn {
     for (std::size_t i = 0; i < count; ++i) {
       const auto stored = FromBigEndian<Stored>(at + i * sizeof(Stored));
       CheckRange<Value>(first + i, stored);
+      // A signed char is a number here, not a character.
+      // NOLINTNEXTLINE(bugprone-signed-char-misuse)
       values[i] = static_cast<Value>(stored);
     }
   }
@@ -225,20 +231,18 @@ class TreeColumn {
     }
   }
 
-  void Load(std::uint64_t entry) {
-    const RootErrors errors;
+  void Load(std::uint64_t entry, const RootErrors& errors) {
     if (branch_->GetEntry(static_cast<Long64_t>(entry), 1) > 0) return;
     throw RootReadError(entry,
                         errors.FirstOr("its basket is missing or damaged"));
   }
 
-  void ReadOne(std::uint64_t entry, double& value) {
-    Load(entry);
+  /// The value in an entry that was loaded.
+  void Get(std::uint64_t /*entry*/, double& value) {
     value = leaf_->GetValue();
   }
 
-  void ReadOne(std::uint64_t entry, std::int64_t& value) {
-    Load(entry);
+  void Get(std::uint64_t entry, std::int64_t& value) {
     value = leaf_->GetValueLong64();
     if (type_ == kULong_t || type_ == kULong64_t) {
       CheckRange<std::int64_t>(entry, static_cast<std::uint64_t>(value));

@@ -1,6 +1,7 @@
 #include "io/RootPaths.hpp"
 
 #include <Math/Vector3D.h>
+#include <TROOT.h>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -8,6 +9,7 @@
 #include <filesystem>
 #include <limits>
 #include <string>
+#include <thread>
 #include <vector>
 
 #include "io/Errors.hpp"
@@ -123,6 +125,35 @@ TEST_F(RootPathsTest, ReadsAnyPlaceInAnyOrder) {
       EXPECT_EQ(block.paths.coordinates[3][1], CoordinateOf(first + 1, 3));
       EXPECT_EQ(block.names[1].texts[0], "pmt " + std::to_string(first));
     }
+  }
+}
+
+TEST_F(RootPathsTest, ReadsOneFileOnSeveralThreads) {
+  ROOT::EnableThreadSafety();
+  const PathFile file = {3000, 1000, 2000, ""};
+  file.WriteTree<double>("tree.root");
+  file.WriteNTuple<double>("ntuple.root");
+  for (const char* const input : {"tree.root", "ntuple.root"}) {
+    std::vector<std::thread> threads;
+    std::array<std::size_t, 3> wrong = {};
+    for (std::size_t k = 0; k < wrong.size(); ++k) {
+      threads.emplace_back([k, input, &wrong] {
+        RootPaths paths(input);
+        RootPaths::Block block;
+        for (std::size_t first = k * 1000; first < (k + 1) * 1000;
+             first += 100) {
+          paths.Read(first, 100, block);
+          for (std::size_t i = 0; i < 100; ++i) {
+            for (std::size_t c = 0; c < 24; ++c) {
+              wrong[k] +=
+                  block.paths.coordinates[c][i] != CoordinateOf(first + i, c);
+            }
+          }
+        }
+      });
+    }
+    for (std::thread& thread : threads) thread.join();
+    EXPECT_THAT(wrong, ElementsAre(0, 0, 0)) << input;
   }
 }
 
