@@ -1,8 +1,11 @@
 #include "io/PositionReader.hpp"
 
+#include <TFile.h>
+#include <TTree.h>
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <cstdint>
 #include <string>
 #include <vector>
 
@@ -70,6 +73,54 @@ TEST_F(PositionReaderTest, ReadsAllPositionsOfAFile) {
   EXPECT_EQ(PositionsOf(items), (std::vector<TVector3>{{1, 2, 3}, {4, 5, 6}}));
   EXPECT_THROW(ReadPositions("events.csv", "pmt"), BadInput);
   EXPECT_THROW(ReadPositions("missing.csv", "event"), BadInput);
+}
+
+TEST_F(PositionReaderTest, ReadsATreeOfAnyNames) {
+  {
+    TFile file("events.root", "RECREATE");
+    TTree tree("events", "");
+    std::uint64_t id = 0;
+    float x = 0.0F;
+    double y = 0.0;
+    short z = 0;
+    tree.Branch("id", &id);
+    tree.Branch("pos_x", &x);
+    tree.Branch("y", &y);
+    tree.Branch("z", &z);
+    for (int i = 0; i < 10'000; ++i) {
+      id = i == 9999 ? ~0UL : static_cast<std::uint64_t>(i);
+      x = 0.1F * static_cast<float>(i);
+      y = 0.1 * i;
+      z = static_cast<short>(-i);
+      tree.Fill();
+    }
+    file.Write();
+  }
+  PositionReader reader("events.root", "event",
+                        ColumnNames({{"event", "id"}, {"event_x", "pos_x"}}));
+  EXPECT_EQ(reader.Name(), "events.root: tree \"events\"");
+  NamedPosition item;
+  for (int i = 0; i < 8192; ++i) {
+    ASSERT_TRUE(reader.Next(item));
+    ASSERT_EQ(item.name, std::to_string(i));
+    ASSERT_EQ(item.cell, item.name);
+    ASSERT_EQ(item.position,
+              TVector3(0.1F * static_cast<float>(i), 0.1 * i, -i));
+  }
+  EXPECT_EQ(reader.Done(), 0.8192);
+  const auto errorOf = [](const auto& work) -> std::string {
+    try {
+      work();
+    } catch (const BadInput& error) {
+      return error.what();
+    }
+    return "";
+  };
+  EXPECT_EQ(errorOf([&] { reader.FailName("is odd"); }),
+            "events.root: tree \"events\", column id, entry 8191: is odd");
+  EXPECT_EQ(errorOf([&] { reader.Next(item); }),
+            "events.root: tree \"events\", column id, entry 9999: cannot be "
+            "read: 18446744073709551615 is too large");
 }
 
 }  // namespace
