@@ -47,8 +47,7 @@ TVector3 FindPosition(const std::string& file, const IO::ColumnNames& names,
 DU::eVerdict WhyNoPath(const DU::ShadowingCalculator& shadowing,
                        const DU::LightPathCalculator& light,
                        const TVector3& from, const TVector3& to) {
-  DU::eVerdict direct;
-  shadowing.FindVerdicts(light, from, DU::PMTArray({to}), {&direct});
+  const DU::eVerdict direct = shadowing.FindVerdict(light, from, to);
   return DU::HasPath(direct) ? DU::eVerdict::kNoReflectedPath : direct;
 }
 

@@ -23,7 +23,33 @@ eVerdict WhyNoPath(const ConcentricMedia& media, const TVector3& eventPos,
                             : eVerdict::kTotalReflection;
 }
 
+/// Compute the exact path between an event and a PMT, and judge it.
+eVerdict Judge(const ShadowingCalculator& shadowing,
+               const ConcentricMedia& media, eLight kind,
+               const TVector3& eventPos, const TVector3& pmtPos,
+               LightPath& path) {
+  if (kind == eLight::kDirect) {
+    FindDirectPath(media, eventPos, pmtPos, path);
+  } else {
+    FindReflectedPath(media, eventPos, pmtPos, path);
+  }
+  if (path.LightPathType != kUninitialised) {
+    return VerdictOf(shadowing.FindShadowing(path));
+  }
+  return kind == eLight::kDirect ? WhyNoPath(media, eventPos, pmtPos)
+                                 : eVerdict::kNoReflectedPath;
+}
+
 }  // namespace
+
+eVerdict ShadowingCalculator::FindVerdict(const LightPathCalculator& light,
+                                          const TVector3& eventPos,
+                                          const TVector3& pmtPos,
+                                          eLight kind) const {
+  light.RequireRun();
+  LightPath path;
+  return Judge(*this, light.GetMedia(), kind, eventPos, pmtPos, path);
+}
 
 void ShadowingCalculator::FindVerdicts(const LightPathCalculator& light,
                                        const TVector3& eventPos,
@@ -54,20 +80,16 @@ void ShadowingCalculator::FindVerdicts(const LightPathCalculator& light,
   const ConcentricMedia& media = light.GetMedia();
   LightPath path;
   ForEachOpen(AsBatch(rows.direct), count, [&](std::size_t i) {
-    FindDirectPath(media, eventPos, pmts.At(i), path);
-    rows.direct[i] = path.LightPathType == kUninitialised
-                         ? WhyNoPath(media, eventPos, pmts.At(i))
-                         : VerdictOf(FindShadowing(path));
+    rows.direct[i] =
+        Judge(*this, media, eLight::kDirect, eventPos, pmts.At(i), path);
     if (rows.types != nullptr) {
       rows.types[i] = static_cast<std::uint8_t>(path.LightPathType);
     }
   });
   if (rows.reflected == nullptr) return;
   ForEachOpen(AsBatch(rows.reflected), count, [&](std::size_t i) {
-    FindReflectedPath(media, eventPos, pmts.At(i), path);
-    rows.reflected[i] = path.LightPathType == kUninitialised
-                            ? eVerdict::kNoReflectedPath
-                            : VerdictOf(FindShadowing(path));
+    rows.reflected[i] =
+        Judge(*this, media, eLight::kReflected, eventPos, pmts.At(i), path);
   });
 }
 

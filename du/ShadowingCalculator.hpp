@@ -97,10 +97,19 @@ class ShadowingCalculator {
                      eShadowingComponent* verdicts,
                      std::size_t threads = 1) const;
 
-  /// Write the verdict on the light from one event to each PMT: that of
-  /// FindShadowing for the path of CalcByPosition, or why there is no path. For
-  /// reflected light the path is that of CalcReflectionByPosition, and the
-  /// verdict kNoReflectedPath where there is none. Thread-safe.
+  /// The verdict on the light from an event to a PMT: that of FindShadowing for
+  /// the path of CalcByPosition, or why there is no path. For reflected light
+  /// the path is that of CalcReflectionByPosition, and the verdict
+  /// kNoReflectedPath where there is none. Thread-safe, writes no messages.
+  ///
+  /// @param light  gives the vessel and the media; BeginOfRun was called
+  /// @throws std::logic_error before @p light had its BeginOfRun
+  eVerdict FindVerdict(const LightPathCalculator& light,
+                       const TVector3& eventPos, const TVector3& pmtPos,
+                       eLight kind = eLight::kDirect) const;
+
+  /// Write the verdict on the light from one event to each PMT, as
+  /// FindVerdict. Thread-safe.
   ///
   /// Computes hardly any of these paths exactly: a table of the event's rays
   /// gives crossings and directions within a bound, which mostly leaves no

@@ -20,6 +20,10 @@ enum eLightPathType : int {
   kNumberOfLightPathTypes
 };
 
+/// Which light from an event to a PMT: that of CalcByPosition or of
+/// CalcReflectionByPosition.
+enum class eLight { kDirect, kReflected };
+
 /// Whether a value is one of the types, and not an unknown one.
 constexpr bool IsKnownType(int type) {
   return type >= 0 && type < kNumberOfLightPathTypes;

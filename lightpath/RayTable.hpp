@@ -22,10 +22,6 @@ struct PMTRadii {
   double highest;
 };
 
-/// What light a table is for: that of CalcByPosition or of
-/// CalcReflectionByPosition.
-enum class eLight { kDirect, kReflected };
-
 /// The shortest rays from one event to PMTs in all directions.
 ///
 /// x is the cosine of the angle between event and PMT, seen from the centre.

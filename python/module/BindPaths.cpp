@@ -110,12 +110,9 @@ nb::tuple ExplainPair(const Calculator& calculator,
     light.CalcByPosition(positions.at(0), positions.at(1));
   }
   if (light.HasPath()) return TextsOf(light, calculator);
-  auto verdict = DU::eVerdict::kNoReflectedPath;
-  if (!isReflected) {
-    const DU::PMTArray pmt({positions.at(1)});
-    calculator.Shadowing().FindVerdicts(light, positions.at(0), pmt,
-                                        {&verdict});
-  }
+  const DU::eVerdict verdict = calculator.Shadowing().FindVerdict(
+      light, positions.at(0), positions.at(1),
+      isReflected ? DU::eLight::kReflected : DU::eLight::kDirect);
   return nb::make_tuple(IO::NoPathText(verdict), IO::NoPathJson(verdict));
 }
 

@@ -40,6 +40,13 @@ class Rows : public testing::Test {
     shadowing_.FindVerdicts(light_, eventPos, pmts,
                             {direct.data(), reflected.data(), types.data()});
     for (std::size_t i = 0; i < positions.size(); ++i) {
+      ASSERT_EQ(direct[i],
+                shadowing_.FindVerdict(light_, eventPos, positions[i]))
+          << i;
+      ASSERT_EQ(reflected[i],
+                shadowing_.FindVerdict(light_, eventPos, positions[i],
+                                       DU::eLight::kReflected))
+          << i;
       light_.CalcByPosition(eventPos, positions[i]);
       ASSERT_EQ(types[i], light_.GetLightPathType()) << i;
       if (light_.HasPath()) {
@@ -59,10 +66,7 @@ class Rows : public testing::Test {
   }
 
   eVerdict VerdictOn(const TVector3& eventPos, const TVector3& pmtPos) {
-    eVerdict verdict = eVerdict::kClear;
-    shadowing_.FindVerdicts(light_, eventPos, DU::PMTArray({pmtPos}),
-                            {&verdict});
-    return verdict;
+    return shadowing_.FindVerdict(light_, eventPos, pmtPos);
   }
 
   TableSet tables_;
@@ -150,6 +154,8 @@ TEST_F(Rows, AreTheSameByFormulasAlone) {
 
 TEST_F(Rows, NeedARun) {
   const DU::LightPathCalculator none;
+  EXPECT_THROW(shadowing_.FindVerdict(none, {0, 0, 1}, {0, 0, 8400}),
+               std::logic_error);
   for (const std::size_t count : {1U, 100U}) {
     std::vector<eVerdict> row(count);
     EXPECT_THROW(shadowing_.FindVerdicts(
