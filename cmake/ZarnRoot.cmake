@@ -1,7 +1,7 @@
 # Finds ROOT: an installed one (CMAKE_PREFIX_PATH, ROOT_DIR, thisroot.sh), else
 # ROOT's wheel in the Python environment. A wheel of this project always uses the
 # latter, beside which it is installed.
-set(root_components Core Physics ROOTNTuple)
+set(root_components Core Physics ROOTNTuple ROOTDataFrame)
 if(NOT SKBUILD)
   find_package(ROOT CONFIG QUIET COMPONENTS ${root_components})
 endif()

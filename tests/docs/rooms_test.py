@@ -54,11 +54,12 @@ class CheckRooms(unittest.TestCase):
                               ("du/fast/ShadowMap.cpp", "du/ShadowingCalculator.hpp"),
                               ("du/A.cpp", "scan/S.hpp"),
                               ("scan/S.cpp", "app/A.hpp"),
-                              ("io/V.cpp", "app/A.hpp")):
+                              ("io/V.cpp", "app/A.hpp"), ("io/V.cpp", "rdf/D.hpp")):
             folder = name.rpartition("/")[0]
             self.assert_refused(name, f'"{include}"', f"{folder}/ must not include {include}")
 
-    def test_keeps_io_and_scan_independent(self):
+    def test_keeps_io_rdf_and_scan_independent(self):
+        self.assert_refused("rdf/D.cpp", '"scan/S.hpp"', "rdf/ must not include scan/S.hpp")
         self.assert_refused("io/V.hpp", '"scan/S.hpp"', "io/ must not include scan/S.hpp")
         self.assert_refused("scan/S.hpp", '"io/V.hpp"', "scan/ must not include io/V.hpp")
 
