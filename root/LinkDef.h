@@ -9,6 +9,8 @@
 
 #pragma link C++ namespace ZARN;
 #pragma link C++ namespace ZARN::DU;
+#pragma link C++ namespace ZARN::IO;
+#pragma link C++ namespace ZARN::RDF;
 #pragma link C++ namespace ZARN::Scan;
 
 // Messages
@@ -25,6 +27,7 @@
 #pragma link C++ struct ZARN::RunRange-;
 
 // Light paths
+#pragma link C++ enum ZARN::DU::eLight;
 #pragma link C++ enum ZARN::DU::eLightPathType;
 #pragma link C++ enum ZARN::DU::eMedium;
 #pragma link C++ struct ZARN::DU::ConcentricMedia-;
@@ -75,5 +78,10 @@
 #pragma link C++ class ZARN::Scan::PMTCounts-;
 #pragma link C++ class ZARN::Scan::ToleranceCounts-;
 #pragma link C++ struct ZARN::Scan::ToleranceCounts::Settings-;
+
+// Data frames
+#pragma link C++ class ZARN::IO::BadInput-;
+#pragma link C++ struct ZARN::RDF::PathColumns-;
+#pragma link C++ struct ZARN::RDF::PairColumns-;
 
 #endif

@@ -19,5 +19,8 @@ void BindScan(nanobind::class_<Calculator>& calculator);
 /// The models of the hardware, and which components are on.
 void BindModels(nanobind::module_& module,
                 nanobind::class_<Calculator>& calculator);
+/// Where the C++ objects are, for ROOT's interpreter in the same process.
+void BindAddresses(nanobind::module_& module,
+                   nanobind::class_<Calculator>& calculator);
 
 }  // namespace ZARN::Python

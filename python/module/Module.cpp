@@ -72,6 +72,7 @@ void BindCalculator(nb::module_& module) {
   BindLightPaths(calculator);
   BindScan(calculator);
   BindModels(module, calculator);
+  BindAddresses(module, calculator);
 }
 
 /// Makes C++ errors of a class Python exceptions of a new one.

@@ -17,7 +17,8 @@ import zipfile
 
 SOURCE = pathlib.Path(os.environ["ZARN_SOURCE_DIR"])
 WORK = pathlib.Path(os.environ["ZARN_WHEEL_DIR"])
-ROOMS = ("db", "du", "fast", "geometry", "hardware", "io", "lightpath", "log", "scan")
+ROOMS = ("db", "du", "fast", "geometry", "hardware", "io", "lightpath", "log", "rdf",
+         "scan")
 PIP = [sys.executable, "-m", "pip", "--quiet", "--disable-pip-version-check"]
 
 
@@ -126,6 +127,18 @@ class Wheel(unittest.TestCase):
             "for name in ('libCore', 'libzarn_db'):\n"
             "    print(len({path for path in maps if name in path}))")
         self.assertEqual(printed, "5800.0\n1\n1\n")
+
+    def test_package_adds_verdicts_to_frames(self):
+        printed = self.run_python(
+            "import zarn.rdf, ROOT\n"
+            "frame = ROOT.RDataFrame(1)\n"
+            "for name, value in (('event_x', 0), ('event_y', 0), ('event_z', 3000),\n"
+            "                    ('pmt_x', 0), ('pmt_y', 8300), ('pmt_z', 0)):\n"
+            "    frame = frame.Define(name, f'double({value})')\n"
+            "calc = zarn.Calculator('data/reference-detector')\n"
+            "codes = zarn.rdf.define_scan(frame, calc).AsNumpy(['code'])['code']\n"
+            "print(*[zarn.Verdict(code).label for code in codes])")
+        self.assertEqual(printed, "AVPipe\n")
 
     def test_import_is_quick(self):
         """Without ROOT's modules, and in less than 0.3 s of processor time."""

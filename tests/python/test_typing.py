@@ -2,6 +2,7 @@
 
 import doctest
 import importlib
+import importlib.util
 import pathlib
 import pkgutil
 import sys
@@ -11,12 +12,16 @@ import zarn
 from support import SOURCE
 
 PACKAGE = pathlib.Path(zarn.__file__).parent
-MODULES = [m.name for m in pkgutil.iter_modules(zarn.__path__) if m.name != "_core"]
+# Without those whose libraries are not installed.
+NEEDS = {"rdf": "ROOT"}
+MODULES = [m.name for m in pkgutil.iter_modules(zarn.__path__) if m.name != "_core"
+           and importlib.util.find_spec(NEEDS.get(m.name, "zarn"))]
 
 USER = """
 import numpy as np
 import numpy.typing as npt
 import zarn
+import zarn.rdf
 
 calc = zarn.Calculator("data/reference-detector", run=0, tolerance=150.0)
 codes: npt.NDArray[np.uint8] = calc.check({"type": ["Water"]})
@@ -26,6 +31,8 @@ share: npt.NDArray[np.float64] = result.per_pmt().fraction
 by: zarn.Verdict = zarn.Verdict(codes[0])
 points: npt.NDArray[np.float64] = calc.hold_down_ropes.surface_points
 text: str = by.label + str(calc.explain(event=[0, 0, 0], pmt=[8300, 0, 0]).to_dict()["by"])
+frame = zarn.rdf.from_paths("paths.root:paths", calc, {"start_x": "vertex.x"}, code="by")
+frame = zarn.rdf.define_shadowing(frame, calc, code="again")
 tolerances: npt.NDArray[np.float64] = calc.critical_tolerance(paths, zarn.Verdict.AV_PIPE)
 """
 WRONG = {
@@ -33,6 +40,7 @@ WRONG = {
     "calc.scan([[0.0, 0.0, 0.0]], [[1.0, 0.0, 0.0]], refections=True)": "call-arg",
     "calc.tolerance = 3.0": "misc",
     "text = result.codes": "assignment",
+    "zarn.rdf.define_scan(frame, calc, reflection='no')": "arg-type",
 }
 
 
