@@ -138,6 +138,70 @@ def from_paths(
     return _call(_RDF.FromPaths, os.fspath(file), shadowing, names, code)
 
 
+def declare(name: str, calc: Calculator) -> None:
+    """Make the verdict on a light path a function of ROOT's interpreter.
+
+    For frames that take only expressions in strings, such as those of
+    ROOT.RDF.Distributed: declare it in every process, once.
+
+    Args:
+        name: of the function.
+        calc: the detector; kept for the rest of the process.
+
+    Raises:
+        ValueError: there is such a function, or this is no name of one.
+    """
+    values = {"name": name, "address": calc._core.shadowing_address}
+    is_new = name.isidentifier() and not hasattr(ROOT, name)
+    if not is_new or not ROOT.gInterpreter.Declare(_JUDGE % values):
+        raise ValueError(f"{name!r} cannot be declared: it exists, or is not a name")
+    _declared.append(calc)
+
+
+def expression(name: str, columns: Mapping[str, str] | None = None) -> str:
+    """Give the expression with which a frame's Define uses a declared function.
+
+    Args:
+        name: of the function.
+        columns: other names of columns, as in define_shadowing. A vector is three columns of
+            numbers.
+    """
+    names = _names(_RDF.PathColumns(), columns)
+    vectors = (names.start, names.end, names.initial, names.final)
+    points = (names.av1, names.av2, names.av3, names.av4)
+    coordinates = [f"{vector}_{axis}" for vector in (*vectors, *points) for axis in "xyz"]
+    return f"{name}({names.type}, {', '.join(coordinates)})"
+
+
+# The calculators of functions, which live as long as the interpreter.
+_declared: list[Calculator] = []
+
+_JUDGE = """
+template <class Type, class... Numbers>
+int %(name)s(const Type& type, Numbers... numbers) {
+  static_assert(sizeof...(Numbers) == 24);
+  const double values[] = {static_cast<double>(numbers)...};
+  ZARN::DU::LightPath path;
+  if constexpr (std::is_integral_v<Type>) {
+    path.LightPathType = static_cast<ZARN::DU::eLightPathType>(type);
+  } else {
+    const auto& names = ZARN::DU::kLightPathTypeNames;
+    const auto found = std::find(names.begin(), names.end(), type);
+    path.LightPathType = static_cast<ZARN::DU::eLightPathType>(found - names.begin());
+  }
+  const double* value = values;
+  for (TVector3* vector : {&path.StartPos, &path.EndPos, &path.InitialDirection,
+                           &path.FinalDirection, &path.AVPoint1, &path.AVPoint2,
+                           &path.AVPoint3, &path.AVPoint4}) {
+    vector->SetXYZ(value[0], value[1], value[2]);
+    value += 3;
+  }
+  const auto& calculator = *reinterpret_cast<const ZARN::DU::ShadowingCalculator*>(%(address)d);
+  return static_cast<int>(calculator.FindShadowing(path));
+}
+"""
+
+
 def _shadowing(calc: Calculator) -> Any:
     address = calc._core.shadowing_address
     return ROOT.bind_object(address, ROOT.ZARN.DU.ShadowingCalculator)

@@ -115,6 +115,27 @@ def test_columns_of_a_file_can_have_other_names(calc, all_types, file):
     assert np.array_equal(found["by"], calc.check(other))
 
 
+def test_a_declared_function_judges_in_expressions(calc, all_types):
+    zarn.rdf.declare("judge", calc)
+    frame = frame_of({**all_types, "other_x": all_types["end_x"].astype(np.float32)})
+    ROOT.gInterpreter.Declare("std::string name_of(int type) {"
+                              "  return ZARN::DU::kLightPathTypeNames[type]; }")
+    frame = frame.Define("name", "name_of(type)")
+    frame = frame.Define("other_y", "end_y").Define("other_z", "end_z")
+    frame = frame.Define("code", zarn.rdf.expression("judge"))
+    frame = frame.Define("by", zarn.rdf.expression("judge", {"type": "name"}))
+    frame = frame.Define("near", zarn.rdf.expression("judge", {"end": "other"}))
+    found = frame.AsNumpy(["code", "by", "near"])
+    expected = calc.check(all_types)
+    assert np.array_equal(found["code"], expected)
+    assert np.array_equal(found["by"], expected)
+    rounded = {**all_types, "end_x": all_types["end_x"].astype(np.float32).astype(np.float64)}
+    assert np.array_equal(found["near"], calc.check(rounded))
+    for name in ("judge", "no name"):
+        with pytest.raises(ValueError, match=f"'{name}' cannot be declared"):
+            zarn.rdf.declare(name, calc)
+
+
 def test_frames_outlive_the_calculator(all_types, file):
     calc = zarn.Calculator(REFERENCE)
     expected = calc.check(all_types)
