@@ -45,6 +45,15 @@ foreach(example IN ITEMS CheckOnePath PathToPMT)
   refuse(${example} "^${example}: [^\n]*bad.json[^\n]*\n$" "${work}/bad.json")
   refuse(${example} "^usage: ${example} TABLES\n$")
 endforeach()
+if(EXISTS "${work}/build/JudgeDataFrame")
+  run("${work}/prefix/bin/zarn-shadow" scan --at=0,0,3000
+    --pmts "${SOURCE}/data/pmts.csv" --geometry "${tables}" -o /dev/null
+    --paths "${work}/paths.root")
+  expect(JudgeDataFrame "3154 of 8000 paths are shadowed\n314 by a pipe" "${tables}"
+    "${work}/paths.root")
+  refuse(JudgeDataFrame "\nJudgeDataFrame: [^\n]*bad.json[^\n]*\n$" "${tables}"
+    "${work}/bad.json")
+endif()
 run("${work}/prefix/bin/zarn-shadow" --version)
 
 # Installed files must not refer to this source tree.
