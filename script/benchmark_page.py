@@ -73,7 +73,7 @@ class Page:
     def text(self):
         parts = [self.summary(), self.conditions(), self.layers(), self.single_calls(),
                  self.batches(), self.rows(), self.memory(), self.hit_shares(), self.sizes(), self.peers(),
-                 self.set_up(), self.csv(), self.root(), self.python()]
+                 self.set_up(), self.csv(), self.root(), self.frames(), self.python()]
         return "\n\n".join(parts) + "\n"
 
     def summary(self):
@@ -409,6 +409,22 @@ ns per path. `check` also judges the paths and writes CSV.
 
 Doubles should take at most 1.5 times as long as reading alone. Floats have half the bytes
 to read, but judging and writing take as long."""
+
+    def frames(self):
+        rows = [[name, *[self.cell(f"frames/{key}/{way}")
+                         for way in ("bulk", "read", "column", "source-read", "source")],
+                 self.times(f"frames/{key}/column", f"frames/{key}/source")]
+                for key, name in (("ttree", "TTree"), ("rntuple", "RNTuple"))]
+        return f"""## Data frames
+
+Nanoseconds per path of a file of {self.paths("frames/ttree/bulk")} paths with 25 columns, on one thread. In
+bulk: reading alone, without a frame. ROOT's own frame of the file reads the same columns,
+or `DefineShadowing` adds the verdicts to it. `FromPaths` is the bulk reader as a frame: all
+columns are read, or only the verdicts, which it finds in batches. The last column is the
+speed-up of verdicts by `FromPaths` over those by `DefineShadowing`:
+
+{table(["", "in bulk", "frame, reading", "frame, verdicts", "`FromPaths`, reading",
+        "`FromPaths`, verdicts", "speed-up"], rows)}"""
 
     def python(self):
         rows = [[name, number(self.ns(f"python/{work}/library")),
