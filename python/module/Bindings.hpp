@@ -23,4 +23,7 @@ void BindModels(nanobind::module_& module,
 void BindAddresses(nanobind::module_& module,
                    nanobind::class_<Calculator>& calculator);
 
+/// Reading positions and writing ROOT files, as the command does.
+void BindFiles(nanobind::module_& module);
+
 }  // namespace ZARN::Python

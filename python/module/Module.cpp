@@ -11,6 +11,7 @@
 #include "db/DBErrors.hpp"
 #include "db/Fingerprint.hpp"
 #include "du/Verdict.hpp"
+#include "io/Errors.hpp"
 #include "io/LightPathColumns.hpp"
 #include "lightpath/LightPathType.hpp"
 #include "python/module/Bindings.hpp"
@@ -60,6 +61,9 @@ void BindCalculator(nb::module_& module) {
       .def_prop_ro(
           "fingerprint",
           [](const Calculator& self) { return Fingerprint(self.Tables()); })
+      .def_prop_ro(
+          "tables",
+          [](const Calculator& self) { return CanonicalText(self.Tables()); })
       .def(
           "why_off",
           [](const Calculator& self, int component) {
@@ -102,6 +106,14 @@ void BindErrors(nb::module_& module) {
   AddError<DBNotFoundError>(module, "DBNotFoundError", error);
   AddError<DBValueError>(module, "DBValueError", error);
   AddError<TableFileError>(module, "TableFileError", error);
+  nb::register_exception_translator(
+      [](const std::exception_ptr& failure, void*) {
+        try {
+          std::rethrow_exception(failure);
+        } catch (const IO::OutputFailure& found) {
+          PyErr_SetObject(PyExc_OSError, TextOf(found.what()).ptr());
+        }
+      });
 }
 
 void BindNames(nb::module_& module) {
@@ -136,6 +148,7 @@ NB_MODULE(_core, module) {
   ZARN::Python::BindErrors(module);
   ZARN::Python::BindCalculator(module);
   ZARN::Python::BindNames(module);
+  ZARN::Python::BindFiles(module);
   ZARN::Python::BindMessages(module);
   ZARN::Python::KeepSignals();
 }

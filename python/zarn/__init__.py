@@ -16,6 +16,7 @@ logger "zarn" of Python's logging module.
 
 from ._calculator import LIGHT_PATH, Calculator
 from ._core import DBNotFoundError, DBValueError, Error, TableFileError
+from ._core import version as __version__
 from ._counts import Counts
 from ._explanation import Explanation
 from ._path_type import PathType
@@ -35,6 +36,7 @@ __all__ = [
     "ScanResult",
     "TableFileError",
     "Verdict",
+    "__version__",
 ]
 
 # Messages name them as users know them.

@@ -154,6 +154,13 @@ class Calculator:
         return self._fingerprint
 
     @property
+    def tables(self) -> str:
+        """The tables that are valid for the run, as one line of JSON: an object of
+        tables, each an object of entries, each an object of fields. The fingerprint is
+        the SHA-256 of this text."""
+        return self._core.tables
+
+    @property
     def components(self) -> tuple[Verdict, ...]:
         """The components that are on, in the order in which they are tested."""
         return tuple(c for c in COMPONENTS if not self.why_off(c))

@@ -2,6 +2,7 @@
 
 import concurrent.futures
 import copy
+import hashlib
 import json
 import multiprocessing
 import os
@@ -11,7 +12,7 @@ import shutil
 import numpy as np
 import pytest
 import zarn
-from support import MINIMAL, REFERENCE
+from support import MINIMAL, REFERENCE, SOURCE, tables_of
 
 
 @pytest.fixture
@@ -254,3 +255,13 @@ def test_errors_of_the_library_are_runtime_errors():
     for kind in (zarn.DBNotFoundError, zarn.DBValueError, zarn.TableFileError):
         assert issubclass(kind, zarn.Error)
     assert issubclass(zarn.Error, RuntimeError)
+
+
+def test_the_fingerprint_is_the_hash_of_the_tables(calc):
+    assert hashlib.sha256(calc.tables.encode()).hexdigest() == calc.fingerprint
+    entry = json.loads(calc.tables)["SOLID"]["hold_down_rope"]
+    assert entry == tables_of(REFERENCE)["SOLID", "hold_down_rope"]
+
+
+def test_the_version_is_that_of_the_library():
+    assert f"project(zarn VERSION {zarn.__version__}" in (SOURCE / "CMakeLists.txt").read_text()
