@@ -60,6 +60,26 @@ class Counts:
         p = self.fraction
         return np.sqrt(ratio(p * (1 - p), self.paths))
 
+    def summary(self) -> list[tuple[str, int, float]]:
+        """Names, numbers and fractions of light paths; for counts of a whole scan."""
+        paths = int(self.paths)
+        of = {"shadowed": int(self.shadowed)}
+        of |= {c.label: int(self.of(c)) for c in COMPONENTS}
+        shares = [(name, n, n / paths if paths else float("nan")) for name, n in of.items()]
+        return [("paths", paths, float("nan")), *shares]
+
+    def lines(self) -> list[str]:
+        """The summary as text."""
+        return [
+            f"  {name:<12} {number:>12,}" + ("" if np.isnan(share) else f"  {share:8.3%}")
+            for name, number, share in self.summary()
+        ]
+
+    def __repr__(self) -> str:
+        if self.axes:
+            return f"Counts(by {', '.join(self.axes)})"
+        return "\n".join(["Counts", *self.lines()])
+
     def to_pandas(self) -> pd.DataFrame:
         """Return a table: paths, shadowed, fraction, its error, and each component.
 

@@ -6,16 +6,15 @@ import contextlib
 import html
 import json
 import os
-import secrets
 from collections.abc import Callable, Iterator
 from dataclasses import dataclass, field
-from pathlib import Path
-from typing import IO, TYPE_CHECKING, Any
+from typing import TYPE_CHECKING, Any
 
 import numpy as np
 import numpy.typing as npt
 
 from ._counts import Counts, count_codes, ratio
+from ._files import parquet_options, replacing
 from ._verdict import COMPONENTS, Verdict
 
 if TYPE_CHECKING:
@@ -148,12 +147,9 @@ class ScanResult:
         """
         import pyarrow.parquet as pq
 
-        with _replacing(path) as file:
-            pq.write_table(
-                self.to_arrow().drop_columns("verdict"), file,
-                compression="zstd", use_dictionary=False,
-                column_encoding={"event": "DELTA_BINARY_PACKED", "pmt": "DELTA_BINARY_PACKED"},
-            )
+        with replacing(path) as file:
+            table = self.to_arrow().drop_columns("verdict")
+            pq.write_table(table, file, **parquet_options(table.schema))
 
     def _columns(self) -> dict[str, npt.NDArray[Any]]:
         events, pmts = self.codes.shape
@@ -179,7 +175,7 @@ class ScanResult:
         """
         arrays = {name: getattr(self, name) for name in _ARRAYS}
         present = {name: array for name, array in arrays.items() if array is not None}
-        with _replacing(path) as file:
+        with replacing(path) as file:
             np.savez_compressed(
                 file,
                 first_event=np.array(self.first_event),
@@ -230,26 +226,15 @@ class ScanResult:
 
     def __repr__(self) -> str:
         events, pmts = self.codes.shape
-        return f"ScanResult({events:,} events x {pmts:,} PMTs)\n" + "\n".join(
-            f"  {name:<12} {number:>12,}" + ("" if np.isnan(share) else f"  {share:8.3%}")
-            for name, number, share in self._summary()
-        )
-
-    def _summary(self) -> list[tuple[str, int, float]]:
-        """Names, numbers and fractions of the light paths."""
-        counts = self.counts()
-        paths = int(counts.paths)
-        of = {"shadowed": int(counts.shadowed)}
-        of |= {c.label: int(counts.of(c)) for c in COMPONENTS}
-        shares = [(name, n, n / paths if paths else float("nan")) for name, n in of.items()]
-        return [("paths", paths, float("nan")), *shares]
+        lines = [f"ScanResult({events:,} events x {pmts:,} PMTs)", *self.counts().lines()]
+        return "\n".join(lines)
 
     def _repr_html_(self) -> str:
         events, pmts = self.codes.shape
         rows = "".join(
             f"<tr><th style='text-align:left'>{html.escape(name)}</th><td>{number:,}</td>"
             f"<td>{'' if np.isnan(share) else f'{share:.3%}'}</td></tr>"
-            for name, number, share in self._summary()
+            for name, number, share in self.counts().summary()
         )
         return (
             f"<table><caption>{events:,} events &times; {pmts:,} PMTs</caption>"
@@ -261,22 +246,6 @@ class ScanResult:
 _ARRAYS = tuple(
     name for name in ScanResult.__dataclass_fields__ if name not in ("first_event", "origin")
 )
-
-
-@contextlib.contextmanager
-def _replacing(path: str | os.PathLike[str]) -> Iterator[IO[bytes]]:
-    """Open a temporary file that replaces the target if all went well."""
-    target = Path(path)
-    temporary = target.with_name(f".{target.name}.{secrets.token_hex(8)}")
-    with open(temporary, "xb") as file:
-        try:
-            yield file
-            file.flush()
-            os.fsync(file.fileno())
-            os.replace(temporary, target)
-        except BaseException:
-            temporary.unlink()
-            raise
 
 
 @contextlib.contextmanager

@@ -194,3 +194,8 @@ def test_the_page_has_the_same_numbers_as_the_text(plain):
 
 def test_the_text_of_a_scan_without_paths_has_no_fractions(calc):
     assert "%" not in repr(calc.scan(np.empty((0, 3)), np.empty((0, 3))))
+
+
+def test_counts_print_as_a_table(full):
+    assert repr(full.counts()).splitlines()[1:] == repr(full).splitlines()[1:]
+    assert repr(full.per_event_at_tolerances()) == "Counts(by event, tolerance)"
