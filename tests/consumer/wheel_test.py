@@ -83,7 +83,7 @@ class Wheel(unittest.TestCase):
         suffix = sysconfig.get_config_var("EXT_SUFFIX")
         self.assertEqual(
             names - headers - information,
-            {f"zarn/{p.name}" for p in (SOURCE / "python" / "zarn").iterdir()
+            {str(p.relative_to(SOURCE / "python")) for p in (SOURCE / "python").rglob("zarn/**/*")
              if p.suffix in (".py", ".typed")}
             | {f"zarn/lib/libzarn_{room}.so.{version}" for room in ROOMS}
             | {f"zarn/lib/libzarn_root{end}" for end in (".so", ".rootmap", "_rdict.pcm")}
@@ -139,6 +139,13 @@ class Wheel(unittest.TestCase):
             "codes = zarn.rdf.define_scan(frame, calc).AsNumpy(['code'])['code']\n"
             "print(*[zarn.Verdict(code).label for code in codes])")
         self.assertEqual(printed, "AVPipe\n")
+
+    def test_the_command_for_clusters_says_what_it_needs(self):
+        command = pathlib.Path(self.python).parent / "zarn-shadow-cluster"
+        done = subprocess.run([command, "--help"], capture_output=True, text=True)
+        self.assertEqual((done.returncode, done.stdout, done.stderr), (
+            2, "", "zarn-shadow-cluster: needs the package pyarrow: "
+            'pip install "zarn[cluster]"\n'))
 
     def test_import_is_quick(self):
         """Without ROOT's modules, and in less than 0.3 s of processor time."""
