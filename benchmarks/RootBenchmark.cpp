@@ -47,18 +47,27 @@ class Files {
     }
     folder_ = folder;
     ReadExamples();
-    WriteTree<double>("tree-doubles.root");
-    WriteTree<float>("tree-floats.root");
-    WriteNTuple<double>("ntuple-doubles.root");
-    WriteNTuple<float>("ntuple-floats.root");
   }
   ~Files() { fs::remove_all(folder_); }
 
-  std::string PathOf(const std::string& name) const {
-    return (folder_ / name).string();
+  /// The path of a file, which is written when it is first asked for.
+  ///
+  /// @param kind  "tree-doubles", "ntuple-floats", ...
+  std::string Get(const std::string& kind) const {
+    const std::string name = PathOf(kind);
+    if (fs::exists(name)) return name;
+    if (kind == "tree-doubles") WriteTree<double>(name);
+    if (kind == "tree-floats") WriteTree<float>(name);
+    if (kind == "ntuple-doubles") WriteNTuple<double>(name);
+    if (kind == "ntuple-floats") WriteNTuple<float>(name);
+    return name;
   }
 
  private:
+  std::string PathOf(const std::string& kind) const {
+    return (folder_ / (kind + ".root")).string();
+  }
+
   void ReadExamples() {
     const auto source = IO::OpenPaths(kExamples, {});
     const auto block = source->MakeBlock();
@@ -93,7 +102,7 @@ class Files {
 
   template <class Coordinate>
   void WriteTree(const std::string& name) const {
-    TFile file(PathOf(name).c_str(), "RECREATE");
+    TFile file(name.c_str(), "RECREATE");
     TTree tree("paths", "");
     std::int32_t type = 0;
     std::array<Coordinate, 24> values;
@@ -115,7 +124,7 @@ class Files {
       model->MakeField<Coordinate>(columns[c]);
     }
     auto writer =
-        ROOT::RNTupleWriter::Recreate(std::move(model), "paths", PathOf(name));
+        ROOT::RNTupleWriter::Recreate(std::move(model), "paths", name);
     const auto entry = writer->CreateEntry();
     std::int32_t type = 0;
     std::array<Coordinate, 24> values;
@@ -210,7 +219,7 @@ void Register(const std::string& way, const std::string& file,
       ("root/" + way + "/" + file).c_str(),
       [work, file](benchmark::State& state) {
         if (!files.has_value()) files.emplace();
-        const std::string name = files->PathOf(file + ".root");
+        const std::string name = files->Get(file);
         Calculator();
         for (auto _ : state) work(name);
         state.SetItemsProcessed(state.iterations() *
