@@ -21,6 +21,8 @@ class InputFile {
   /// Name for messages.
   const std::string& Name() const { return name_; }
 
+  int Descriptor() const { return descriptor_; }
+
   /// Read up to @p size bytes; 0 at the end of the file and from then on, also
   /// on a terminal.
   ///

@@ -110,8 +110,11 @@ Found Choose(const std::vector<Found>& trees, const std::string& file,
                  List(names));
 }
 
-std::unique_ptr<TFile> Open(const std::string& name) {
+std::unique_ptr<TFile> Open(const InputFile& input) {
   const TDirectory::TContext folder;  // restores the current one
+  // In a name, ROOT gives #, ? and $ a meaning.
+  const std::string name =
+      "/proc/self/fd/" + std::to_string(input.Descriptor());
   auto file = std::make_unique<TFile>(name.c_str(), "READ");
   if (file->IsZombie() || file->TestBit(TFile::kRecovered)) return nullptr;
   return file;
@@ -120,19 +123,19 @@ std::unique_ptr<TFile> Open(const std::string& name) {
 }  // namespace
 
 bool IsRootInput(const std::string& input) {
-  return StartsAsRootFile(FileOfInput(input));
+  return input != "-" && StartsAsRootFile(FileOfInput(input));
 }
 
 std::string FileOfInput(const std::string& input) {
   return input.substr(0, LengthOfFile(input));
 }
 
-RootFile::RootFile(const std::string& input) {
+RootFile::RootFile(const std::string& input) : input_(FileOfInput(input)) {
   const std::string file = FileOfInput(input);
   std::optional<std::string> wanted;
   if (file.size() < input.size()) wanted = input.substr(file.size() + 1);
   const RootErrors errors;
-  file_ = Open(file);
+  file_ = Open(input_);
   if (file_ == nullptr) {
     throw BadInput(file + ": the ROOT file is damaged or cut short");
   }

@@ -4,6 +4,8 @@
 #include <string>
 #include <vector>
 
+#include "io/InputFile.hpp"
+
 class TFile;
 
 namespace ZARN::IO {
@@ -34,6 +36,7 @@ class RootFile {
   bool IsNTuple() const { return isNTuple_; }
 
  private:
+  InputFile input_;
   std::unique_ptr<TFile> file_;
   std::string name_;
   std::string tree_;

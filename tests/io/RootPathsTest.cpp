@@ -386,6 +386,18 @@ TEST_F(RootPathsTest, ChoosesTheTree) {
   ExpectEqual<double>(file, "a:first:x.csv:first", 100);
 }
 
+TEST_F(RootPathsTest, ReadsFilesOfAnyName) {
+  const PathFile file;
+  for (const std::string name : {"a b#c.root", "a?b=c.root", "$HOME ~.root"}) {
+    file.WriteTree<double>("plain.root");
+    std::filesystem::rename("plain.root", name);
+    ExpectEqual<double>(file, name, 100);
+    file.WriteNTuple<double>("plain.root");
+    std::filesystem::rename("plain.root", name);
+    ExpectEqual<double>(file, name + ":paths", 100);
+  }
+}
+
 TEST_F(RootPathsTest, RefusesAFileThatIsCutShort) {
   const PathFile file = {2500, 1000, 2000, ""};
   file.WriteTree<double>("tree.root");
