@@ -177,7 +177,9 @@ class TreeColumn {
 
   void Read(std::uint64_t first, std::size_t count, std::string* values) {
     // Another column may have read the same branch meanwhile.
-    if (text_ != nullptr) branch_->SetAddress(target_.get());
+    if (text_ != nullptr) {
+      branch_->SetAddress(static_cast<void*>(target_.get()));
+    }
     const RootErrors errors;
     for (std::size_t i = 0; i < count; ++i) {
       Load(first + i, errors);
