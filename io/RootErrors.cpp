@@ -15,7 +15,7 @@ thread_local RootErrors* current = nullptr;
 // ROOT has one handler for all threads. It is replaced while any object exists.
 std::mutex guard;
 std::size_t objects = 0;
-std::atomic<ErrorHandlerFunc_t> usual = nullptr;
+std::atomic<ErrorHandlerFunc_t> usual = &DefaultErrorHandler;
 
 }  // namespace
 

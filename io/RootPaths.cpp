@@ -15,7 +15,11 @@ RootPaths::RootPaths(const std::string& input, const ColumnNames& names)
   for (const char* const name : {"event", "pmt"}) {
     const auto place = table_->FindColumn(names.Of(name));
     if (names.Has(name)) table_->RequireColumns({name}, names);
-    if (!place.has_value()) continue;
+    // Of this name a file may have something else, of which nobody asked.
+    if (!place.has_value() ||
+        (!names.Has(name) && !table_->HoldsNames(*place))) {
+      continue;
+    }
     namePlaces_.push_back(table_->SelectNames(*place));
     nameColumns_.push_back({name, table_->IsText(namePlaces_.back())});
   }

@@ -51,11 +51,13 @@ std::size_t RootTable::SelectNumbers(std::size_t position) {
 }
 
 std::size_t RootTable::SelectNames(std::size_t position) {
+  if (!HoldsNames(position)) FailType(position, "integers or text");
+  return Select(position, Column(position).value);
+}
+
+bool RootTable::HoldsNames(std::size_t position) const {
   const eRootValue value = Column(position).value;
-  if (value != eRootValue::kInteger && value != eRootValue::kText) {
-    FailType(position, "integers or text");
-  }
-  return Select(position, value);
+  return value == eRootValue::kInteger || value == eRootValue::kText;
 }
 
 std::size_t RootTable::Select(std::size_t position, eRootValue type) {

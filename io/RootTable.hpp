@@ -39,6 +39,9 @@ class RootTable {
     return columns_->Columns()[position];
   }
 
+  /// Whether SelectNames takes a column.
+  bool HoldsNames(std::size_t position) const;
+
   /// Choose a column that is read from now on, and how: as numbers, or as
   /// integers or text, whatever it holds. Call it for all columns first.
   ///

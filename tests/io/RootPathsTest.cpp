@@ -344,6 +344,22 @@ TEST_F(RootPathsTest, RefusesColumnsOfOtherKindsByNameAndType) {
             column + "av4_z: holds Double_t, not integers or text");
 }
 
+TEST_F(RootPathsTest, LeavesOutAnEventThatIsNoName) {
+  {
+    TFile file("tree.root", "RECREATE");
+    TTree tree("paths", "");
+    int type = 1;
+    double one = 0.0;
+    tree.Branch("type", &type);
+    tree.Branch("event", &one);
+    for (const std::string& column : LightPathColumns()) {
+      if (column != "type") tree.Branch(column.c_str(), &one);
+    }
+    file.Write();
+  }
+  EXPECT_TRUE(RootPaths("tree.root").NameColumns().empty());
+}
+
 TEST_F(RootPathsTest, RefusesFieldsOfOtherKindsByNameAndType) {
   {
     auto model = ROOT::RNTupleModel::Create();
