@@ -99,6 +99,17 @@ std::vector<Column> ColumnsOf(const IO::RootPaths& file) {
   return columns;
 }
 
+/// Refuse names for columns that light paths do not have.
+void RequireKnown(const std::map<std::string, std::string>& columns) {
+  std::vector<std::string> known = IO::LightPathColumns();
+  known.insert(known.end(), {"event", "pmt"});
+  for (const auto& [ours, theirs] : columns) {
+    if (std::find(known.begin(), known.end(), ours) != known.end()) continue;
+    throw std::invalid_argument("FromPaths: light paths have no column " +
+                                ours + " to be named");
+  }
+}
+
 /// The light paths of a file, and the verdicts on them, for a frame.
 class PathSource final : public ::ROOT::RDF::RDataSource {
  public:
@@ -210,6 +221,7 @@ class PathSource final : public ::ROOT::RDF::RDataSource {
                              const DU::ShadowingCalculator* calculator,
                              const std::map<std::string, std::string>& columns,
                              const std::string& code) {
+  RequireKnown(columns);
   std::shared_ptr<const DU::ShadowingCalculator> copy;
   if (calculator != nullptr) {
     copy = std::make_shared<const DU::ShadowingCalculator>(*calculator);

@@ -183,7 +183,10 @@ int %(name)s(const Type& type, Numbers... numbers) {
   const double values[] = {static_cast<double>(numbers)...};
   ZARN::DU::LightPath path;
   if constexpr (std::is_integral_v<Type>) {
-    path.LightPathType = static_cast<ZARN::DU::eLightPathType>(type);
+    const int number = static_cast<int>(type);
+    const bool isSame = static_cast<Type>(number) == type && (type < 0) == (number < 0);
+    path.LightPathType = static_cast<ZARN::DU::eLightPathType>(
+        isSame ? number : int{ZARN::DU::kNumberOfLightPathTypes});
   } else {
     const auto& names = ZARN::DU::kLightPathTypeNames;
     const auto found = std::find(names.begin(), names.end(), type);

@@ -169,6 +169,8 @@ def test_wrong_columns_are_told_before_the_loop(calc, all_types, file):
         "columns: there is no column 'start' to be named")
     assert refuses(zarn.rdf.define_scan, frame, calc, {"code": "x"}) == (
         "columns: there is no column 'code' to be named")
+    assert refuses(zarn.rdf.from_paths, file, calc, {"strat_x": "start_x"}) == (
+        "FromPaths: light paths have no column strat_x to be named")
     assert refuses(zarn.rdf.from_paths, file, calc, code="event") == (
         "FromPaths: the column event exists already")
 
