@@ -129,6 +129,8 @@ class Plan:
         rows = [
             (DAY / self.merge["parquet"]["seconds"], "a merge to Parquet takes a day",
              "do not merge: read the folder as one table"),
+            (DAY / self.merge["root"]["seconds"], "a merge to an RNTuple takes a day",
+             "merge to Parquet, or read the folder as one table"),
             (MEMORY_OF_CLIENT / self.reading["memory"] * self.pmts,
              "the events fill the client's memory",
              "campaigns of some of the events, each in a folder"),

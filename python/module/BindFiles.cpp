@@ -11,7 +11,9 @@
 #include <vector>
 
 #include "io/CodeNTuple.hpp"
+#include "io/DistinctFiles.hpp"
 #include "io/IntegerName.hpp"
+#include "io/InterruptCheck.hpp"
 #include "io/PositionReader.hpp"
 #include "python/module/Arrays.hpp"
 #include "python/module/Bindings.hpp"
@@ -68,7 +70,22 @@ nb::object CoordinatesOf(const Positions& items) {
   return ArrayOf(std::move(numbers), {items.size(), 3});
 }
 
+/// Lets Python handle a signal, such as Ctrl-C, before a read that may wait.
+void HandleSignals() {
+  const nb::gil_scoped_acquire locked;
+  if (PyErr_CheckSignals() != 0) throw nb::python_error();
+}
+
 void BindReadPositions(nb::module_& module) {
+  IO::SetInterruptCheck(&HandleSignals);
+  module.def(
+      "require_distinct_files",
+      [](const std::vector<nb::bytes>& inputs) {
+        std::vector<std::string> names;
+        for (const nb::bytes& input : inputs) names.push_back(PathOf(input));
+        IO::RequireDistinctFiles(names, {});
+      },
+      nb::arg("inputs"), "Refuse one file as two inputs.");
   module.def(
       "read_positions",
       [](const nb::bytes& path, const std::string& nameColumn) {

@@ -28,7 +28,7 @@ def replacing(path: str | os.PathLike[str]) -> Iterator[IO[bytes]]:
             os.fsync(file.fileno())
             os.replace(temporary, target)
         except BaseException:
-            temporary.unlink()
+            temporary.unlink(missing_ok=True)
             raise
     _sync_folder(target.parent)
 

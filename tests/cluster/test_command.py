@@ -125,6 +125,8 @@ def test_a_dry_run_tells_parts_bytes_and_time_and_writes_nothing(call, scheduler
 @pytest.mark.parametrize("arguments", [
     [], ["scan"], ["scan", *INPUTS, "--output", "out"], ["merge", "out"],
     ["scan", *INPUTS, "--output", "out", "--local", "0"],
+    ["scan", *INPUTS, "--output", "out", "--local", "two"],
+    ["scan", *INPUTS, "--output", "out", "--local", "2", "--events", DATA / "pmts.csv"],
     ["scan", *INPUTS, "--output", "out", "--local", "2", "--scheduler", "tcp://127.0.0.1:1"],
     ["merge", "missing", "all.parquet"],
 ])

@@ -137,7 +137,9 @@ class Campaign:
         path = folder / PMTS
         try:
             pmts = Positions.read(path)
-        except (pa.ArrowInvalid, KeyError) as error:
+        except FileNotFoundError as error:
+            raise CampaignError(f"{path}: missing") from error
+        except (OSError, pa.ArrowInvalid, KeyError) as error:
             raise CampaignError(f"{path}: damaged: {error}") from error
         if pmts.sha256() != self.pmts_sha256:
             raise CampaignError(f"{path}: not the PMTs of the campaign")

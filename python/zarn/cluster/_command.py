@@ -118,13 +118,17 @@ def _add_merge(commands: Any) -> None:
 
 
 def _workers(text: str) -> int:
-    number = int(text)
+    try:
+        number = int(text)
+    except ValueError:
+        raise argparse.ArgumentTypeError(f"{text!r} is not a whole number") from None
     if number < 1:
         raise argparse.ArgumentTypeError(f"{number} is less than 1")
     return number
 
 
 def _scan(options: argparse.Namespace) -> None:
+    _core.require_distinct_files([os.fsencode(options.events), os.fsencode(options.pmts)])
     event_names, events = _read(options.events, "event")
     pmt_names, pmts = _read(options.pmts, "pmt")
     calculator = Calculator(options.geometry, options.run, options.tolerance)

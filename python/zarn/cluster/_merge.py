@@ -108,7 +108,7 @@ def _write_rntuple(campaign: Campaign, pmts: Positions, rows: _Rows, target: Pat
         integer_events=pa.types.is_int64(rows.event_type),
         reflections=campaign.reflections,
     )
-    for table in rows:
+    for table in rows if len(pmts) else ():
         events = table["event"].to_numpy()[:: len(pmts)]
         codes = [
             np.ascontiguousarray(table[name].to_numpy()).reshape(-1, len(pmts))

@@ -65,7 +65,7 @@ def encode_part(
             for codes in _judge(calculator, campaign, pmts, some):
                 counts += np.bincount(codes, minlength=len(Verdict))
                 columns.append(pa.array(codes))
-            writer.write_table(pa.table(columns, schema=schema))
+            writer.write_table(pa.table(columns, schema=schema), row_group_size=max(1, rows))
         about = {"campaign": campaign.to_dict(), "part": part, "counts": counts.tolist()}
         hashed = (_LABEL + _NO_HASH).decode()
         writer.add_key_value_metadata({"zarn": json.dumps(about), "checksum": hashed})
@@ -129,10 +129,13 @@ class PartFile:
         at = _hash_place(content)
         if content[at : at + len(_NO_HASH)] != _hash_of(content, at):
             raise Damaged("its checksum does not fit")
-        self.size = len(content)
         self._file = pq.ParquetFile(pa.BufferReader(content))
         about = json.loads(self._file.metadata.metadata[b"zarn"])
-        campaign.require_same(Campaign(**about["campaign"]), path)
+        try:
+            made_for = Campaign(**about["campaign"])
+        except TypeError as error:
+            raise CampaignError(f"{path}: made by another version of zarn") from error
+        campaign.require_same(made_for, path)
         if about["part"] != part:
             raise CampaignError(f"{path}: the content of {part_name(about['part'])}")
         self.counts: list[int] = about["counts"]

@@ -158,8 +158,10 @@ def _require_version(client: Client) -> None:
     """
     ask = "__import__('zarn').__version__"
     for address, version in client.run(eval, ask, on_error="return").items():
-        if isinstance(version, Exception):
+        if isinstance(version, (ImportError, AttributeError)):
             raise CampaignError(f"worker {address}: has no zarn: {version}")
+        if isinstance(version, Exception):  # the worker has died: others do its tasks
+            continue
         if version != __version__:
             raise CampaignError(f"worker {address}: has zarn {version}, expected {__version__}")
 

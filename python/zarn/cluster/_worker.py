@@ -3,7 +3,6 @@
 from __future__ import annotations
 
 import threading
-import time
 from dataclasses import dataclass
 from pathlib import Path
 
@@ -22,9 +21,6 @@ class Done:
     part: int
     counts: list[int]
     """Light paths by verdict."""
-    size: int
-    """Bytes of the file."""
-    seconds: float
     is_new: bool
     """False for a part that was there and fits."""
     damage: str
@@ -53,14 +49,12 @@ def make_part(folder: str, campaign: Campaign, part: int, events: Positions) -> 
             campaign. The text names the worker.
         OSError: the part cannot be written.
     """
-    begin = time.perf_counter()
     try:
         loaded = _load(folder, campaign)
         damage = ""
         try:
             there = PartFile(Path(folder), campaign, part)
-            return Done(
-                part, there.counts, there.size, time.perf_counter() - begin, False, damage)
+            return Done(part, there.counts, False, damage)
         except FileNotFoundError:
             pass
         except Damaged as error:
@@ -69,7 +63,7 @@ def make_part(folder: str, campaign: Campaign, part: int, events: Positions) -> 
         raise CampaignError(f"worker {get_worker().address}: {error}") from error
     content, counts = encode_part(loaded.calculator, campaign, loaded.pmts, part, events)
     write_part(Path(folder) / part_name(part), content)
-    return Done(part, counts, len(content), time.perf_counter() - begin, True, damage)
+    return Done(part, counts, True, damage)
 
 
 def _load(folder: str, campaign: Campaign) -> _Loaded:
