@@ -1,9 +1,11 @@
 """The command zarn-shadow-cluster."""
 
+import os
 import re
 import signal
 import subprocess
 import sys
+import time
 
 import dask
 import pyarrow.parquet as pq
@@ -134,6 +136,19 @@ def test_wrong_usage_has_the_status_2(call, arguments):
     status, said = call(*arguments)
     assert status == 2
     assert "zarn-shadow-cluster" in said.err.splitlines()[-1]
+
+
+def test_ctrl_c_ends_the_reading_of_events(tmp_path):
+    pipe = tmp_path / "events.csv"
+    os.mkfifo(pipe)
+    child = start("scan", "--events", pipe, *INPUTS[2:], "--local", "1", "--output", "out")
+    with open(pipe, "w") as events:  # waits for the reader
+        events.write("event,x,y,z\n")
+        events.flush()
+        time.sleep(0.2)
+        child.send_signal(signal.SIGINT)
+        _, err = child.communicate(timeout=60)
+    assert (child.returncode, err) == (130, "zarn-shadow-cluster: interrupted\n")
 
 
 def test_a_scheduler_that_does_not_answer_is_named(call, tmp_path):
