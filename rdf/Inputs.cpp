@@ -9,6 +9,7 @@
 #include <stdexcept>
 #include <type_traits>
 
+#include "io/LightPathBlock.hpp"
 #include "lightpath/LightPathType.hpp"
 
 namespace ZARN::RDF {
@@ -39,9 +40,7 @@ int AsType(Number number) {
 }
 
 int TypeOfName(const std::string& name) {
-  const auto found = std::find(DU::kLightPathTypeNames.begin(),
-                               DU::kLightPathTypeNames.end(), name);
-  return static_cast<int>(found - DU::kLightPathTypeNames.begin());
+  return static_cast<int>(IO::LightPathBlock::TypeOfName(name));
 }
 
 std::string Joined(const std::vector<std::string>& words, const char* between) {
