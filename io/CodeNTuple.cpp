@@ -1,6 +1,5 @@
 #include "io/CodeNTuple.hpp"
 
-#include <algorithm>
 #include <utility>
 
 #include "io/IntegerName.hpp"
@@ -13,11 +12,10 @@ namespace {
 /// size needs little memory.
 constexpr std::uint64_t kRowsOfCluster = 1U << 20U;
 
-std::unique_ptr<ROOT::RNTupleModel> ModelOf(const CodeNTuple::Fields& fields,
-                                            bool hasIntegerPMTs) {
+std::unique_ptr<ROOT::RNTupleModel> ModelOf(const CodeNTuple::Fields& fields) {
   auto model = ROOT::RNTupleModel::Create();
   NameField::AddTo(*model, "event", fields.hasIntegerEvents);
-  NameField::AddTo(*model, "pmt", hasIntegerPMTs);
+  NameField::AddTo(*model, "pmt", fields.hasIntegerPMTs);
   model->MakeField<std::uint8_t>("code", "number of the verdict");
   if (fields.hasReflections) {
     model->MakeField<std::uint8_t>("reflected_code",
@@ -37,12 +35,11 @@ struct CodeNTuple::Row {
   std::uint8_t* reflected;  // null without reflections
   std::uint64_t buffered = 0;
 
-  Row(const std::string& path, const Origin& origin, const Fields& fields,
-      bool hasIntegerPMTs)
+  Row(const std::string& path, const Origin& origin, const Fields& fields)
       : file(path),
-        rows(Begin(file, origin, ModelOf(fields, hasIntegerPMTs))),
+        rows(Begin(file, origin, ModelOf(fields))),
         event(rows, "event", fields.hasIntegerEvents),
-        pmt(rows, "pmt", hasIntegerPMTs),
+        pmt(rows, "pmt", fields.hasIntegerPMTs),
         code(rows.Field<std::uint8_t>("code")),
         reflected(fields.hasReflections
                       ? rows.Field<std::uint8_t>("reflected_code")
@@ -65,10 +62,12 @@ struct CodeNTuple::Row {
 CodeNTuple::CodeNTuple(const std::string& path, const Origin& origin,
                        std::vector<std::string> pmts, const Fields& fields)
     : pmts_(std::move(pmts)), fields_(fields) {
-  const bool hasIntegerPMTs = std::all_of(
-      pmts_.begin(), pmts_.end(),
-      [](const std::string& name) { return IntegerOf(name).has_value(); });
-  row_ = std::make_unique<Row>(path, origin, fields, hasIntegerPMTs);
+  if (fields.hasIntegerPMTs) {
+    for (const std::string& name : pmts_) {
+      integerPMTs_.push_back(IntegerOf(name).value());
+    }
+  }
+  row_ = std::make_unique<Row>(path, origin, fields);
 }
 
 CodeNTuple::~CodeNTuple() = default;
@@ -77,11 +76,19 @@ void CodeNTuple::Add(const std::string& event, const std::uint8_t* codes,
                      const std::uint8_t* reflected) {
   row_->event.Set(event);
   for (std::size_t i = 0; i < pmts_.size(); ++i) {
-    row_->pmt.Set(pmts_[i]);
+    SetPMT(i);
     *row_->code = codes[i];
     if (fields_.hasReflections) *row_->reflected = reflected[i];
     row_->rows.Fill();
     if (++row_->buffered == kRowsOfCluster) row_->WriteBuffered();
+  }
+}
+
+void CodeNTuple::SetPMT(std::size_t pmt) {
+  if (integerPMTs_.empty()) {
+    row_->pmt.Set(pmts_[pmt]);
+  } else {
+    row_->pmt.Set(integerPMTs_[pmt]);
   }
 }
 

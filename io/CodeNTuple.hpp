@@ -19,11 +19,12 @@ class CodeNTuple {
  public:
   struct Fields {
     bool hasIntegerEvents = false;  ///< all names of events are integers
+    bool hasIntegerPMTs = false;    ///< and all of PMTs
     bool hasReflections = false;
   };
 
   /// @param path  a regular file, or a new name
-  /// @param pmts  their names: integers if all of them are
+  /// @param pmts  their names
   /// @throws OutputFailure if the file cannot be created
   CodeNTuple(const std::string& path, const Origin& origin,
              std::vector<std::string> pmts, const Fields& fields);
@@ -47,7 +48,10 @@ class CodeNTuple {
 
  private:
   struct Row;  // in ROOT's terms
+  void SetPMT(std::size_t pmt);
+
   std::vector<std::string> pmts_;
+  std::vector<std::int64_t> integerPMTs_;  // empty unless they are integers
   Fields fields_;
   std::unique_ptr<Row> row_;
 };

@@ -120,6 +120,8 @@ class NameField {
   ///
   /// @param name  IntegerOf must have a value if the field is one of integers
   void Set(std::string_view name);
+  /// The same, if the field is one of integers.
+  void Set(std::int64_t name) { *integer_ = name; }
 
  private:
   std::int64_t* integer_ = nullptr;

@@ -129,15 +129,17 @@ void BindCodeNTuple(nb::module_& module) {
              const std::string& program, int run, double tolerance,
              double wavelength, const std::string& fingerprint,
              std::vector<std::string> pmts, bool integerEvents,
-             bool reflections) {
+             bool integerPMTs, bool reflections) {
             const IO::Origin origin = {program,   ZARN_VERSION, run,
                                        tolerance, wavelength,   fingerprint};
-            new (self) IO::CodeNTuple(PathOf(path), origin, std::move(pmts),
-                                      {integerEvents, reflections});
+            new (self)
+                IO::CodeNTuple(PathOf(path), origin, std::move(pmts),
+                               {integerEvents, integerPMTs, reflections});
           },
           nb::arg("path"), nb::arg("program"), nb::arg("run"),
           nb::arg("tolerance"), nb::arg("wavelength"), nb::arg("fingerprint"),
-          nb::arg("pmts"), nb::arg("integer_events"), nb::arg("reflections"))
+          nb::arg("pmts"), nb::arg("integer_events"), nb::arg("integer_pmts"),
+          nb::arg("reflections"))
       .def("add", &AddRows, nb::arg("events"), nb::arg("codes").noconvert(),
            nb::arg("reflected").noconvert().none())
       .def("commit", &IO::CodeNTuple::Commit, nb::call_guard<Unlocked>());

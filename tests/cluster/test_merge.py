@@ -79,6 +79,9 @@ def test_names_stay(inside, calc, million, pmts, tmp_path):
     table = pq.read_table(tmp_path / "all.parquet")
     assert table["event"].to_pylist() == np.repeat(NAMES, 20).tolist()
     assert table["pmt"].to_pylist() == np.tile(pmt_names, 131).tolist()
+    pytest.importorskip("ROOT")
+    zarn.cluster.merge(tmp_path / "out", tmp_path / "all.root")
+    run_python(READ, tmp_path / "all.root", tmp_path / "all.parquet")
 
 
 @pytest.mark.parametrize("name", ["all.parquet", "all.root"])

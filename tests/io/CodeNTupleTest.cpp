@@ -23,7 +23,8 @@ constexpr std::array<std::uint8_t, 3> kReflected = {11, 1, 255};
 
 TEST_F(CodeNTupleTest, StoresIntegersCodesAndItsOrigin) {
   {
-    CodeNTuple file("codes.root", kOrigin, {"7", "-8", "9"}, {true, true});
+    CodeNTuple file("codes.root", kOrigin, {"7", "-8", "9"},
+                    {true, true, true});
     file.Add("-5", kDirect.data(), kReflected.data());
     file.Add("12", kReflected.data(), kDirect.data());
     file.Commit();
@@ -52,14 +53,15 @@ TEST_F(CodeNTupleTest, StoresIntegersCodesAndItsOrigin) {
 
 TEST_F(CodeNTupleTest, StoresNamesAndNoReflectionsThatAreNotThere) {
   {
-    CodeNTuple file("codes.root", kOrigin, {"7", "007", "\xC3\xA4"}, {});
+    CodeNTuple file("codes.root", kOrigin, {"7", "007", "8"}, {});
     file.Add("z=1", kDirect.data(), nullptr);
     file.Commit();
   }
   auto reader = ROOT::RNTupleReader::Open("verdicts", "codes.root");
   EXPECT_EQ(reader->GetView<std::string>("event")(2), "z=1");
   EXPECT_EQ(reader->GetView<std::string>("pmt")(1), "007");
-  EXPECT_EQ(reader->GetView<std::string>("pmt")(2), "\xC3\xA4");
+  // Text, as all names of this input, though it is a whole number.
+  EXPECT_EQ(reader->GetView<std::string>("pmt")(2), "8");
   EXPECT_EQ(reader->GetView<std::uint8_t>("code")(1), 6);
   EXPECT_EQ(reader->GetModel().GetFieldNames().count("reflected_code"), 0U);
 }
@@ -70,7 +72,7 @@ TEST_F(CodeNTupleTest, WritesClustersOfABoundedSizeInTheOrderOfTheRows) {
   std::vector<std::string> pmts;
   for (int i = 0; i < 1000; ++i) pmts.push_back(std::to_string(i));
   {
-    CodeNTuple file("codes.root", kOrigin, pmts, {true, false});
+    CodeNTuple file("codes.root", kOrigin, pmts, {true, true, false});
     for (std::int64_t i = 0; i < kEvents; ++i) {
       file.Add(std::to_string(i), codes.data(), nullptr);
     }
@@ -89,7 +91,8 @@ TEST_F(CodeNTupleTest, WritesClustersOfABoundedSizeInTheOrderOfTheRows) {
 
 TEST_F(CodeNTupleTest, LeavesNothingWithoutCommit) {
   {
-    CodeNTuple file("codes.root", kOrigin, {"0", "1", "2"}, {true, false});
+    CodeNTuple file("codes.root", kOrigin, {"0", "1", "2"},
+                    {true, true, false});
     file.Add("1", kDirect.data(), nullptr);
   }
   EXPECT_TRUE(std::filesystem::is_empty("."));

@@ -106,6 +106,7 @@ def _write_rntuple(campaign: Campaign, pmts: Positions, rows: _Rows, target: Pat
         fingerprint=campaign.fingerprint,
         pmts=[str(name) for name in pmts.names.to_pylist()],
         integer_events=pa.types.is_int64(rows.event_type),
+        integer_pmts=pa.types.is_int64(pmts.names.type),
         reflections=campaign.reflections,
     )
     for table in rows if len(pmts) else ():
