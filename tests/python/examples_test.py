@@ -134,6 +134,7 @@ class Examples(unittest.TestCase):
         self.assertLess(float(chi_square), 37.7)
         self.assert_shows(pictures, "fit-share.png", "#0b5cc0", "#1b2330", "#c9ced6")
 
+    @unittest.skipIf("ZARN_WITHOUT_FRAMES" in os.environ, "in the release build only")
     def test_distributed_frame(self):
         for name in ("ROOT", "distributed"):
             if importlib.util.find_spec(name) is None:
