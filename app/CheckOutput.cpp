@@ -4,29 +4,22 @@
 
 #include "app/Signals.hpp"
 #include "du/Verdict.hpp"
-#include "io/CsvText.hpp"
 #include "io/FileNames.hpp"
-#include "io/VerdictText.hpp"
 
 namespace ZARN::App {
 
 CheckOutput::CheckOutput(const CheckOptions& options, const IO::Origin& origin,
                          std::vector<std::string> nameColumns)
     : nameColumns_(std::move(nameColumns)),
-      columns_(options.verdicts.PairColumns()) {
+      rowText_(nameColumns_, options.verdicts.PairColumns()) {
   if (options.verdicts.WritesNTuple()) {
-    ntuple_.emplace(*options.verdicts.output, origin, columns_);
+    ntuple_.emplace(*options.verdicts.output, origin,
+                    options.verdicts.PairColumns());
     return;
   }
   csv_.emplace(options.verdicts.output);
   sidecar_.emplace(options.verdicts.output, origin);
-  std::string header = "row,";
-  for (const std::string& name : nameColumns_) header += name + ",";
-  header += "shadowed,by";
-  for (const IO::PairColumn* const column : columns_) {
-    header += std::string(",") + column->name;
-  }
-  csv_->Write(header + "\n");
+  csv_->Write(rowText_.Header());
 }
 
 void CheckOutput::BeginBlock(const PathCheck::CheckedBlock& block,
@@ -55,26 +48,14 @@ void CheckOutput::BeginNTuple(const std::vector<bool>& areIntegers) {
 void CheckOutput::Write(const std::string_view* names,
                         DU::eShadowingComponent by,
                         const IO::PathDetails& details) {
-  const IO::JudgedPair path = IO::JudgedPath(DU::VerdictOf(by), details);
   const std::uint64_t row = rows_++;
   if (ntuple_.has_value()) {
-    ntuple_->Fill(names, path);
+    ntuple_->Fill(names, IO::JudgedPath(DU::VerdictOf(by), details));
     return;
   }
-  line_.clear();
-  IO::AppendNumber(line_, row);
-  line_ += ',';
-  for (std::size_t i = 0; i < nameColumns_.size(); ++i) {
-    line_ += IO::CsvCell(names[i]);
-    line_ += ',';
-  }
-  IO::AppendVerdict(line_, by);
-  for (const IO::PairColumn* const column : columns_) {
-    line_ += ',';
-    IO::AppendCell(line_, *column, path);
-  }
-  line_ += '\n';
-  csv_->Write(line_);
+  text_.Clear();
+  rowText_.AppendRow(text_, row, names, by, details);
+  csv_->Write(text_.Text());
 }
 
 void CheckOutput::Commit() {

@@ -14,6 +14,8 @@
 #include "io/PathDetails.hpp"
 #include "io/PathSource.hpp"
 #include "io/PathVerdictNTuple.hpp"
+#include "io/PathVerdictText.hpp"
+#include "io/PieceText.hpp"
 #include "io/Sidecar.hpp"
 
 namespace ZARN::App {
@@ -51,7 +53,6 @@ class CheckOutput {
   void BeginNTuple(const std::vector<bool>& areIntegers);
 
   std::vector<std::string> nameColumns_;
-  std::vector<const IO::PairColumn*> columns_;
   std::uint64_t rows_ = 0;
 
   std::optional<IO::PathVerdictNTuple> ntuple_;
@@ -59,7 +60,8 @@ class CheckOutput {
 
   std::optional<IO::OutputFile> csv_;
   std::optional<IO::Sidecar> sidecar_;
-  std::string line_;
+  IO::PathVerdictText rowText_;
+  IO::PieceText text_;  // of a row
 };
 
 }  // namespace ZARN::App

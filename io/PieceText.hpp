@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
 #include <cstring>
 #include <memory>
 #include <string>
@@ -50,6 +51,13 @@ class PieceText {
     size_ += piece.size();
   }
 
+  /// Append any text.
+  void AppendText(std::string_view text) {
+    Reserve(text.size());
+    std::memcpy(text_.get() + size_, text.data(), text.size());
+    size_ += text.size();
+  }
+
   void Append(char character) {
     Reserve(1);
     text_[size_++] = character;
@@ -57,9 +65,12 @@ class PieceText {
 
   /// Append the shortest decimal that reads back as the same double.
   void AppendNumber(double value);
+  void AppendNumber(std::uint64_t value);
 
  private:
   void Grow(std::size_t length);
+  template <class Value>
+  void AppendDigits(Value value);
 
   std::unique_ptr<char[]> text_;
   std::size_t size_ = 0;

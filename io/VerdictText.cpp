@@ -28,14 +28,19 @@ void AppendVerdict(std::string& text, DU::eShadowingComponent by) {
   text += DU::NameOf(by);
 }
 
-void AppendCell(std::string& text, const PairColumn& column,
-                const JudgedPair& pair) {
-  if (column.kind == eValue::kText) {
-    text += CsvCell(column.text(pair));
-    return;
+void AppendColumns(PieceText& text,
+                   const std::vector<const PairColumn*>& columns,
+                   const JudgedPair& pair) {
+  for (const PairColumn* const column : columns) {
+    text.Append(',');
+    if (column->kind == eValue::kText) {
+      text.AppendText(CsvCell(column->text(pair)));
+      continue;
+    }
+    const std::optional<double> value = column->value(pair);
+    if (value.has_value()) text.AppendNumber(*value);
   }
-  const std::optional<double> value = column.value(pair);
-  if (value.has_value()) AppendNumber(text, *value);
+  text.Append('\n');
 }
 
 VerdictText::VerdictText(const std::vector<NamedPosition>& pmts,
@@ -65,21 +70,6 @@ std::string VerdictText::Header() const {
     header += std::string(",") + column->name;
   }
   return header + "\n";
-}
-
-void VerdictText::AppendColumns(PieceText& text, const JudgedPair& pair) const {
-  for (const PairColumn* const column : columns_) {
-    text.Append(',');
-    if (column->kind == eValue::kText) {
-      const std::string cell = CsvCell(column->text(pair));
-      text.Reserve(cell.size());
-      text.Append<0>(cell);
-      continue;
-    }
-    const std::optional<double> value = column->value(pair);
-    if (value.has_value()) text.AppendNumber(*value);
-  }
-  text.Append('\n');
 }
 
 }  // namespace ZARN::IO

@@ -21,9 +21,10 @@ inline constexpr const char* kNoPath = "no path";
 /// Append the cells shadowed (0 or 1) and by, without a line end.
 void AppendVerdict(std::string& text, DU::eShadowingComponent by);
 
-/// Append the cell of a column.
-void AppendCell(std::string& text, const PairColumn& column,
-                const JudgedPair& pair);
+/// Append a comma and the cell of each column, and a line end.
+void AppendColumns(PieceText& text,
+                   const std::vector<const PairColumn*>& columns,
+                   const JudgedPair& pair);
 
 /// Makes the CSV rows of verdicts: the columns event, pmt, type, shadowed and
 /// by, and then those of a list. Without a path type and shadowed are empty and
@@ -59,14 +60,12 @@ class VerdictText {
     text.Append<kUsualName>(begin.Text());
     text.Append<kUsualName>(pmtCell);
     text.Append<PieceText::kPadding>(ending);
-    if (!columns_.empty()) AppendColumns(text, pair);
+    if (!columns_.empty()) AppendColumns(text, columns_, pair);
   }
 
  private:
   static constexpr std::size_t kVerdicts =
       static_cast<std::size_t>(DU::eVerdict::kNoReflectedPath) + 1;
-
-  void AppendColumns(PieceText& text, const JudgedPair& pair) const;
 
   std::string pmtCells_;                // of all PMTs, each with a comma
   std::vector<std::size_t> pmtBegins_;  // of each in pmtCells_, and the end

@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <cstdint>
+#include <limits>
 #include <string>
 
 namespace ZARN::IO {
@@ -25,6 +27,18 @@ TEST(PieceText, JoinsPiecesOfAnyLengthAndNumbers) {
   text.Clear();
   text.Append('\n');
   EXPECT_EQ(text.Text(), "\n");
+}
+
+TEST(PieceText, AppendsTextsAndWholeNumbers) {
+  PieceText text;
+  text.AppendText("");
+  EXPECT_EQ(text.Text(), "");
+  const std::string longText(5000, 'x');
+  text.AppendText(longText);
+  text.AppendNumber(std::numeric_limits<std::uint64_t>::max());
+  text.AppendText("a,b");
+  text.AppendNumber(std::uint64_t{0});
+  EXPECT_EQ(text.Text(), longText + "18446744073709551615a,b0");
 }
 
 }  // namespace
