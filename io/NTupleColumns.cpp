@@ -33,6 +33,16 @@ eRootValue ValueOf(const std::string& type) {
   return kIntegers.count(type) > 0 ? eRootValue::kInteger : eRootValue::kOther;
 }
 
+/// The type in which values are read: their own, where numbers are wanted,
+/// which is faster than letting ROOT convert them.
+enum class eFieldType { kDouble, kFloat, kInteger, kText };
+
+eFieldType FieldTypeOf(const RootColumn& column) {
+  if (column.value == eRootValue::kText) return eFieldType::kText;
+  if (column.value == eRootValue::kInteger) return eFieldType::kInteger;
+  return column.type == "float" ? eFieldType::kFloat : eFieldType::kDouble;
+}
+
 /// Reads one field. Values of a field of its own are read in bulk. Text and
 /// fields inside others are read value by value, which ROOT offers for them.
 class NTupleColumn {
@@ -42,17 +52,19 @@ class NTupleColumn {
   using View = ROOT::RNTupleView<Value>;
 
   template <class Reader>
-  NTupleColumn(Reader reader, bool isInteger)
-      : reader_(std::move(reader)), isInteger_(isInteger) {}
+  NTupleColumn(Reader reader, eFieldType type)
+      : reader_(std::move(reader)), type_(type) {}
 
   /// Read entries of one cluster.
   void Read(ROOT::RNTupleLocalIndex begin, std::uint64_t first,
             std::size_t count, double* values) {
-    if (!isInteger_) return ReadAs<double>(begin, first, count, values);
-    integers_.resize(count);
-    ReadAs<std::int64_t>(begin, first, count, integers_.data());
-    std::transform(integers_.begin(), integers_.end(), values,
-                   [](std::int64_t i) { return static_cast<double>(i); });
+    if (type_ == eFieldType::kFloat) {
+      ReadAndConvert(begin, first, count, floats_, values);
+    } else if (type_ == eFieldType::kInteger) {
+      ReadAndConvert(begin, first, count, integers_, values);
+    } else {
+      ReadAs<double>(begin, first, count, values);
+    }
   }
   void Read(ROOT::RNTupleLocalIndex begin, std::uint64_t first,
             std::size_t count, std::int64_t* values) {
@@ -66,6 +78,16 @@ class NTupleColumn {
 
  private:
   template <class Value>
+  void ReadAndConvert(ROOT::RNTupleLocalIndex begin, std::uint64_t first,
+                      std::size_t count, std::vector<Value>& buffer,
+                      double* values) {
+    buffer.resize(count);
+    ReadAs<Value>(begin, first, count, buffer.data());
+    std::transform(buffer.begin(), buffer.end(), values,
+                   [](Value value) { return static_cast<double>(value); });
+  }
+
+  template <class Value>
   void ReadAs(ROOT::RNTupleLocalIndex begin, std::uint64_t first,
               std::size_t count, Value* values) {
     if (auto* const bulk = std::get_if<Bulk>(&reader_)) {
@@ -77,9 +99,11 @@ class NTupleColumn {
     for (std::size_t i = 0; i < count; ++i) values[i] = view(first + i);
   }
 
-  std::variant<Bulk, View<double>, View<std::int64_t>, View<std::string>>
+  std::variant<Bulk, View<double>, View<float>, View<std::int64_t>,
+               View<std::string>>
       reader_;
-  bool isInteger_;  // on disk
+  eFieldType type_;
+  std::vector<float> floats_;
   std::vector<std::int64_t> integers_;
 };
 
@@ -160,30 +184,45 @@ class NTupleColumns : public RootColumns {
     for (std::size_t i = 0; i < columns.size(); ++i) {
       const RootColumn& column = columns_[columns[i]];
       if (!isInBulk(i) || !added.insert(column.name).second) continue;
-      if (column.value == eRootValue::kInteger) {
-        model->MakeField<std::int64_t>(column.name);
-      } else {
-        model->MakeField<double>(column.name);
+      switch (FieldTypeOf(column)) {
+        case eFieldType::kFloat:
+          model->MakeField<float>(column.name);
+          break;
+        case eFieldType::kInteger:
+          model->MakeField<std::int64_t>(column.name);
+          break;
+        default:
+          model->MakeField<double>(column.name);
       }
     }
     bulkReader_ =
         ROOT::RNTupleReader::Open(std::move(model), *anchor_, options_);
     for (std::size_t i = 0; i < columns.size(); ++i) {
       const RootColumn& column = columns_[columns[i]];
-      const bool isInteger = column.value == eRootValue::kInteger;
       if (isInBulk(i)) {
         selected_.emplace_back(bulkReader_->GetModel().CreateBulk(column.name),
-                               isInteger);
-      } else if (types[i] == eRootValue::kText) {
-        selected_.emplace_back(reader_->GetView<std::string>(column.name),
-                               isInteger);
-      } else if (isInteger) {
-        selected_.emplace_back(reader_->GetView<std::int64_t>(column.name),
-                               isInteger);
+                               FieldTypeOf(column));
       } else {
-        selected_.emplace_back(reader_->GetView<double>(column.name),
-                               isInteger);
+        SelectView(column, types[i]);
       }
+    }
+  }
+
+  void SelectView(const RootColumn& column, eRootValue as) {
+    const eFieldType type =
+        as == eRootValue::kText ? eFieldType::kText : FieldTypeOf(column);
+    const auto add = [&](auto view) {
+      selected_.emplace_back(std::move(view), type);
+    };
+    switch (type) {
+      case eFieldType::kText:
+        return add(reader_->GetView<std::string>(column.name));
+      case eFieldType::kInteger:
+        return add(reader_->GetView<std::int64_t>(column.name));
+      case eFieldType::kFloat:
+        return add(reader_->GetView<float>(column.name));
+      case eFieldType::kDouble:
+        return add(reader_->GetView<double>(column.name));
     }
   }
 
