@@ -28,7 +28,8 @@
 #include "scan/VerdictCounts.hpp"
 
 /// Judging the light paths of a ROOT file, as zarn-shadow check does, beside
-/// only reading its columns in bulk: processor time on one thread.
+/// only reading its columns in bulk: processor time on one thread; and the time
+/// on two threads, of which one reads.
 namespace ZARN {
 namespace {
 
@@ -191,13 +192,13 @@ const DU::ShadowingCalculator& Calculator() {
 }
 
 /// All that the command does between start-up and its table of counts.
-void Check(const std::string& name) {
+void Check(const std::string& name, std::size_t threads) {
   App::CheckOptions options;
   options.paths = name;
   options.verdicts.output = "/dev/null";
   const auto source = IO::OpenPaths(name, {});
   App::CheckOutput output(options, {}, source->NameColumns());
-  App::PathCheck check(Calculator(), *source, {1});
+  App::PathCheck check(Calculator(), *source, {threads});
   Scan::VerdictCounts counts;
   const IO::PathDetails noDetails;
   while (const App::PathCheck::CheckedBlock* const block = check.Next()) {
@@ -213,21 +214,30 @@ void Check(const std::string& name) {
 }
 
 template <class Work>
-void Register(const std::string& way, const std::string& file,
-              const Work& work) {
-  benchmark::RegisterBenchmark(
-      ("root/" + way + "/" + file).c_str(),
-      [work, file](benchmark::State& state) {
-        if (!files.has_value()) files.emplace();
-        const std::string name = files->Get(file);
-        Calculator();
-        for (auto _ : state) work(name);
-        state.SetItemsProcessed(state.iterations() *
-                                static_cast<std::int64_t>(kPaths));
-        state.counters["paths"] = kPaths;
-      })
-      ->MeasureProcessCPUTime()
+benchmark::internal::Benchmark* Register(const std::string& way,
+                                         const std::string& file,
+                                         const Work& work) {
+  return benchmark::RegisterBenchmark(
+             ("root/" + way + "/" + file).c_str(),
+             [work, file](benchmark::State& state) {
+               if (!files.has_value()) files.emplace();
+               const std::string name = files->Get(file);
+               Calculator();
+               for (auto _ : state) work(name);
+               state.SetItemsProcessed(state.iterations() *
+                                       static_cast<std::int64_t>(kPaths));
+               state.counters["paths"] = kPaths;
+             })
       ->Unit(benchmark::kMillisecond);
+}
+
+void RegisterAll(const std::string& file, void (*read)(const std::string&)) {
+  const auto check = [](std::size_t threads) {
+    return [threads](const std::string& name) { Check(name, threads); };
+  };
+  Register("read", file, read)->MeasureProcessCPUTime();
+  Register("check", file, check(1))->MeasureProcessCPUTime();
+  Register("check-on-two", file, check(2))->UseRealTime();
 }
 
 }  // namespace
@@ -235,10 +245,8 @@ void Register(const std::string& way, const std::string& file,
 
 int main(int argc, char** argv) {
   for (const char* const kind : {"doubles", "floats"}) {
-    ZARN::Register("read", std::string("tree-") + kind, ZARN::ReadTree);
-    ZARN::Register("check", std::string("tree-") + kind, ZARN::Check);
-    ZARN::Register("read", std::string("ntuple-") + kind, ZARN::ReadNTuple);
-    ZARN::Register("check", std::string("ntuple-") + kind, ZARN::Check);
+    ZARN::RegisterAll(std::string("tree-") + kind, ZARN::ReadTree);
+    ZARN::RegisterAll(std::string("ntuple-") + kind, ZARN::ReadNTuple);
   }
   benchmark::Initialize(&argc, argv);
   benchmark::RunSpecifiedBenchmarks();
