@@ -1,0 +1,1 @@
+// Makes the precompiled header of the tests.
