@@ -30,6 +30,8 @@ struct MapCounts {
   /// less that of kTotalReflection.
   std::array<std::uint64_t, 4> withoutPath = {};
 
+  /// Count a verdict. kNoReflectedPath is not one of direct light and counts
+  /// nothing.
   void Add(DU::eVerdict verdict, std::uint64_t count = 1);
   std::uint64_t WithoutPath() const;
   std::uint64_t All() const { return paths.Paths() + WithoutPath(); }
@@ -37,7 +39,9 @@ struct MapCounts {
 
 /// One PMT on a map of marks.
 struct MapMark {
-  TVector3 direction;  ///< from the point of view; any length but zero
+  /// From the point of view, any length. A PMT without one (zero, or not
+  /// finite) is not drawn, and the map says how many there are.
+  TVector3 direction;
   /// For one event; kClear on a map of several.
   DU::eVerdict verdict = DU::eVerdict::kClear;
   /// On a map of several events: light paths and those that are shadowed.
@@ -49,8 +53,10 @@ struct MapMark {
 };
 
 /// The verdicts of every direction, as pixels in rows from the top left. Pixel
-/// (column, row) stands for the direction of its centre; pixels whose centre
-/// lies outside the ellipse are not judged.
+/// (column, row) stands for the direction of its centre (MapGrid::FindDirection
+/// of display/Mollweide.hpp); pixels whose centre lies outside the ellipse are
+/// not judged. FindMapGrid (display/SkyMap.hpp) gives the best size: two pixels
+/// a unit of the picture, which makes edges smooth.
 struct MapPixels {
   std::size_t columns = 0;
   std::size_t rows = 0;
@@ -59,13 +65,19 @@ struct MapPixels {
   std::vector<DU::eVerdict> before;
 };
 
-/// The tolerance panel: what blocks at each of several tolerances.
+/// What a tolerance panel counts; its title says so.
+enum class eMapPanelUnit { kPMTs, kDirections, kLightPaths };
+
+/// The tolerance panel: what blocks at each of several tolerances, at least
+/// two. The run's own is marked with its share if it is one of them.
 struct MapPanel {
-  std::vector<double> tolerances;            ///< mm, increasing
-  std::vector<Scan::VerdictCounts> counts;   ///< at each of them
+  eMapPanelUnit unit = eMapPanelUnit::kPMTs;
+  std::vector<double> tolerances;           ///< mm, increasing
+  std::vector<Scan::VerdictCounts> counts;  ///< at each of them
 };
 
-/// One kind of change between two sets of tables.
+/// One kind of change between two sets of tables. Reasons why there is no path
+/// count as one verdict: a change from one to the other is none.
 struct MapChange {
   DU::eVerdict before;
   DU::eVerdict after;
@@ -86,6 +98,7 @@ struct MapContent {
   MapCounts counts;  ///< over all events
   /// Components in the order of testing.
   std::array<eComponentState, DU::kNumberOfComponents> components = {};
+  /// Without it (and no comparison) the map takes the room.
   std::optional<MapPanel> panel;
 
   int run = 0;
@@ -94,7 +107,9 @@ struct MapContent {
   std::string detector;     ///< name of the tables
   std::string title;        ///< empty: made from the content
 
-  /// A comparison with a second set of tables.
+  /// A comparison with a second set of tables, of one event: `counts`,
+  /// `components` and `run` are those of the second. The table of changes takes
+  /// the place of the panel.
   struct Comparison {
     std::string before;  ///< names the first tables, as "reference-detector"
     std::string after;   ///< names the second ones, with the run if it differs
