@@ -8,6 +8,7 @@
 #include <stdexcept>
 
 #include "display/PangoText.hpp"
+#include "display/PngEncoder.hpp"
 
 namespace ZARN::Display {
 namespace {
@@ -40,13 +41,7 @@ cairo_status_t Append(void* bytes, const unsigned char* data,
   return CAIRO_STATUS_SUCCESS;
 }
 
-std::string PngOf(cairo_surface_t* surface) {
-  std::string bytes;
-  Check(cairo_surface_write_to_png_stream(surface, Append, &bytes));
-  return bytes;
-}
-
-Surface SurfaceOf(const Image& image) {
+void CheckImage(const Image& image) {
   if (image.columns == 0 || image.rows == 0 || image.columns > kLargestSide ||
       image.rows > kLargestSide ||
       image.pixels.size() != image.columns * image.rows) {
@@ -54,20 +49,21 @@ Surface SurfaceOf(const Image& image) {
                              std::to_string(image.columns) + " x " +
                              std::to_string(image.rows) + " pixels");
   }
-  const int columns = static_cast<int>(image.columns);
-  const int rows = static_cast<int>(image.rows);
-  Surface surface(
-      cairo_image_surface_create(CAIRO_FORMAT_ARGB32, columns, rows));
+}
+
+// The pixels of an image; cairo's rows of four bytes a pixel have no gaps.
+std::uint32_t* PixelsOf(cairo_surface_t* surface) {
+  return static_cast<std::uint32_t*>(
+      static_cast<void*>(cairo_image_surface_get_data(surface)));
+}
+
+Surface SurfaceOf(const Image& image) {
+  CheckImage(image);
+  Surface surface(cairo_image_surface_create(CAIRO_FORMAT_RGB24,
+                                             static_cast<int>(image.columns),
+                                             static_cast<int>(image.rows)));
   Check(cairo_surface_status(surface.get()));
-  unsigned char* const data = cairo_image_surface_get_data(surface.get());
-  const int stride = cairo_image_surface_get_stride(surface.get());
-  for (std::size_t row = 0; row < image.rows; ++row) {
-    const auto* const first = image.pixels.data() + row * image.columns;
-    std::copy_n(
-        static_cast<const unsigned char*>(static_cast<const void*>(first)),
-        image.columns * sizeof(std::uint32_t),
-        data + row * static_cast<std::size_t>(stride));
-  }
+  std::copy(image.pixels.begin(), image.pixels.end(), PixelsOf(surface.get()));
   cairo_surface_mark_dirty(surface.get());
   return surface;
 }
@@ -193,7 +189,10 @@ std::string WritePng(const Drawing& drawing, double density) {
   const Surface surface(cairo_image_surface_create(
       CAIRO_FORMAT_RGB24, static_cast<int>(width), static_cast<int>(height)));
   DrawOn(surface.get(), drawing, scale);
-  return PngOf(surface.get());
+  cairo_surface_flush(surface.get());
+  const auto columns = static_cast<std::size_t>(width);
+  return EncodePng(PixelsOf(surface.get()), columns, columns,
+                   static_cast<std::size_t>(height));
 }
 
 std::string WritePdf(const Drawing& drawing) {
@@ -216,7 +215,9 @@ std::string WritePdf(const Drawing& drawing) {
 }
 
 std::string EncodePng(const Image& image) {
-  return PngOf(SurfaceOf(image).get());
+  CheckImage(image);
+  return EncodePng(image.pixels.data(), image.columns, image.columns,
+                   image.rows);
 }
 
 }  // namespace ZARN::Display

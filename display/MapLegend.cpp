@@ -11,8 +11,8 @@ namespace {
 constexpr double kRow = 27.0;
 constexpr double kColumn = 262.0;
 constexpr double kNameX = 24.0;
-constexpr double kPercentX = 236.0;  // where percents end
-constexpr double kPercentWidth = 52.0;
+constexpr double kPercentX = 237.0;  // where percents end
+constexpr double kPercentWidth = 54.0;
 constexpr double kBaseline = 4.5;  // below the middle of a row
 
 struct Entry {
@@ -81,17 +81,16 @@ void AddEntry(const MapScene& scene, const Entry& entry, const Point& at,
     group.items.push_back(std::move(item));
   }
   const double y = at.y + kBaseline;
-  const double end = at.x + kPercentX;
+  const bool isAlone =
+      entry.count.empty() && entry.state == eComponentState::kTested;
+  const double end = at.x + kPercentX - (isAlone ? kPercentWidth : 0.0);
   double room = end - scene.ruler.WidthOf(entry.percent, kLabelFont);
-  group.items.emplace_back(
-      Text{entry.percent,
-           {end, y},
-           kLabelFont,
-           entry.count.empty() && entry.state == eComponentState::kTested
-               ? theme.text
-               : theme.secondText,
-           eAnchor::kEnd,
-           std::nullopt});
+  group.items.emplace_back(Text{entry.percent,
+                                {end, y},
+                                kLabelFont,
+                                isAlone ? theme.text : theme.secondText,
+                                eAnchor::kEnd,
+                                std::nullopt});
   if (!entry.count.empty()) {
     const double countEnd = end - kPercentWidth;
     room = countEnd - scene.ruler.WidthOf(entry.count, kLabelFont);
@@ -212,13 +211,13 @@ Group DrawLegend(const MapScene& scene) {
   Group group = {"legend", {}, {}};
   const Box& legend = scene.layout.legend;
   const bool isBeside = scene.layout.legendPlace == eLegendPlace::kBeside;
-  double y = legend.y + 14.0;  // of the heading
+  double y = legend.y + 18.0;  // of the heading
   const bool hasShares =
       scene.content.HasSeveralEvents() && !scene.content.IsComparison();
   if (hasShares) {
     const Box& map = scene.layout.map;
-    AddShareKey(scene, {map.MiddleX(), map.Bottom() + 43.0}, group);
-    if (!isBeside) y += 25.0;
+    AddShareKey(scene, {map.MiddleX(), map.Bottom() + 40.0}, group);
+    if (!isBeside) y += 24.0;
   }
   const std::vector<std::string> heading =
       scene.ruler.Wrap(HeadingOf(scene.content), kHeadingFont, legend.width, 2);
@@ -244,7 +243,7 @@ Group DrawLegend(const MapScene& scene) {
   group.items.emplace_back(
       Text{scene.ruler.Shorten(ReasonsOf(scene.content), kNoteFont,
                                kPercentX - kNameX),
-           {at.x + kNameX, at.y + kRow - 2.0 + 2.0},
+           {at.x + kNameX, at.y + kRow},
            kNoteFont,
            scene.theme.secondText,
            eAnchor::kStart,
@@ -253,7 +252,7 @@ Group DrawLegend(const MapScene& scene) {
   AddLines(scene,
            scene.ruler.Wrap(FootnoteOf(scene.content), kNoteFont, legend.width,
                             isBeside ? 4 : 2),
-           {legend.x, end + 12.0}, group);
+           {legend.x, end + 9.0}, group);
   return group;
 }
 

@@ -173,7 +173,7 @@ Group DrawMapWords(const MapScene& scene) {
   for (const int latitude : {-60, -30, 0, 30, 60}) {
     const Point end = scene.PlaceOf(PointAt(180.0, latitude));
     group.items.emplace_back(Text{DegreesOf(latitude),
-                                  {end.x - 5.0, end.y + 4.0},
+                                  {end.x - 7.0, end.y + 4.0},
                                   kAxisFont,
                                   theme.secondText,
                                   eAnchor::kEnd,

@@ -93,9 +93,8 @@ struct Sum {
   // The weights of a pixel and its neighbours add up to 16.
   std::uint32_t Mean() const {
     constexpr unsigned kHalf = 8;
-    constexpr std::uint32_t kOpaque = 0xFF000000U;
-    return kOpaque | ((red + kHalf) / 16U) << 16U |
-           ((green + kHalf) / 16U) << 8U | ((blue + kHalf) / 16U);
+    return ((red + kHalf) / 16U) << 16U | ((green + kHalf) / 16U) << 8U |
+           ((blue + kHalf) / 16U);
   }
 };
 

@@ -77,9 +77,10 @@ std::string WordOfCount(std::uint64_t count) {
 
 std::string WordOfShare(std::uint64_t count, std::uint64_t all) {
   if (all == 0) return "\u2013";
-  return Fixed(100.0 * static_cast<double>(count) / static_cast<double>(all),
-               1) +
-         " %";
+  const double percent =
+      100.0 * static_cast<double>(count) / static_cast<double>(all);
+  const std::string word = Fixed(percent, 1);
+  return (count > 0 && word == "0.0" ? "< 0.1" : word) + " %";
 }
 
 std::string UnitOf(const MapContent& content) {

@@ -45,6 +45,19 @@ class Plot {
     }
     step_ = StepOf(std::max(highest_, 0.1), 6.0);
     top_ = step_ * std::max(1.0, std::ceil(highest_ / step_ - 1e-9));
+    // Room above the bands for the number of the run's tolerance. It stands
+    // left of the run, unless that is too far left.
+    constexpr double kRoom = 0.04;
+    constexpr double kFarLeft = 0.4;
+    const double run = scene.content.tolerance;
+    double below = 0.0;
+    for (std::size_t i = 0; i < sums_.size(); ++i) {
+      const bool isLeft = panel_.tolerances[i] <= run;
+      if (isLeft || X(run) < box_.x + kFarLeft * box_.width) {
+        below = std::max(below, sums_[i].back());
+      }
+    }
+    if (below > (1.0 - kRoom) * top_) top_ += step_;
   }
 
   const Box& Place() const { return box_; }
@@ -239,18 +252,21 @@ void AddRun(const MapScene& scene, const Plot& plot, Group& group) {
   const double width = std::max(scene.ruler.WidthOf(words[0], kNoteFont),
                                 scene.ruler.WidthOf(words[1], kNoteFont));
   const bool fitsLeft = dot.x - 8.0 - width >= plot.Place().x + 4.0;
-  double y = dot.y - 12.0;
-  double x = dot.x - 8.0;
-  if (!fitsLeft) {
-    // Above what the bands reach below the words.
-    x = std::max(dot.x - 8.0, plot.Place().x + 4.0);
-    for (std::size_t i = 0; i < tolerances.size(); ++i) {
-      const double there = plot.X(tolerances[i]);
-      if (there < x - 24.0 || there > x + width + 24.0) continue;
-      y = std::min(y, plot.Y(plot.Sum(i, DU::kNumberOfComponents)) - 12.0);
+  const double x =
+      fitsLeft ? dot.x - 8.0 : std::max(dot.x - 8.0, plot.Place().x + 4.0);
+  const double left = fitsLeft ? x - width : x;
+  double y = dot.y - 12.0;  // between the two lines, above all bands there
+  for (std::size_t i = 0; i < tolerances.size(); ++i) {
+    const std::size_t next = std::min(i + 1, tolerances.size() - 1);
+    if (plot.X(tolerances[next]) < left ||
+        plot.X(tolerances[i]) > left + width) {
+      continue;
+    }
+    for (const std::size_t end :
+         fitsLeft ? std::array{i, std::min(next, at)} : std::array{i, next}) {
+      y = std::min(y, plot.Y(plot.Sum(end, DU::kNumberOfComponents)) - 12.0);
     }
   }
-  y = std::max(y, plot.Place().y + 6.0);
   for (std::size_t i = 0; i < 2; ++i) {
     group.items.emplace_back(
         Text{words[i],
