@@ -73,13 +73,12 @@ struct Text {
   std::optional<Stroke> halo;  ///< around the letters, on top of a picture
 };
 
-/// Pixels in rows from the top left, stretched to a box.
+/// Opaque pixels in rows from the top left, stretched to a box.
 struct Image {
   Box box;
   std::size_t columns = 0;
   std::size_t rows = 0;
-  /// 0xAARRGGBB; red, green and blue are multiplied by the opacity.
-  std::vector<std::uint32_t> pixels;
+  std::vector<std::uint32_t> pixels;  ///< 0xRRGGBB
 };
 
 using Item = std::variant<Shapes, Lines, Text, Image>;

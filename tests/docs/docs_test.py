@@ -18,6 +18,7 @@ VERDICT_SHARES = os.environ["ZARN_VERDICT_SHARES"]
 DETECTOR = SOURCE / "data" / "reference-detector"
 README = (SOURCE / "README.md").read_text()
 COMMANDS = (SOURCE / "docs" / "commands.md").read_text()
+MAP = (SOURCE / "docs" / "map.md").read_text()
 VERDICTS = (SOURCE / "docs" / "verdicts.md").read_text()
 PYTHON = (SOURCE / "docs" / "python.md").read_text()
 PAGES = [p for p in SOURCE.rglob("*.md")
@@ -76,11 +77,11 @@ class Documents(unittest.TestCase):
 
     def test_the_help_texts_are_current(self):
         shown = {}
-        for block in blocks(COMMANDS, "text"):
+        for block in blocks(COMMANDS + MAP, "text"):
             line, text = block.split("\n", 1)
             shown[line] = text.strip()
         self.assertEqual(sorted(shown), [f"$ zarn-shadow {c} --help"
-                                         for c in ("check", "explain", "scan")])
+                                         for c in ("check", "explain", "map", "scan")])
         for line, text in shown.items():
             said = subprocess.run([ZARN_SHADOW, *line.split()[2:]],
                                   capture_output=True, text=True, check=True).stdout
