@@ -224,7 +224,7 @@ class Documents(unittest.TestCase):
     @unittest.skipUnless("ZARN_PYTHON" in os.environ, "built without the Python package")
     def test_the_Python_shown_prints_what_is_shown(self):
         for page, text, needs in (("README.md", README, "numpy"),
-                                  ("python.md", PYTHON, "pandas, pyarrow, ROOT")):
+                                  ("python.md", PYTHON, "pandas, pyarrow, matplotlib, ROOT")):
             shown = re.findall(r"^```python\n(.*?)^```\n(?:\n```output\n(.*?)^```$)?", text,
                                re.MULTILINE | re.DOTALL)
             self.assertNotEqual(shown, [])
