@@ -102,6 +102,7 @@ class Documents(unittest.TestCase):
         del shown["performance.svg"]  # shows times, which differ between runs
         for script, program in (("draw-light-paths.py", ZARN_SHADOW),
                                 ("draw-verdicts.py", ZARN_SHADOW),
+                                ("draw-maps.py", ZARN_SHADOW),
                                 ("draw-flow.py", VERDICT_SHARES)):
             with tempfile.TemporaryDirectory() as folder:
                 subprocess.run([SOURCE / "docs" / script, program, folder], check=True)
@@ -112,6 +113,13 @@ class Documents(unittest.TestCase):
                 self.assertTrue(text == shown.pop(name, None),
                                 f"docs/{name} is not what docs/{script} draws now")
         self.assertEqual(list(shown), [])
+
+    def test_the_colours_of_the_drawings_are_those_of_the_palette(self):
+        palette = (SOURCE / "display" / "palette.json").read_text()
+        for drawing in (SOURCE / "docs").glob("*.svg"):
+            if drawing.name != "performance.svg":
+                used = set(re.findall(r"[\": ](#[0-9a-f]{6})\b", drawing.read_text()))
+                self.assertEqual({c for c in used if f'"{c}"' not in palette}, set(), drawing)
 
     def test_every_command_shown_is_valid(self):
         for page in PAGES:
