@@ -1,13 +1,17 @@
 """Sky maps drawn by matplotlib."""
 
 import dataclasses
+import html
 import json
+import os
 import pathlib
+import re
+import subprocess
 
 import numpy as np
 import pytest
 import zarn
-from support import DATA, SOURCE, run_python
+from support import DATA, REFERENCE, SOURCE, run_python
 
 matplotlib = pytest.importorskip("matplotlib")
 matplotlib.use("Agg")
@@ -197,6 +201,33 @@ def test_a_share_of_a_fifth_begins_the_second_step(several):
     result = dataclasses.replace(
         several, events=several.events[:5], pmts=several.pmts[:3], codes=codes)
     assert numbers_of(zarn.draw.map(result)) == {"no path": 1, "20–40 %": 1, "80–100 %": 1}
+
+
+# ---- the command
+
+
+@pytest.mark.parametrize(
+    ("arguments", "theme"),
+    [(["--at", "4600,0,3000"], "dark"),
+     (["--events", DATA / "source-scan.csv", "--tolerances", "0,150"], "light")],
+)
+def test_the_command_draws_the_same_map(calc, all_pmts, wall, arguments, theme):
+    source = np.loadtxt(DATA / "source-scan.csv", delimiter=",", skiprows=1, usecols=(1, 2, 3))
+    result = wall if theme == "dark" else calc.scan(source, all_pmts)
+    axes = zarn.draw.map(result, theme=theme)
+    picture = subprocess.run(
+        [os.environ["ZARN_SHADOW"], "map", *arguments, "--pmts", DATA / "pmts.csv",
+         "--geometry", REFERENCE, "--theme", theme],
+        capture_output=True, text=True, check=True,
+    ).stdout
+    words = [html.unescape(w) for w in re.findall(r"<text[^>]*>([^<]*)</text>", picture)]
+    assert set(words_of(axes)) - set(words) == set()
+    # In each group of marks there are as many polygons, of the same colour.
+    (marks,) = re.findall(r'<g id="pmts">\n(.*?)</g>', picture, re.DOTALL)
+    drawn = [(colour, path.count("z")) for path, colour in re.findall(
+        r'<path d="([^"]*)"[^>]* (?:fill|stroke)="(#[^"]*)"', marks)]
+    assert drawn == [(to_hex(c.get_facecolor()[0]), len(c.get_paths()))
+                     for c in marks_of(axes).values()]
 
 
 # ---- edges
