@@ -18,6 +18,9 @@ constexpr double kLegendHeight = 340.0;  // in one column
 constexpr double kGap = 40.0;
 constexpr double kPanelWidth = 344.0;
 constexpr double kPanelHeight = 420.0;
+// Above the map is a part of the room that it leaves.
+constexpr double kShareAbove = 0.3;
+constexpr double kMostAbove = 60.0;
 constexpr double kNoteHeight = 130.0;
 
 // An arrangement: the smallest picture that it fits, and the room that the
@@ -39,7 +42,8 @@ constexpr Arrangement kColumnBelow = {
 constexpr Arrangement kLegendBelow = {
     832.0, 600.0, 0.0, kBelowMap, eLegendPlace::kBelow, false};
 constexpr Arrangement kLegendBeside = {
-    900.0, 500.0, kGap + kLegendColumn, kCaption, eLegendPlace::kBeside, false};
+    1200.0, 640.0, kGap + kLegendColumn, kCaption, eLegendPlace::kBeside,
+    false};
 
 MapLayout LayOut(const MapStyle& style, const Arrangement& arrangement) {
   MapLayout layout;
@@ -55,7 +59,9 @@ MapLayout LayOut(const MapStyle& style, const Arrangement& arrangement) {
   layout.map.width = std::min(roomX, 2.0 * roomY);
   layout.map.height = 0.5 * layout.map.width;
   layout.map.x = kMargin + 0.5 * (roomX - layout.map.width);
-  layout.map.y = layout.header.Bottom() + 0.5 * (roomY - layout.map.height);
+  layout.map.y =
+      layout.header.Bottom() +
+      std::min(kMostAbove, kShareAbove * (roomY - layout.map.height));
   return layout;
 }
 
@@ -74,9 +80,9 @@ void PlaceRest(const Arrangement& arrangement, eMapColumn column,
   }
   if (column == eMapColumn::kNone) return;
   if (arrangement.isColumnBelow) {
-    layout.panel = {layout.legend.x, layout.legend.Bottom() + kGap, kPanelWidth,
+    layout.panel = {kMargin, layout.legend.Bottom() + 0.5 * kGap, kPanelWidth,
                     kPanelHeight};
-    layout.note = {layout.panel.Right() + 2.0 * kGap, layout.panel.y,
+    layout.note = {layout.panel.Right() + 2.0 * kGap, layout.panel.y + 7.0,
                    kPanelWidth - kGap, kNoteHeight};
     return;
   }

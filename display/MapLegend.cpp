@@ -164,17 +164,19 @@ void AddLines(const MapScene& scene, const std::vector<std::string>& lines,
   }
 }
 
-// The subtitle; a long name of tables is shortened first.
-std::string SubtitleOf(const MapScene& scene, double width) {
-  const std::string start = SummaryOf(scene.content) + kSeparator +
-                            ConditionsOf(scene.content) + kSeparator;
-  const double room = width - scene.ruler.WidthOf(start, kSubtitleFont);
-  constexpr double kLeast = 60.0;
+// The subtitle, in two lines if it is too long for one. A long name of tables
+// is shortened first.
+std::vector<std::string> SubtitleOf(const MapScene& scene, double width) {
+  const TextRuler& ruler = scene.ruler;
   const std::string tables = MakePlain(TablesOf(scene.content));
-  const std::string line =
-      room > kLeast ? start + scene.ruler.Shorten(tables, kSubtitleFont, room)
-                    : start + tables;
-  return scene.ruler.Shorten(line, kSubtitleFont, width);
+  const std::string summary = SummaryOf(scene.content);
+  const std::string conditions = ConditionsOf(scene.content) + kSeparator;
+  const std::string line = summary + kSeparator + conditions + tables;
+  if (ruler.WidthOf(line, kSubtitleFont) <= width) return {line};
+  const double room = width - ruler.WidthOf(conditions, kSubtitleFont);
+  return {ruler.Shorten(summary, kSubtitleFont, width),
+          ruler.Shorten(conditions + ruler.Shorten(tables, kSubtitleFont, room),
+                        kSubtitleFont, width)};
 }
 
 }  // namespace
@@ -191,12 +193,16 @@ Group DrawHeader(const MapScene& scene) {
                                 theme.text,
                                 eAnchor::kStart,
                                 std::nullopt});
-  group.items.emplace_back(Text{SubtitleOf(scene, header.width),
-                                {header.x, header.y + 38.0},
-                                kSubtitleFont,
-                                theme.secondText,
-                                eAnchor::kStart,
-                                std::nullopt});
+  double y = header.y + 38.0;
+  for (const std::string& line : SubtitleOf(scene, header.width)) {
+    group.items.emplace_back(Text{line,
+                                  {header.x, y},
+                                  kSubtitleFont,
+                                  theme.secondText,
+                                  eAnchor::kStart,
+                                  std::nullopt});
+    y += 19.0;
+  }
   const Box& map = scene.layout.map;
   group.items.emplace_back(Text{CaptionOf(scene.content),
                                 {map.MiddleX(), map.Bottom() + 20.0},

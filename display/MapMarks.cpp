@@ -166,12 +166,16 @@ Group DrawMapWords(const MapScene& scene) {
   const Point event =
       hasEvent ? scene.PlaceOf(ProjectDirection(scene.content.events.front()))
                : Point();
+  constexpr double kRoom = 22.0;  // around the event
   const double wordEnd = hasEvent
                              ? PlaceEventWord(scene, event).x +
                                    scene.ruler.WidthOf(kEventWord, kEventFont)
                              : 0.0;
   for (const int latitude : {-60, -30, 0, 30, 60}) {
     const Point end = scene.PlaceOf(PointAt(180.0, latitude));
+    const bool isCovered = hasEvent && std::abs(end.y - event.y) < kRoom &&
+                           event.x - kRoom < end.x;
+    if (isCovered) continue;
     group.items.emplace_back(Text{DegreesOf(latitude),
                                   {end.x - 7.0, end.y + 4.0},
                                   kAxisFont,
@@ -181,7 +185,6 @@ Group DrawMapWords(const MapScene& scene) {
   }
   for (const int azimuth : {-120, -60, 0, 60, 120}) {
     const Point at = scene.PlaceOf(PointAt(azimuth, -45.0));
-    constexpr double kRoom = 22.0;
     const bool isCovered = hasEvent && std::abs(at.y - event.y) < kRoom &&
                            at.x > event.x - 2.0 * kRoom &&
                            at.x < wordEnd + kRoom;
@@ -194,15 +197,6 @@ Group DrawMapWords(const MapScene& scene) {
                                   Stroke{theme.view, 4.0}});
   }
   if (hasEvent) AddEvent(scene, event, group);
-  if (!scene.HasAreas() && scene.content.marks.empty()) {
-    const Box& map = scene.layout.map;
-    group.items.emplace_back(Text{"No PMTs",
-                                  {map.MiddleX(), map.MiddleY() - 24.0},
-                                  kLabelFont,
-                                  theme.secondText,
-                                  eAnchor::kMiddle,
-                                  std::nullopt});
-  }
   return group;
 }
 

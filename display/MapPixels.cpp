@@ -32,51 +32,68 @@ LookGrid LooksOf(const MapContent& content) {
   return grid;
 }
 
-// The order in which squares cover each other, the last on top: what is clear,
-// what has no path, components in the order tested.
+// Which of two PMTs in one pixel is seen: what is clear, what has no path,
+// components in the order tested, the last on top.
 int RankOf(eMapLook look) {
   if (look == eMapLook::kOutside) return 0;
   if (look == eMapLook::kClear || look == eMapLook::kUnchanged) return 1;
   return look == eMapLook::kNoPath ? 2 : 3 + static_cast<int>(look);
 }
 
-// A square around a pixel, as far as it lies in the grid.
-void DrawSquare(LookGrid& grid, double column, double row, double side,
-                eMapLook look) {
-  const auto first = [&](double centre, std::size_t size) {
-    const double edge = std::round(centre - 0.5 * side);
-    return static_cast<std::size_t>(
-        std::clamp(edge, 0.0, static_cast<double>(size) - side));
-  };
-  const std::size_t left = first(column, grid.columns);
-  const std::size_t top = first(row, grid.rows);
-  const auto length = static_cast<std::size_t>(side);
-  for (std::size_t r = top; r < top + length; ++r) {
-    for (std::size_t c = left; c < left + length; ++c) {
-      eMapLook& pixel = grid.looks[r * grid.columns + c];
-      if (RankOf(look) >= RankOf(pixel)) pixel = look;
+// Spread the looks of some pixels to those without one, the nearest first. Four
+// and eight neighbours in turn, so that what spreads is nearly round.
+void Spread(LookGrid& grid, std::vector<std::size_t> border, int mostSteps) {
+  const auto columns = static_cast<long>(grid.columns);
+  const auto rows = static_cast<long>(grid.rows);
+  for (int step = 0; step < mostSteps && !border.empty(); ++step) {
+    std::vector<std::size_t> next;
+    for (const std::size_t at : border) {
+      const long column = static_cast<long>(at) % columns;
+      const long row = static_cast<long>(at) / columns;
+      for (const long y : {-1L, 0L, 1L}) {
+        for (const long x : {-1L, 0L, 1L}) {
+          const bool isCorner = x != 0 && y != 0;
+          if ((isCorner && step % 2 == 0) || column + x < 0 ||
+              column + x >= columns || row + y < 0 || row + y >= rows) {
+            continue;
+          }
+          const auto to =
+              static_cast<std::size_t>((row + y) * columns + column + x);
+          if (grid.looks[to] != eMapLook::kOutside) continue;
+          grid.looks[to] = grid.looks[at];
+          next.push_back(to);
+        }
+      }
     }
+    border = std::move(next);
   }
 }
 
-LookGrid SquaresOf(const MapScene& scene) {
+// The look of the nearest PMT, as far as PMTs are apart.
+LookGrid NearestOf(const MapScene& scene) {
   const MapGrid size = GridOf(scene.layout);
   LookGrid grid = {size.columns, size.rows, {}};
   grid.looks.assign(grid.columns * grid.rows, eMapLook::kOutside);
-  const auto columns = static_cast<double>(grid.columns);
-  const auto rows = static_cast<double>(grid.rows);
-  constexpr double kEllipse = 0.78539816339744831;  // its share of the box
-  const double side =
-      std::sqrt(kEllipse * columns * rows /
-                static_cast<double>(scene.content.marks.size()));
+  std::vector<std::size_t> border;
+  const auto pixelOf = [](double share, std::size_t pixels) {
+    const double pixel = share * static_cast<double>(pixels);
+    return std::min(static_cast<std::size_t>(std::max(pixel, 0.0)), pixels - 1);
+  };
   for (const MapMark& mark : scene.content.marks) {
     if (!HasDirection(mark.direction)) continue;
     const MapPoint point = ProjectDirection(mark.direction);
-    DrawSquare(grid, 0.25 * (point.x + 2.0) * columns,
-               0.5 * (1.0 - point.y) * rows,
-               std::max(1.0, std::round(scene.palette.shapeSize * side)),
-               LookOf(scene.content, mark));
+    const std::size_t at =
+        pixelOf(0.5 * (1.0 - point.y), grid.rows) * grid.columns +
+        pixelOf(0.25 * (point.x + 2.0), grid.columns);
+    eMapLook& pixel = grid.looks[at];
+    if (pixel == eMapLook::kOutside) border.push_back(at);
+    const eMapLook look = LookOf(scene.content, mark);
+    if (RankOf(look) > RankOf(pixel)) pixel = look;
   }
+  const double share = static_cast<double>(grid.looks.size()) /
+                       static_cast<double>(scene.content.marks.size());
+  Spread(grid, std::move(border),
+         static_cast<int>(std::ceil(std::sqrt(share))));
   return grid;
 }
 
@@ -100,13 +117,12 @@ struct Sum {
 
 using Colours = std::array<Colour, kMapLooks>;
 
-Colours ColoursOf(const MapScene& scene) {
+Colours ColoursOf(const Theme& theme) {
   Colours colours;
   for (std::size_t i = 0; i < kMapLooks; ++i) {
     const auto look = static_cast<eMapLook>(i);
-    const bool isGround = scene.content.pixels && IsHatched(look);
-    colours[i] = isGround ? scene.theme.view
-                          : ColourOf(scene.theme, look, eMapShape::kArea);
+    colours[i] =
+        IsHatched(look) ? theme.view : ColourOf(theme, look, eMapShape::kArea);
   }
   return colours;
 }
@@ -218,16 +234,14 @@ Lines HatchAreas(const LookGrid& grid, const MapScene& scene, eMapLook look) {
 
 Group DrawPixels(const MapScene& scene) {
   Group group = {"pixels", {}, MakeEdge(scene)};
-  const bool hasAll = scene.content.pixels.has_value();
-  const LookGrid grid = hasAll ? LooksOf(scene.content) : SquaresOf(scene);
-  Image image = Smooth(grid, ColoursOf(scene), scene.layout.map);
-  if (hasAll) DrawEdges(grid, scene.theme, image);
+  const LookGrid grid =
+      scene.content.pixels ? LooksOf(scene.content) : NearestOf(scene);
+  Image image = Smooth(grid, ColoursOf(scene.theme), scene.layout.map);
+  DrawEdges(grid, scene.theme, image);
   group.items.emplace_back(std::move(image));
-  if (hasAll) {
-    for (const auto look : {eMapLook::kNoPath, eMapLook::kClearNow}) {
-      Lines hatch = HatchAreas(grid, scene, look);
-      if (!hatch.lines.empty()) group.items.emplace_back(std::move(hatch));
-    }
+  for (const auto look : {eMapLook::kNoPath, eMapLook::kClearNow}) {
+    Lines hatch = HatchAreas(grid, scene, look);
+    if (!hatch.lines.empty()) group.items.emplace_back(std::move(hatch));
   }
   return group;
 }

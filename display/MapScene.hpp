@@ -35,7 +35,7 @@ struct MapScene {
   Point PlaceOf(const MapPoint& point) const;
 };
 
-/// Above this number of PMTs, each is a square of one colour.
+/// Above this number of PMTs, each pixel shows the nearest one.
 inline constexpr std::size_t kMostShapes = 20000;
 
 /// The ellipse around the map, as a polygon.

@@ -5,6 +5,7 @@
 #include <charconv>
 #include <cmath>
 
+#include "display/MapScene.hpp"
 #include "display/Mollweide.hpp"
 #include "display/Palette.hpp"
 #include "log/Grouped.hpp"
@@ -154,6 +155,8 @@ std::string CaptionOf(const MapContent& content) {
   std::string text;
   if (HasPixels(content)) {
     text = "Every direction " + from + ", as if a PMT stood there. ";
+  } else if (content.marks.size() > kMostShapes) {
+    text = "Each pixel shows the nearest PMT, by directions " + from + ". ";
   } else if (!content.marks.empty()) {
     text = "Each mark is one PMT, at its direction " + from + ". ";
   } else {

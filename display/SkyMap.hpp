@@ -16,7 +16,7 @@ struct MapStyle {
 };
 
 /// The smallest and largest width or height of a sky map, pixels.
-inline constexpr double kSmallestMapSide = 200.0;
+inline constexpr double kSmallestMapSide = 100.0;
 inline constexpr double kLargestMapSide = 16000.0;
 
 /// Whether a column beside the map holds a tolerance panel or, on a comparison,
@@ -32,9 +32,9 @@ MapGrid FindMapGrid(const MapStyle& style, eMapColumn column);
 /// Compose a sky map.
 ///
 /// With marks, each PMT is a mark with the shape of what blocks its light;
-/// above 20,000 PMTs it is a square of one colour. With pixels, every direction
-/// has a colour. Several events colour each PMT by the share of events from
-/// which it is shadowed. A comparison shows only what changed.
+/// above 20,000 PMTs each pixel shows the nearest one. With pixels, every
+/// direction has a colour. Several events colour each PMT by the share of
+/// events from which it is shadowed. A comparison shows only what changed.
 ///
 /// @throws std::invalid_argument if the size is out of range, a list does not
 ///         have the length that another says, or a comparison has several

@@ -33,8 +33,9 @@ std::string MakePlain(std::string_view bytes) {
   const char* at = bytes.data();
   const char* const end = at + bytes.size();
   while (at < end) {
+    // GLib takes a zero for the end.
     const gunichar character =
-        g_utf8_get_char_validated(at, static_cast<gssize>(end - at));
+        *at == '\0' ? 0 : g_utf8_get_char_validated(at, end - at);
     if (character >= 0x110000U) {  // an error: of this byte or of the last ones
       words += "\uFFFD";
       ++at;
