@@ -23,6 +23,7 @@ from matplotlib.colors import to_hex  # noqa: E402
 
 PALETTE = json.loads((SOURCE / "display" / "palette.json").read_text())
 WALL = [[4600.0, 0.0, 3000.0]]
+LONG = "a detector with a name that is longer than any other name in this test"
 SHARES = ["0–20 %", "20–40 %", "40–60 %", "60–80 %", "80–100 %"]
 
 
@@ -281,11 +282,12 @@ def test_wrong_arguments_are_refused(wall, several):
 
 def test_a_map_is_drawn_into_given_axes(wall):
     figure, (left, right) = pyplot.subplots(1, 2, figsize=(8, 4))
-    axes = zarn.draw.map(wall, right, title="a $5 title\nof two lines", detector="ours")
+    axes = zarn.draw.map(wall, right, title="from $5 to $6,\nin two lines", detector=LONG)
     assert axes is right
     assert (left.collections[:], len(figure.axes)) == ([], 2)
-    assert words_of(axes)[0] == "a $5 title of two lines"
-    assert words_of(axes)[1].endswith("ours")
+    assert words_of(axes)[0] == "from $5 to $6, in two lines"
+    assert not axes.texts[0].get_parse_math()
+    assert words_of(axes)[1].endswith(LONG)
     figure.canvas.draw()
     inside = axes.get_window_extent()
     for text in axes.texts:
