@@ -281,7 +281,7 @@ def test_wrong_arguments_are_refused(wall, several):
 
 
 def test_a_map_is_drawn_into_given_axes(wall):
-    figure, (left, right) = pyplot.subplots(1, 2, figsize=(8, 4))
+    figure, (left, right) = pyplot.subplots(1, 2, figsize=(16, 7))
     axes = zarn.draw.map(wall, right, title="from $5 to $6,\nin two lines", detector=LONG)
     assert axes is right
     assert (left.collections[:], len(figure.axes)) == ([], 2)
