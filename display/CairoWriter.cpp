@@ -36,8 +36,8 @@ void Check(cairo_status_t status) {
 
 cairo_status_t Append(void* bytes, const unsigned char* data,
                       unsigned int length) {
-  static_cast<std::string*>(bytes)->append(
-      static_cast<const char*>(static_cast<const void*>(data)), length);
+  static_cast<std::string*>(bytes)->append(reinterpret_cast<const char*>(data),
+                                           length);
   return CAIRO_STATUS_SUCCESS;
 }
 
@@ -53,8 +53,8 @@ void CheckImage(const Image& image) {
 
 // The pixels of an image; cairo's rows of four bytes a pixel have no gaps.
 std::uint32_t* PixelsOf(cairo_surface_t* surface) {
-  return static_cast<std::uint32_t*>(
-      static_cast<void*>(cairo_image_surface_get_data(surface)));
+  return reinterpret_cast<std::uint32_t*>(
+      cairo_image_surface_get_data(surface));
 }
 
 Surface SurfaceOf(const Image& image) {

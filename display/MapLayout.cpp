@@ -74,7 +74,8 @@ void PlaceRest(const Arrangement& arrangement, eMapColumn column,
         std::max(layout.header.Bottom(), map.MiddleY() - 0.5 * kLegendHeight),
         kLegendColumn, kLegendHeight};
   } else {
-    layout.legend = {std::min(map.x, layout.width - kMargin - kLegendWidth),
+    layout.legend = {std::clamp(map.MiddleX() - 0.5 * kLegendWidth, kMargin,
+                                layout.width - kMargin - kLegendWidth),
                      map.Bottom() + kCaption, kLegendWidth,
                      kBelowMap - kCaption};
   }

@@ -134,8 +134,7 @@ void AddShareKey(const MapScene& scene, const Point& middle, Group& group) {
   };
   write(before);
   for (std::size_t step = 0; step < kShareSteps; ++step) {
-    const auto look = static_cast<eMapLook>(
-        static_cast<std::size_t>(eMapLook::kShare) + step);
+    const auto look = LookOfStep(step);
     for (Item& item :
          MakeSwatch(scene.palette, scene.theme, look, eMapShape::kMark,
                     eComponentState::kTested, {at.x + 6.0, middle.y})) {
@@ -241,7 +240,8 @@ Group DrawLegend(const MapScene& scene) {
   const std::size_t rows = isBeside ? entries.size() : 3;
   Point at;
   for (std::size_t i = 0; i < entries.size(); ++i) {
-    at = {legend.x + kColumn * static_cast<double>(i / rows),
+    const std::size_t column = i / rows;
+    at = {legend.x + kColumn * static_cast<double>(column),
           y + kRow * static_cast<double>(i % rows)};
     AddEntry(scene, entries[i], at, group);
   }

@@ -17,7 +17,7 @@ constexpr double kShareDot = 0.88;
 constexpr double kUnchangedDot = 0.36;
 
 bool IsComponent(eMapLook look) {
-  return look > eMapLook::kClear && look <= eMapLook::kLastComponent;
+  return look > eMapLook::kClear && look <= eMapLook::kNeckBoss;
 }
 
 std::size_t IndexOf(eMapLook component) {
@@ -104,8 +104,7 @@ eMapLook LookOfShare(std::uint64_t shadowed, std::uint64_t paths) {
   const std::uint64_t fifths = shadowed * kShareSteps / paths;
   const std::size_t step =
       std::min<std::size_t>(static_cast<std::size_t>(fifths), kShareSteps - 1);
-  return static_cast<eMapLook>(static_cast<std::size_t>(eMapLook::kShare) +
-                               step);
+  return LookOfStep(step);
 }
 
 eMapLook LookOf(const MapContent& content, const MapMark& mark) {
@@ -140,7 +139,7 @@ Colour ColourOf(const Theme& theme, eMapLook look, eMapShape shape) {
       return theme.view;
     default:
       return theme.share[static_cast<std::size_t>(look) -
-                         static_cast<std::size_t>(eMapLook::kShare)];
+                         static_cast<std::size_t>(eMapLook::kFirstShare)];
   }
 }
 

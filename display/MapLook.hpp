@@ -9,20 +9,38 @@
 
 namespace ZARN::Display {
 
-/// How a mark, a pixel or an entry of a legend looks. Components have the
-/// numbers of their verdicts; marks are drawn in the order of numbers, less
-/// those that are raised below components (see DrawMarks).
+/// How a mark, a pixel or an entry of a legend looks. Clear and components have
+/// the numbers of their verdicts.
 enum class eMapLook : std::uint8_t {
-  kClear = 0,
-  kLastComponent = DU::kNumberOfComponents,
+  kClear,
+  kAVHDRope,
+  kSupportRope,
+  kBellyPlate,
+  kNCDAnchor,
+  kAVPipe,
+  kNeckBoss,
   kNoPath,
-  kUnchanged,  ///< on a comparison
-  kClearNow,   ///< on a comparison
-  kShare,      ///< the first of kShareSteps
-  kOutside = kShare + kShareSteps
+  kUnchanged,   ///< on a comparison
+  kClearNow,    ///< on a comparison
+  kFirstShare,  ///< the steps of the scale for shares of events
+  kSecondShare,
+  kThirdShare,
+  kFourthShare,
+  kLastShare,
+  kOutside  ///< no PMT or direction
 };
 inline constexpr std::size_t kMapLooks =
     static_cast<std::size_t>(eMapLook::kOutside) + 1;
+
+/// The look of a step of shares.
+constexpr eMapLook LookOfStep(std::size_t step) {
+  return static_cast<eMapLook>(static_cast<std::size_t>(eMapLook::kFirstShare) +
+                               step);
+}
+
+static_assert(static_cast<std::size_t>(eMapLook::kNeckBoss) ==
+              DU::kNumberOfComponents);
+static_assert(LookOfStep(kShareSteps - 1) == eMapLook::kLastShare);
 
 /// Whether something is drawn as a mark, or as an area in a map of pixels.
 enum class eMapShape { kMark, kArea };

@@ -45,8 +45,7 @@ std::vector<eMapLook> DrawingOrder() {
   }
   order.push_back(eMapLook::kClearNow);
   for (std::size_t step = 0; step < kShareSteps; ++step) {
-    order.push_back(static_cast<eMapLook>(
-        static_cast<std::size_t>(eMapLook::kShare) + step));
+    order.push_back(LookOfStep(step));
   }
   return order;
 }

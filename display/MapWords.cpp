@@ -190,7 +190,7 @@ std::string FootnoteOf(const MapContent& content) {
                                                    ? " pairs of event and PMT"
                                                    : " " + unit));
     }
-    text += ".";
+    text += '.';
   }
   const std::size_t hidden = CountHidden(content);
   if (hidden > 0) {
@@ -229,7 +229,7 @@ std::string DescriptionOf(const MapContent& content) {
             : state == eComponentState::kNothingToTest
                 ? "nothing to test"
                 : WordOfShare(paths.Of(component), paths.Paths());
-    text += ".";
+    text += '.';
   }
   text += " " + palette.clear + ": " +
           WordOfShare(paths.Of(DU::eShadowingComponent::kNone), paths.Paths()) +

@@ -15,7 +15,7 @@ void AppendNumber(std::string& bytes, std::uint32_t number) {
 }
 
 const Bytef* BytesOf(const std::string& text) {
-  return static_cast<const Bytef*>(static_cast<const void*>(text.data()));
+  return reinterpret_cast<const Bytef*>(text.data());
 }
 
 void AppendChunk(std::string& bytes, const std::string& kind,

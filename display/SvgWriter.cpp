@@ -131,7 +131,7 @@ class Writer {
     for (const Point& position : shapes.positions) {
       out_ += Start(shapes.outline.front(), position) + steps;
     }
-    out_ += "\"";
+    out_ += '"';
     out_ +=
         shapes.fill ? Paint("fill", *shapes.fill) : Attribute("fill", "none");
     if (shapes.stroke) out_ += Paint(*shapes.stroke);

@@ -138,9 +138,10 @@ class Failures(MapTest):
         self.assertIn("both read and written", self.refused(
             *self.some[:-1], "--compare", "other.svg", "-o", "other.svg"))
 
-    def test_an_interrupt_leaves_old_files_unchanged(self):
+    def test_an_interrupt_ends_the_work_and_leaves_old_files_unchanged(self):
         old = self.write("old.svg", "as it was")
-        self.events(random_events(4000, 722))
+        # For minutes of work.
+        self.write("events.csv", "event,x,y,z\n" + 200_000 * "e,0,0,3000\n")
         self.pmts(random_pmts(300, 723))
         arguments = [PROGRAM, "map", "--geometry", self.reference_tables(), "-o", old, "--data",
                      "data.csv"]
@@ -148,7 +149,7 @@ class Failures(MapTest):
             process = self.start([*arguments, "--events", "events.csv", "--pmts", "pmts.csv"])
             self.wait_for(self.temporaries, "a temporary file")
             process.send_signal(number)
-            self.assertIn("interrupted", self.assert_ends(process, 128 + number))
+            self.assertIn("interrupted", self.assert_ends(process, 128 + number, timeout=30))
             self.assertEqual(old.read_bytes(), b"as it was")
             self.assertFalse((self.folder / "data.csv").exists())
             self.assert_no_temporaries()

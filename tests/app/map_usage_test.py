@@ -82,9 +82,9 @@ class Usage(MapTest):
                 (("--size", "1200x"), '--size: "" is not a whole number'),
                 (("--size", "a x b"), '--size: "a " is not a whole number'),
                 (("--size", "12.5x100"), '--size: "12.5" is not a whole number'),
-                (("--size", "1x700"), '--size: "1x700" is out of range (200 to 16000 pixels in '
+                (("--size", "1x700"), '--size: "1x700" is out of range (100 to 16000 pixels in '
                                       "width and height)"),
-                (("--size", "700x16001"), '--size: "700x16001" is out of range (200 to 16000 '
+                (("--size", "700x16001"), '--size: "700x16001" is out of range (100 to 16000 '
                                           "pixels in width and height)"),
                 (("--run", "1.5"), '--run: "1.5" is not a whole number'),
                 (("--compare-run", "x"), '--compare-run: "x" is not a whole number'),
@@ -114,7 +114,7 @@ class Usage(MapTest):
         self.assertIn("--geometry", self.run_command([PROGRAM, "map", *self.some], status=2).err)
 
     def test_the_smallest_and_the_largest_size_are_drawn(self):
-        for size in ("200x200", "200x3000", "3000x200"):
+        for size in ("100x100", "100x3000", "3000x100"):
             self.assertIn(b"<svg", self.map(*self.some, "--size", size).out)
         self.assertIn(b"<svg", self.map(at(CENTRE), "--radius", PMT_RADIUS, *SMALL).out)
 

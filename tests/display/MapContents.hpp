@@ -75,12 +75,12 @@ inline DU::eVerdict SectorOf(const TVector3& direction) {
 /// Counts at 17 tolerances; more is blocked at higher ones.
 inline MapPanel MakePanel() {
   MapPanel panel;
-  for (int i = 0; i < 17; ++i) {
+  for (unsigned i = 0; i < 17; ++i) {
     panel.tolerances.push_back(i == 0 ? 10.0 : 300.0 / 16.0 * i);
     Scan::VerdictCounts counts;
     counts.Add(DU::eShadowingComponent::kNone, 500);
     for (const auto component : DU::kShadowingComponents) {
-      counts.Add(component, static_cast<std::uint64_t>(4 * (i + 1)));
+      counts.Add(component, 4U * (i + 1U));
     }
     panel.counts.push_back(counts);
   }

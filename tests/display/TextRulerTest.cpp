@@ -4,10 +4,10 @@
 
 #include <unistd.h>
 
-#include <cstdio>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
+#include <iostream>
 #include <stdexcept>
 
 namespace ZARN::Display {
@@ -88,7 +88,7 @@ TEST(TextRulerDeathTest, SaysThatNoFontIsInstalled) {
           const TextRuler ruler;
         } catch (const std::runtime_error& error) {
           std::filesystem::remove(file);
-          std::fputs(error.what(), stderr);
+          std::cerr << error.what() << std::flush;
           std::_Exit(3);
         }
         std::_Exit(0);
