@@ -455,6 +455,22 @@ TEST(SkyMap, DrawsPMTsThatHaveADirection) {
   EXPECT_EQ(marks, 1U);
 }
 
+TEST(SkyMap, DrawsAPanelOfAnyTolerances) {
+  const TextRuler ruler;
+  MapContent content = WithPanel(MakeMarks(8));
+  for (const auto& [first, step] :
+       {std::pair(-300.0, 20.0), {1e18, 1024.0}, {0.0, 1e-9}, {-1e30, 1e29}}) {
+    SCOPED_TRACE(first);
+    for (std::size_t i = 0; i < content.panel->tolerances.size(); ++i) {
+      content.panel->tolerances[i] = first + step * static_cast<double>(i);
+    }
+    for (const std::size_t run : {0U, 3U, 8U, 16U}) {
+      content.tolerance = content.panel->tolerances[run];
+      ExpectTextsApart(ruler, DrawSkyMap(content));
+    }
+  }
+}
+
 TEST(SkyMap, FitsTheGridToTheSize) {
   const MapGrid grid = FindMapGrid({}, eMapColumn::kShown);
   EXPECT_EQ(grid.columns, 1504U);
@@ -482,6 +498,7 @@ TEST(SkyMap, RefusesContentThatContradictsItself) {
   refused([](MapContent& c) { c.panel = MapPanel(); }, panel);
   refused([](MapContent& c) { c.panel->tolerances[1] = 0.0; }, panel);
   refused([](MapContent& c) { c.panel->tolerances[1] = std::nan(""); }, panel);
+  refused([](MapContent& c) { c.panel->tolerances.back() = INFINITY; }, panel);
   EXPECT_THROW(DrawSkyMap(panel, {99, 700}), std::invalid_argument);
   EXPECT_THROW(DrawSkyMap(panel, {1200, 16001}), std::invalid_argument);
   EXPECT_THROW(DrawSkyMap(panel, {std::nan(""), 700}), std::invalid_argument);
