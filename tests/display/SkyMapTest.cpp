@@ -18,6 +18,7 @@
 #include "display/TextRuler.hpp"
 #include "tests/display/MapContents.hpp"
 #include "tests/display/Pictures.hpp"
+#include "tests/support/Repetitions.hpp"
 
 namespace ZARN::Display {
 namespace {
@@ -202,8 +203,9 @@ void ExpectEventApart(const TextRuler& ruler, const Drawing& drawing) {
 TEST(SkyMap, KeepsWordsApartWhereverTheEventIs) {
   const TextRuler ruler;
   MapContent content = MakeMarks(8);
-  for (std::size_t i = 0; i < 60; ++i) {
-    content.events[0] = SpreadDirection(i, 60) * 3000.0;
+  constexpr std::size_t kEvents = Testing::Repetitions<std::size_t>(60, 12);
+  for (std::size_t i = 0; i < kEvents; ++i) {
+    content.events[0] = SpreadDirection(i, kEvents) * 3000.0;
     SCOPED_TRACE(i);
     const Drawing drawing = DrawSkyMap(content);
     ExpectTextsApart(ruler, drawing);
@@ -498,7 +500,11 @@ TEST(SkyMap, RefusesContentThatContradictsItself) {
   refused([](MapContent& c) { c.panel = MapPanel(); }, panel);
   refused([](MapContent& c) { c.panel->tolerances[1] = 0.0; }, panel);
   refused([](MapContent& c) { c.panel->tolerances[1] = std::nan(""); }, panel);
-  refused([](MapContent& c) { c.panel->tolerances.back() = INFINITY; }, panel);
+  refused(
+      [](MapContent& c) {
+        c.panel->tolerances.back() = std::numeric_limits<double>::infinity();
+      },
+      panel);
   EXPECT_THROW(DrawSkyMap(panel, {99, 700}), std::invalid_argument);
   EXPECT_THROW(DrawSkyMap(panel, {1200, 16001}), std::invalid_argument);
   EXPECT_THROW(DrawSkyMap(panel, {std::nan(""), 700}), std::invalid_argument);
