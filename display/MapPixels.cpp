@@ -204,10 +204,11 @@ Lines HatchAreas(const LookGrid& grid, const MapScene& scene, eMapLook look) {
   const double slope = HatchSlope(look);
   const double pixel = map.width / static_cast<double>(grid.columns);
   const auto isInside = [&](double x, double y) {
+    if (x < 0.0 || y < 0.0) return false;
     const auto column = static_cast<std::size_t>(x / pixel);
     const auto row = static_cast<std::size_t>(y / map.height *
                                               static_cast<double>(grid.rows));
-    return x >= 0.0 && y >= 0.0 && column < grid.columns && row < grid.rows &&
+    return column < grid.columns && row < grid.rows &&
            grid.At(column, row) == look;
   };
   const double step = HatchSpacing(look) * std::sqrt(2.0);

@@ -14,11 +14,10 @@ namespace ZARN::Display {
 namespace {
 
 // The same in every locale.
-std::string Fixed(double number, int decimals) {
-  std::array<char, 400> digits = {};
-  const auto result =
-      std::to_chars(digits.data(), digits.data() + digits.size(), number,
-                    std::chars_format::fixed, decimals);
+std::string Write(double number, std::chars_format format, int precision) {
+  std::array<char, 64> digits = {};
+  const auto result = std::to_chars(
+      digits.data(), digits.data() + digits.size(), number, format, precision);
   return {digits.data(), result.ptr};
 }
 
@@ -50,8 +49,14 @@ std::size_t CountHidden(const MapContent& content) {
 
 std::string WordOf(double number) {
   constexpr int kDecimals = 3;
-  std::string text = Fixed(std::abs(number), kDecimals);
-  if (text.find('.') != std::string::npos) {
+  constexpr double kLongest = 1e9;
+  constexpr int kDigits = 6;
+  std::string text =
+      std::abs(number) < kLongest
+          ? Write(std::abs(number), std::chars_format::fixed, kDecimals)
+          : Write(std::abs(number), std::chars_format::general, kDigits);
+  if (text.find('e') == std::string::npos &&
+      text.find('.') != std::string::npos) {
     text.erase(text.find_last_not_of('0') + 1);
     if (text.back() == '.') text.pop_back();
   }
@@ -64,11 +69,8 @@ std::string WordOfCount(std::uint64_t count) {
   constexpr std::array<const char*, 10> kRaised = {
       "\u2070", "\u00B9", "\u00B2", "\u00B3", "\u2074",
       "\u2075", "\u2076", "\u2077", "\u2078", "\u2079"};
-  std::array<char, 32> digits = {};
-  const auto result = std::to_chars(
-      digits.data(), digits.data() + digits.size(), static_cast<double>(count),
-      std::chars_format::scientific, 2);
-  const std::string text(digits.data(), result.ptr);  // 1.23e+10
+  const std::string text =
+      Write(static_cast<double>(count), std::chars_format::scientific, 2);
   std::string word = text.substr(0, 4) + "\u00D710";
   for (const char digit : std::to_string(std::stoi(text.substr(5)))) {
     word += kRaised[static_cast<std::size_t>(digit - '0')];
@@ -80,7 +82,7 @@ std::string WordOfShare(std::uint64_t count, std::uint64_t all) {
   if (all == 0) return "\u2013";
   const double percent =
       100.0 * static_cast<double>(count) / static_cast<double>(all);
-  const std::string word = Fixed(percent, 1);
+  const std::string word = Write(percent, std::chars_format::fixed, 1);
   return (count > 0 && word == "0.0" ? "< 0.1" : word) + " %";
 }
 

@@ -7,7 +7,8 @@
 
 namespace ZARN::Display {
 
-/// A number with a true minus sign and at most three decimals.
+/// A number with a true minus sign and at most three decimals; from 10^9 on
+/// with an exponent.
 std::string WordOf(double number);
 
 /// A count with thousands separators; from 100 million on in powers of ten.

@@ -1,5 +1,6 @@
 #include "display/SkyMap.hpp"
 
+#include <cmath>
 #include <stdexcept>
 
 #include "display/MapScene.hpp"
@@ -30,6 +31,8 @@ void Check(const MapContent& content) {
     Require(tolerances.size() >= 2 &&
                 tolerances.size() == content.panel->counts.size(),
             "a tolerance panel needs counts at two tolerances or more");
+    Require(std::isfinite(tolerances.back() - tolerances.front()),
+            "the tolerances of a panel must be finite");
     for (std::size_t i = 1; i < tolerances.size(); ++i) {
       Require(tolerances[i] > tolerances[i - 1],
               "the tolerances of a panel must increase");

@@ -170,8 +170,13 @@ void AddTolerances(const MapScene& scene, const Plot& plot, Group& group) {
                                   std::nullopt});
   };
   write(first, lastBegins);
+  // Counted by whole numbers, so that steps of huge tolerances end, too.
   const double begin = std::floor(first / step) + 1.0;
-  for (double i = begin; i * step < last; i += 1.0) write(i * step, lastBegins);
+  constexpr int kMostSteps = 8;
+  for (int i = 0; i < kMostSteps; ++i) {
+    const double tolerance = (begin + i) * step;
+    if (tolerance > first && tolerance < last) write(tolerance, lastBegins);
+  }
   write(last, 1e9);
   group.items.emplace_back(std::move(axis));
   group.items.emplace_back(Text{"Tolerance, mm",

@@ -37,7 +37,7 @@ TEST(CairoWriter, DrawsShapesAtTheirPlaces) {
     const auto side = static_cast<std::size_t>(density);
     EXPECT_EQ(picture.columns, 60 * side);
     EXPECT_EQ(picture.rows, 30 * side);
-    EXPECT_EQ(Count(picture, 0xC80A14), 3U * 16U * side * side);
+    EXPECT_EQ(Count(picture, 0xC80A14), 48 * side * side);
     EXPECT_EQ(picture.At(15 * side, 5 * side), 0xC80A14U);
     EXPECT_EQ(picture.At(20 * side, 5 * side), 0xFFFFFFU);
   }

@@ -80,7 +80,7 @@ inline MapPanel MakePanel() {
     Scan::VerdictCounts counts;
     counts.Add(DU::eShadowingComponent::kNone, 500);
     for (const auto component : DU::kShadowingComponents) {
-      counts.Add(component, 4U * (i + 1U));
+      counts.Add(component, 4UL * (i + 1U));
     }
     panel.counts.push_back(counts);
   }

@@ -14,6 +14,8 @@ TEST(MapWords, WriteNumbers) {
   EXPECT_EQ(WordOf(0.12345), "0.123");
   EXPECT_EQ(WordOf(-1e-9), "0");
   EXPECT_EQ(WordOf(150.5), "150.5");
+  EXPECT_EQ(WordOf(1000.0), "1000");
+  EXPECT_EQ(WordOf(-1e300), "\u22121e+300");
 }
 
 TEST(MapWords, WriteCountsThatFit) {

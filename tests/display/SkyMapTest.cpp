@@ -18,6 +18,7 @@
 #include "display/TextRuler.hpp"
 #include "tests/display/MapContents.hpp"
 #include "tests/display/Pictures.hpp"
+#include "tests/support/Repetitions.hpp"
 
 namespace ZARN::Display {
 namespace {
@@ -202,8 +203,9 @@ void ExpectEventApart(const TextRuler& ruler, const Drawing& drawing) {
 TEST(SkyMap, KeepsWordsApartWhereverTheEventIs) {
   const TextRuler ruler;
   MapContent content = MakeMarks(8);
-  for (std::size_t i = 0; i < 60; ++i) {
-    content.events[0] = SpreadDirection(i, 60) * 3000.0;
+  constexpr std::size_t kEvents = Testing::Repetitions<std::size_t>(60, 12);
+  for (std::size_t i = 0; i < kEvents; ++i) {
+    content.events[0] = SpreadDirection(i, kEvents) * 3000.0;
     SCOPED_TRACE(i);
     const Drawing drawing = DrawSkyMap(content);
     ExpectTextsApart(ruler, drawing);
@@ -455,6 +457,22 @@ TEST(SkyMap, DrawsPMTsThatHaveADirection) {
   EXPECT_EQ(marks, 1U);
 }
 
+TEST(SkyMap, DrawsAPanelOfAnyTolerances) {
+  const TextRuler ruler;
+  MapContent content = WithPanel(MakeMarks(8));
+  for (const auto& [first, step] :
+       {std::pair(-300.0, 20.0), {1e18, 1024.0}, {0.0, 1e-9}, {-1e30, 1e29}}) {
+    SCOPED_TRACE(first);
+    for (std::size_t i = 0; i < content.panel->tolerances.size(); ++i) {
+      content.panel->tolerances[i] = first + step * static_cast<double>(i);
+    }
+    for (const std::size_t run : {0U, 3U, 8U, 16U}) {
+      content.tolerance = content.panel->tolerances[run];
+      ExpectTextsApart(ruler, DrawSkyMap(content));
+    }
+  }
+}
+
 TEST(SkyMap, FitsTheGridToTheSize) {
   const MapGrid grid = FindMapGrid({}, eMapColumn::kShown);
   EXPECT_EQ(grid.columns, 1504U);
@@ -482,6 +500,11 @@ TEST(SkyMap, RefusesContentThatContradictsItself) {
   refused([](MapContent& c) { c.panel = MapPanel(); }, panel);
   refused([](MapContent& c) { c.panel->tolerances[1] = 0.0; }, panel);
   refused([](MapContent& c) { c.panel->tolerances[1] = std::nan(""); }, panel);
+  refused(
+      [](MapContent& c) {
+        c.panel->tolerances.back() = std::numeric_limits<double>::infinity();
+      },
+      panel);
   EXPECT_THROW(DrawSkyMap(panel, {99, 700}), std::invalid_argument);
   EXPECT_THROW(DrawSkyMap(panel, {1200, 16001}), std::invalid_argument);
   EXPECT_THROW(DrawSkyMap(panel, {std::nan(""), 700}), std::invalid_argument);
