@@ -10,7 +10,6 @@
 #include "app/CheckOptions.hpp"
 #include "app/CheckOutput.hpp"
 #include "app/CountsTable.hpp"
-#include "app/Grouped.hpp"
 #include "app/PathCheck.hpp"
 #include "app/ProgressBar.hpp"
 #include "app/RunOptions.hpp"
@@ -19,6 +18,7 @@
 #include "du/ShadowingCalculator.hpp"
 #include "io/PathSource.hpp"
 #include "io/Quoted.hpp"
+#include "log/Grouped.hpp"
 #include "log/Log.hpp"
 
 namespace ZARN::App {

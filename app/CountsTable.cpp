@@ -4,7 +4,7 @@
 #include <ostream>
 #include <sstream>
 
-#include "app/Grouped.hpp"
+#include "log/Grouped.hpp"
 
 namespace ZARN::App {
 namespace {

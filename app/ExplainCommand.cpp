@@ -6,42 +6,14 @@
 #include <string>
 
 #include "app/ExplainOptions.hpp"
+#include "app/FindPosition.hpp"
 #include "du/ShadowingCalculator.hpp"
-#include "io/Errors.hpp"
 #include "io/ExplanationText.hpp"
-#include "io/NearestName.hpp"
 #include "io/OutputFile.hpp"
 #include "io/PathSource.hpp"
-#include "io/PositionReader.hpp"
-#include "io/Quoted.hpp"
 
 namespace ZARN::App {
 namespace {
-
-/// The position with this name.
-///
-/// @param kind  "event" or "pmt"
-TVector3 FindPosition(const std::string& file, const IO::ColumnNames& names,
-                      const std::string& kind, const std::string& name) {
-  IO::PositionReader reader(file, kind, names);
-  std::optional<TVector3> found;
-  std::string nearest;
-  for (IO::NamedPosition item; reader.Next(item);) {
-    if (item.name != name) {
-      nearest = IO::NearestName(name, {nearest, item.name});
-      continue;
-    }
-    if (found.has_value()) {
-      reader.FailName(IO::Quoted(name) + " is the name of an earlier row, too");
-    }
-    found = item.position;
-  }
-  if (!found.has_value()) {
-    throw IO::BadInput(reader.Name() + ": there is no " + kind + " " +
-                       IO::Quoted(name) + IO::Suggest(nearest));
-  }
-  return *found;
-}
 
 /// Why there is no path between two positions.
 DU::eVerdict WhyNoPath(const DU::ShadowingCalculator& shadowing,
@@ -73,9 +45,11 @@ void Explain(const ExplainOptions& options) {
     const TVector3 from = hasNames
                               ? FindPosition(*options.events, options.Names(),
                                              "event", *options.event)
+                                    .position
                               : *options.at;
     const TVector3 to = hasNames ? FindPosition(*options.pmts, options.Names(),
                                                 "pmt", *options.pmt)
+                                       .position
                                  : *options.to;
     if (options.isReflected) {
       light.CalcReflectionByPosition(from, to);

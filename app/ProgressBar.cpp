@@ -8,7 +8,7 @@
 #include <streambuf>
 #include <string>
 
-#include "app/Grouped.hpp"
+#include "log/Grouped.hpp"
 
 namespace ZARN::App {
 

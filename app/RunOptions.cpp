@@ -8,7 +8,6 @@
 #include <thread>
 
 #include "app/Usage.hpp"
-#include "db/DB.hpp"
 #include "db/Fingerprint.hpp"
 #include "db/JsonTables.hpp"
 #include "du/ShadowingCalculator.hpp"
@@ -21,9 +20,10 @@ namespace ZARN::App {
 namespace {
 
 template <class Calculator>
-void Begin(const RunOptions& options, Calculator& calculator) {
+void Begin(const RunOptions& options, Calculator& calculator,
+           const TableSet& tables) {
   try {
-    calculator.BeginOfRun();
+    calculator.BeginOfRun(tables);
   } catch (const DBNotFoundError& error) {
     throw IO::BadInput(options.geometry + ": " + error.what());
   } catch (const DBValueError& error) {
@@ -105,22 +105,23 @@ std::vector<std::string> FilesOf(const RunOptions& options) {
   return TableFiles(options.geometry);
 }
 
-void LoadTables(const RunOptions& options) {
-  DB& db = DB::Get();
-  db.SetRun(options.run);
-  LoadJsonTables(db, options.geometry);
+void LoadTables(const RunOptions& options, TableSet& tables) {
+  tables.SetRun(options.run);
+  LoadJsonTables(tables, options.geometry);
 }
 
-void BeginRun(const RunOptions& options, DU::ShadowingCalculator& calculator) {
-  Begin(options, calculator);
+void BeginRun(const RunOptions& options, DU::ShadowingCalculator& calculator,
+              const TableSet& tables) {
+  Begin(options, calculator, tables);
   ReportLoadErrors(options, calculator);
   if (options.tolerance.has_value()) {
     calculator.SetAllGeometryTolerances(*options.tolerance);
   }
 }
 
-void BeginRun(const RunOptions& options, DU::LightPathCalculator& calculator) {
-  Begin(options, calculator);
+void BeginRun(const RunOptions& options, DU::LightPathCalculator& calculator,
+              const TableSet& tables) {
+  Begin(options, calculator, tables);
 }
 
 void BeginRunIfThereAreMedia(const RunOptions& options,
@@ -129,7 +130,7 @@ void BeginRunIfThereAreMedia(const RunOptions& options,
   const bool areThereMedia =
       std::any_of(entries.begin(), entries.end(),
                   [](const auto& entry) { return entry->table == "OPTICS"; });
-  if (areThereMedia) Begin(options, calculator);
+  if (areThereMedia) Begin(options, calculator, DB::Get());
 }
 
 IO::Origin OriginOf(const RunOptions& options,

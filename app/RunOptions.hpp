@@ -5,6 +5,7 @@
 #include <string>
 #include <vector>
 
+#include "db/DB.hpp"
 #include "io/Origin.hpp"
 
 namespace CLI {
@@ -42,17 +43,19 @@ void AddWavelengthOption(CLI::App& command, double& wavelength);
 /// The files from which the tables are read.
 std::vector<std::string> FilesOf(const RunOptions& options);
 
-/// Fill the process-wide database with the tables.
+/// Fill the process-wide database, or @p tables, with the tables.
 ///
 /// @throws TableFileError
-void LoadTables(const RunOptions& options);
+void LoadTables(const RunOptions& options, TableSet& tables = DB::Get());
 
 /// Call the calculator's BeginOfRun; call LoadTables before. For each component
 /// that is off, print to standard error what is missing in its tables.
 ///
 /// @throws IO::BadInput naming the tables and what is missing or wrong in them
-void BeginRun(const RunOptions& options, DU::ShadowingCalculator& calculator);
-void BeginRun(const RunOptions& options, DU::LightPathCalculator& calculator);
+void BeginRun(const RunOptions& options, DU::ShadowingCalculator& calculator,
+              const TableSet& tables = DB::Get());
+void BeginRun(const RunOptions& options, DU::LightPathCalculator& calculator,
+              const TableSet& tables = DB::Get());
 /// The same for a light path that is given, unless the tables have no media:
 /// the path can be judged without them, but has no lengths and no time.
 void BeginRunIfThereAreMedia(const RunOptions& options,

@@ -209,7 +209,8 @@ void AddScanOptions(CLI::App& command, ScanOptions& options) {
   command.add_flag("--reflections", options.withReflections,
                    "Also judge the light reflected at the vessel");
   AddSmearing(command, options);
-  AddTolerancesOption(command, options.tolerances);
+  AddTolerancesOption(command, options.tolerances,
+                      "Count at several tolerances");
   AddOutputs(command, options);
   command.footer(Footer());
 }

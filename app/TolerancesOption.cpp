@@ -4,7 +4,6 @@
 #include <algorithm>
 #include <cmath>
 #include <sstream>
-#include <string>
 
 #include "app/RunOptions.hpp"
 #include "app/Usage.hpp"
@@ -63,14 +62,15 @@ std::vector<double> TolerancesOf(const std::string& text) {
 
 }  // namespace
 
-void AddTolerancesOption(CLI::App& command, std::vector<double>& tolerances) {
+void AddTolerancesOption(CLI::App& command, std::vector<double>& tolerances,
+                         const std::string& description) {
   command
       .add_option_function<std::string>(
           kOption,
           [&tolerances](const std::string& text) {
             tolerances = TolerancesOf(text);
           },
-          "Count at several tolerances in mm: START:STOP:STEP or A,B,C")
+          description + " in mm: START:STOP:STEP or A,B,C")
       ->type_name("LIST");
 }
 

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <string>
 #include <vector>
 
 namespace CLI {
@@ -10,6 +11,9 @@ namespace ZARN::App {
 
 /// Add --tolerances, a range START:STOP:STEP or a list of numbers in mm;
 /// @p tolerances must outlive the parsing.
-void AddTolerancesOption(CLI::App& command, std::vector<double>& tolerances);
+///
+/// @param description  what they are for; the forms are added
+void AddTolerancesOption(CLI::App& command, std::vector<double>& tolerances,
+                         const std::string& description);
 
 }  // namespace ZARN::App

@@ -11,6 +11,7 @@
 
 #include "app/CheckCommand.hpp"
 #include "app/ExplainCommand.hpp"
+#include "app/MapCommand.hpp"
 #include "app/ScanCommand.hpp"
 #include "app/Signals.hpp"
 #include "app/Usage.hpp"
@@ -43,7 +44,9 @@ void AddHelp(CLI::App& app) {
       "  zarn-shadow check data/example-paths.csv \\\n"
       "      --geometry data/reference-detector -o verdicts.csv\n"
       "  zarn-shadow explain data/example-paths.csv --row 1 \\\n"
-      "      --geometry data/reference-detector");
+      "      --geometry data/reference-detector\n"
+      "  zarn-shadow map --at 0,0,3000 --pmts data/pmts.csv \\\n"
+      "      --geometry data/reference-detector -o map.svg");
 }
 
 int Run(int argc, char** argv) {
@@ -55,6 +58,7 @@ int Run(int argc, char** argv) {
   AddHelp(app);
   ZARN::App::AddCheckCommand(app);
   ZARN::App::AddExplainCommand(app);
+  ZARN::App::AddMapCommand(app);
   ZARN::App::AddScanCommand(app);
   try {
     app.parse(argc, argv);

@@ -29,7 +29,7 @@ def box(drawing, x, y, width, height, title, *lines):
 def draw_flow():
     drawing = Drawing(880, 436, "How a light path becomes a verdict")
 
-    drawing.text(20, 24, "Once a run", colour="second")
+    drawing.text(20, 24, "Once a run", colour="secondText")
     box(drawing, 20, 34, 140, 58, "Geometry tables", "JSON, per run")
     box(drawing, 190, 34, 150, 58, "ZARN::DB", "run, pass")
     box(drawing, 370, 34, 190, 58, "BeginOfRun", "one model each, or off")
@@ -39,7 +39,7 @@ def draw_flow():
     drawing.text(474, 138, "built when it saves time", size=12)
     drawing.arrow((560, 63), (685, 63), (685, 146))
 
-    drawing.text(20, 176, "One path a call", colour="second")
+    drawing.text(20, 176, "One path a call", colour="secondText")
     box(drawing, 20, 190, 140, 58, "Light path", "computed, or yours")
     box(drawing, 190, 190, 150, 58, "Water segments", "by the path\u2019s type")
     box(drawing, 370, 176, 190, 86, "Map, tables, algebra", "decide the cases that",
@@ -58,7 +58,7 @@ def draw_flow():
     drawing.arrow((500, 262), (500, 312), (830, 312), (830, 266))
     drawing.text(508, 306, "decided", size=12)
 
-    drawing.text(20, 336, "Many paths a call", colour="second")
+    drawing.text(20, 336, "Many paths a call", colour="secondText")
     box(drawing, 20, 350, 140, 58, "Light paths", "records or columns")
     box(drawing, 190, 350, 150, 58, "Blocks of 256", "sorted by type")
     box(drawing, 370, 350, 190, 58, "The same, vectorised", "in single precision")
@@ -103,7 +103,7 @@ def draw_shares(paths, single, batch):
                  size=14, bold=True)
     for top, words, steps, counts in ((40, "One path a call", SINGLE, single),
                                       (190, "Many paths a call", BATCH, batch)):
-        drawing.text(20, top + 14, words, colour="second")
+        drawing.text(20, top + 14, words, colour="secondText")
         for i, ((title, *lines), count) in enumerate(zip(steps, counts)):
             x, y = 20 + 170 * i, top + 24
             box(drawing, x, y, 150, 106, title, *lines)

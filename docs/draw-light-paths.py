@@ -14,6 +14,10 @@ import subprocess
 import sys
 import tempfile
 
+sys.dont_write_bytecode = True  # the source folder stays clean
+
+from drawing import PALETTE, Drawing
+
 HERE = pathlib.Path(__file__).resolve().parent
 DETECTOR = HERE.parent / "data" / "reference-detector"
 
@@ -26,11 +30,11 @@ SPHERES = (5800.0, 5860.0)
 
 SCALE = 0.035  # pixels per mm
 SIZE = 640
-COLOURS = {"0": "#4477aa", "1": "#cc6677"}  # clear, shadowed
+MARK = 11      # pixels, the size of a component's shape
 
 
 def pixel(x, z):
-    return f"{SIZE / 2 + SCALE * x:.1f},{SIZE / 2 - SCALE * z:.1f}"
+    return SIZE / 2 + SCALE * x, SIZE / 2 - SCALE * z
 
 
 def scan(command):
@@ -52,40 +56,56 @@ def scan(command):
     return ring, verdicts, paths
 
 
-def drawing(ring, verdicts, paths):
-    yield (f'<svg xmlns="http://www.w3.org/2000/svg" viewBox="0 0 {SIZE} {SIZE}" '
-           'font-family="Helvetica, Arial, sans-serif" font-size="13">')
-    yield "  <title>Light paths from one event to a ring of PMTs</title>"
-    yield f'  <rect width="{SIZE}" height="{SIZE}" fill="#ffffff"/>'
-    outer, inner = (SCALE * radius for radius in reversed(SPHERES))
-    for radius, fill in ((outer, "#cfd8dc"), (inner, "#fdf6e3")):
-        yield (f'  <circle cx="{SIZE / 2:g}" cy="{SIZE / 2:g}" r="{radius:.1f}" fill="{fill}" '
-               'stroke="#78909c" stroke-width="0.7"/>')
-    for verdict in verdicts:
-        if verdict["by"] == "no path":
-            continue
-        row = paths[verdict["pmt"]]
-        points = [pixel(float(row[p + "_x"]), float(row[p + "_z"]))
-                  for p in ("start", "av1", "av2", "av3", "av4", "end") if row[p + "_x"]]
-        yield (f'  <polyline points="{" ".join(points)}" fill="none" '
-               f'stroke="{COLOURS[verdict["shadowed"]]}" stroke-width="0.9"/>')
-    for (x, z), verdict in zip(ring, verdicts):
-        colour = COLOURS.get(verdict["shadowed"], "#ffffff")
-        x, y = pixel(x, z).split(",")
-        yield f'  <circle cx="{x}" cy="{y}" r="4.5" fill="{colour}" stroke="#455a64"/>'
-    x, y = pixel(EVENT[0], EVENT[2]).split(",")
-    yield f'  <circle cx="{x}" cy="{y}" r="4" fill="#222222"/>'
-    for line, (fill, text) in enumerate(((COLOURS["0"], "clear"), (COLOURS["1"], "shadowed"),
-                                         ("#ffffff", "no path"))):
-        y = 24 + 20 * line
-        yield f'  <circle cx="20" cy="{y}" r="4.5" fill="{fill}" stroke="#455a64"/>'
-        yield f'  <text x="32" y="{y + 4.5}" fill="#223">{text}</text>'
-    yield "</svg>"
+def kind_of(verdict):
+    """What a PMT is drawn as: a component, clear or no path."""
+    return {"": "clear", "no path": "noPath"}.get(verdict["by"], verdict["by"])
+
+
+def mark(drawing, x, y, kind):
+    if kind == "clear":
+        drawing.circle(x, y, 0.27 * MARK, fill="clear")
+    elif kind == "noPath":
+        drawing.circle(x, y, 0.39 * MARK, stroke="noPath", pen=1.4)
+    else:
+        drawing.mark(x, y, MARK, kind)
+
+
+def draw(ring, verdicts, paths):
+    drawing = Drawing(SIZE, SIZE, "Light paths from one event to a ring of PMTs")
+    for radius in reversed(SPHERES):
+        drawing.circle(*pixel(0, 0), SCALE * radius, fill="panel", stroke="vessel")
+    kinds = [kind_of(verdict) for verdict in verdicts]
+    order = ["clear", "noPath", *PALETTE["components"]]  # the rare lie on top
+    for wanted in order:
+        for verdict, kind in zip(verdicts, kinds):
+            if kind != wanted or kind == "noPath":
+                continue
+            row = paths[verdict["pmt"]]
+            points = (pixel(float(row[p + "_x"]), float(row[p + "_z"]))
+                      for p in ("start", "av1", "av2", "av3", "av4", "end") if row[p + "_x"])
+            if kind == "clear":
+                drawing.line(*points, stroke="selection", pen=0.9, opacity=0.3)
+            else:
+                drawing.line(*points, stroke=kind, pen=1.2)
+    for place, kind in zip(ring, kinds):
+        mark(drawing, *pixel(*place), kind)
+    x, y = pixel(EVENT[0], EVENT[2])
+    drawing.circle(x, y, 6, fill="page", stroke="text", pen=2)
+    drawing.circle(x, y, 2, fill="text")
+    names = {name: look["name"] for name, look in PALETTE["components"].items()}
+    names |= {"clear": PALETTE["clear"], "noPath": PALETTE["noPath"]}
+    y = 26
+    for kind in [*order[2:], *order[:2]]:
+        if kind in kinds:
+            mark(drawing, 22, y - 4.5, kind)
+            drawing.text(36, y, names[kind])
+            y += 21
+    return drawing
 
 
 def main():
     folder = pathlib.Path(sys.argv[2]) if len(sys.argv) > 2 else HERE
-    (folder / "light-paths.svg").write_text("\n".join(drawing(*scan(sys.argv[1]))) + "\n")
+    (folder / "light-paths.svg").write_text(draw(*scan(sys.argv[1])).svg())
 
 
 if __name__ == "__main__":

@@ -22,8 +22,10 @@ def main(output=DOCS):
         subprocess.run([sys.executable, EXAMPLE, folder], cwd=DOCS.parent, check=True,
                        stdout=subprocess.DEVNULL)
         picture = Image.open(pathlib.Path(folder) / "source-scan.png").convert("RGB")
-    small = picture.resize((1000, 660), Image.Resampling.LANCZOS)
-    small.quantize(32, dither=Image.Dither.NONE).save(
+    height = round(1000 * picture.height / picture.width)
+    small = picture.resize((1000, height), Image.Resampling.LANCZOS)
+    # By coverage: the colours of the legend fill few pixels.
+    small.quantize(128, Image.Quantize.MAXCOVERAGE, dither=Image.Dither.NONE).save(
         pathlib.Path(output) / "python-source-scan.png", optimize=True)
 
 

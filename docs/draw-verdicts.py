@@ -167,7 +167,7 @@ def draw_hold_down_ropes(judge):
     drawing.cells(left, top, size, judge.grid(cells, cells, point), fill="AVHDRope", opacity=0.4)
     for line in rope_lines():
         drawing.line(*(pixel(*p) for p in line), stroke="AVHDRope", pen=0.9)
-    drawing.circle(*pixel(0, 0), NECK / scale, fill="ground", stroke="vessel")
+    drawing.circle(*pixel(0, 0), NECK / scale, fill="page", stroke="vessel")
     drawing.text(*pixel(0, -180), "neck", size=12, anchor="middle")
     key(drawing, left, 304, "AVHDRope", f"blocked at {TOLERANCE:g} mm", opacity=0.4)
     drawing.line((left + 150, 299), (left + 164, 299), stroke="AVHDRope", pen=1.2)
@@ -229,27 +229,28 @@ class Plan:
                 continue
             drawing.line(self.pixel(*begin), self.pixel(*end),
                          stroke=self.component if blocked else "clear", pen=1.4)
-        self.arc(self.cylinder, stroke="second", dash="4 3")
+        self.arc(self.cylinder, stroke="secondText", dash="4 3")
         self.arc(start, stroke="vessel", pen=2)
         for rope in near:
             drawing.circle(*self.polar(self.cylinder, rope), self.SCALE * rope_radius + 1,
-                           fill="ink")
+                           fill="text")
         x, y = self.pixel(0, start)
         drawing.text(x, y + 26, f"vessel at z = {z:g} mm".replace("-", "\u2212"), size=12,
                      anchor="middle")
         edge = self.polar(self.cylinder, near[-1] + reach)
         top = self.top + 18
         at = self.polar(self.cylinder, near[-1])
-        drawing.line((at[0], top + 4), at, stroke="ink", pen=0.8)
-        drawing.line((edge[0], top + 4), edge, stroke="ink", pen=0.8)
+        drawing.line((at[0], top + 4), at, stroke="text", pen=0.8)
+        drawing.line((edge[0], top + 4), edge, stroke="text", pen=0.8)
         drawing.text((at[0] + edge[0]) / 2, top, f"{TOLERANCE:g} + {rope_radius:g} mm", size=12,
                      anchor="middle")
         y = self.top + self.height + 20
         key(drawing, self.left, y, self.component, "light that is blocked")
         key(drawing, self.left + 165, y, "clear", "light that passes")
-        drawing.line((self.left, y + 16), (self.left + 14, y + 16), stroke="second", dash="4 3")
+        drawing.line((self.left, y + 16), (self.left + 14, y + 16), stroke="secondText",
+                     dash="4 3")
         drawing.text(self.left + 20, y + 20, "rope cylinder", size=12)
-        drawing.circle(self.left + 172, y + 16, 4, fill="ink")
+        drawing.circle(self.left + 172, y + 16, 4, fill="text")
         drawing.text(self.left + 185, y + 20, "rope", size=12)
 
 
@@ -281,10 +282,10 @@ def draw_support_ropes(judge):
     z = 2500.0
     start = math.sqrt(OUTER * OUTER - z * z)
     drawing.arrow(pixel(start, z), pixel(cylinder + 600, z + 0.6 * (cylinder + 600 - start)))
-    drawing.circle(*pixel(start, z), 3, fill="ink")
+    drawing.circle(*pixel(start, z), 3, fill="text")
     drawing.text(left + 8, pixel(0, z)[1] - 12, "leaves the vessel", size=12)
     drawing.text(left + 8, pixel(0, z)[1] + 3, f"above z = {foot:g} mm", size=12)
-    drawing.line(pixel(0, foot), pixel(6800, foot), stroke="second", pen=0.8, dash="2 3")
+    drawing.line(pixel(0, foot), pixel(6800, foot), stroke="secondText", pen=0.8, dash="2 3")
     drawing.text(left, 254, f"ropes: z from {foot:,.0f} to {top:,.0f} mm", size=12)
     return drawing
 
@@ -314,7 +315,7 @@ def draw_belly_plates(judge):
     for reach, words in ((half, f"half-height: {half:g} mm"),
                          (half + TOLERANCE, f"and the tolerance: {half + TOLERANCE:g} mm")):
         y = middle[1] - reach / scale
-        drawing.line((middle[0], y), (x - 4, y), stroke="ink", pen=0.8)
+        drawing.line((middle[0], y), (x - 4, y), stroke="text", pen=0.8)
         drawing.text(x, y + (11 if reach == half else -1), words, size=12)
     drawing.text(x, middle[1] + 4, "z = 0", size=12)
     y = top + rows * size - 24
@@ -348,7 +349,7 @@ def draw_ncd_anchors(judge):
         centre = pixel(0.0, math.hypot(*anchor))
         drawing.circle(*centre, scale * (reach + tolerance), fill="NCDAnchor", opacity=0.35)
         drawing.circle(*centre, scale * reach, stroke="NCDAnchor", pen=1.6)
-        drawing.circle(*centre, 2.5, fill="ink")
+        drawing.circle(*centre, 2.5, fill="text")
         crossings = [k * 0.0052 for k in range(-11, 12)]
         places = [tuple(OUTER * (math.cos(a) * u + math.sin(a) * s) for u, s in zip(up, aside))
                   for a in crossings]
@@ -360,7 +361,7 @@ def draw_ncd_anchors(judge):
             drawing.circle(x, y, 3, fill=colour)
         words = (f"{reach:g} + {tolerance:g} mm" if tolerance else f"half_z: {reach:g} mm")
         x = centre[0] + scale * (reach + tolerance)
-        drawing.line(centre, (x, centre[1]), stroke="ink", pen=0.9)
+        drawing.line(centre, (x, centre[1]), stroke="text", pen=0.9)
         drawing.text(centre[0] + 4, centre[1] + 14 if tolerance else centre[1] + 42, words, size=12)
     key(drawing, 16, 262, "NCDAnchor", "light that is blocked where it leaves the vessel")
     key(drawing, 346, 262, "clear", "light that passes")
@@ -392,19 +393,19 @@ def draw_av_pipes(judge):
             continue
         line = [(math.degrees(math.atan2(y, x)), math.degrees(math.acos(z / math.hypot(x, y, z))))
                 for x, y, z in points_of(table, index)]
-        drawing.line(*(pixel(a, p) for a, p in line), stroke="ink", pen=1)
+        drawing.line(*(pixel(a, p) for a, p in line), stroke="text", pen=1)
     for polar in (0, 30, 120, 180):
         x, y = pixel(first, polar)
-        drawing.line((x - 5, y), (x, y), stroke="ink", pen=0.8)
+        drawing.line((x - 5, y), (x, y), stroke="text", pen=0.8)
         drawing.text(x - 9, y + 4, f"{polar}\u00b0", size=12, anchor="end")
     for azimuth in (75, 80, 85, 90, 95, 100, 105):
         x, y = pixel(azimuth, 180)
-        drawing.line((x, y), (x, y + 5), stroke="ink", pen=0.8)
+        drawing.line((x, y), (x, y + 5), stroke="text", pen=0.8)
         drawing.text(x, y + 18, f"{azimuth}\u00b0", size=12, anchor="middle")
     x = left + columns * size + 16
     key(drawing, x, top + 20, "AVPipe", "blocked at any tolerance,", opacity=0.45)
     drawing.text(x + 20, top + 36, "wherever the pipes are", size=12)
-    drawing.line((x, top + 60), (x + 14, top + 60), stroke="ink", pen=1)
+    drawing.line((x, top + 60), (x + 14, top + 60), stroke="text", pen=1)
     drawing.text(x + 20, top + 64, "centre lines of the pipes", size=12)
     drawing.text(x + 20, top + 80, "in the tables", size=12)
     return drawing
@@ -430,7 +431,7 @@ def draw_neck_boss(judge):
     for side in (-1, 1):
         drawing.line(pixel(side * NECK, math.sqrt(INNER ** 2 - NECK ** 2)),
                      pixel(side * NECK, 6440), stroke="vessel", pen=1.6)
-        drawing.line(pixel(0, 5300), pixel(0, 6400), stroke="second", pen=0.8, dash="6 3 1 3")
+        drawing.line(pixel(0, 5300), pixel(0, 6400), stroke="secondText", pen=0.8, dash="6 3 1 3")
         edge = [(radius * math.sin(limit) * side, radius * math.cos(limit))
                 for radius in (5310 / math.cos(limit), 6250)]
         drawing.line(*(pixel(*p) for p in edge), stroke="NeckBoss", pen=1.2, dash="5 3")
@@ -439,7 +440,7 @@ def draw_neck_boss(judge):
                   (NECK, base + 2 * (boss["half_height1"] + boss["half_height2"]))]
         drawing.polygon(*(pixel(side * x, z) for x, z in collar), fill="NeckBoss", opacity=0.6)
     drawing.line(pixel(-INNER * math.sin(limit), base), pixel(INNER * math.sin(limit), base),
-                 stroke="ink", pen=0.8, dash="2 3")
+                 stroke="text", pen=0.8, dash="2 3")
     crossings = [0.2 * k / 20 for k in range(-20, 21)]
     places = [(OUTER * math.sin(a), 0.0, OUTER * math.cos(a)) for a in crossings]
     paths = [(p, outwards(p)) for p in places]

@@ -4,26 +4,17 @@ A drawing brings its own ground and the colours of its reader's theme, so it is
 legible on light and on dark pages.
 """
 
+import json
+import pathlib
 from xml.sax.saxutils import escape
 
-# Names and colours on light and on dark ground. The components' colours are as far
-# apart as six can be, also for the colour-blind; they never set text.
-COLOURS = {
-    "ground": ("#ffffff", "#0f141a"),
-    "panel": ("#f1f4f8", "#1b232d"),
-    "ink": ("#1b2330", "#e8edf3"),
-    "second": ("#5a6472", "#a3afbd"),
-    "hairline": ("#c4ccd6", "#3a4654"),
-    "vessel": ("#6f8299", "#8fa9c6"),
-    "clear": ("#a9b2be", "#5a6775"),
-    "accent": ("#0b5cc0", "#8bbcff"),
-    "AVHDRope": ("#08406f", "#3585e0"),
-    "SupportRope": ("#c1831f", "#9f7230"),
-    "BellyPlate": ("#525b00", "#dcec70"),
-    "NCDAnchor": ("#9069e6", "#dcbcff"),
-    "AVPipe": ("#258c80", "#b1fbe8"),
-    "NeckBoss": ("#4a101c", "#f08a8d"),
-}
+PALETTE = json.loads((pathlib.Path(__file__).resolve().parent.parent
+                      / "display" / "palette.json").read_text())
+#: Colours on light and on dark ground, by the names of the palette. Those of components
+#: never set text.
+COLOURS = {name: (colour, PALETTE["themes"]["dark"][name])
+           for name, colour in PALETTE["themes"]["light"].items() if isinstance(colour, str)}
+COLOURS |= {name: (look["light"], look["dark"]) for name, look in PALETTE["components"].items()}
 
 
 def number(value):
@@ -35,11 +26,11 @@ def pairs(points):
 
 
 class Drawing:
-    """An SVG in pixels, y downwards. Colours are names of COLOURS."""
+    """An SVG in pixels, y downwards, on a ground "page". Colours are names of COLOURS."""
 
     def __init__(self, width, height, title):
         self.width, self.height, self.title = width, height, title
-        self.used = {"ground", "ink"}
+        self.used = {"page", "text"}
         self.shapes = []
 
     def _paint(self, fill=None, stroke=None, pen=1.0, opacity=None, dash=None):
@@ -76,7 +67,12 @@ class Drawing:
         self.shapes.append(
             f'<polygon points="{pairs(points)}" {self._paint(**paint)}/>')
 
-    def arrow(self, *points, colour="ink"):
+    def mark(self, x, y, size, component):
+        """The shape of a component."""
+        shape = PALETTE["shapes"][PALETTE["components"][component]["shape"]]
+        self.polygon(*((x + size * dx, y + size * dy) for dx, dy in shape), fill=component)
+
+    def arrow(self, *points, colour="text"):
         """A line of right angles, or any other, with a head at its end."""
         (x1, y1), (x2, y2) = points[-2:]
         length = max(abs(x2 - x1), abs(y2 - y1))
@@ -100,7 +96,7 @@ class Drawing:
                     begin = None
         self.shapes.append(f'<path d="{"".join(moves)}" {self._paint(**paint)}/>')
 
-    def text(self, x, y, words, size=13, colour="ink", anchor="start", bold=False):
+    def text(self, x, y, words, size=13, colour="text", anchor="start", bold=False):
         self.used.add(colour)
         weight = ' font-weight="bold"' if bold else ""
         self.shapes.append(
@@ -121,6 +117,6 @@ class Drawing:
             f"<title>{escape(self.title)}</title>",
             "<style>", *self._styles(0), "@media (prefers-color-scheme: dark) {",
             *self._styles(1), "}", "</style>",
-            f'<rect width="{self.width}" height="{self.height}" class="f-ground"/>',
+            f'<rect width="{self.width}" height="{self.height}" class="f-page"/>',
             *self.shapes, "</svg>"]
         return "\n".join(lines) + "\n"

@@ -24,7 +24,7 @@
 namespace ZARN::Scan {
 
 /// Some consecutive events, and for each of them a row of verdicts: one for
-/// every PMT.
+/// every PMT, or for some consecutive PMTs.
 struct RowBlock {
   /// No other block that is in work has this number; less than
   /// RowScan::SlotsFor. For what a caller keeps with a block.
@@ -32,6 +32,8 @@ struct RowBlock {
   std::uint64_t firstEvent = 0;  ///< number of events before this block
   std::vector<TVector3> events;  ///< positions, mm
   std::size_t pmts = 0;          ///< length of a row
+  /// Number of PMTs before the first of a row; a RowScan judges all of them.
+  std::size_t firstPMT = 0;
 
   // Row after row; empty unless asked for (RowScan::Settings).
   std::vector<DU::eVerdict> direct;

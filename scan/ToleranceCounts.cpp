@@ -42,13 +42,14 @@ void ToleranceCounts::Judge(const RowBlock& block) {
     const DU::eVerdict* const direct = block.Direct(event);
     const DU::eVerdict* const reflected = block.Reflected(event);
     VerdictCounts* const counts = slot.counts.data() + event * all_.size();
-    for (std::size_t pmt = 0; pmt < block.pmts; ++pmt) {
+    for (std::size_t i = 0; i < block.pmts; ++i) {
+      const std::size_t pmt = block.firstPMT + i;
       if (settings_.checkForStop != nullptr) settings_.checkForStop();
-      if (DU::HasPath(direct[pmt])) {
+      if (DU::HasPath(direct[i])) {
         slot.lightPath.CalcByPosition(block.events[event], pmts_[pmt]);
         AddPath(slot, pmt, counts);
       }
-      if (reflected != nullptr && DU::HasPath(reflected[pmt])) {
+      if (reflected != nullptr && DU::HasPath(reflected[i])) {
         slot.lightPath.CalcReflectionByPosition(block.events[event],
                                                 pmts_[pmt]);
         AddPath(slot, pmt, counts);

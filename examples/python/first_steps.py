@@ -7,10 +7,12 @@
 # Run from the root of the repository: `python examples/python/first_steps.py [FOLDER]`.
 
 # %%
+import matplotlib.pyplot as plt
 import numpy as np
 import pandas as pd
 import style
 import zarn
+import zarn.draw
 from zarn import Verdict
 
 calc = zarn.Calculator("data/reference-detector", run=0, tolerance=150.0)
@@ -79,23 +81,5 @@ print(f"from z = {points[:, 2].min():.0f} mm to z = {points[:, 2].max():.0f} mm"
 # ## Draw it
 
 # %%
-counts = result.counts()
-figure, axes = style.sky_map(
-    "What hides the PMTs from an event at (0, 0, 3000) mm",
-    f"{counts.shadowed:,} of {counts.paths:,} PMTs shadowed ({100 * counts.fraction:.1f} %)  ·  "
-    f"run {calc.run}  ·  tolerance {calc.tolerance:g} mm  ·  400 nm  ·  reference detector",
-)
-longitude, latitude = style.on_map(pmts)
-is_clear = result.codes[0] == Verdict.CLEAR
-axes.scatter(
-    longitude[is_clear], latitude[is_clear], s=style.mark_size(pmts, 0.5), c=style.CLEAR, lw=0,
-    label=f"Clear  {counts.of(Verdict.CLEAR):,}",
-)
-for component, (name, colour, shape) in style.COMPONENTS.items():
-    is_blocked = result.codes[0] == component
-    axes.scatter(
-        longitude[is_blocked], latitude[is_blocked], s=style.mark_size(pmts), c=colour,
-        marker=shape, lw=0, label=f"{name}  {counts.of(component):,}",
-    )
-figure.legend(loc="lower center", ncols=4, bbox_to_anchor=(0.52, 0.02), markerscale=1.8)
-figure.savefig(style.output_folder() / "first-steps.png", dpi=150)
+zarn.draw.map(result)
+plt.savefig(style.output_folder() / "first-steps.png", dpi=150)

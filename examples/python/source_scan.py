@@ -7,10 +7,11 @@
 # Run from the root of the repository: `python examples/python/source_scan.py [FOLDER]`.
 
 # %%
-import numpy as np
+import matplotlib.pyplot as plt
 import pandas as pd
 import style
 import zarn
+import zarn.draw
 
 calc = zarn.Calculator("data/reference-detector")
 source = pd.read_csv("data/source-scan.csv", index_col="event")
@@ -41,21 +42,5 @@ print(f"{(of_pmt.fraction > 0.5).sum():,} PMTs are shadowed from more than half 
 print(f"{(of_pmt.shadowed == 0).sum():,} from none")
 
 # %%
-total = result.counts()
-figure, axes = style.sky_map(
-    "Share of source positions that are hidden from each PMT",
-    f"{total.shadowed:,} of {total.paths:,} light paths shadowed "
-    f"({100 * total.fraction:.1f} %)  ·  run {calc.run}  ·  "
-    f"tolerance {calc.tolerance:g} mm  ·  400 nm  ·  reference detector",
-)
-longitude, latitude = style.on_map(result.pmts)
-marks = axes.scatter(
-    longitude, latitude, s=style.mark_size(result.pmts), c=of_pmt.fraction, lw=0,
-    cmap=style.SHARES, norm=style.SHARE_STEPS,
-)
-steps = figure.colorbar(
-    marks, cax=figure.add_axes((0.32, 0.085, 0.4, 0.022)), orientation="horizontal",
-    format=lambda share, _: f"{100 * share:.0f} %",
-)
-steps.set_label("Shadowed of the positions with a light path to the PMT")
-figure.savefig(style.output_folder() / "source-scan.png", dpi=150)
+zarn.draw.map(result, title="How often the PMTs are hidden from the source")
+plt.savefig(style.output_folder() / "source-scan.png", dpi=150)

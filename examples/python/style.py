@@ -1,8 +1,4 @@
-"""Colours, shapes and axes that the pictures of these examples share.
-
-The colours of the components are as far apart as six can be, also for the
-colour-blind; each has a shape, too. A share has no hue: it is a step from light to dark.
-"""
+"""Colours and axes that the pictures of these examples share."""
 
 from __future__ import annotations
 
@@ -12,38 +8,20 @@ from pathlib import Path
 import matplotlib.pyplot as plt
 import numpy as np
 import numpy.typing as npt
+import zarn.draw
 from matplotlib.axes import Axes
-from matplotlib.colors import BoundaryNorm, ListedColormap
 from matplotlib.figure import Figure
-from matplotlib.markers import MarkerStyle
 from matplotlib.patheffects import withStroke
-from zarn import Verdict
 
 Array = npt.NDArray[np.float64]
 
-INK = "#1b2330"
-SECOND_INK = "#5a6472"
-HAIRLINE = "#dfe3e8"
-VESSEL = "#6f8299"
-CLEAR = "#c9ced6"
-NO_PATH = "#868f9c"
-ACCENT = "#0b5cc0"
-
-_BAR = np.array([(-0.5, -1), (0.5, -1), (0.5, 1), (-0.5, 1), (-0.5, -1)])
-
-#: Name, colour and shape of each component, in the order of testing.
-COMPONENTS: dict[Verdict, tuple[str, str, MarkerStyle]] = {
-    Verdict.AVHD_ROPE: ("Hold-down ropes", "#08406f", MarkerStyle("v")),
-    Verdict.SUPPORT_ROPE: ("Support ropes", "#c1831f", MarkerStyle("^")),
-    Verdict.BELLY_PLATE: ("Belly plates", "#525b00", MarkerStyle("s")),
-    Verdict.NCD_ANCHOR: ("NCD anchors", "#9069e6", MarkerStyle("D")),
-    Verdict.AV_PIPE: ("AV pipes", "#258c80", MarkerStyle(_BAR)),
-    Verdict.NECK_BOSS: ("Neck boss", "#4a101c", MarkerStyle("h")),
-}
-
-#: Shares from 0 to 1 in five steps.
-SHARES = ListedColormap(["#dfe5ec", "#aab9c9", "#7489a3", "#425a7a", "#142c4d"])
-SHARE_STEPS = BoundaryNorm([0, 0.2, 0.4, 0.6, 0.8, 1], 5)
+_LIGHT = zarn.draw.palette()["themes"]["light"]
+INK: str = _LIGHT["text"]
+SECOND_INK: str = _LIGHT["secondText"]
+HAIRLINE: str = _LIGHT["hairline"]
+CLEAR: str = _LIGHT["clear"]
+NO_PATH: str = _LIGHT["noPath"]
+ACCENT: str = _LIGHT["accent"]
 
 plt.rcParams.update({
     "font.size": 10,

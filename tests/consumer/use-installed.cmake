@@ -59,7 +59,7 @@ run("${work}/prefix/bin/zarn-shadow" --version)
 # Installed files must not refer to this source tree.
 file(GLOB_RECURSE installed "${work}/prefix/*.cmake")
 foreach(file IN LISTS installed)
-  file(STRINGS "${file}" references REGEX "${SOURCE}/(log|db|lightpath|du|scan|io|rdf|build|cmake)")
+  file(STRINGS "${file}" references REGEX "${SOURCE}/(log|db|lightpath|du|scan|io|rdf|display|build|cmake)")
   if(references)
     message(FATAL_ERROR "${file} names the source tree: ${references}")
   endif()

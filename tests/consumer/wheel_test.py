@@ -87,7 +87,7 @@ class Wheel(unittest.TestCase):
              if p.suffix in (".py", ".typed")}
             | {f"zarn/lib/libzarn_{room}.so.{version}" for room in ROOMS}
             | {f"zarn/lib/libzarn_root{end}" for end in (".so", ".rootmap", "_rdict.pcm")}
-            | {f"zarn/_core{suffix}", "zarn/_core.pyi"})
+            | {f"zarn/_core{suffix}", "zarn/_core.pyi", "zarn/palette.json"})
 
     def test_wheel_is_small(self):
         self.assertLess(self.wheel.stat().st_size, 2_000_000)

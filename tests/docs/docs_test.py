@@ -18,6 +18,7 @@ VERDICT_SHARES = os.environ["ZARN_VERDICT_SHARES"]
 DETECTOR = SOURCE / "data" / "reference-detector"
 README = (SOURCE / "README.md").read_text()
 COMMANDS = (SOURCE / "docs" / "commands.md").read_text()
+MAP = (SOURCE / "docs" / "map.md").read_text()
 VERDICTS = (SOURCE / "docs" / "verdicts.md").read_text()
 PYTHON = (SOURCE / "docs" / "python.md").read_text()
 PAGES = [p for p in SOURCE.rglob("*.md")
@@ -76,11 +77,11 @@ class Documents(unittest.TestCase):
 
     def test_the_help_texts_are_current(self):
         shown = {}
-        for block in blocks(COMMANDS, "text"):
+        for block in blocks(COMMANDS + MAP, "text"):
             line, text = block.split("\n", 1)
             shown[line] = text.strip()
         self.assertEqual(sorted(shown), [f"$ zarn-shadow {c} --help"
-                                         for c in ("check", "explain", "scan")])
+                                         for c in ("check", "explain", "map", "scan")])
         for line, text in shown.items():
             said = subprocess.run([ZARN_SHADOW, *line.split()[2:]],
                                   capture_output=True, text=True, check=True).stdout
@@ -101,6 +102,7 @@ class Documents(unittest.TestCase):
         del shown["performance.svg"]  # shows times, which differ between runs
         for script, program in (("draw-light-paths.py", ZARN_SHADOW),
                                 ("draw-verdicts.py", ZARN_SHADOW),
+                                ("draw-maps.py", ZARN_SHADOW),
                                 ("draw-flow.py", VERDICT_SHARES)):
             with tempfile.TemporaryDirectory() as folder:
                 subprocess.run([SOURCE / "docs" / script, program, folder], check=True)
@@ -111,6 +113,13 @@ class Documents(unittest.TestCase):
                 self.assertTrue(text == shown.pop(name, None),
                                 f"docs/{name} is not what docs/{script} draws now")
         self.assertEqual(list(shown), [])
+
+    def test_the_colours_of_the_drawings_are_those_of_the_palette(self):
+        palette = (SOURCE / "display" / "palette.json").read_text()
+        for drawing in (SOURCE / "docs").glob("*.svg"):
+            if drawing.name != "performance.svg":
+                used = set(re.findall(r"[\": ](#[0-9a-f]{6})\b", drawing.read_text()))
+                self.assertEqual({c for c in used if f'"{c}"' not in palette}, set(), drawing)
 
     def test_every_command_shown_is_valid(self):
         for page in PAGES:
@@ -223,7 +232,7 @@ class Documents(unittest.TestCase):
     @unittest.skipUnless("ZARN_PYTHON" in os.environ, "built without the Python package")
     def test_the_Python_shown_prints_what_is_shown(self):
         for page, text, needs in (("README.md", README, "numpy"),
-                                  ("python.md", PYTHON, "pandas, pyarrow, ROOT")):
+                                  ("python.md", PYTHON, "pandas, pyarrow, matplotlib, ROOT")):
             shown = re.findall(r"^```python\n(.*?)^```\n(?:\n```output\n(.*?)^```$)?", text,
                                re.MULTILINE | re.DOTALL)
             self.assertNotEqual(shown, [])

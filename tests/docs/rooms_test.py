@@ -34,6 +34,8 @@ class CheckRooms(unittest.TestCase):
             "du/A.cpp": '#include "TVector3.h"\n#include "du/fast/P.hpp"\n'
                         '#include <CLHEP/Units/SystemOfUnits.h>\n',
             "io/V.cpp": '#include <ROOT/RNTupleModel.hxx>\n#include "du/A.hpp"\n',
+            "display/D.cpp": '#include <cairo-pdf.h>\n#include <pango/pangocairo.h>\n'
+                             '#include "scan/S.hpp"\n',
             "tests/du/ATest.cpp": '#include "tests/reference/R.hpp"\n',
         })
         self.assertEqual((result.returncode, result.stderr), (0, ""))
@@ -54,7 +56,8 @@ class CheckRooms(unittest.TestCase):
                               ("du/fast/ShadowMap.cpp", "du/ShadowingCalculator.hpp"),
                               ("du/A.cpp", "scan/S.hpp"),
                               ("scan/S.cpp", "app/A.hpp"),
-                              ("io/V.cpp", "app/A.hpp"), ("io/V.cpp", "rdf/D.hpp")):
+                              ("io/V.cpp", "app/A.hpp"), ("io/V.cpp", "rdf/D.hpp"),
+                              ("scan/S.cpp", "display/D.hpp"), ("display/D.cpp", "app/A.hpp")):
             folder = name.rpartition("/")[0]
             self.assert_refused(name, f'"{include}"', f"{folder}/ must not include {include}")
 
@@ -62,12 +65,15 @@ class CheckRooms(unittest.TestCase):
         self.assert_refused("rdf/D.cpp", '"scan/S.hpp"', "rdf/ must not include scan/S.hpp")
         self.assert_refused("io/V.hpp", '"scan/S.hpp"', "io/ must not include scan/S.hpp")
         self.assert_refused("scan/S.hpp", '"io/V.hpp"', "scan/ must not include io/V.hpp")
+        self.assert_refused("display/D.cpp", '"io/V.hpp"', "display/ must not include io/V.hpp")
 
     def test_refuses_a_library_in_a_folder_that_must_not_use_it(self):
         for name, library in (("log/Log.hpp", '"TVector3.h"'), ("db/DB.cpp", "<ROOT/RError.hxx>"),
                               ("du/A.cpp", "<CLI/CLI.hpp>"), ("io/V.cpp", "<CLI/CLI.hpp>"),
                               ("scan/S.cpp", "<nlohmann/json.hpp>"),
-                              ("du/hardware/A.cpp", "<CLHEP/Units/SystemOfUnits.h>")):
+                              ("du/hardware/A.cpp", "<CLHEP/Units/SystemOfUnits.h>"),
+                              ("app/A.cpp", "<cairo.h>"), ("app/A.cpp", "<cairo-pdf.h>"),
+                              ("app/A.cpp", "<pango/pangocairo.h>")):
             folder = name.rpartition("/")[0]
             self.assert_refused(name, library, f"{folder}/ must not include {library[1:-1]}")
 

@@ -13,7 +13,7 @@ from support import SOURCE
 
 PACKAGE = pathlib.Path(zarn.__file__).parent
 # Without those whose libraries are not installed.
-NEEDS = {"rdf": "ROOT"}
+NEEDS = {"rdf": "ROOT", "draw": "matplotlib"}
 MODULES = [m.name for m in pkgutil.iter_modules(zarn.__path__) if m.name != "_core"
            and importlib.util.find_spec(NEEDS.get(m.name, "zarn"))]
 
@@ -21,6 +21,7 @@ USER = """
 import numpy as np
 import numpy.typing as npt
 import zarn
+import zarn.draw
 import zarn.rdf
 
 calc = zarn.Calculator("data/reference-detector", run=0, tolerance=150.0)
@@ -34,6 +35,8 @@ text: str = by.label + str(calc.explain(event=[0, 0, 0], pmt=[8300, 0, 0]).to_di
 frame = zarn.rdf.from_paths("paths.root:paths", calc, {"start_x": "vertex.x"}, code="by")
 frame = zarn.rdf.define_shadowing(frame, calc, code="again")
 tolerances: npt.NDArray[np.float64] = calc.critical_tolerance(paths, zarn.Verdict.AV_PIPE)
+zarn.draw.map(result, theme="dark").set_rasterized(True)
+places: npt.NDArray[np.float64] = zarn.draw.project([[0, 0, 1]])
 """
 WRONG = {
     "calc.check(paths, threads='2')": "arg-type",
@@ -41,6 +44,7 @@ WRONG = {
     "calc.tolerance = 3.0": "misc",
     "text = result.codes": "assignment",
     "zarn.rdf.define_scan(frame, calc, reflection='no')": "arg-type",
+    "zarn.draw.map(result, view='center')": "arg-type",
 }
 
 

@@ -104,6 +104,35 @@ TEST_F(ToleranceCountsTest, AreExactWherePlatesDoNotGrowWithTheTolerance) {
   EXPECT_EQ(fractions[3], 0.0);
 }
 
+TEST_F(ToleranceCountsTest, AreTheSameInPartsOfARow) {
+  const std::size_t half = pmts_.size() / 2;
+  ToleranceCounts whole(shadowing_, lightPath_, pmts_, CountsFor({0, 150}, 1));
+  ToleranceCounts parts(shadowing_, lightPath_, pmts_, CountsFor({0, 150}, 1));
+  RowScan::Settings settings;
+  settings.onBlock = [&](const RowBlock& block) {
+    whole.Judge(block);
+    RowBlock part = block;
+    part.direct.clear();
+    for (std::size_t event = 0; event < block.events.size(); ++event) {
+      part.direct.insert(part.direct.end(), block.Direct(event) + half,
+                         block.Direct(event) + block.pmts);
+    }
+    part.firstPMT = half;
+    part.pmts = block.pmts - half;
+    parts.Judge(part);
+  };
+  RowScan(shadowing_, lightPath_, DU::PMTArray(pmts_), settings)
+      .Run(events_, [](const RowBlock& /*block*/) {});
+  VerdictCounts counted;
+  for (std::size_t pmt = 0; pmt < pmts_.size(); ++pmt) {
+    ExpectSame(parts.OfPMT(pmt)[1],
+               pmt < half ? VerdictCounts() : whole.OfPMT(pmt)[1]);
+    counted += parts.OfPMT(pmt)[1];
+  }
+  EXPECT_GT(counted.Shadowed(), 0U);
+  ExpectSame(parts.OfAll()[1], counted);
+}
+
 TEST_F(ToleranceCountsTest, StopWithTheExceptionOfTheCheck) {
   ToleranceCounts::Settings settings = CountsFor({0, 150}, 2);
   settings.checkForStop = [] { throw std::runtime_error("stop"); };

@@ -1,11 +1,11 @@
-#include "app/Grouped.hpp"
+#include "log/Grouped.hpp"
 
 #include <gtest/gtest.h>
 
 #include <cstdint>
 #include <limits>
 
-namespace ZARN::App {
+namespace ZARN {
 namespace {
 
 TEST(Grouped, SeparatesThousands) {
@@ -22,4 +22,4 @@ TEST(Grouped, SeparatesThousands) {
 }
 
 }  // namespace
-}  // namespace ZARN::App
+}  // namespace ZARN

@@ -1,6 +1,6 @@
-#include "app/Grouped.hpp"
+#include "log/Grouped.hpp"
 
-namespace ZARN::App {
+namespace ZARN {
 
 std::string Grouped(unsigned long long value) {
   std::string text = std::to_string(value);
@@ -10,4 +10,4 @@ std::string Grouped(unsigned long long value) {
   return text;
 }
 
-}  // namespace ZARN::App
+}  // namespace ZARN

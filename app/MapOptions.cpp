@@ -1,0 +1,299 @@
+#include "app/MapOptions.hpp"
+
+#include <CLI/CLI.hpp>
+#include <array>
+#include <cmath>
+#include <string_view>
+
+#include "app/InputColumnsOption.hpp"
+#include "app/PositionOption.hpp"
+#include "app/TolerancesOption.hpp"
+#include "app/Usage.hpp"
+#include "db/JsonTables.hpp"
+#include "io/DistinctFiles.hpp"
+#include "io/FileNames.hpp"
+#include "io/NearestName.hpp"
+#include "io/Quoted.hpp"
+#include "io/Sidecar.hpp"
+
+namespace ZARN::App {
+namespace {
+
+constexpr const char* kFooter =
+    "The map shows all directions from the centre of the detector, or with\n"
+    "--view event from the event, in equal areas (Mollweide). Azimuth 0 is in\n"
+    "the middle and azimuth grows to the left, as seen from inside.\n"
+    "  --pmts               one mark for each PMT: its shape and colour say "
+    "what\n"
+    "                       blocks the light; above 20,000 PMTs each pixel "
+    "shows\n"
+    "                       the nearest one\n"
+    "  --radius             every direction has the colour of what blocks the\n"
+    "                       light to its end on a sphere around the centre\n"
+    "Several events colour each PMT by the share of its light paths that are\n"
+    "shadowed. A comparison (--compare, --compare-run) judges one event with "
+    "two\n"
+    "sets of tables, and shows only what changes.\n"
+    "Beside the map, a panel shows what blocks at other tolerances: for all\n"
+    "PMTs, or for 100,000 directions that are spread evenly. On a comparison "
+    "a\n"
+    "table of the changes stands there.\n"
+    "EVENTS and PMTS have the same columns as for scan.\n\n"
+    "MAP is SVG, PDF or PNG by the end of its name: .svg, .pdf or .png. "
+    "Without\n"
+    "-o, SVG goes to standard output. --data writes the numbers behind the\n"
+    "picture, one row for each PMT or pixel:\n"
+    "  pmt                  its name; for pixels column and row, from the top\n"
+    "                       left\n"
+    "  x, y, z              position of the PMT or of the direction's end, mm\n"
+    "  azimuth, polar_angle the direction, rad; empty if there is none\n"
+    "  shadowed             0 or 1; empty if there is no path\n"
+    "  by                   AVHDRope, SupportRope, BellyPlate, NCDAnchor,\n"
+    "                       AVPipe, NeckBoss, empty, or no path\n"
+    "with several events paths, shadowed and fraction instead of the last "
+    "two,\n"
+    "and on a comparison shadowed_before and by_before in front of them.\n\n"
+    "Exit status: 0 success; 1 output cannot be written; 2 bad usage or "
+    "input;\n"
+    "130 interrupted.\n\n"
+    "Example:\n"
+    "  zarn-shadow map --at 0,0,3000 --pmts data/pmts.csv \\\n"
+    "      --geometry data/reference-detector -o map.svg";
+
+struct FormatName {
+  std::string_view suffix;
+  eMapFormat format;
+};
+constexpr std::array kFormats = {FormatName{".svg", eMapFormat::kSvg},
+                                 FormatName{".pdf", eMapFormat::kPdf},
+                                 FormatName{".png", eMapFormat::kPng}};
+
+/// The format that belongs to the end of a name; nullopt for another end.
+std::optional<eMapFormat> FormatByName(const std::string& name) {
+  for (const FormatName& known : kFormats) {
+    if (name.size() > known.suffix.size() &&
+        name.compare(name.size() - known.suffix.size(), std::string::npos,
+                     known.suffix) == 0) {
+      return known.format;
+    }
+  }
+  return std::nullopt;
+}
+
+/// What one of some words means; BadUsage for any other word.
+template <class Meaning>
+Meaning MeaningOf(const std::string& option, const std::string& text,
+                  const std::array<std::pair<const char*, Meaning>, 2>& words) {
+  std::vector<std::string> known;
+  for (const auto& [word, meaning] : words) {
+    if (text == word) return meaning;
+    known.emplace_back(word);
+  }
+  const std::string nearest = IO::NearestName(text, known);
+  throw BadUsage(option + ": " + IO::Quoted(text) + " is not known" +
+                 (nearest.empty() ? "; use " + Joined(known, "or")
+                                  : IO::Suggest(nearest)));
+}
+
+/// One side of the picture, pixels.
+double SideOf(const std::string& text, const std::string& side) {
+  const int pixels = WholeNumberOf("--size", side);
+  if (pixels < Display::kSmallestMapSide || pixels > Display::kLargestMapSide) {
+    throw BadUsage("--size: " + IO::Quoted(text) + " is out of range (" +
+                   std::to_string(static_cast<int>(Display::kSmallestMapSide)) +
+                   " to " +
+                   std::to_string(static_cast<int>(Display::kLargestMapSide)) +
+                   " pixels in width and height)");
+  }
+  return pixels;
+}
+
+void SetSize(const std::string& text, Display::MapStyle& style) {
+  const std::size_t middle = text.find('x');
+  if (middle == std::string::npos) {
+    throw BadUsage("--size: " + IO::Quoted(text) +
+                   " is not of the form WIDTHxHEIGHT");
+  }
+  style.width = SideOf(text, text.substr(0, middle));
+  style.height = SideOf(text, text.substr(middle + 1));
+}
+
+void AddInputs(CLI::App& command, MapOptions& options) {
+  AddPositionOption(command, "--at", options.at,
+                    "One event at this position in mm");
+  command
+      .add_option("--events", options.events,
+                  "CSV or ROOT file of events; - reads CSV from standard input")
+      ->type_name("EVENTS");
+  command.add_option("--event", options.event, "Only the event with this name")
+      ->type_name("NAME");
+  command
+      .add_option("--pmts", options.pmts,
+                  "CSV or ROOT file of PMTs; - reads CSV from standard input")
+      ->type_name("PMTS");
+  command
+      .add_option_function<std::string>(
+          "--radius",
+          [&options](const std::string& text) {
+            options.radius = NumberOf("--radius", text);
+            if (*options.radius > 0) return;
+            throw BadUsage("--radius: " + IO::Quoted(text) +
+                           " is not greater than 0");
+          },
+          "Without PMTs: every direction, to a sphere of this radius in mm")
+      ->type_name("MM");
+  AddInputColumnsOption(command, options.names, PositionColumns(),
+                        "event_x=evt.x,pmt=id");
+}
+
+void AddComparison(CLI::App& command, MapOptions& options) {
+  command
+      .add_option("--compare", options.compare,
+                  "Show what changes with these other tables")
+      ->type_name("TABLES");
+  command
+      .add_option_function<std::string>(
+          "--compare-run",
+          [&options](const std::string& text) {
+            options.compareRun = WholeNumberOf("--compare-run", text);
+          },
+          "Show what changes with the tables of this other run")
+      ->type_name("N");
+}
+
+void AddPicture(CLI::App& command, MapOptions& options) {
+  using Display::eMapView;
+  using Display::eTheme;
+  command
+      .add_option_function<std::string>(
+          "--view",
+          [&options](const std::string& text) {
+            options.view = MeaningOf<eMapView>(
+                "--view", text,
+                {{{"centre", eMapView::kCentre}, {"event", eMapView::kEvent}}});
+          },
+          "Show directions from the centre (default) or from the event")
+      ->type_name("FROM");
+  AddTolerancesOption(command, options.tolerances, "Tolerances of the panel");
+  command.add_flag("--no-panel", options.hasNoPanel,
+                   "Leave out the panel of other tolerances");
+  command
+      .add_option_function<std::string>(
+          "--theme",
+          [&options](const std::string& text) {
+            options.style.theme = MeaningOf<eTheme>(
+                "--theme", text,
+                {{{"light", eTheme::kLight}, {"dark", eTheme::kDark}}});
+          },
+          "Colours: light (default) or dark")
+      ->type_name("NAME");
+  command
+      .add_option("--title", options.title,
+                  "Title of the picture, instead of one made from its content")
+      ->type_name("TEXT");
+  command
+      .add_option_function<std::string>(
+          "--size",
+          [&options](const std::string& text) { SetSize(text, options.style); },
+          "Size of the picture in pixels (default: 1200x700)")
+      ->type_name("WxH");
+  command
+      .add_option("-o,--output", options.output,
+                  "Write the map to this file: *.svg, *.pdf or *.png")
+      ->type_name("MAP");
+  command
+      .add_option("--data", options.data,
+                  "Write the numbers behind the picture to this CSV file")
+      ->type_name("OUT");
+}
+
+void RequireOneWay(const MapOptions& options) {
+  if (options.events.has_value() == options.at.has_value()) {
+    throw BadUsage("map needs either --events or --at");
+  }
+  if (options.event.has_value() && options.at.has_value()) {
+    throw BadUsage("--event needs --events");
+  }
+  if (options.pmts.has_value() == options.radius.has_value()) {
+    throw BadUsage("map needs either --pmts, or --radius for every direction");
+  }
+}
+
+void RequireConsistentPanel(const MapOptions& options) {
+  const char* const panel = options.hasNoPanel            ? "--no-panel"
+                            : !options.tolerances.empty() ? "--tolerances"
+                                                          : nullptr;
+  if (options.IsComparison() && panel != nullptr) {
+    throw BadUsage(std::string(options.compare.has_value() ? "--compare"
+                                                           : "--compare-run") +
+                   " and " + panel +
+                   " exclude each other: the table of changes takes the place "
+                   "of the panel");
+  }
+  if (options.hasNoPanel && !options.tolerances.empty()) {
+    throw BadUsage("--tolerances and --no-panel exclude each other");
+  }
+  if (options.tolerances.size() == 1) {
+    throw BadUsage("--tolerances: the panel needs two or more");
+  }
+}
+
+void RequireDistinctFiles(const MapOptions& options) {
+  std::vector<std::string> inputs = FilesOf(options.run);
+  for (const auto& input : {options.pmts, options.events}) {
+    if (input.has_value()) inputs.push_back(*input);
+  }
+  std::vector<std::string> outputs = {options.output.value_or("-")};
+  if (options.data.has_value()) {
+    outputs.push_back(*options.data);
+    const auto sidecar = IO::SidecarName(options.data);
+    if (sidecar.has_value()) outputs.push_back(*sidecar);
+  }
+  IO::RequireDistinctFiles(inputs, outputs);
+  // The tables may be the same, at another run.
+  if (options.IsComparison()) {
+    IO::RequireDistinctFiles(FilesOf(options.RunOfComparison()), outputs);
+  }
+}
+
+}  // namespace
+
+eMapFormat MapOptions::Format() const {
+  return FormatByName(output.value_or("-")).value_or(eMapFormat::kSvg);
+}
+
+RunOptions MapOptions::RunOfComparison() const {
+  RunOptions other = run;
+  if (compare.has_value()) other.geometry = *compare;
+  if (compareRun.has_value()) other.run = *compareRun;
+  return other;
+}
+
+void AddMapOptions(CLI::App& command, MapOptions& options) {
+  AddInputs(command, options);
+  AddRunOptions(command, options.run);
+  AddThreadsOption(command, options.run.threads);
+  AddWavelengthOption(command, options.wavelength);
+  AddComparison(command, options);
+  AddPicture(command, options);
+  command.footer(kFooter);
+}
+
+void RequireConsistent(const MapOptions& options) {
+  RequireOneWay(options);
+  RequireConsistentPanel(options);
+  // A pipe, a device or standard output needs no name of a format.
+  const std::string output = options.output.value_or("-");
+  if (output != "-" && IO::CanReplace(output) &&
+      !FormatByName(output).has_value()) {
+    throw BadUsage("-o: the name " + IO::Quoted(output) +
+                   " ends in none of .svg, .pdf and .png");
+  }
+  if (options.data.has_value() && IO::IsRootFileName(*options.data)) {
+    throw BadUsage("--data: " + IO::Quoted(*options.data) +
+                   " would be CSV, not a ROOT file");
+  }
+  RequireDistinctFiles(options);
+}
+
+}  // namespace ZARN::App

@@ -1,0 +1,87 @@
+#include "display/SvgWriter.hpp"
+
+#include <gtest/gtest.h>
+
+namespace ZARN::Display {
+namespace {
+
+Drawing MakeDrawing() {
+  Drawing drawing;
+  drawing.width = 60.0;
+  drawing.height = 30.0;
+  drawing.scale = 2.0;
+  drawing.background = {255, 255, 255};
+  drawing.title = "squares & <more>";
+  drawing.description = "\"two\" squares";
+  Shapes squares;
+  squares.outline = {{-2, -2}, {2, -2}, {2, 2.005}, {-2, 2}};
+  squares.positions = {{5, 5}, {15.126, 5}};
+  squares.fill = Colour{200, 10, 20, 0.5};
+  drawing.groups.push_back({"squares", {squares}, {}});
+  return drawing;
+}
+
+bool Contains(const std::string& text, const std::string& part) {
+  return text.find(part) != std::string::npos;
+}
+
+TEST(SvgWriter, WritesSizeTitleAndDescription) {
+  const std::string svg = WriteSvg(MakeDrawing());
+  EXPECT_TRUE(
+      Contains(svg, " width=\"120\" height=\"60\" viewBox=\"0 0 60 30\""));
+  EXPECT_TRUE(
+      Contains(svg, "<title id=\"title\">squares &amp; &lt;more&gt;</title>"));
+  EXPECT_TRUE(
+      Contains(svg, "<desc id=\"description\">&quot;two&quot; squares</desc>"));
+}
+
+TEST(SvgWriter, WritesAPathForShapesOfOneKind) {
+  EXPECT_TRUE(
+      Contains(WriteSvg(MakeDrawing()),
+               "<path d=\"M3 3l4 0 0 4.01-4-.01zM13.13 3l4 0 0 4.01-4-.01z\" "
+               "fill=\"#c80a14\" fill-opacity=\"0.5\"/>") ||
+      Contains(
+          WriteSvg(MakeDrawing()),
+          "<path d=\"M3 3l4 0 0 4.01 -4-0.01zM13.13 3l4 0 0 4.01 -4-0.01z\" "
+          "fill=\"#c80a14\" fill-opacity=\"0.5\"/>"))
+      << WriteSvg(MakeDrawing());
+}
+
+TEST(SvgWriter, WritesWordsAsText) {
+  Drawing drawing = MakeDrawing();
+  drawing.groups.push_back({"words",
+                            {Text{"a < b & c",
+                                  {1.5, 20},
+                                  {12.0, eWeight::kBold},
+                                  {0, 0, 0},
+                                  eAnchor::kMiddle,
+                                  Stroke{{255, 255, 255}, 3.0}}},
+                            {{0, 0}, {9, 0}, {9, 9}}});
+  const std::string svg = WriteSvg(drawing);
+  EXPECT_TRUE(Contains(
+      svg,
+      "<text x=\"1.5\" y=\"20\" font-size=\"12\" fill=\"#000000\" "
+      "font-weight=\"bold\" text-anchor=\"middle\" paint-order=\"stroke\" "
+      "stroke=\"#ffffff\" stroke-width=\"3\">a &lt; b &amp; c</text>"));
+  EXPECT_TRUE(Contains(svg, "<clipPath id=\"clip-1\">"));
+  EXPECT_TRUE(Contains(svg, "clip-path=\"url(#clip-1)\""));
+}
+
+TEST(SvgWriter, EmbedsImagesAsPng) {
+  Drawing drawing = MakeDrawing();
+  drawing.groups.push_back(
+      {"image", {Image{{1, 2, 3, 4}, 1, 1, {0x123456}}}, {}});
+  EXPECT_TRUE(Contains(WriteSvg(drawing),
+                       "<image x=\"1\" y=\"2\" width=\"3\" height=\"4\" "
+                       "preserveAspectRatio=\"none\" "
+                       "xlink:href=\"data:image/png;base64,iVBORw0KGgo"));
+}
+
+TEST(SvgWriter, LeavesOutWhatIsEmpty) {
+  Drawing drawing = MakeDrawing();
+  drawing.groups = {{"nothing", {Shapes{{}, {}, {}, {}}, Lines{}}, {}}};
+  EXPECT_FALSE(Contains(WriteSvg(drawing), "<path"));
+}
+
+}  // namespace
+}  // namespace ZARN::Display
