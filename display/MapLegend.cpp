@@ -11,8 +11,8 @@ namespace {
 constexpr double kRow = 27.0;
 constexpr double kColumn = 262.0;
 constexpr double kNameX = 24.0;
-constexpr double kPercentX = 237.0;  // where percents end
-constexpr double kPercentWidth = 54.0;
+constexpr double kPercentX = 243.0;  // where percents end
+constexpr double kPercentWidth = 58.0;
 constexpr double kBaseline = 4.5;  // below the middle of a row
 
 struct Entry {
@@ -101,7 +101,7 @@ void AddEntry(const MapScene& scene, const Entry& entry, const Point& at,
                                   eAnchor::kEnd,
                                   std::nullopt});
   }
-  constexpr double kSpace = 6.0;
+  constexpr double kSpace = 4.0;
   const double x = at.x + kNameX;
   group.items.emplace_back(
       Text{scene.ruler.Shorten(entry.name, kLabelFont, room - kSpace - x),

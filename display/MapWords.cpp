@@ -45,6 +45,13 @@ std::size_t CountHidden(const MapContent& content) {
       [](const MapMark& mark) { return !HasDirection(mark.direction); }));
 }
 
+// "1 PMT", "2 PMTs".
+std::string CountedUnit(const MapContent& content, std::uint64_t count) {
+  std::string unit = UnitOf(content);
+  if (count == 1) unit.pop_back();
+  return WordOfCount(count) + " " + unit;
+}
+
 }  // namespace
 
 std::string WordOf(double number) {
@@ -125,7 +132,7 @@ std::string SummaryOf(const MapContent& content) {
     if (HasPixels(content)) {
       return WordOfShare(changes, all) + " of the directions changed";
     }
-    return WordOfCount(changes) + " of " + WordOfCount(all) + " " + unit +
+    return WordOfCount(changes) + " of " + CountedUnit(content, all) +
            " changed (" + WordOfShare(changes, all) + ")";
   }
   if (paths == 0) return "No light path to any of the " + unit;
@@ -134,7 +141,7 @@ std::string SummaryOf(const MapContent& content) {
            " of the directions with a light path are shadowed";
   }
   const bool isPart = paths != all && !content.HasSeveralEvents();
-  return WordOfCount(shadowed) + " of " + WordOfCount(paths) + " " + unit +
+  return WordOfCount(shadowed) + " of " + CountedUnit(content, paths) +
          (isPart ? " with a light path" : "") + " shadowed (" +
          WordOfShare(shadowed, paths) + ")";
 }
@@ -178,19 +185,18 @@ std::string FootnoteOf(const MapContent& content) {
   if (content.IsComparison()) {
     text = "Only what changed is counted. Percent of " +
            (hasPixels ? "all directions."
-                      : "the " + WordOfCount(all) + " " + unit + ".");
+                      : "the " + CountedUnit(content, all) + ".");
   } else {
-    text =
-        "Percent of the " + (hasPixels ? "" : WordOfCount(paths) + " ") + unit;
+    text = "Percent of the " + (hasPixels ? unit : CountedUnit(content, paths));
     if (paths != all && !content.HasSeveralEvents()) {
       text += " with a light path";
     }
     if (paths != all) {
       text += "; no path: of all " +
               (hasPixels ? unit
-                         : WordOfCount(all) + (content.HasSeveralEvents()
-                                                   ? " pairs of event and PMT"
-                                                   : " " + unit));
+               : content.HasSeveralEvents()
+                   ? WordOfCount(all) + " pairs of event and PMT"
+                   : CountedUnit(content, all));
     }
     text += '.';
   }

@@ -17,7 +17,7 @@ struct MapStyle {
 
 /// The smallest and largest width or height of a sky map, pixels.
 inline constexpr double kSmallestMapSide = 100.0;
-inline constexpr double kLargestMapSide = 16000.0;
+inline constexpr double kLargestMapSide = 8000.0;
 
 /// Whether a column beside the map holds a tolerance panel or, on a comparison,
 /// the table of changes.

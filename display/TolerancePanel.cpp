@@ -272,6 +272,12 @@ void AddRun(const MapScene& scene, const Plot& plot, Group& group) {
       y = std::min(y, plot.Y(plot.Sum(end, DU::kNumberOfComponents)) - 12.0);
     }
   }
+  if (!fitsLeft) {
+    Lines leader;
+    leader.stroke = {scene.theme.secondText, 1.0};
+    leader.lines.push_back({{dot.x, dot.y - 5.0}, {dot.x, y + 9.0}});
+    group.items.emplace_back(std::move(leader));
+  }
   for (std::size_t i = 0; i < 2; ++i) {
     group.items.emplace_back(
         Text{words[i],

@@ -62,6 +62,12 @@ TEST(MapWords, SumUpWhatIsShadowed) {
   EXPECT_EQ(TitleOf(content), "How often PMTs are hidden from 2 events");
 }
 
+TEST(MapWords, CountASinglePMT) {
+  MapContent content = MakeMarks(1);
+  EXPECT_EQ(SummaryOf(content), "0 of 1 PMT shadowed (0.0 %)");
+  EXPECT_EQ(FootnoteOf(content), "Percent of the 1 PMT.");
+}
+
 TEST(MapWords, SayThatThereIsNothing) {
   EXPECT_EQ(SummaryOf(MakeEmptyContent()), "No PMTs");
   MapContent content = MakeEmptyContent();
