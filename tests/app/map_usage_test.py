@@ -82,9 +82,9 @@ class Usage(MapTest):
                 (("--size", "1200x"), '--size: "" is not a whole number'),
                 (("--size", "a x b"), '--size: "a " is not a whole number'),
                 (("--size", "12.5x100"), '--size: "12.5" is not a whole number'),
-                (("--size", "1x700"), '--size: "1x700" is out of range (100 to 16000 pixels in '
+                (("--size", "1x700"), '--size: "1x700" is out of range (100 to 8000 pixels in '
                                       "width and height)"),
-                (("--size", "700x16001"), '--size: "700x16001" is out of range (100 to 16000 '
+                (("--size", "700x8001"), '--size: "700x8001" is out of range (100 to 8000 '
                                           "pixels in width and height)"),
                 (("--run", "1.5"), '--run: "1.5" is not a whole number'),
                 (("--compare-run", "x"), '--compare-run: "x" is not a whole number'),
