@@ -1,6 +1,11 @@
 #include "display/SvgWriter.hpp"
 
+#include <glib.h>
 #include <gtest/gtest.h>
+
+#include <set>
+
+#include "display/CairoWriter.hpp"
 
 namespace ZARN::Display {
 namespace {
@@ -14,7 +19,7 @@ Drawing MakeDrawing() {
   drawing.title = "squares & <more>";
   drawing.description = "\"two\" squares";
   Shapes squares;
-  squares.outline = {{-2, -2}, {2, -2}, {2, 2.005}, {-2, 2}};
+  squares.outline = {{-2, -2}, {2, -2}, {2, 2.01}, {-2, 2}};
   squares.positions = {{5, 5}, {15.126, 5}};
   squares.fill = Colour{200, 10, 20, 0.5};
   drawing.groups.push_back({"squares", {squares}, {}});
@@ -36,15 +41,12 @@ TEST(SvgWriter, WritesSizeTitleAndDescription) {
 }
 
 TEST(SvgWriter, WritesAPathForShapesOfOneKind) {
-  EXPECT_TRUE(
-      Contains(WriteSvg(MakeDrawing()),
-               "<path d=\"M3 3l4 0 0 4.01-4-.01zM13.13 3l4 0 0 4.01-4-.01z\" "
-               "fill=\"#c80a14\" fill-opacity=\"0.5\"/>") ||
-      Contains(
-          WriteSvg(MakeDrawing()),
-          "<path d=\"M3 3l4 0 0 4.01 -4-0.01zM13.13 3l4 0 0 4.01 -4-0.01z\" "
-          "fill=\"#c80a14\" fill-opacity=\"0.5\"/>"))
-      << WriteSvg(MakeDrawing());
+  const std::string svg = WriteSvg(MakeDrawing());
+  EXPECT_TRUE(Contains(
+      svg,
+      "<path d=\"M3 3l4 0 0 4.01 -4-0.01zM13.13 3l4 0 0 4.01 -4-0.01z\" "
+      "fill=\"#c80a14\" fill-opacity=\"0.5\"/>"))
+      << svg;
 }
 
 TEST(SvgWriter, WritesWordsAsText) {
@@ -68,13 +70,32 @@ TEST(SvgWriter, WritesWordsAsText) {
 }
 
 TEST(SvgWriter, EmbedsImagesAsPng) {
-  Drawing drawing = MakeDrawing();
-  drawing.groups.push_back(
-      {"image", {Image{{1, 2, 3, 4}, 1, 1, {0x123456}}}, {}});
-  EXPECT_TRUE(Contains(WriteSvg(drawing),
-                       "<image x=\"1\" y=\"2\" width=\"3\" height=\"4\" "
-                       "preserveAspectRatio=\"none\" "
-                       "xlink:href=\"data:image/png;base64,iVBORw0KGgo"));
+  // PNGs of several lengths: base64 writes three bytes at a time.
+  std::set<std::size_t> lengths;
+  for (std::size_t columns = 1; columns < 20; ++columns) {
+    Image image = {{1, 2, 3, 4}, columns, 1, {}};
+    for (std::size_t i = 0; i < columns; ++i) {
+      image.pixels.push_back(static_cast<std::uint32_t>(i * i * 0xF1D3E7U));
+    }
+    Drawing drawing = MakeDrawing();
+    drawing.groups = {{"image", {image}, {}}};
+    const std::string svg = WriteSvg(drawing);
+    const std::string start =
+        "<image x=\"1\" y=\"2\" width=\"3\" height=\"4\" "
+        "preserveAspectRatio=\"none\" xlink:href=\"data:image/png;base64,";
+    const std::size_t begin = svg.find(start);
+    ASSERT_NE(begin, std::string::npos);
+    const std::string code =
+        svg.substr(begin + start.size(),
+                   svg.find('"', begin + start.size()) - begin - start.size());
+    gsize length = 0;
+    guchar* const bytes = g_base64_decode(code.c_str(), &length);
+    EXPECT_EQ(std::string(bytes, bytes + length), EncodePng(image));
+    EXPECT_EQ(code.size() % 4, 0U);
+    g_free(bytes);
+    lengths.insert(length % 3);
+  }
+  EXPECT_GT(lengths.size(), 1U);
 }
 
 TEST(SvgWriter, LeavesOutWhatIsEmpty) {

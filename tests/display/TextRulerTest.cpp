@@ -43,11 +43,15 @@ TEST(TextRuler, MeasuresInProportionToTheSize) {
 TEST(TextRuler, ShortensOnlyWhatIsTooLong) {
   const TextRuler ruler;
   EXPECT_EQ(ruler.Shorten("short", kFont, 100.0), "short");
-  const std::string words = "d\u00e9tecteur de r\u00e9f\u00e9rence";
-  for (double width = 20.0; width < 140.0; width += 3.0) {
+  std::string words;
+  for (int i = 0; i < 30; ++i) words += "\u00e9";  // two bytes each
+  for (double width = 20.0; width < 140.0; width += 1.0) {
     const std::string shortened = ruler.Shorten(words, kFont, width);
     EXPECT_LE(ruler.WidthOf(shortened, kFont), width);
-    EXPECT_EQ(MakePlain(shortened), shortened);  // no broken character
+    EXPECT_EQ(MakePlain(shortened), shortened);     // no broken character
+    const std::size_t kept = shortened.size() - 3;  // less the ellipsis
+    EXPECT_GT(ruler.WidthOf(words.substr(0, kept + 2) + "\u2026", kFont),
+              width);
   }
   EXPECT_EQ(ruler.Shorten(words, kFont, 1.0), "\u2026");
 }
