@@ -8,7 +8,6 @@
 #include <stdexcept>
 
 #include "display/PangoText.hpp"
-#include "display/PngEncoder.hpp"
 
 namespace ZARN::Display {
 namespace {
@@ -66,6 +65,12 @@ Surface SurfaceOf(const Image& image) {
   std::copy(image.pixels.begin(), image.pixels.end(), PixelsOf(surface.get()));
   cairo_surface_mark_dirty(surface.get());
   return surface;
+}
+
+std::string PngOf(cairo_surface_t* surface) {
+  std::string bytes;
+  Check(cairo_surface_write_to_png_stream(surface, Append, &bytes));
+  return bytes;
 }
 
 // Draws items, one kind each.
@@ -189,10 +194,7 @@ std::string WritePng(const Drawing& drawing, double density) {
   const Surface surface(cairo_image_surface_create(
       CAIRO_FORMAT_RGB24, static_cast<int>(width), static_cast<int>(height)));
   DrawOn(surface.get(), drawing, scale);
-  cairo_surface_flush(surface.get());
-  const auto columns = static_cast<std::size_t>(width);
-  return EncodePng(PixelsOf(surface.get()), columns, columns,
-                   static_cast<std::size_t>(height));
+  return PngOf(surface.get());
 }
 
 std::string WritePdf(const Drawing& drawing) {
@@ -215,9 +217,7 @@ std::string WritePdf(const Drawing& drawing) {
 }
 
 std::string EncodePng(const Image& image) {
-  CheckImage(image);
-  return EncodePng(image.pixels.data(), image.columns, image.columns,
-                   image.rows);
+  return PngOf(SurfaceOf(image).get());
 }
 
 }  // namespace ZARN::Display
