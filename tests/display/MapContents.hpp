@@ -87,4 +87,10 @@ inline MapPanel MakePanel() {
   return panel;
 }
 
+/// The same with counts at other tolerances.
+inline MapContent WithPanel(MapContent content) {
+  content.panel = MakePanel();
+  return content;
+}
+
 }  // namespace ZARN::Display

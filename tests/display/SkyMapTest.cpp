@@ -16,6 +16,7 @@
 #include "display/MapLayout.hpp"
 #include "display/SvgWriter.hpp"
 #include "display/TextRuler.hpp"
+#include "tests/display/Drawings.hpp"
 #include "tests/display/MapContents.hpp"
 #include "tests/display/Pictures.hpp"
 #include "tests/support/Repetitions.hpp"
@@ -24,53 +25,6 @@ namespace ZARN::Display {
 namespace {
 
 using DU::eVerdict;
-
-std::vector<Text> TextsOf(const Drawing& drawing) {
-  std::vector<Text> texts;
-  for (const Group& group : drawing.groups) {
-    for (const Item& item : group.items) {
-      if (const auto* text = std::get_if<Text>(&item)) texts.push_back(*text);
-    }
-  }
-  return texts;
-}
-
-bool HasText(const Drawing& drawing, const std::string& words) {
-  for (const Text& text : TextsOf(drawing)) {
-    if (text.words == words) return true;
-  }
-  return false;
-}
-
-// The room of letters: from the top of capitals to below the baseline.
-Box BoxOf(const TextRuler& ruler, const Text& text) {
-  const double width = ruler.WidthOf(text.words, text.font);
-  const double shift = text.anchor == eAnchor::kStart    ? 0.0
-                       : text.anchor == eAnchor::kMiddle ? 0.5
-                                                         : 1.0;
-  return {text.position.x - shift * width,
-          text.position.y - 0.73 * text.font.size, width,
-          0.94 * text.font.size};
-}
-
-void ExpectTextsApart(const TextRuler& ruler, const Drawing& drawing) {
-  const std::vector<Text> texts = TextsOf(drawing);
-  std::vector<Box> boxes;
-  for (const Text& text : texts) boxes.push_back(BoxOf(ruler, text));
-  for (std::size_t i = 0; i < boxes.size(); ++i) {
-    const Box& box = boxes[i];
-    EXPECT_GE(box.x, 0.0) << texts[i].words;
-    EXPECT_GE(box.y, 0.0) << texts[i].words;
-    EXPECT_LE(box.Right(), drawing.width) << texts[i].words;
-    EXPECT_LE(box.Bottom(), drawing.height) << texts[i].words;
-    for (std::size_t j = 0; j < i; ++j) {
-      const Box& other = boxes[j];
-      EXPECT_FALSE(box.x < other.Right() && other.x < box.Right() &&
-                   box.y < other.Bottom() && other.y < box.Bottom())
-          << '"' << texts[i].words << "\" and \"" << texts[j].words << '"';
-    }
-  }
-}
 
 MapContent MakeShares() {
   MapContent content = MakeMarks(60);
@@ -118,11 +72,6 @@ MapContent WithLongestWords(MapContent content) {
     content.comparison->after = name;
     for (auto& change : content.comparison->changes) change.count = 99999999;
   }
-  return content;
-}
-
-MapContent WithPanel(MapContent content) {
-  content.panel = MakePanel();
   return content;
 }
 
@@ -431,17 +380,6 @@ TEST(SkyMap, ShowsOnlyPMTsThatChanged) {
   EXPECT_EQ(CountMarks(picture, theme.clear, map), 2U);
 }
 
-TEST(SkyMap, CountsInThePanelWhatItsTitleSays) {
-  MapContent content = WithPanel(MakeMarks(80));
-  EXPECT_TRUE(HasText(DrawSkyMap(content), "Shadowed PMTs against tolerance"));
-  content.panel->unit = eMapPanelUnit::kDirections;
-  EXPECT_TRUE(
-      HasText(DrawSkyMap(content), "Shadowed directions against tolerance"));
-  EXPECT_TRUE(HasText(DrawSkyMap(content), "at 150 mm"));
-  content.tolerance = 151.0;
-  EXPECT_FALSE(HasText(DrawSkyMap(content), "at 151 mm"));
-}
-
 TEST(SkyMap, DrawsPMTsThatHaveADirection) {
   MapContent content = MakeMarks(1);
   content.marks.push_back({TVector3(), eVerdict::kEventAtPMT});
@@ -455,22 +393,6 @@ TEST(SkyMap, DrawsPMTsThatHaveADirection) {
     }
   }
   EXPECT_EQ(marks, 1U);
-}
-
-TEST(SkyMap, DrawsAPanelOfAnyTolerances) {
-  const TextRuler ruler;
-  MapContent content = WithPanel(MakeMarks(8));
-  for (const auto& [first, step] :
-       {std::pair(-300.0, 20.0), {1e18, 1024.0}, {0.0, 1e-9}, {-1e30, 1e29}}) {
-    SCOPED_TRACE(first);
-    for (std::size_t i = 0; i < content.panel->tolerances.size(); ++i) {
-      content.panel->tolerances[i] = first + step * static_cast<double>(i);
-    }
-    for (const std::size_t run : {0U, 3U, 8U, 16U}) {
-      content.tolerance = content.panel->tolerances[run];
-      ExpectTextsApart(ruler, DrawSkyMap(content));
-    }
-  }
 }
 
 TEST(SkyMap, FitsTheGridToTheSize) {

@@ -1,0 +1,40 @@
+#include <gtest/gtest.h>
+
+#include <utility>
+
+#include "display/SkyMap.hpp"
+#include "tests/display/Drawings.hpp"
+#include "tests/display/MapContents.hpp"
+
+namespace ZARN::Display {
+namespace {
+
+TEST(TolerancePanel, CountsWhatItsTitleSays) {
+  MapContent content = WithPanel(MakeMarks(80));
+  EXPECT_TRUE(HasText(DrawSkyMap(content), "Shadowed PMTs against tolerance"));
+  content.panel->unit = eMapPanelUnit::kDirections;
+  EXPECT_TRUE(
+      HasText(DrawSkyMap(content), "Shadowed directions against tolerance"));
+  EXPECT_TRUE(HasText(DrawSkyMap(content), "at 150 mm"));
+  content.tolerance = 151.0;
+  EXPECT_FALSE(HasText(DrawSkyMap(content), "at 151 mm"));
+}
+
+TEST(TolerancePanel, IsDrawnForAnyTolerances) {
+  const TextRuler ruler;
+  MapContent content = WithPanel(MakeMarks(8));
+  for (const auto& [first, step] :
+       {std::pair(-300.0, 20.0), {1e18, 1024.0}, {0.0, 1e-9}, {-1e30, 1e29}}) {
+    SCOPED_TRACE(first);
+    for (std::size_t i = 0; i < content.panel->tolerances.size(); ++i) {
+      content.panel->tolerances[i] = first + step * static_cast<double>(i);
+    }
+    for (const std::size_t run : {0U, 3U, 8U, 16U}) {
+      content.tolerance = content.panel->tolerances[run];
+      ExpectTextsApart(ruler, DrawSkyMap(content));
+    }
+  }
+}
+
+}  // namespace
+}  // namespace ZARN::Display
