@@ -188,14 +188,21 @@ void AddTolerances(const MapScene& scene, const Plot& plot, Group& group) {
 }
 
 // The places of words, in the order of wanted places from the bottom up, moved
-// so that they are at least a line apart.
-std::vector<double> Spread(std::vector<double> wanted, double lowest) {
+// so that they are at least a line apart: up, and down again what has left the
+// room at the top.
+std::vector<double> Spread(std::vector<double> wanted, double highest,
+                           double lowest) {
   constexpr double kLine = 18.0;
   double below = lowest + kLine;
   for (double& y : wanted) {
     y = std::min(y, below - kLine);
     below = y;
   }
+  double above = highest - kLine;
+  std::for_each(wanted.rbegin(), wanted.rend(), [&](double& y) {
+    y = std::max(y, above + kLine);
+    above = y;
+  });
   return wanted;
 }
 
@@ -210,7 +217,7 @@ void AddNames(const MapScene& scene, const Plot& plot, Group& group) {
     middles.push_back(
         plot.Y(0.5 * (plot.Sum(last, i) + plot.Sum(last, i + 1))));
   }
-  const std::vector<double> places = Spread(middles, box.Bottom() - 6.0);
+  const std::vector<double> places = Spread(middles, box.y, box.Bottom() - 6.0);
   for (std::size_t i = 0; i < bands.size(); ++i) {
     Lines line;
     line.stroke = {scene.theme.components[bands[i]], 2.0};

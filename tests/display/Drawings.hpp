@@ -63,4 +63,13 @@ inline void ExpectTextsApart(const TextRuler& ruler, const Drawing& drawing) {
   }
 }
 
+/// The part of a name.
+inline Group GroupOf(const Drawing& drawing, const std::string& name) {
+  for (const Group& group : drawing.groups) {
+    if (group.name == name) return group;
+  }
+  ADD_FAILURE() << "no group " << name;
+  return {};
+}
+
 }  // namespace ZARN::Display

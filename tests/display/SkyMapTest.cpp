@@ -87,6 +87,12 @@ std::vector<MapContent> AllKindsOfContent() {
   for (auto& counts : thin.panel->counts) {
     counts.Add(DU::eShadowingComponent::kAVHDRope, 100000);
   }
+  // All names of bands want to be near the top of the axis.
+  MapContent high = thin;
+  high.panel->unit = eMapPanelUnit::kLightPaths;
+  for (auto& counts : high.panel->counts) {
+    counts.Add(DU::eShadowingComponent::kNone, 5500);
+  }
   MapContent noPaths = MakeEmptyContent();
   noPaths.counts.Add(eVerdict::kTotalReflection, 7);
   noPaths.panel = MapPanel{eMapPanelUnit::kDirections, {-5.0, 1e-3}, {{}, {}}};
@@ -94,6 +100,7 @@ std::vector<MapContent> AllKindsOfContent() {
                                       states,
                                       flat,
                                       thin,
+                                      high,
                                       noPaths,
                                       MakeShares(),
                                       WithPanel(MakeShares()),

@@ -1,5 +1,7 @@
 #include <gtest/gtest.h>
 
+#include <map>
+#include <string>
 #include <utility>
 
 #include "display/SkyMap.hpp"
@@ -8,6 +10,29 @@
 
 namespace ZARN::Display {
 namespace {
+
+TEST(TolerancePanel, KeepsNamesOfBandsBetweenTitleAndAxis) {
+  MapContent content = WithPanel(MakeMarks(8));
+  for (const std::uint64_t clear : {0U, 6000U, 100000000U}) {
+    SCOPED_TRACE(clear);
+    for (auto& counts : content.panel->counts) {
+      counts.Add(DU::eShadowingComponent::kNone, clear);
+      counts.Add(DU::eShadowingComponent::kAVHDRope, 100000);
+    }
+    const Drawing drawing = DrawSkyMap(content);
+    const Group panel = GroupOf(drawing, "tolerances");
+    std::map<std::string, double> places;
+    for (const Item& item : panel.items) {
+      const auto* text = std::get_if<Text>(&item);
+      if (text != nullptr) places[text->words] = text->position.y;
+    }
+    for (const auto component : DU::kShadowingComponents) {
+      const double name = places.at(GetPalette().Of(component).name);
+      EXPECT_GT(name - 12.0, places.at("Shadowed PMTs against tolerance"));
+      EXPECT_LT(name, places.at("0"));
+    }
+  }
+}
 
 TEST(TolerancePanel, CountsWhatItsTitleSays) {
   MapContent content = WithPanel(MakeMarks(80));
