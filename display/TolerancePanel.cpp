@@ -57,13 +57,17 @@ class Plot {
         below = std::max(below, sums_[i].back());
       }
     }
-    if (below > (1.0 - kRoom) * top_) top_ += step_;
+    if (below > (1.0 - kRoom) * top_) {
+      top_ = std::min(top_ + step_, 100.0 / (1.0 - kRoom));
+    }
   }
 
   const Box& Place() const { return box_; }
   const MapPanel& Panel() const { return panel_; }
   double Step() const { return step_; }
-  long Steps() const { return std::lround(top_ / step_); }
+  long Steps() const {
+    return static_cast<long>(std::floor(top_ / step_ + 1e-9));
+  }
   bool IsEmpty() const { return highest_ == 0.0; }
 
   double X(double tolerance) const {

@@ -34,6 +34,20 @@ TEST(TolerancePanel, KeepsNamesOfBandsBetweenTitleAndAxis) {
   }
 }
 
+TEST(TolerancePanel, EndsTheAxisOfPercentsAt100) {
+  MapContent content = WithPanel(MakeMarks(80));
+  for (auto& counts : content.panel->counts) {
+    counts.Add(DU::eShadowingComponent::kAVHDRope, 100000);
+  }
+  const Drawing drawing = DrawSkyMap(content);
+  EXPECT_TRUE(HasText(drawing, "100 %"));
+  EXPECT_FALSE(HasText(drawing, "120 %"));
+  // Two grids, below and above the bands, with a line for each number.
+  const Group panel = GroupOf(drawing, "tolerances");
+  const auto& grid = std::get<Lines>(panel.items.front());
+  EXPECT_EQ(grid.lines.size(), 5U);
+}
+
 TEST(TolerancePanel, CountsWhatItsTitleSays) {
   MapContent content = WithPanel(MakeMarks(80));
   EXPECT_TRUE(HasText(DrawSkyMap(content), "Shadowed PMTs against tolerance"));
