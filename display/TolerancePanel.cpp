@@ -35,6 +35,7 @@ class Plot {
     for (const auto& counts : panel_.counts) {
       std::array<double, DU::kNumberOfComponents + 1> sums = {};
       const auto paths = static_cast<double>(counts.Paths());
+      hasPaths_ |= counts.Paths() > 0;
       for (std::size_t i = 0; i < DU::kNumberOfComponents; ++i) {
         const auto count =
             static_cast<double>(counts.Of(DU::kShadowingComponents[i]));
@@ -68,6 +69,7 @@ class Plot {
   long Steps() const {
     return static_cast<long>(std::floor(top_ / step_ + 1e-9));
   }
+  bool HasPaths() const { return hasPaths_; }
   bool IsEmpty() const { return highest_ == 0.0; }
 
   double X(double tolerance) const {
@@ -99,6 +101,7 @@ class Plot {
   const MapPanel& panel_;
   Box box_;
   std::vector<std::array<double, DU::kNumberOfComponents + 1>> sums_;
+  bool hasPaths_ = false;
   double highest_ = 0.0;
   double step_ = 0.0;
   double top_ = 0.0;
@@ -338,20 +341,36 @@ void AddNote(const MapScene& scene, const std::string& unit, Group& group) {
   }
 }
 
-}  // namespace
-
-Group DrawTolerancePanel(const MapScene& scene) {
-  Group group = {"tolerances", {}, {}};
-  const Plot plot(scene);
+// The bands, and their grid above and below them.
+void AddShares(const MapScene& scene, const Plot& plot, Group& group) {
   AddGrid(plot, scene.theme.hairline, group);
   AddBands(scene, plot, group);
   Colour overBands = scene.theme.view;
   overBands.opacity = 0.3;
   AddGrid(plot, overBands, group);
   AddPercents(scene, plot, group);
+}
+
+// Whether a component is tested whose test reads no tolerance.
+bool HasBandsThatShrink(const MapContent& content) {
+  const auto isTested = [&](DU::eShadowingComponent component) {
+    return content.components[static_cast<std::size_t>(component) - 1] ==
+           eComponentState::kTested;
+  };
+  return isTested(DU::eShadowingComponent::kAVPipe) ||
+         isTested(DU::eShadowingComponent::kNeckBoss);
+}
+
+}  // namespace
+
+Group DrawTolerancePanel(const MapScene& scene) {
+  Group group = {"tolerances", {}, {}};
+  const Plot plot(scene);
+  // A share of nothing is no number.
+  if (plot.HasPaths()) AddShares(scene, plot, group);
   AddTolerances(scene, plot, group);
   AddNames(scene, plot, group);
-  AddRun(scene, plot, group);
+  if (plot.HasPaths()) AddRun(scene, plot, group);
   const Box& box = scene.layout.panel;
   const std::string unit = WordOf(scene.content.panel->unit);
   group.items.emplace_back(Text{"Shadowed " + unit + " against tolerance",
@@ -362,14 +381,17 @@ Group DrawTolerancePanel(const MapScene& scene) {
                                 std::nullopt});
   if (plot.IsEmpty()) {
     group.items.emplace_back(
-        Text{"Nothing is shadowed at any tolerance.",
+        Text{plot.HasPaths() ? "Nothing is shadowed at any tolerance."
+                             : "No light paths.",
              {plot.Place().MiddleX(), plot.Place().MiddleY() + 12.0},
              kNoteFont,
              scene.theme.secondText,
              eAnchor::kMiddle,
              std::nullopt});
   }
-  AddNote(scene, unit, group);
+  if (plot.HasPaths() && HasBandsThatShrink(scene.content)) {
+    AddNote(scene, unit, group);
+  }
   return group;
 }
 

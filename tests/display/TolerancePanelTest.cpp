@@ -75,5 +75,32 @@ TEST(TolerancePanel, IsDrawnForAnyTolerances) {
   }
 }
 
+TEST(TolerancePanel, SaysThatThereAreNoLightPaths) {
+  MapContent content = MakeEmptyContent();
+  content.panel = MapPanel{eMapPanelUnit::kPMTs, {10.0, 150.0}, {{}, {}}};
+  Drawing drawing = DrawSkyMap(content);
+  EXPECT_TRUE(HasText(drawing, "No light paths."));
+  EXPECT_FALSE(HasText(drawing, "Nothing is shadowed at any tolerance."));
+  EXPECT_FALSE(HasText(drawing, "at 150 mm"));
+  EXPECT_FALSE(HasText(drawing, "0.02 %"));
+  EXPECT_FALSE(HasText(drawing, "Why some bands shrink"));
+  for (auto& counts : content.panel->counts) {
+    counts.Add(DU::eShadowingComponent::kNone);
+  }
+  drawing = DrawSkyMap(content);
+  EXPECT_FALSE(HasText(drawing, "No light paths."));
+  EXPECT_TRUE(HasText(drawing, "Nothing is shadowed at any tolerance."));
+  EXPECT_TRUE(HasText(drawing, "at 150 mm"));
+}
+
+TEST(TolerancePanel, TellsWhyBandsShrinkOnlyIfSomeCan) {
+  MapContent content = WithPanel(MakeMarks(80));
+  const std::string heading = "Why some bands shrink";
+  content.components[4] = eComponentState::kNothingToTest;
+  EXPECT_TRUE(HasText(DrawSkyMap(content), heading));
+  content.components[5] = eComponentState::kNotLoaded;
+  EXPECT_FALSE(HasText(DrawSkyMap(content), heading));
+}
+
 }  // namespace
 }  // namespace ZARN::Display
