@@ -181,7 +181,7 @@ std::vector<std::string> SubtitleOf(const MapScene& scene, double width) {
 }  // namespace
 
 Group DrawHeader(const MapScene& scene) {
-  Group group = {"title", {}, {}};
+  Group group = {"header", {}, {}};
   const Box& header = scene.layout.header;
   const Theme& theme = scene.theme;
   const std::string title = scene.ruler.Shorten(

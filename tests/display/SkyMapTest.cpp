@@ -458,6 +458,21 @@ TEST(SkyMap, WritesSvgThatAnXmlParserReads) {
   std::filesystem::remove_all(folder);
 }
 
+TEST(SkyMap, GivesEachPartOfTheSvgItsOwnId) {
+  const std::string attribute = " id=\"";
+  for (const MapContent& content : AllKindsOfContent()) {
+    const std::string svg = WriteSvg(DrawSkyMap(content));
+    std::set<std::string> ids;
+    std::size_t at = 0;
+    while ((at = svg.find(attribute, at)) != std::string::npos) {
+      at += attribute.size();
+      const std::string id = svg.substr(at, svg.find('"', at) - at);
+      EXPECT_TRUE(ids.insert(id).second) << id;
+    }
+    EXPECT_EQ(ids.count("title"), 1U);
+  }
+}
+
 TEST(SkyMap, KeepsTheSvgOf8000PMTsSmall) {
   EXPECT_LT(WriteSvg(DrawSkyMap(WithPanel(MakeMarks(8000)))).size(), 2000000U);
 }
