@@ -26,6 +26,13 @@ std::string WithoutSpaceAtEnd(std::string words) {
   return words;
 }
 
+// Marks, embeddings and isolates of the Unicode bidirectional algorithm.
+bool TurnsWords(gunichar character) {
+  return character == 0x200EU || character == 0x200FU || character == 0x061CU ||
+         (character >= 0x202AU && character <= 0x202EU) ||
+         (character >= 0x2066U && character <= 0x2069U);
+}
+
 }  // namespace
 
 std::string MakePlain(std::string_view bytes) {
@@ -48,7 +55,7 @@ std::string MakePlain(std::string_view bytes) {
       words += character == 0xA0U ? "\u00A0" : " ";
     } else if ((character & 0xFFFEU) == 0xFFFEU) {
       words += "\uFFFD";
-    } else {
+    } else if (!TurnsWords(character)) {
       words.append(at, next);
     }
     at = next;

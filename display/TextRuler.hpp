@@ -18,7 +18,9 @@ inline constexpr char kFontFamilies[] =
     "Helvetica,Liberation Sans,Arial,sans-serif";
 
 /// Make words from any bytes: control characters and white space become
-/// spaces, and what is not UTF-8 becomes the replacement character.
+/// spaces, and what is not UTF-8 becomes the replacement character. Characters
+/// that only set a direction of writing are left out, since they could turn
+/// round the words that follow; letters keep the direction they have.
 std::string MakePlain(std::string_view bytes);
 
 /// Measures words with the installed fonts, and makes them fit.

@@ -22,6 +22,16 @@ TEST(MakePlain, ReplacesControlCharactersAndSpaces) {
   EXPECT_EQ(MakePlain(std::string("a\0b", 3)), "a b");
 }
 
+TEST(MakePlain, DropsWhatTurnsWordsRound) {
+  EXPECT_EQ(MakePlain("a\u200E\u200F\u061Cb"), "ab");
+  EXPECT_EQ(MakePlain("\u202Aa\u202C\u202Bb\u202C\u202Dc\u202C\u202Ed\u202C"),
+            "abcd");
+  EXPECT_EQ(MakePlain("\u2066a\u2069\u2067b\u2069\u2068c\u2069"), "abc");
+  // Letters that are written from the right stay, as do those that join.
+  const std::string words = "\u05D0\u05D1 \u0627\u200D\u0628";
+  EXPECT_EQ(MakePlain(words), words);
+}
+
 TEST(MakePlain, ReplacesWhatIsNoText) {
   EXPECT_EQ(MakePlain("\xff\xfe"), "\uFFFD\uFFFD");
   EXPECT_EQ(MakePlain("caf\xc3"), "caf\uFFFD");
