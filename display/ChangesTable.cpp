@@ -75,11 +75,12 @@ Group DrawChanges(const MapScene& scene) {
         box.width - kNow -
         scene.ruler.WidthOf(AmountOf(scene.content, change.count), kNoteFont) -
         8.0;
-    AddVerdict(scene, LookOf(change.before), {box.x, y}, kArrow - 4.0, group);
+    AddVerdict(scene, LookOfChanged(change.before), {box.x, y}, kArrow - 4.0,
+               group);
     Write(scene, "\u2192", {box.x + kArrow, y + 4.5}, kRow, kNoteFont,
           theme.secondText, group);
-    AddVerdict(scene, LookOfChange(change.before, change.after),
-               {box.x + kNow, y}, width, group);
+    AddVerdict(scene, LookOfChanged(change.after), {box.x + kNow, y}, width,
+               group);
     AddAmount(scene, change.count, y, group);
     rest -= change.count;
     y += kRow;

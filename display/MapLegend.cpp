@@ -1,6 +1,6 @@
 // Title, subtitle, caption and legend.
 
-#include <algorithm>
+#include <array>
 
 #include "display/MapScene.hpp"
 #include "display/MapWords.hpp"
@@ -23,7 +23,8 @@ struct Entry {
   std::string percent;
 };
 
-// How many pairs have a look: on a comparison, of those that changed.
+// How many pairs have a look: on a comparison, of those that changed, except
+// for those that did not.
 std::uint64_t CountOf(const MapContent& content, eMapLook look) {
   if (!content.comparison) {
     return look == eMapLook::kNoPath
@@ -31,6 +32,7 @@ std::uint64_t CountOf(const MapContent& content, eMapLook look) {
                : content.counts.paths.Of(
                      static_cast<DU::eShadowingComponent>(look));
   }
+  if (look == eMapLook::kUnchanged) return UnchangedIn(content);
   std::uint64_t count = 0;
   for (const MapChange& change : content.comparison->changes) {
     if (LookOfChange(change.before, change.after) == look)
@@ -70,6 +72,7 @@ std::vector<Entry> MakeEntries(const MapScene& scene) {
   entries.push_back(
       MakeEntry(scene, isComparison ? eMapLook::kClearNow : eMapLook::kClear));
   entries.push_back(MakeEntry(scene, eMapLook::kNoPath));
+  if (isComparison) entries.push_back(MakeEntry(scene, eMapLook::kUnchanged));
   return entries;
 }
 
@@ -245,15 +248,18 @@ Group DrawLegend(const MapScene& scene) {
           y + kRow * static_cast<double>(i % rows)};
     AddEntry(scene, entries[i], at, group);
   }
-  // Below "No path", in the place that a ninth entry would have.
-  group.items.emplace_back(
-      Text{scene.ruler.Shorten(ReasonsOf(scene.content), kNoteFont,
-                               kPercentX - kNameX),
-           {at.x + kNameX, at.y + kRow},
-           kNoteFont,
-           scene.theme.secondText,
-           eAnchor::kStart,
-           std::nullopt});
+  // Below "No path". On a comparison the ninth entry has this place, and the
+  // footnote gives the reasons.
+  if (!scene.content.IsComparison()) {
+    group.items.emplace_back(
+        Text{scene.ruler.Shorten("(" + ReasonsOf(scene.content) + ")",
+                                 kNoteFont, kPercentX - kNameX),
+             {at.x + kNameX, at.y + kRow},
+             kNoteFont,
+             scene.theme.secondText,
+             eAnchor::kStart,
+             std::nullopt});
+  }
   const double end = y + kRow * static_cast<double>(isBeside ? rows + 1 : rows);
   AddLines(scene,
            scene.ruler.Wrap(FootnoteOf(scene.content), kNoteFont, legend.width,

@@ -93,9 +93,14 @@ bool IsChange(DU::eVerdict before, DU::eVerdict after) {
   return LookOf(before) != LookOf(after);
 }
 
+eMapLook LookOfChanged(DU::eVerdict verdict) {
+  return verdict == DU::eVerdict::kClear ? eMapLook::kClearNow
+                                         : LookOf(verdict);
+}
+
 eMapLook LookOfChange(DU::eVerdict before, DU::eVerdict after) {
   if (!IsChange(before, after)) return eMapLook::kUnchanged;
-  return after == DU::eVerdict::kClear ? eMapLook::kClearNow : LookOf(after);
+  return LookOfChanged(after);
 }
 
 eMapLook LookOfShare(std::uint64_t shadowed, std::uint64_t paths) {

@@ -20,8 +20,8 @@ enum class eMapLook : std::uint8_t {
   kAVPipe,
   kNeckBoss,
   kNoPath,
-  kUnchanged,   ///< on a comparison
-  kClearNow,    ///< on a comparison
+  kUnchanged,   ///< on a comparison: not what a verdict is, but that it is
+  kClearNow,    ///< on a comparison: clear, where it has changed
   kFirstShare,  ///< the steps of the scale for shares of events
   kSecondShare,
   kThirdShare,
@@ -51,6 +51,8 @@ constexpr eMapLook LookOf(DU::eShadowingComponent component) {
 }
 /// The look of a verdict.
 eMapLook LookOf(DU::eVerdict verdict);
+/// The look of a verdict that has changed, before or now.
+eMapLook LookOfChanged(DU::eVerdict verdict);
 /// The look on a comparison: what blocks now, if that has changed.
 eMapLook LookOfChange(DU::eVerdict before, DU::eVerdict after);
 /// The look of a PMT on a map of several events.

@@ -120,6 +120,11 @@ std::uint64_t ChangesIn(const MapContent& content) {
   return sum;
 }
 
+std::uint64_t UnchangedIn(const MapContent& content) {
+  const std::uint64_t all = content.counts.All();
+  return all - std::min(all, ChangesIn(content));
+}
+
 std::string SummaryOf(const MapContent& content) {
   const std::uint64_t paths = content.counts.paths.Paths();
   const std::uint64_t shadowed = content.counts.paths.Shadowed();
@@ -183,9 +188,10 @@ std::string FootnoteOf(const MapContent& content) {
   const bool hasPixels = HasPixels(content);
   std::string text;
   if (content.IsComparison()) {
-    text = "Only what changed is counted. Percent of " +
+    text = "Percent of " +
            (hasPixels ? "all directions."
-                      : "the " + CountedUnit(content, all) + ".");
+                      : "the " + CountedUnit(content, all) + ".") +
+           " No path: " + ReasonsOf(content) + ".";
   } else {
     text = "Percent of the " + (hasPixels ? unit : CountedUnit(content, paths));
     if (paths != all && !content.HasSeveralEvents()) {
@@ -219,8 +225,7 @@ std::string ReasonsOf(const MapContent& content) {
     text += text.empty() ? "" : ", ";
     text += DU::NameOf(reason);
   }
-  const bool isNone = text.empty();
-  return "(" + (isNone ? std::string("total reflection") : text) + ")";
+  return text.empty() ? "total reflection" : text;
 }
 
 std::string DescriptionOf(const MapContent& content) {

@@ -37,14 +37,18 @@ std::string TablesOf(const MapContent& content);
 /// How to look at the map.
 std::string CaptionOf(const MapContent& content);
 
-/// What the percents of the legend are of, and which PMTs are not drawn.
+/// What the percents of the legend are of, on a comparison why there is no
+/// path, and which PMTs are not drawn.
 std::string FootnoteOf(const MapContent& content);
 
-/// The reasons why something has no path: "(total reflection)".
+/// The reasons why something has no path: "total reflection".
 std::string ReasonsOf(const MapContent& content);
 
 /// How many verdicts have changed.
 std::uint64_t ChangesIn(const MapContent& content);
+
+/// How many verdicts a comparison has left as they were.
+std::uint64_t UnchangedIn(const MapContent& content);
 
 /// The whole map in words, for those who cannot see it.
 std::string DescriptionOf(const MapContent& content);

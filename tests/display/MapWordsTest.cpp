@@ -87,17 +87,21 @@ TEST(MapWords, SumUpWhatChanged) {
        {DU::eVerdict::kAVPipe, DU::eVerdict::kClear, 1}}};
   EXPECT_EQ(SummaryOf(content), "4 of 80 PMTs changed (5.0 %)");
   EXPECT_EQ(TablesOf(content), "a \u2192 b");
+  EXPECT_EQ(FootnoteOf(content),
+            "Percent of the 80 PMTs. No path: total reflection.");
   content.pixels.emplace();
   EXPECT_EQ(SummaryOf(content), "5.0 % of the directions changed");
+  EXPECT_EQ(FootnoteOf(content),
+            "Percent of all directions. No path: total reflection.");
 }
 
 TEST(MapWords, GiveEveryReasonForNoPath) {
   MapContent content = MakeEmptyContent();
-  EXPECT_EQ(ReasonsOf(content), "(total reflection)");
+  EXPECT_EQ(ReasonsOf(content), "total reflection");
   content.counts.Add(DU::eVerdict::kEventAtPMT);
-  EXPECT_EQ(ReasonsOf(content), "(event at the PMT)");
+  EXPECT_EQ(ReasonsOf(content), "event at the PMT");
   content.counts.Add(DU::eVerdict::kTotalReflection);
-  EXPECT_EQ(ReasonsOf(content), "(total reflection, event at the PMT)");
+  EXPECT_EQ(ReasonsOf(content), "total reflection, event at the PMT");
 }
 
 TEST(MapWords, CountPMTsThatAreNotDrawn) {

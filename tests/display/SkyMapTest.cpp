@@ -361,6 +361,14 @@ TEST(SkyMap, SumsUpTheRestOfManyChanges) {
   EXPECT_EQ(sum, 64U - 8U);
 }
 
+TEST(SkyMap, CountsWhatDidNotChange) {
+  const Drawing drawing = DrawSkyMap(MakeComparison());
+  EXPECT_TRUE(HasText(drawing, "Not changed"));
+  EXPECT_TRUE(HasText(drawing, "8"));
+  EXPECT_TRUE(HasText(drawing, "12.5 %"));
+  EXPECT_FALSE(HasText(DrawSkyMap(MakeMarks(64)), "Not changed"));
+}
+
 TEST(SkyMap, SaysThatNothingChanged) {
   MapContent content = MakeMarks(80);
   for (auto& mark : content.marks) mark.before = mark.verdict;
