@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
+#include <set>
 
 #include "display/MapScene.hpp"
 #include "display/MapWords.hpp"
@@ -159,15 +160,19 @@ void AddTolerances(const MapScene& scene, const Plot& plot, Group& group) {
   axis.stroke = {scene.theme.noPath, 1.0};
   axis.lines.push_back({{box.x, box.Bottom()}, {box.Right(), box.Bottom()}});
   double free = -1e9;  // where the next number may begin
+  // Tolerances that hardly differ have the same words: they stand once.
+  std::set<std::string> written;
   const double lastBegins =
       box.Right() - 0.5 * scene.ruler.WidthOf(WordOf(last), kAxisFont);
   const auto write = [&](double tolerance, double mostRight) {
     const std::string word = WordOf(tolerance);
+    if (written.count(word) > 0) return;
     const double half = 0.5 * scene.ruler.WidthOf(word, kAxisFont);
     const double x = plot.X(tolerance);
     constexpr double kSpace = 6.0;
     if (x - half < free || x + half + kSpace > mostRight) return;
     free = x + half + kSpace;
+    written.insert(word);
     axis.lines.push_back({{x, box.Bottom()}, {x, box.Bottom() + 4.0}});
     group.items.emplace_back(Text{word,
                                   {x, box.Bottom() + 18.0},
@@ -182,7 +187,10 @@ void AddTolerances(const MapScene& scene, const Plot& plot, Group& group) {
   constexpr int kMostSteps = 8;
   for (int i = 0; i < kMostSteps; ++i) {
     const double tolerance = (begin + i) * step;
-    if (tolerance > first && tolerance < last) write(tolerance, lastBegins);
+    if (tolerance > first && tolerance < last &&
+        WordOf(tolerance) != WordOf(last)) {
+      write(tolerance, lastBegins);
+    }
   }
   write(last, 1e9);
   group.items.emplace_back(std::move(axis));

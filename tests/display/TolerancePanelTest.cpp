@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 
 #include <map>
+#include <set>
 #include <string>
 #include <utility>
 
@@ -100,6 +101,28 @@ TEST(TolerancePanel, TellsWhyBandsShrinkOnlyIfSomeCan) {
   EXPECT_TRUE(HasText(DrawSkyMap(content), heading));
   content.components[5] = eComponentState::kNotLoaded;
   EXPECT_FALSE(HasText(DrawSkyMap(content), heading));
+}
+
+TEST(TolerancePanel, WritesEachToleranceOnce) {
+  MapContent content = WithPanel(MakeMarks(8));
+  for (const auto& [first, step] :
+       {std::pair(0.0, 1e-9), {150.0, 1e-4}, {1e18, 1024.0}}) {
+    SCOPED_TRACE(first);
+    for (std::size_t i = 0; i < content.panel->tolerances.size(); ++i) {
+      content.panel->tolerances[i] = first + step * static_cast<double>(i);
+    }
+    const Drawing drawing = DrawSkyMap(content);
+    std::set<std::string> labels;
+    double baseline = 0.0;
+    for (const Item& item : GroupOf(drawing, "tolerances").items) {
+      const auto* text = std::get_if<Text>(&item);
+      if (text == nullptr || text->anchor != eAnchor::kMiddle) continue;
+      if (baseline == 0.0) baseline = text->position.y;
+      if (text->position.y != baseline) continue;
+      EXPECT_TRUE(labels.insert(text->words).second) << text->words;
+    }
+    EXPECT_FALSE(labels.empty());
+  }
 }
 
 }  // namespace
