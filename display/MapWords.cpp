@@ -90,7 +90,11 @@ std::string WordOfShare(std::uint64_t count, std::uint64_t all) {
   const double percent =
       100.0 * static_cast<double>(count) / static_cast<double>(all);
   const std::string word = Write(percent, std::chars_format::fixed, 1);
-  return (count > 0 && word == "0.0" ? "< 0.1" : word) + " %";
+  const bool isNearlyAll = count < all && word == "100.0";
+  return (count > 0 && word == "0.0" ? "< 0.1"
+          : isNearlyAll              ? "> 99.9"
+                                     : word) +
+         " %";
 }
 
 std::string UnitOf(const MapContent& content) {
@@ -171,10 +175,12 @@ std::string CaptionOf(const MapContent& content) {
     text = "Every direction " + from + ", as if a PMT stood there. ";
   } else if (content.marks.size() > kMostShapes) {
     text = "Each pixel shows the nearest PMT, by directions " + from + ". ";
-  } else if (!content.marks.empty()) {
-    text = "Each mark is one PMT, at its direction " + from + ". ";
-  } else {
+  } else if (content.marks.empty()) {
     text = "There are no PMTs. ";
+  } else if (CountHidden(content) == content.marks.size()) {
+    text = "No PMT has a direction. ";
+  } else {
+    text = "Each mark is one PMT, at its direction " + from + ". ";
   }
   return text +
          "Seen from inside: azimuth grows to the left. Equal areas "

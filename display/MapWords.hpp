@@ -14,8 +14,8 @@ std::string WordOf(double number);
 /// A count with thousands separators; from 100 million on in powers of ten.
 std::string WordOfCount(std::uint64_t count);
 
-/// "39.4 %"; "< 0.1 %" for little; an en dash if there is nothing to take a
-/// share of.
+/// "39.4 %"; "< 0.1 %" for little and "> 99.9 %" for nearly all; an en dash if
+/// there is nothing to take a share of.
 std::string WordOfShare(std::uint64_t count, std::uint64_t all);
 
 /// "PMTs", "directions" or "light paths": what a map counts.

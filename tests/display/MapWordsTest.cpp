@@ -30,6 +30,8 @@ TEST(MapWords, WriteShares) {
   EXPECT_EQ(WordOfShare(0, 8000), "0.0 %");
   EXPECT_EQ(WordOfShare(1, 8000), "< 0.1 %");
   EXPECT_EQ(WordOfShare(8000, 8000), "100.0 %");
+  EXPECT_EQ(WordOfShare(7999, 8000), "> 99.9 %");
+  EXPECT_EQ(WordOfShare(9994, 10000), "99.9 %");
   EXPECT_EQ(WordOfShare(0, 0), "\u2013");
 }
 
@@ -110,6 +112,15 @@ TEST(MapWords, CountPMTsThatAreNotDrawn) {
   EXPECT_EQ(FootnoteOf(content),
             "Percent of the 7 PMTs with a light path; no path: of all 8 PMTs. "
             "Not drawn, because without a direction: 1 PMT.");
+}
+
+TEST(MapWords, ExplainMarksOnlyIfThereAreSome) {
+  MapContent content = MakeMarks(1);
+  EXPECT_EQ(CaptionOf(content).find("Each mark is one PMT"), 0U);
+  content.marks[0].direction = TVector3();
+  EXPECT_EQ(CaptionOf(content).find("No PMT has a direction. Seen from"), 0U);
+  content.marks.clear();
+  EXPECT_EQ(CaptionOf(content).find("There are no PMTs. Seen from"), 0U);
 }
 
 TEST(MapWords, DescribeTheMap) {
