@@ -1,7 +1,5 @@
 // What has changed between two sets of tables.
 
-#include <algorithm>
-
 #include "display/MapScene.hpp"
 #include "display/MapWords.hpp"
 
