@@ -1,6 +1,7 @@
 #include "app/MapOptions.hpp"
 
 #include <CLI/CLI.hpp>
+#include <algorithm>
 #include <array>
 #include <cmath>
 #include <string_view>
@@ -235,6 +236,15 @@ void RequireConsistentPanel(const MapOptions& options) {
   }
   if (options.tolerances.size() == 1) {
     throw BadUsage("--tolerances: the panel needs two or more");
+  }
+  std::vector<double> sorted = options.tolerances;
+  std::sort(sorted.begin(), sorted.end());
+  if (std::adjacent_find(sorted.begin(), sorted.end()) != sorted.end()) {
+    throw BadUsage("--tolerances: the panel needs tolerances that differ");
+  }
+  if (!sorted.empty() && !std::isfinite(sorted.back() - sorted.front())) {
+    throw BadUsage(
+        "--tolerances: the panel cannot show tolerances that are so far apart");
   }
 }
 

@@ -64,6 +64,11 @@ class Usage(MapTest):
                  "--tolerances and --no-panel exclude each other"),
                 ((*self.some, "--tolerances", "150"),
                  "--tolerances: the panel needs two or more"),
+                ((*self.some, "--tolerances", "1e308,-1e308"),
+                 "--tolerances: the panel cannot show tolerances that are so far apart"),
+                # Steps are less than the spacing of doubles.
+                ((*self.some, "--tolerances", "150:150.0000000000001:1e-14"),
+                 "--tolerances: the panel needs tolerances that differ"),
                 ((*self.some, "--compare-run", 1, "--no-panel"),
                  "--compare-run and --no-panel exclude each other: the table of changes takes "
                  "the place of the panel"),
