@@ -3,6 +3,7 @@
 #include <CLI/CLI.hpp>
 #include <algorithm>
 #include <chrono>
+#include <cmath>
 #include <filesystem>
 #include <iostream>
 #include <memory>
@@ -189,7 +190,7 @@ class MapWork {
 
   /// Rays in all directions reach the sphere only from inside.
   void RequireRays() const {
-    if (from_.Mag() < *options_.radius) return;
+    if (std::hypot(from_.X(), from_.Y(), from_.Z()) < *options_.radius) return;
     throw IO::BadInput(
         "--view event with --radius: the event is not inside the sphere, so "
         "that not every direction has an end on it");

@@ -171,6 +171,22 @@ class Verdicts(MapTest):
                 found.add((picture, self.read("data.csv")))
             self.assertEqual(len(found), 1)
 
+    def test_far_and_near_pmts_have_their_directions(self):
+        pmts = [(1e308, 1e308, 1e308), (-1e200, 0.0, 1e200), (1e-320, 0.0, 0.0),
+                (0.0, -1e-200, -1e-200)]
+        rows, _ = self.data(at(CENTRE), "--pmts", self.pmts(pmts))
+        for row, position in zip(rows, pmts, strict=True):
+            for name, wanted in zip(("azimuth", "polar_angle"), angles(position)):
+                self.assertAlmostEqual(float(row[name]), wanted, delta=1e-12)
+
+    def test_a_sphere_can_have_any_radius(self):
+        for options in ((at(CENTRE), "--radius", 1e200),
+                        (at((0.0, 0.0, 1e180)), "--radius", 1e200, "--view", "event")):
+            rows, _ = self.data(*options, "--no-panel", *SMALL)
+            for row in rows[::100]:
+                end = tuple(float(row[axis]) for axis in "xyz")
+                self.assertAlmostEqual(math.hypot(*end) / 1e200, 1.0, delta=1e-12)
+
 
 class EmptyInputs(MapTest):
     def test_without_pmts_a_map_is_empty(self):
