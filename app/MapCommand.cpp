@@ -129,7 +129,6 @@ class MapWork {
     std::optional<MapData> data;
     if (options_.data.has_value())
       data.emplace(*options_.data, Origin(), Kind());
-    const auto begin = std::chrono::steady_clock::now();
     {
       ProgressBar progress;
       const ScopedLogOutput logOutput(progress.Messages());
@@ -139,8 +138,6 @@ class MapWork {
         JudgeDirections(progress, data);
       }
     }
-    const std::chrono::duration<double> elapsed =
-        std::chrono::steady_clock::now() - begin;
     ThrowIfInterrupted();
     picture.Write(Picture());
     picture.Finish();
@@ -148,12 +145,11 @@ class MapWork {
     ThrowIfInterrupted();
     picture.Commit();
     if (data.has_value()) data->Commit();
-    PrintCounts(elapsed.count());
+    PrintCounts();
   }
 
  private:
-  /// @param seconds  without the drawing
-  void PrintCounts(double seconds) const {
+  void PrintCounts() const {
     const Display::MapCounts& counts = content_.counts;
     PrintCount(std::cerr, "pairs", counts.All());
     PrintCount(std::cerr, "no path", counts.WithoutPath());
@@ -164,7 +160,7 @@ class MapWork {
       }
       PrintCount(std::cerr, "changed", changed);
     }
-    App::PrintCounts(std::cerr, counts.paths, Shown().shadowing, seconds);
+    App::PrintCounts(std::cerr, counts.paths, Shown().shadowing, seconds_);
   }
 
   /// Those whose verdicts are shown: with the second tables of a comparison.
@@ -231,10 +227,24 @@ class MapWork {
     return Display::PanelTolerances(content_.tolerance);
   }
 
-  void TakeVerdicts(const Display::MapVerdicts& verdicts) {
+  Display::MapVerdicts Judge(const Display::MapPoints& targets,
+                             const Display::MapScanSettings& settings) const {
+    return Display::ScanMap(Shown().Tables(), content_.events, targets,
+                            settings);
+  }
+
+  /// Judge what the map shows and counts.
+  Display::MapVerdicts JudgeMap(const Display::MapPoints& targets,
+                                const Display::MapScanSettings& settings) {
+    const auto begin = std::chrono::steady_clock::now();
+    Display::MapVerdicts verdicts = Judge(targets, settings);
+    const std::chrono::duration<double> elapsed =
+        std::chrono::steady_clock::now() - begin;
+    seconds_ = elapsed.count();
     content_.counts = verdicts.counts;
     if (content_.IsComparison())
       content_.comparison->changes = verdicts.changes;
+    return verdicts;
   }
 
   void JudgePMTs(ProgressBar& progress, std::optional<MapData>& data) {
@@ -243,9 +253,7 @@ class MapWork {
         SettingsFor(progress, 0, positions.size() * events_.size());
     if (options_.HasPanel()) settings.tolerances = Tolerances();
     const Display::MapVerdicts verdicts =
-        Display::ScanMap(Shown().Tables(), content_.events,
-                         Display::PointsOf(positions), settings);
-    TakeVerdicts(verdicts);
+        JudgeMap(Display::PointsOf(positions), settings);
     if (options_.HasPanel()) {
       content_.panel = Display::MapPanel{
           content_.HasSeveralEvents() ? Display::eMapPanelUnit::kLightPaths
@@ -264,16 +272,10 @@ class MapWork {
     const std::vector<std::uint32_t> pixels = Display::JudgedPixels(grid);
     const std::size_t total =
         pixels.size() + (options_.HasPanel() ? kPanelDirections : 0);
-    const auto scan = [&](const Display::MapPoints& ends,
-                          const Display::MapScanSettings& settings) {
-      return Display::ScanMap(Shown().Tables(), content_.events, ends,
-                              settings);
-    };
     const Display::MapPoints ends = Display::EndsOnSphere(
         Display::DirectionsOf(grid, pixels), from_, *options_.radius);
     const Display::MapVerdicts verdicts =
-        scan(ends, SettingsFor(progress, 0, total));
-    TakeVerdicts(verdicts);
+        JudgeMap(ends, SettingsFor(progress, 0, total));
     content_.pixels = Display::PixelsOf(grid, pixels, verdicts);
     if (options_.HasPanel()) {
       Display::MapScanSettings settings =
@@ -283,7 +285,7 @@ class MapWork {
           Display::EvenDirections(kPanelDirections), from_, *options_.radius);
       content_.panel = Display::MapPanel{Display::eMapPanelUnit::kDirections,
                                          settings.tolerances,
-                                         scan(even, settings).atTolerances};
+                                         Judge(even, settings).atTolerances};
     }
     if (!data.has_value()) return;
     data->WritePixels(pixels, grid.columns, ends, from_, verdicts);
@@ -310,6 +312,7 @@ class MapWork {
   std::vector<IO::NamedPosition> pmts_;
   TVector3 from_;  // the point of view
   Display::MapContent content_;
+  double seconds_ = 0.0;  // for the verdicts that the map counts
 };
 
 void DrawMap(const MapOptions& options) {
