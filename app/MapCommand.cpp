@@ -53,7 +53,8 @@ struct Calculators {
 /// "reference-detector" for data/reference-detector/ and for a file
 /// reference-detector.json.
 std::string NameOfTables(const std::string& geometry) {
-  const auto path = std::filesystem::path(geometry).lexically_normal();
+  // A folder given as "." has its name.
+  const auto path = std::filesystem::absolute(geometry).lexically_normal();
   const auto name = path.has_filename() ? path : path.parent_path();
   return name.extension() == ".json" ? name.stem().string()
                                      : name.filename().string();
