@@ -21,6 +21,7 @@
 #include "app/ScopedLogOutput.hpp"
 #include "app/Signals.hpp"
 #include "app/Usage.hpp"
+#include "db/Fingerprint.hpp"
 #include "display/CairoWriter.hpp"
 #include "display/FillMap.hpp"
 #include "display/MapPoints.hpp"
@@ -111,8 +112,7 @@ class MapWork {
         first_(options.run, options.wavelength, DB::Get()),
         events_(EventsOf(options)) {
     if (options_.IsComparison()) {
-      TableSet others;
-      second_.emplace(options_.RunOfComparison(), options_.wavelength, others);
+      second_.emplace(options_.RunOfComparison(), options_.wavelength, others_);
     }
     if (options_.pmts.has_value()) {
       pmts_ = IO::ReadPositions(*options_.pmts, "pmt", options_.names);
@@ -193,8 +193,10 @@ class MapWork {
         "that not every direction has an end on it");
   }
 
+  /// Of the verdicts that are shown.
   IO::Origin Origin() const {
-    IO::Origin origin = OriginOf(options_.run, first_.shadowing);
+    IO::Origin origin = OriginOf(options_.RunOfComparison(), Shown().shadowing);
+    if (second_.has_value()) origin.fingerprint = Fingerprint(others_);
     origin.wavelength = options_.wavelength;
     return origin;
   }
@@ -308,6 +310,7 @@ class MapWork {
 
   const MapOptions& options_;
   Calculators first_;
+  TableSet others_;  // of a comparison
   std::optional<Calculators> second_;
   std::vector<IO::NamedPosition> events_;
   std::vector<IO::NamedPosition> pmts_;

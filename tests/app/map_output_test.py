@@ -95,6 +95,14 @@ class Pictures(MapTest):
         self.assertEqual((origin["program"], origin["run"], origin["tolerance"],
                           origin["wavelength"]), ("zarn-shadow", 7, 40, 400))
         self.assertFalse((self.folder / "map.svg.json").exists())
+        # On a comparison, those of the columns shadowed and by.
+        other = self.tables(*OPTICS, name="other.json")
+        self.map(*self.some, "--data", "data.csv", "--run", 7, "--compare", other,
+                 "--compare-run", 8)
+        found = json.loads(self.read("data.csv.json"))
+        self.map(*self.some, "--data", "data.csv", "--run", 8, geometry=other)
+        self.assertEqual(found, json.loads(self.read("data.csv.json")))
+        self.assertNotEqual(found["fingerprint"], origin["fingerprint"])
         out = self.map(*self.some, "--data", "-", "-o", "map.svg").out
         self.assertEqual(out.split(b"\n")[0], b"pmt,x,y,z,azimuth,polar_angle,shadowed,by")
         self.assertNotIn("-.json", os.listdir(self.folder))
