@@ -31,7 +31,6 @@
 #include "io/Errors.hpp"
 #include "io/OutputFile.hpp"
 #include "io/PositionReader.hpp"
-#include "io/Quoted.hpp"
 
 namespace ZARN::App {
 namespace {

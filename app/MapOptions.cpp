@@ -39,6 +39,8 @@ constexpr const char* kFooter =
     "PMTs, or for 100,000 directions that are spread evenly. On a comparison "
     "a\n"
     "table of the changes stands there.\n"
+    "Without --tolerances the panel has 17 from 10 to 300 mm, with the run's "
+    "own.\n"
     "EVENTS and PMTS have the same columns as for scan.\n\n"
     "MAP is SVG, PDF or PNG by the end of its name: .svg, .pdf or .png. "
     "Without\n"

@@ -36,7 +36,8 @@ class Usage(MapTest):
             self.assertRegex(text, rf"(?m)(^ *|,){option}\b")
         for line in text.split("\n"):
             self.assertLessEqual(len(line), 100, line)
-        for words in (r"\bmm\b", r"\bnm\b", r"\b130\b", "no path", "20,000", "100,000"):
+        for words in (r"\bmm\b", r"\bnm\b", r"\b130\b", "no path", "20,000", "100,000",
+                      "17 from 10 to 300 mm"):
             self.assertRegex(text, words)
         self.assertRegex(self.run_command([PROGRAM, "--help"]).out.decode(), r"\n *map\b")
 
