@@ -232,6 +232,7 @@ class _Sheet:
     ) -> None:
         """A line of words, in smaller letters where it is wider than the room."""
         words = re.sub(r"[\x00-\x1f\x7f]+", " ", words)
+        words = re.sub(r"[\ud800-\udfff]", "?", words)  # bytes of a file's name
         # Letters of a readable size on a screen are wider by up to 4 %: by whole pixels.
         size *= min(1.0, 0.96 * room / max(self.width(words, size, bold), 1e-9))
         at_x, at_y = self.place((x, y))

@@ -267,6 +267,37 @@ def test_a_result_without_PMTs_says_so(calc):
     assert words[1].startswith("No PMTs")
 
 
+def test_one_PMT_is_not_several(calc):
+    words = words_of(zarn.draw.map(calc.scan([[0, 0, 3000]], [[8300.0, 0.0, 0.0]])))
+    assert " of 1 PMT shadowed " in words[1]
+    assert words[-1] == "Percent of the 1 PMT."
+    words = words_of(zarn.draw.map(calc.scan([[np.nan, 0, 0]], [[8300.0, 0.0, 0.0]])))
+    assert words[-1] == "Percent of the 0 PMTs with a light path; no path: of all 1 PMT."
+
+
+@pytest.mark.parametrize(("number", "word"), [
+    (0.0, "0"), (-0.0001, "0"), (-12.3456, "\u221212.346"), (999_999_999.5, "999999999.5"),
+    (1e9, "1e+09"), (-1e200, "\u22121e+200"), (123456789012.0, "1.23457e+11"),
+    (np.nan, "nan"), (-np.inf, "\u2212inf")])
+def test_long_numbers_are_powers_of_ten(wall, number, word):
+    events = np.array([[number, 0.0, 3000.0]])
+    title = words_of(zarn.draw.map(dataclasses.replace(wall, events=events)))[0]
+    assert title == f"What hides the PMTs from an event at ({word}, 0, 3000) mm"
+
+
+def test_an_empty_title_is_none(wall):
+    assert words_of(zarn.draw.map(wall, title=""))[0] == words_of(zarn.draw.map(wall))[0]
+
+
+@pytest.mark.filterwarnings("error")
+def test_what_is_no_text_is_replaced(wall):
+    # Names of files can have bytes that are no text.
+    axes = zarn.draw.map(wall, title="a\udcffb", detector="\ud800")
+    assert words_of(axes)[0] == "a?b"
+    assert words_of(axes)[1].endswith("\u00b7\u00a0\u00a0 ?")
+    axes.figure.canvas.draw()
+
+
 def test_wrong_arguments_are_refused(wall, several):
     none = dataclasses.replace(wall, events=wall.events[:0], codes=wall.codes[:0])
     with pytest.raises(ValueError, match="at least one event"):
