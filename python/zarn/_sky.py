@@ -203,6 +203,11 @@ class MapContent:
         """As "1 PMT" or "2 PMTs"."""
         return f"{count_word(count)} {self.unit[:-1] if count == 1 else self.unit}"
 
+    def why_untested(self, component: Verdict) -> str:
+        """What stands instead of the counts of a component that is off, else empty."""
+        why = self.result.origin.get("off", {}).get(component.label, "")
+        return why if why in ("", "nothing to test") else "not loaded"
+
     def caption(self) -> str:
         origin = "event" if self.view == "event" else "detector centre"
         what = (

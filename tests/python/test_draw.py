@@ -6,6 +6,7 @@ import json
 import os
 import pathlib
 import re
+import shutil
 import subprocess
 
 import numpy as np
@@ -265,6 +266,30 @@ def test_a_result_without_PMTs_says_so(calc):
     words = words_of(axes)
     assert "No PMTs" in words
     assert words[1].startswith("No PMTs")
+
+
+def test_components_without_a_test_have_no_counts(tmp_path, all_pmts):
+    for file in REFERENCE.iterdir():
+        shutil.copy(file, tmp_path)
+    (tmp_path / "av_pipes.json").unlink()
+    anchors = tmp_path / "ncd_anchors.json"
+    anchors.write_text(re.sub(r'("[xyz]": )\[[^]]*\]', r"\1[]", anchors.read_text()))
+    result = zarn.Calculator(tmp_path).scan(WALL, all_pmts[::10])
+    axes = zarn.draw.map(result)
+    words = words_of(axes)
+    assert words[words.index("AV pipes") + 1] == "not loaded"
+    assert words[words.index("NCD anchors") + 1] == "nothing to test"
+    assert words[words.index("Neck boss") + 2].endswith(" %")
+    swatches = {c.get_gid(): c for c in axes.collections}
+    for kind, is_filled in (("AVPipe", False), ("NCDAnchor", False), ("NeckBoss", True)):
+        swatch = swatches[f"legend {kind}"]
+        assert (len(swatch.get_facecolor()) > 0) is is_filled
+        assert (len(swatch.get_edgecolor()) > 0) is not is_filled
+    picture = subprocess.run(
+        [os.environ["ZARN_SHADOW"], "map", "--at", "4600,0,3000", "--pmts", DATA / "pmts.csv",
+         "--geometry", tmp_path], capture_output=True, text=True, check=True).stdout
+    for word in ("not loaded", "nothing to test"):
+        assert f">{word}<" in picture
 
 
 def test_one_PMT_is_not_several(calc):
