@@ -3,6 +3,7 @@
 #include <CLI/CLI.hpp>
 #include <algorithm>
 #include <chrono>
+#include <cmath>
 #include <filesystem>
 #include <iostream>
 #include <memory>
@@ -20,6 +21,7 @@
 #include "app/ScopedLogOutput.hpp"
 #include "app/Signals.hpp"
 #include "app/Usage.hpp"
+#include "db/Fingerprint.hpp"
 #include "display/CairoWriter.hpp"
 #include "display/FillMap.hpp"
 #include "display/MapPoints.hpp"
@@ -29,7 +31,6 @@
 #include "io/Errors.hpp"
 #include "io/OutputFile.hpp"
 #include "io/PositionReader.hpp"
-#include "io/Quoted.hpp"
 
 namespace ZARN::App {
 namespace {
@@ -52,7 +53,8 @@ struct Calculators {
 /// "reference-detector" for data/reference-detector/ and for a file
 /// reference-detector.json.
 std::string NameOfTables(const std::string& geometry) {
-  const auto path = std::filesystem::path(geometry).lexically_normal();
+  // A folder given as "." has its name.
+  const auto path = std::filesystem::absolute(geometry).lexically_normal();
   const auto name = path.has_filename() ? path : path.parent_path();
   return name.extension() == ".json" ? name.stem().string()
                                      : name.filename().string();
@@ -109,8 +111,7 @@ class MapWork {
         first_(options.run, options.wavelength, DB::Get()),
         events_(EventsOf(options)) {
     if (options_.IsComparison()) {
-      TableSet others;
-      second_.emplace(options_.RunOfComparison(), options_.wavelength, others);
+      second_.emplace(options_.RunOfComparison(), options_.wavelength, others_);
     }
     if (options_.pmts.has_value()) {
       pmts_ = IO::ReadPositions(*options_.pmts, "pmt", options_.names);
@@ -128,7 +129,6 @@ class MapWork {
     std::optional<MapData> data;
     if (options_.data.has_value())
       data.emplace(*options_.data, Origin(), Kind());
-    const auto begin = std::chrono::steady_clock::now();
     {
       ProgressBar progress;
       const ScopedLogOutput logOutput(progress.Messages());
@@ -138,8 +138,6 @@ class MapWork {
         JudgeDirections(progress, data);
       }
     }
-    const std::chrono::duration<double> elapsed =
-        std::chrono::steady_clock::now() - begin;
     ThrowIfInterrupted();
     picture.Write(Picture());
     picture.Finish();
@@ -147,12 +145,11 @@ class MapWork {
     ThrowIfInterrupted();
     picture.Commit();
     if (data.has_value()) data->Commit();
-    PrintCounts(elapsed.count());
+    PrintCounts();
   }
 
  private:
-  /// @param seconds  without the drawing
-  void PrintCounts(double seconds) const {
+  void PrintCounts() const {
     const Display::MapCounts& counts = content_.counts;
     PrintCount(std::cerr, "pairs", counts.All());
     PrintCount(std::cerr, "no path", counts.WithoutPath());
@@ -163,7 +160,7 @@ class MapWork {
       }
       PrintCount(std::cerr, "changed", changed);
     }
-    App::PrintCounts(std::cerr, counts.paths, Shown().shadowing, seconds);
+    App::PrintCounts(std::cerr, counts.paths, Shown().shadowing, seconds_);
   }
 
   /// Those whose verdicts are shown: with the second tables of a comparison.
@@ -189,14 +186,16 @@ class MapWork {
 
   /// Rays in all directions reach the sphere only from inside.
   void RequireRays() const {
-    if (from_.Mag() < *options_.radius) return;
+    if (std::hypot(from_.X(), from_.Y(), from_.Z()) < *options_.radius) return;
     throw IO::BadInput(
         "--view event with --radius: the event is not inside the sphere, so "
         "that not every direction has an end on it");
   }
 
+  /// Of the verdicts that are shown.
   IO::Origin Origin() const {
-    IO::Origin origin = OriginOf(options_.run, first_.shadowing);
+    IO::Origin origin = OriginOf(options_.RunOfComparison(), Shown().shadowing);
+    if (second_.has_value()) origin.fingerprint = Fingerprint(others_);
     origin.wavelength = options_.wavelength;
     return origin;
   }
@@ -230,10 +229,24 @@ class MapWork {
     return Display::PanelTolerances(content_.tolerance);
   }
 
-  void TakeVerdicts(const Display::MapVerdicts& verdicts) {
+  Display::MapVerdicts Judge(const Display::MapPoints& targets,
+                             const Display::MapScanSettings& settings) const {
+    return Display::ScanMap(Shown().Tables(), content_.events, targets,
+                            settings);
+  }
+
+  /// Judge what the map shows and counts.
+  Display::MapVerdicts JudgeMap(const Display::MapPoints& targets,
+                                const Display::MapScanSettings& settings) {
+    const auto begin = std::chrono::steady_clock::now();
+    Display::MapVerdicts verdicts = Judge(targets, settings);
+    const std::chrono::duration<double> elapsed =
+        std::chrono::steady_clock::now() - begin;
+    seconds_ = elapsed.count();
     content_.counts = verdicts.counts;
     if (content_.IsComparison())
       content_.comparison->changes = verdicts.changes;
+    return verdicts;
   }
 
   void JudgePMTs(ProgressBar& progress, std::optional<MapData>& data) {
@@ -242,9 +255,7 @@ class MapWork {
         SettingsFor(progress, 0, positions.size() * events_.size());
     if (options_.HasPanel()) settings.tolerances = Tolerances();
     const Display::MapVerdicts verdicts =
-        Display::ScanMap(Shown().Tables(), content_.events,
-                         Display::PointsOf(positions), settings);
-    TakeVerdicts(verdicts);
+        JudgeMap(Display::PointsOf(positions), settings);
     if (options_.HasPanel()) {
       content_.panel = Display::MapPanel{
           content_.HasSeveralEvents() ? Display::eMapPanelUnit::kLightPaths
@@ -263,16 +274,10 @@ class MapWork {
     const std::vector<std::uint32_t> pixels = Display::JudgedPixels(grid);
     const std::size_t total =
         pixels.size() + (options_.HasPanel() ? kPanelDirections : 0);
-    const auto scan = [&](const Display::MapPoints& ends,
-                          const Display::MapScanSettings& settings) {
-      return Display::ScanMap(Shown().Tables(), content_.events, ends,
-                              settings);
-    };
     const Display::MapPoints ends = Display::EndsOnSphere(
         Display::DirectionsOf(grid, pixels), from_, *options_.radius);
     const Display::MapVerdicts verdicts =
-        scan(ends, SettingsFor(progress, 0, total));
-    TakeVerdicts(verdicts);
+        JudgeMap(ends, SettingsFor(progress, 0, total));
     content_.pixels = Display::PixelsOf(grid, pixels, verdicts);
     if (options_.HasPanel()) {
       Display::MapScanSettings settings =
@@ -282,7 +287,7 @@ class MapWork {
           Display::EvenDirections(kPanelDirections), from_, *options_.radius);
       content_.panel = Display::MapPanel{Display::eMapPanelUnit::kDirections,
                                          settings.tolerances,
-                                         scan(even, settings).atTolerances};
+                                         Judge(even, settings).atTolerances};
     }
     if (!data.has_value()) return;
     data->WritePixels(pixels, grid.columns, ends, from_, verdicts);
@@ -304,11 +309,13 @@ class MapWork {
 
   const MapOptions& options_;
   Calculators first_;
+  TableSet others_;  // of a comparison
   std::optional<Calculators> second_;
   std::vector<IO::NamedPosition> events_;
   std::vector<IO::NamedPosition> pmts_;
   TVector3 from_;  // the point of view
   Display::MapContent content_;
+  double seconds_ = 0.0;  // for the verdicts that the map counts
 };
 
 void DrawMap(const MapOptions& options) {

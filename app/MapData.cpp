@@ -1,6 +1,7 @@
 #include "app/MapData.hpp"
 
 #include <algorithm>
+#include <cmath>
 
 #include "display/Mollweide.hpp"
 #include "io/CsvText.hpp"
@@ -88,7 +89,11 @@ void MapData::WriteRow(const TVector3& position, const TVector3& from,
   line_ += ',';
   if (hasDirection) IO::AppendNumber(line_, direction.Phi());
   line_ += ',';
-  if (hasDirection) IO::AppendNumber(line_, direction.Theta());
+  if (hasDirection) {
+    // Theta() squares the coordinates, which fails for very far and near ones.
+    const double across = std::hypot(direction.X(), direction.Y());
+    IO::AppendNumber(line_, std::atan2(across, direction.Z()));
+  }
   if (kind_ == eMapData::kShares) {
     AppendCounts(line_, verdicts.paths[number], verdicts.shadowed[number]);
   } else {

@@ -1,6 +1,7 @@
 #include "app/MapOptions.hpp"
 
 #include <CLI/CLI.hpp>
+#include <algorithm>
 #include <array>
 #include <cmath>
 #include <string_view>
@@ -38,6 +39,8 @@ constexpr const char* kFooter =
     "PMTs, or for 100,000 directions that are spread evenly. On a comparison "
     "a\n"
     "table of the changes stands there.\n"
+    "Without --tolerances the panel has 17 from 10 to 300 mm, with the run's "
+    "own.\n"
     "EVENTS and PMTS have the same columns as for scan.\n\n"
     "MAP is SVG, PDF or PNG by the end of its name: .svg, .pdf or .png. "
     "Without\n"
@@ -235,6 +238,15 @@ void RequireConsistentPanel(const MapOptions& options) {
   }
   if (options.tolerances.size() == 1) {
     throw BadUsage("--tolerances: the panel needs two or more");
+  }
+  std::vector<double> sorted = options.tolerances;
+  std::sort(sorted.begin(), sorted.end());
+  if (std::adjacent_find(sorted.begin(), sorted.end()) != sorted.end()) {
+    throw BadUsage("--tolerances: the panel needs tolerances that differ");
+  }
+  if (!sorted.empty() && !std::isfinite(sorted.back() - sorted.front())) {
+    throw BadUsage(
+        "--tolerances: the panel cannot show tolerances that are so far apart");
   }
 }
 

@@ -45,7 +45,7 @@ struct MapOptions {
     return compare.has_value() || compareRun.has_value();
   }
   bool HasPanel() const { return !hasNoPanel && !IsComparison(); }
-  /// The second tables of a comparison.
+  /// The second tables of a comparison; without one those of the map.
   RunOptions RunOfComparison() const;
 };
 

@@ -88,11 +88,14 @@ MapPoints EndsOnSphere(MapPoints directions, const TVector3& from,
   return {count, [directions = std::move(directions), from, radius](
                      std::size_t begin, std::size_t end) {
             std::vector<TVector3> points = directions.make(begin, end);
-            const double inside = radius * radius - from.Mag2();
+            // In units of the radius, whose square may be no number.
+            const TVector3 start(from.X() / radius, from.Y() / radius,
+                                 from.Z() / radius);
+            const double inside = 1.0 - start.Mag2();
             for (TVector3& point : points) {
-              const double along = from.Dot(point);
+              const double along = start.Dot(point);
               const double way = std::sqrt(along * along + inside) - along;
-              point = from + point * way;
+              point = (start + point * way) * radius;
             }
             return points;
           }};

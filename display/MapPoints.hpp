@@ -11,7 +11,8 @@
 namespace ZARN::Display {
 
 /// A list of positions or directions that are made piece by piece, so that
-/// several threads share the work and the whole list is never in memory.
+/// several threads share the work and no more than the pieces at hand need be
+/// in memory. (ScanMap makes the whole list if it counts at tolerances.)
 /// Neighbours in the list are mostly neighbours in space.
 struct MapPoints {
   std::size_t count = 0;

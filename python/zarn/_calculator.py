@@ -392,6 +392,7 @@ class Calculator:
             "run": self._run,
             "tolerance": self._tolerance,
             "wavelength": float(wavelength),
+            "off": {c.label: self.why_off(c) for c in COMPONENTS if self.why_off(c)},
         }
 
         def result(first: int, count: int) -> ScanResult:

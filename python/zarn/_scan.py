@@ -51,7 +51,8 @@ class ScanResult:
     first_event: int = 0
     """Number of events before these: not 0 for a chunk of a scan."""
     origin: dict[str, Any] = field(default_factory=dict)
-    """Tables with their fingerprint, run, tolerance, wavelength: what made this."""
+    """Tables with their fingerprint, run, tolerance, wavelength, and why components are
+    off: what made this."""
 
     # ---- counts
 

@@ -82,9 +82,12 @@ def _solve_parallel(k: Array) -> Array:
 
 
 def number_word(number: float) -> str:
-    """A number with a true minus sign and at most three decimals."""
-    text = f"{abs(number):.3f}"
-    text = text.rstrip("0").rstrip(".") if "." in text else text
+    """A number with a true minus sign and at most three decimals; from a thousand million
+    on with six digits."""
+    if abs(number) < 1e9:
+        text = f"{abs(number):.3f}".rstrip("0").rstrip(".")
+    else:
+        text = f"{abs(number):.6g}"
     return "\u2212" + text if number < 0 and text != "0" else text
 
 
@@ -158,7 +161,7 @@ class MapContent:
         ]
 
     def title(self) -> str:
-        if self.given_title is not None:
+        if self.given_title:
             return self.given_title
         if self.has_shares:
             return f"How often PMTs are hidden from {count_word(len(self.result.events))} events"
@@ -188,13 +191,22 @@ class MapContent:
             return f"No light path to any of the {self.unit}"
         part = " with a light path" if paths != pairs and not self.has_shares else ""
         return (
-            f"{count_word(shadowed)} of {count_word(paths)} {self.unit}{part} shadowed "
+            f"{count_word(shadowed)} of {self.counted_unit(paths)}{part} shadowed "
             f"({percent_word(shadowed, paths)})"
         )
 
     @property
     def unit(self) -> str:
         return "light paths" if self.has_shares else "PMTs"
+
+    def counted_unit(self, count: int) -> str:
+        """As "1 PMT" or "2 PMTs"."""
+        return f"{count_word(count)} {self.unit[:-1] if count == 1 else self.unit}"
+
+    def why_untested(self, component: Verdict) -> str:
+        """What stands instead of the counts of a component that is off, else empty."""
+        why = self.result.origin.get("off", {}).get(component.label, "")
+        return why if why in ("", "nothing to test") else "not loaded"
 
     def caption(self) -> str:
         origin = "event" if self.view == "event" else "detector centre"
@@ -207,11 +219,11 @@ class MapContent:
 
     def footnotes(self) -> list[str]:
         paths, pairs = int(self.counts().paths), self.result.codes.size
-        text = f"Percent of the {count_word(paths)} {self.unit}"
-        if paths != pairs:
-            text += "" if self.has_shares else " with a light path"
-            of = "pairs of event and PMT" if self.has_shares else self.unit
-            text += f"; no path: of all {count_word(pairs)} {of}"
+        text = f"Percent of the {self.counted_unit(paths)}"
+        if paths != pairs and self.has_shares:
+            text += f"; no path: of all {count_word(pairs)} pairs of event and PMT"
+        elif paths != pairs:
+            text += f" with a light path; no path: of all {self.counted_unit(pairs)}"
         hidden = int(np.isnan(project(self.directions)[:, 0]).sum())
         if hidden == 0:
             return [f"{text}."]

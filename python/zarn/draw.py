@@ -201,14 +201,16 @@ class _Sheet:
         return self._order
 
     def polygons(
-        self, outline: Array, at: Array, colour: str, name: str, sharp: bool = False
+        self, outline: Array, at: Array, colour: str, name: str, sharp: bool = False,
+        pen: float = 0.0,
     ) -> None:
-        """One polygon, filled, at each of several places."""
+        """One polygon at each of several places: filled, or drawn with a pen."""
         corners: Any = self.place(at[:, np.newaxis] + outline)  # faster than a list
         self.axes.add_collection(
             PolyCollection(
-                corners, facecolors=colour, edgecolors="none",
-                linewidths=0, antialiaseds=not sharp, gid=name, zorder=self._next(),
+                corners, facecolors="none" if pen else colour,
+                edgecolors=colour if pen else "none", linewidths=pen * self.points,
+                antialiaseds=not sharp, gid=name, zorder=self._next(),
             ),
             autolim=False,
         )
@@ -232,6 +234,7 @@ class _Sheet:
     ) -> None:
         """A line of words, in smaller letters where it is wider than the room."""
         words = re.sub(r"[\x00-\x1f\x7f]+", " ", words)
+        words = re.sub(r"[\ud800-\udfff]", "?", words)  # bytes of a file's name
         # Letters of a readable size on a screen are wider by up to 4 %: by whole pixels.
         size *= min(1.0, 0.96 * room / max(self.width(words, size, bold), 1e-9))
         at_x, at_y = self.place((x, y))
@@ -338,14 +341,18 @@ def _draw_words_on_map(sheet: _Sheet, content: MapContent) -> None:
         sheet.text(middle[0], middle[1] - 24, "No PMTs", _LABEL, "secondText", "center")
 
 
-def _draw_swatch(sheet: _Sheet, content: MapContent, kind: str, x: float, y: float) -> None:
+def _draw_swatch(
+    sheet: _Sheet, content: MapContent, kind: str, x: float, y: float, pen: float = 0.0
+) -> None:
     area = content.has_areas
     outline = (
         8.0 * np.array([(-1, -1), (1, -1), (1, 1), (-1, 1)])
         if area
         else sheet.outline_of(kind, 12.0)
     )
-    sheet.polygons(outline, np.array([(x, y)]), sheet.colour_of(kind, area), f"legend {kind}")
+    sheet.polygons(
+        outline, np.array([(x, y)]), sheet.colour_of(kind, area), f"legend {kind}", pen=pen
+    )
 
 
 def _draw_share_key(sheet: _Sheet, content: MapContent, y: float) -> None:
@@ -370,17 +377,22 @@ def _draw_legend(sheet: _Sheet, content: MapContent) -> None:
     sheet.text(_LEFT, top, heading, _HEADING, bold=True)
     counts, names = content.counts(), sheet.palette["components"]
     paths, pairs = int(counts.paths), content.result.codes.size
-    rows = [(c.label, names[c.label]["name"], int(counts.of(c)), paths) for c in COMPONENTS]
+    rows = [
+        (c.label, names[c.label]["name"], int(counts.of(c)), paths, content.why_untested(c))
+        for c in COMPONENTS
+    ]
     clear = int(counts.of(Verdict.CLEAR))
-    rows.append((Verdict.CLEAR.label, sheet.palette["clear"], clear, paths))
-    rows.append((NO_PATH, sheet.palette["noPath"], pairs - paths, pairs))
+    rows.append((Verdict.CLEAR.label, sheet.palette["clear"], clear, paths, ""))
+    rows.append((NO_PATH, sheet.palette["noPath"], pairs - paths, pairs, ""))
     first = top + 25.0  # the middle of the first row
-    for i, (kind, name, count, of) in enumerate(rows):
+    for i, (kind, name, count, of, why_untested) in enumerate(rows):
         x, y = _LEFT + 262 * (i // 3), first + 27 * (i % 3)
-        _draw_swatch(sheet, content, kind, x + 8, y)
+        _draw_swatch(sheet, content, kind, x + 8, y, pen=1.3 if why_untested else 0.0)
         sheet.text(x + 24, y + 4.5, name, _LABEL)
-        sheet.text(x + 183, y + 4.5, count_word(count), _LABEL, anchor="right")
-        sheet.text(x + 237, y + 4.5, percent_word(count, of), _LABEL, "secondText", "right")
+        if not why_untested:
+            sheet.text(x + 183, y + 4.5, count_word(count), _LABEL, anchor="right")
+        share = why_untested or percent_word(count, of)
+        sheet.text(x + 237, y + 4.5, share, _LABEL, "secondText", "right")
     # Below "No path", in the place of a ninth row.
     sheet.text(x + 24, y + 27, content.reasons(), _NOTE, "secondText", room=212)
     for i, line in enumerate(content.footnotes()):

@@ -12,7 +12,7 @@ sys.dont_write_bytecode = True  # the source folder stays clean
 
 from command_support import PROGRAM
 from map_support import EVENT, FORMATS, MapTest, SMALL, at, words_of
-from scan_support import CENTRE, PMT_RADIUS, TOP, random_events, random_pmts
+from scan_support import CENTRE, OPTICS, PMT_RADIUS, TOP, random_events, random_pmts
 
 
 class Pictures(MapTest):
@@ -78,12 +78,31 @@ class Pictures(MapTest):
         for part in ("run 7", "40 mm", "500 nm", "tables"):
             self.assertIn(part, words)
 
+    def test_the_folder_of_the_command_has_its_name(self):
+        folder = self.folder / "survey"
+        folder.mkdir()
+        self.tables(*OPTICS, name="survey/tables.json")
+        options = at(CENTRE), "--pmts", self.pmts([TOP])
+        wanted = self.map(*options, geometry=folder).out
+        self.assertIn("survey", " ".join(words_of(wanted)))
+        for geometry in (".", "./", "../survey", "../survey/../survey/."):
+            self.assertEqual(self.map(at(CENTRE), "--pmts", "../pmts.csv", geometry=geometry,
+                                      cwd=folder).out, wanted)
+
     def test_beside_the_data_stands_how_they_were_made(self):
         self.map(*self.some, "--data", "data.csv", "--run", 7, "--tolerance", 40, "-o", "map.svg")
         origin = json.loads(self.read("data.csv.json"))
         self.assertEqual((origin["program"], origin["run"], origin["tolerance"],
                           origin["wavelength"]), ("zarn-shadow", 7, 40, 400))
         self.assertFalse((self.folder / "map.svg.json").exists())
+        # On a comparison, those of the columns shadowed and by.
+        other = self.tables(*OPTICS, name="other.json")
+        self.map(*self.some, "--data", "data.csv", "--run", 7, "--compare", other,
+                 "--compare-run", 8)
+        found = json.loads(self.read("data.csv.json"))
+        self.map(*self.some, "--data", "data.csv", "--run", 8, geometry=other)
+        self.assertEqual(found, json.loads(self.read("data.csv.json")))
+        self.assertNotEqual(found["fingerprint"], origin["fingerprint"])
         out = self.map(*self.some, "--data", "-", "-o", "map.svg").out
         self.assertEqual(out.split(b"\n")[0], b"pmt,x,y,z,azimuth,polar_angle,shadowed,by")
         self.assertNotIn("-.json", os.listdir(self.folder))

@@ -5,6 +5,7 @@ import csv
 import io
 import math
 import sys
+import time
 import unittest
 
 sys.dont_write_bytecode = True  # the source folder stays clean
@@ -170,6 +171,29 @@ class Verdicts(MapTest):
                                    "--threads", threads, geometry=geometry).out
                 found.add((picture, self.read("data.csv")))
             self.assertEqual(len(found), 1)
+
+    def test_far_and_near_pmts_have_their_directions(self):
+        pmts = [(1e308, 1e308, 1e308), (-1e200, 0.0, 1e200), (1e-320, 0.0, 0.0),
+                (0.0, -1e-200, -1e-200)]
+        rows, _ = self.data(at(CENTRE), "--pmts", self.pmts(pmts))
+        for row, position in zip(rows, pmts, strict=True):
+            for name, wanted in zip(("azimuth", "polar_angle"), angles(position)):
+                self.assertAlmostEqual(float(row[name]), wanted, delta=1e-12)
+
+    def test_a_sphere_can_have_any_radius(self):
+        for options in ((at(CENTRE), "--radius", 1e200),
+                        (at((0.0, 0.0, 1e180)), "--radius", 1e200, "--view", "event")):
+            rows, _ = self.data(*options, "--no-panel", *SMALL)
+            for row in rows[::100]:
+                end = tuple(float(row[axis]) for axis in "xyz")
+                self.assertAlmostEqual(math.hypot(*end) / 1e200, 1.0, delta=1e-12)
+
+    def test_the_time_is_that_of_the_paths_that_are_counted(self):
+        begin = time.monotonic()
+        # The panel judges 100,000 directions more.
+        result = self.map(at(CENTRE), "--radius", PMT_RADIUS, *SMALL, "--threads", 1,
+                          geometry=self.reference_tables())
+        self.assertLess(float(result.counts()["seconds"][0]), (time.monotonic() - begin) / 2)
 
 
 class EmptyInputs(MapTest):

@@ -36,7 +36,8 @@ class Usage(MapTest):
             self.assertRegex(text, rf"(?m)(^ *|,){option}\b")
         for line in text.split("\n"):
             self.assertLessEqual(len(line), 100, line)
-        for words in (r"\bmm\b", r"\bnm\b", r"\b130\b", "no path", "20,000", "100,000"):
+        for words in (r"\bmm\b", r"\bnm\b", r"\b130\b", "no path", "20,000", "100,000",
+                      "17 from 10 to 300 mm"):
             self.assertRegex(text, words)
         self.assertRegex(self.run_command([PROGRAM, "--help"]).out.decode(), r"\n *map\b")
 
@@ -64,6 +65,11 @@ class Usage(MapTest):
                  "--tolerances and --no-panel exclude each other"),
                 ((*self.some, "--tolerances", "150"),
                  "--tolerances: the panel needs two or more"),
+                ((*self.some, "--tolerances", "1e308,-1e308"),
+                 "--tolerances: the panel cannot show tolerances that are so far apart"),
+                # Steps are less than the spacing of doubles.
+                ((*self.some, "--tolerances", "150:150.0000000000001:1e-14"),
+                 "--tolerances: the panel needs tolerances that differ"),
                 ((*self.some, "--compare-run", 1, "--no-panel"),
                  "--compare-run and --no-panel exclude each other: the table of changes takes "
                  "the place of the panel"),

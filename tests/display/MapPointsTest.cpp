@@ -91,5 +91,22 @@ TEST(EndsOnSphere, LieInTheirDirectionsFromThePointOfView) {
   }
 }
 
+TEST(EndsOnSphere, LieOnSpheresWhoseSquaresAreNoNumbers) {
+  const std::vector<TVector3> directions = All(EvenDirections(500));
+  for (const double radius : {1e-200, 1e200, 1.7e308}) {
+    for (const TVector3& from : {TVector3(), TVector3(0.3, 0, -0.4)}) {
+      SCOPED_TRACE(radius);
+      const std::vector<TVector3> ends =
+          All(EndsOnSphere(EvenDirections(500), from * radius, radius));
+      for (std::size_t i = 0; i < ends.size(); ++i) {
+        const TVector3 end(ends[i].X() / radius, ends[i].Y() / radius,
+                           ends[i].Z() / radius);
+        EXPECT_NEAR(end.Mag(), 1.0, 1e-15);
+        EXPECT_LT(((end - from).Unit() - directions[i]).Mag(), 1e-14);
+      }
+    }
+  }
+}
+
 }  // namespace
 }  // namespace ZARN::Display

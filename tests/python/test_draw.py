@@ -6,6 +6,7 @@ import json
 import os
 import pathlib
 import re
+import shutil
 import subprocess
 
 import numpy as np
@@ -265,6 +266,61 @@ def test_a_result_without_PMTs_says_so(calc):
     words = words_of(axes)
     assert "No PMTs" in words
     assert words[1].startswith("No PMTs")
+
+
+def test_components_without_a_test_have_no_counts(tmp_path, all_pmts):
+    for file in REFERENCE.iterdir():
+        shutil.copy(file, tmp_path)
+    (tmp_path / "av_pipes.json").unlink()
+    anchors = tmp_path / "ncd_anchors.json"
+    anchors.write_text(re.sub(r'("[xyz]": )\[[^]]*\]', r"\1[]", anchors.read_text()))
+    result = zarn.Calculator(tmp_path).scan(WALL, all_pmts[::10])
+    axes = zarn.draw.map(result)
+    words = words_of(axes)
+    assert words[words.index("AV pipes") + 1] == "not loaded"
+    assert words[words.index("NCD anchors") + 1] == "nothing to test"
+    assert words[words.index("Neck boss") + 2].endswith(" %")
+    swatches = {c.get_gid(): c for c in axes.collections}
+    for kind, is_filled in (("AVPipe", False), ("NCDAnchor", False), ("NeckBoss", True)):
+        swatch = swatches[f"legend {kind}"]
+        assert (len(swatch.get_facecolor()) > 0) is is_filled
+        assert (len(swatch.get_edgecolor()) > 0) is not is_filled
+    picture = subprocess.run(
+        [os.environ["ZARN_SHADOW"], "map", "--at", "4600,0,3000", "--pmts", DATA / "pmts.csv",
+         "--geometry", tmp_path], capture_output=True, text=True, check=True).stdout
+    for word in ("not loaded", "nothing to test"):
+        assert f">{word}<" in picture
+
+
+def test_one_PMT_is_not_several(calc):
+    words = words_of(zarn.draw.map(calc.scan([[0, 0, 3000]], [[8300.0, 0.0, 0.0]])))
+    assert " of 1 PMT shadowed " in words[1]
+    assert words[-1] == "Percent of the 1 PMT."
+    words = words_of(zarn.draw.map(calc.scan([[np.nan, 0, 0]], [[8300.0, 0.0, 0.0]])))
+    assert words[-1] == "Percent of the 0 PMTs with a light path; no path: of all 1 PMT."
+
+
+@pytest.mark.parametrize(("number", "word"), [
+    (0.0, "0"), (-0.0001, "0"), (-12.3456, "\u221212.346"), (999_999_999.5, "999999999.5"),
+    (1e9, "1e+09"), (-1e200, "\u22121e+200"), (123456789012.0, "1.23457e+11"),
+    (np.nan, "nan"), (-np.inf, "\u2212inf")])
+def test_long_numbers_are_powers_of_ten(wall, number, word):
+    events = np.array([[number, 0.0, 3000.0]])
+    title = words_of(zarn.draw.map(dataclasses.replace(wall, events=events)))[0]
+    assert title == f"What hides the PMTs from an event at ({word}, 0, 3000) mm"
+
+
+def test_an_empty_title_is_none(wall):
+    assert words_of(zarn.draw.map(wall, title=""))[0] == words_of(zarn.draw.map(wall))[0]
+
+
+@pytest.mark.filterwarnings("error")
+def test_what_is_no_text_is_replaced(wall):
+    # Names of files can have bytes that are no text.
+    axes = zarn.draw.map(wall, title="a\udcffb", detector="\ud800")
+    assert words_of(axes)[0] == "a?b"
+    assert words_of(axes)[1].endswith("\u00b7\u00a0\u00a0 ?")
+    axes.figure.canvas.draw()
 
 
 def test_wrong_arguments_are_refused(wall, several):
