@@ -1,0 +1,3 @@
+import palette from '../../palette.json';
+
+document.title = palette.noPath;
