@@ -1,7 +1,10 @@
 #include <cmath>
+#include <optional>
+#include <vector>
 
 #include "du/ShadowingCalculator.hpp"
 #include "du/ShadowingExplanation.hpp"
+#include "du/fast/NearestHardware.hpp"
 
 namespace ZARN::DU {
 namespace {
@@ -21,6 +24,22 @@ bool DecidesBefore(const ShadowingTest& a, const ShadowingTest& b) {
   return a.quantity < b.quantity ||
          (std::isnan(b.quantity) && !std::isnan(a.quantity));
 }
+
+/// The tests that decide, in the order of the formula.
+class Findings {
+ public:
+  void Add(const ShadowingTest& test) {
+    if (tests_.empty() || tests_.back().segment != test.segment) {
+      tests_.push_back(test);
+    } else if (DecidesBefore(test, tests_.back())) {
+      tests_.back() = test;
+    }
+  }
+  const std::vector<ShadowingTest>& Tests() const { return tests_; }
+
+ private:
+  std::vector<ShadowingTest> tests_;
+};
 
 std::vector<WaterSegment> ListSegments(const LightPath& path) {
   const WaterSegments segments =
@@ -62,20 +81,28 @@ ComponentExplanation ShadowingCalculator::Explain(
   explanation.state = StateOf(Parts, component);
   if (explanation.state != eState::kOn) return explanation;
 
-  auto& findings = explanation.findings;
-  Parts.VisitTests(
-      component, SegmentsOf(path, ShapeOfType(path.LightPathType)),
-      [&](const ShadowingTest& test) {
-        if (findings.empty() || findings.back().test.segment != test.segment) {
-          findings.push_back({test, std::nullopt});
-        } else if (DecidesBefore(test, findings.back().test)) {
-          findings.back().test = test;
-        }
-      });
-  for (ShadowingFinding& finding : findings) {
-    finding.item = ItemOf(Parts, finding.test.rule, finding.test.position);
+  Findings findings;
+  Parts.VisitTests(component, SegmentsOf(path, ShapeOfType(path.LightPathType)),
+                   [&](const ShadowingTest& test) { findings.Add(test); });
+  for (const ShadowingTest& test : findings.Tests()) {
+    explanation.findings.push_back(
+        {test, ItemOf(Parts, test.rule, test.position)});
   }
   return explanation;
+}
+
+std::optional<ShadowingTest> ShadowingCalculator::FindBlockingTest(
+    const LightPath& path, eShadowingComponent component) const {
+  if (!Parts.IsReady(component)) return std::nullopt;
+  Findings findings;
+  Parts.VisitTests(
+      component, SegmentsOf(path, ShapeOfType(path.LightPathType)),
+      [&](const ShadowingTest& test) { findings.Add(test); },
+      FindNearestHardware());
+  for (const ShadowingTest& test : findings.Tests()) {
+    if (test.IsBlocking()) return test;
+  }
+  return std::nullopt;
 }
 
 }  // namespace ZARN::DU

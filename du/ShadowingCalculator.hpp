@@ -3,6 +3,7 @@
 #include <array>
 #include <cstddef>
 #include <memory>
+#include <optional>
 #include <string>
 
 #include "db/TableSet.hpp"
@@ -130,6 +131,13 @@ class ShadowingCalculator {
   /// The same for one component. @pre not kNone
   ComponentExplanation Explain(const LightPath& path,
                                eShadowingComponent component) const;
+
+  /// The test by which a component blocks a path: of the findings of Explain
+  /// the first that blocks. Nothing if none does. Looks at the nearest items
+  /// only, so it takes about 1 us. Thread-safe, writes no messages.
+  /// @pre not kNone
+  std::optional<ShadowingTest> FindBlockingTest(
+      const LightPath& path, eShadowingComponent component) const;
 
   /// The smallest tolerance at which a component blocks a path, mm, whatever
   /// tolerance is set (CriticalTolerance.hpp). The first call of a run sorts

@@ -14,6 +14,9 @@ std::size_t MiddleOf(std::size_t begin, std::size_t end) {
   return begin + (end - begin) / 2;
 }
 
+/// Squares that are farther apart than this have different roots.
+constexpr double kSameRoot = 1 + 4 * std::numeric_limits<double>::epsilon();
+
 /// How far a coordinate is outside a range.
 double Outside(double low, double at, double high) {
   return std::max(std::max(low - at, at - high), 0.0);
@@ -73,8 +76,16 @@ std::optional<std::size_t> NearestPoint::To(const TVector3& place) const {
   if (!points_.empty()) {
     Search({place.X(), place.Y(), place.Z()}, 1, 0, points_.size(), nearest);
   }
-  if (std::isinf(nearest.squared)) return std::nullopt;
+  if (std::isinf(nearest.distance)) return std::nullopt;
   return nearest.position;
+}
+
+void NearestPoint::Nearest::Take(double squared, std::uint32_t listed) {
+  const double root = std::sqrt(squared);
+  if (root > distance || (root == distance && listed > position)) return;
+  distance = root;
+  position = listed;
+  most = squared * kSameRoot;
 }
 
 void NearestPoint::Search(const Point& place, std::size_t number,
@@ -83,7 +94,7 @@ void NearestPoint::Search(const Point& place, std::size_t number,
   if (end - begin < kLeafPoints) {
     for (std::size_t i = begin; i < end; ++i) {
       const double squared = SquaredDistance(place, points_[i].point);
-      if (squared < nearest.squared) nearest = {squared, points_[i].position};
+      if (squared <= nearest.most) nearest.Take(squared, points_[i].position);
     }
     return;
   }
@@ -104,7 +115,7 @@ void NearestPoint::Search(const Point& place, std::size_t number,
        {squaredTo(boxes_[2 * number + 1]), 2 * number + 1, middle, end}}};
   if (halves[1].squared < halves[0].squared) std::swap(halves[0], halves[1]);
   for (const Half& half : halves) {
-    if (!(half.squared < nearest.squared)) continue;
+    if (!(half.squared <= nearest.most)) continue;
     Search(place, half.number, half.begin, half.end, nearest);
   }
 }

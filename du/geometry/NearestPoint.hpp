@@ -24,7 +24,8 @@ class NearestPoint {
   /// @param points  any, or none; fewer than 2^32
   explicit NearestPoint(const std::vector<TVector3>& points);
 
-  /// The position of a nearest point; nothing if no distance is finite.
+  /// The position of the nearest point, of several at the same distance the
+  /// first; nothing if no distance is finite.
   std::optional<std::size_t> To(const TVector3& place) const;
 
  private:
@@ -37,8 +38,12 @@ class NearestPoint {
     std::uint32_t position;
   };
   struct Nearest {
-    double squared = std::numeric_limits<double>::infinity();
+    double distance = std::numeric_limits<double>::infinity();
+    /// No point with a larger squared distance is at this distance or nearer.
+    double most = std::numeric_limits<double>::infinity();
     std::uint32_t position = 0;
+
+    void Take(double squared, std::uint32_t listed);
   };
 
   void MakeNode(std::size_t number, std::size_t begin, std::size_t end);
