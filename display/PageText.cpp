@@ -1,0 +1,142 @@
+#include "display/PageText.hpp"
+
+#include <cmath>
+#include <nlohmann/json.hpp>
+
+namespace ZARN::Display {
+namespace {
+
+using Json = nlohmann::ordered_json;
+
+/// A length in mm to 1e-4: more digits would only be longer.
+double Rounded(double length) {
+  constexpr double kSteps = 1e4;
+  constexpr double kLongest = 1e9;  // beyond that there are no such digits
+  return std::abs(length) < kLongest ? std::round(length * kSteps) / kSteps
+                                     : length;
+}
+
+Json VectorJson(const TVector3& v) {
+  return {Rounded(v.X()), Rounded(v.Y()), Rounded(v.Z())};
+}
+
+template <class Iterator>
+Json PointsJson(Iterator begin, Iterator end) {
+  Json json = Json::array();
+  for (; begin != end; ++begin) {
+    for (int axis = 0; axis < 3; ++axis)
+      json.push_back(Rounded((*begin)[axis]));
+  }
+  return json;
+}
+
+const char* NameOf(eComponentState state) {
+  switch (state) {
+    case eComponentState::kTested:
+      return "on";
+    case eComponentState::kNotLoaded:
+      return "off";
+    case eComponentState::kNothingToTest:
+      break;
+  }
+  return "nothing to test";
+}
+
+Json HardwareJson(const PageHardware& hardware) {
+  Json json = {{"state", NameOf(hardware.state)},
+               {"tubes", Json::array()},
+               {"patches", Json::array()},
+               {"spots", Json::array()},
+               {"rings", Json::array()}};
+  for (const PageTube& tube : hardware.tubes) {
+    json["tubes"].push_back(
+        {{"name", tube.name},
+         {"radius", tube.radius},
+         {"points", PointsJson(tube.points.begin(), tube.points.end())}});
+  }
+  for (const PagePatch& patch : hardware.patches) {
+    json["patches"].push_back(
+        {{"name", patch.name},
+         {"points", PointsJson(patch.points.begin(), patch.points.end())}});
+  }
+  for (const PageSpot& spot : hardware.spots) {
+    json["spots"].push_back({{"name", spot.name},
+                             {"radius", spot.radius},
+                             {"at", VectorJson(spot.at)}});
+  }
+  for (const PageRing& ring : hardware.rings) {
+    json["rings"].push_back({{"name", ring.name},
+                             {"radius", Rounded(ring.radius)},
+                             {"z", Rounded(ring.z)}});
+  }
+  return json;
+}
+
+Json StoredPathJson(const StoredPath& stored) {
+  Json media = Json::array();
+  for (std::size_t i = 0; i + 1 < stored.path.count; ++i) {
+    media.push_back(DU::IndexOf(stored.path.media[i]));
+  }
+  const auto* const begin = stored.path.points.begin();
+  return {{"event", stored.event},
+          {"pmt", stored.pmt},
+          {"reflected", stored.kind == DU::eLight::kReflected},
+          {"media", media},
+          {"points", PointsJson(begin, begin + stored.path.count)}};
+}
+
+/// Without any "<", which could end the script element.
+std::string SafeText(const Json& json) {
+  const std::string text =
+      json.dump(-1, ' ', false, Json::error_handler_t::replace);
+  std::string safe;
+  safe.reserve(text.size());
+  for (const char c : text) {
+    if (c == '<') {
+      safe += "\\u003c";  // it stands only in strings
+    } else {
+      safe += c;
+    }
+  }
+  return safe;
+}
+
+}  // namespace
+
+std::string PageTextOf(const PageContent& content,
+                       const DU::ShadowingCalculator& shadowing,
+                       const DU::LightPathCalculator& lightPath,
+                       const PageItems& items, bool hasPaths,
+                       const std::vector<StoredPath>& stored) {
+  const PageHardwareList parts = PageHardwareOf(shadowing);
+  Json hardware = Json::array();
+  for (const PageHardware& part : parts) hardware.push_back(HardwareJson(part));
+  Json storedPaths = Json::array();
+  for (const StoredPath& path : stored) {
+    storedPaths.push_back(StoredPathJson(path));
+  }
+  return SafeText({{"format", 1},
+                   {"version", content.version},
+                   {"title", content.title},
+                   {"detector", content.detector},
+                   {"fingerprint", content.fingerprint},
+                   {"run", content.run},
+                   {"tolerance", shadowing.GetAVHDRopeTolerance()},
+                   {"wavelength", lightPath.GetWavelength()},
+                   {"vessel",
+                    {{"innerRadius", shadowing.GetInnerAVRadius()},
+                     {"outerRadius", shadowing.GetOuterAVRadius()},
+                     {"neckRadius", shadowing.GetAVNeckRadius()},
+                     {"neckTop", NeckTopOf(shadowing, parts)}}},
+                   {"refractiveIndices", lightPath.GetMedia().RefractiveIndex},
+                   {"groupIndices", lightPath.GetGroupIndices()},
+                   {"hardware", hardware},
+                   {"pmtNames", content.pmtNames},
+                   {"eventNames", content.eventNames},
+                   {"itemNames", items.Names()},
+                   {"content", hasPaths ? "paths" : "verdicts"},
+                   {"hasReflections", content.withReflections},
+                   {"storedPaths", storedPaths}});
+}
+
+}  // namespace ZARN::Display
