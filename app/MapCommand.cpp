@@ -4,7 +4,6 @@
 #include <algorithm>
 #include <chrono>
 #include <cmath>
-#include <filesystem>
 #include <iostream>
 #include <memory>
 #include <optional>
@@ -16,6 +15,7 @@
 #include "app/FindPosition.hpp"
 #include "app/MapData.hpp"
 #include "app/MapOptions.hpp"
+#include "app/NameOfTables.hpp"
 #include "app/ProgressBar.hpp"
 #include "app/RunOptions.hpp"
 #include "app/ScopedLogOutput.hpp"
@@ -49,16 +49,6 @@ struct Calculators {
   DU::ShadowingCalculator shadowing;
   DU::LightPathCalculator lightPath;
 };
-
-/// "reference-detector" for data/reference-detector/ and for a file
-/// reference-detector.json.
-std::string NameOfTables(const std::string& geometry) {
-  // A folder given as "." has its name.
-  const auto path = std::filesystem::absolute(geometry).lexically_normal();
-  const auto name = path.has_filename() ? path : path.parent_path();
-  return name.extension() == ".json" ? name.stem().string()
-                                     : name.filename().string();
-}
 
 /// How a comparison calls its two sets of tables.
 Display::MapContent::Comparison NamesOf(const RunOptions& before,

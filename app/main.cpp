@@ -10,6 +10,7 @@
 #include <string>
 
 #include "app/CheckCommand.hpp"
+#include "app/DisplayCommand.hpp"
 #include "app/ExplainCommand.hpp"
 #include "app/MapCommand.hpp"
 #include "app/ScanCommand.hpp"
@@ -46,7 +47,11 @@ void AddHelp(CLI::App& app) {
       "  zarn-shadow explain data/example-paths.csv --row 1 \\\n"
       "      --geometry data/reference-detector\n"
       "  zarn-shadow map --at 0,0,3000 --pmts data/pmts.csv \\\n"
-      "      --geometry data/reference-detector -o map.svg");
+      "      --geometry data/reference-detector -o map.svg\n"
+      "  zarn-shadow display --events data/source-scan.csv --pmts "
+      "data/pmts.csv "
+      "\\\n"
+      "      --geometry data/reference-detector -o display.html");
 }
 
 int Run(int argc, char** argv) {
@@ -57,6 +62,7 @@ int Run(int argc, char** argv) {
   app.require_subcommand(1);
   AddHelp(app);
   ZARN::App::AddCheckCommand(app);
+  ZARN::App::AddDisplayCommand(app);
   ZARN::App::AddExplainCommand(app);
   ZARN::App::AddMapCommand(app);
   ZARN::App::AddScanCommand(app);

@@ -1,0 +1,81 @@
+#include "app/DisplayOptions.hpp"
+
+#include <CLI/CLI.hpp>
+#include <vector>
+
+#include "app/InputColumnsOption.hpp"
+#include "app/PositionOption.hpp"
+#include "app/Usage.hpp"
+#include "io/DistinctFiles.hpp"
+
+namespace ZARN::App {
+namespace {
+
+constexpr const char* kFooter =
+    "The page shows the detector in three dimensions, with its hardware, the\n"
+    "PMTs coloured by what blocks the light to them, and the light paths; "
+    "beside\n"
+    "it are a sky map, a table and all counts. It is one file, which a "
+    "browser\n"
+    "opens from disk without a network.\n"
+    "EVENTS and PMTS have the same columns as for scan.\n\n"
+    "If the page would be larger than 20 MB with light paths, it holds only "
+    "the\n"
+    "verdicts. It holds at most 40,000,000 pairs of event and PMT.\n\n"
+    "Exit status: 0 success; 1 output cannot be written; 2 bad usage or "
+    "input;\n"
+    "130 interrupted.\n\n"
+    "Example:\n"
+    "  zarn-shadow display --events data/source-scan.csv --pmts data/pmts.csv "
+    "\\\n"
+    "      --geometry data/reference-detector -o display.html";
+
+void AddInputs(CLI::App& command, DisplayOptions& options) {
+  command
+      .add_option("--events", options.events,
+                  "CSV or ROOT file of events; - reads CSV from standard input")
+      ->type_name("EVENTS");
+  AddPositionOption(
+      command, "--at", options.at,
+      "One event, named 0, at this position in mm, instead of a file");
+  command
+      .add_option("--pmts", options.pmts,
+                  "CSV or ROOT file of PMTs; - reads CSV from standard input")
+      ->required()
+      ->type_name("PMTS");
+  AddInputColumnsOption(command, options.names, PositionColumns(),
+                        "event_x=evt.x,pmt=id");
+}
+
+}  // namespace
+
+void AddDisplayOptions(CLI::App& command, DisplayOptions& options) {
+  AddInputs(command, options);
+  AddRunOptions(command, options.run);
+  AddThreadsOption(command, options.run.threads);
+  AddWavelengthOption(command, options.wavelength);
+  command.add_flag("--reflections", options.withReflections,
+                   "Also show the light reflected at the vessel");
+  command
+      .add_option("--title", options.title,
+                  "Title of the page (default: Shadow display)")
+      ->type_name("TEXT");
+  command
+      .add_option("-o,--output", options.output,
+                  "Write the page to this file (default: DISPLAY.html); - is "
+                  "standard output")
+      ->type_name("DISPLAY");
+  command.footer(kFooter);
+}
+
+void RequireConsistent(const DisplayOptions& options) {
+  if (options.events.has_value() == options.at.has_value()) {
+    throw BadUsage("display needs either --events or --at");
+  }
+  std::vector<std::string> inputs = FilesOf(options.run);
+  inputs.push_back(options.pmts);
+  if (options.events.has_value()) inputs.push_back(*options.events);
+  IO::RequireDistinctFiles(inputs, {options.output});
+}
+
+}  // namespace ZARN::App
