@@ -10,12 +10,15 @@ bool Need(const std::vector<const PairColumn*>& columns, eNeed need) {
                      [=](const auto* column) { return column->need == need; });
 }
 
-std::string BlockingItem(const DU::ComponentExplanation& component) {
-  for (const DU::ShadowingFinding& finding : component.findings) {
-    if (!finding.test.IsBlocking()) continue;
-    return finding.item.has_value() ? DU::NameOf(*finding.item) : "";
-  }
-  return "";
+std::string BlockingItem(const DU::ShadowingCalculator& calculator,
+                         const DU::LightPath& path,
+                         DU::eShadowingComponent by) {
+  if (by == DU::eShadowingComponent::kNone) return "";
+  const auto test = calculator.FindBlockingTest(path, by);
+  if (!test.has_value()) return "";
+  const auto item =
+      DU::ItemOf(calculator.GetHardware(), test->rule, test->position);
+  return item.has_value() ? DU::NameOf(*item) : "";
 }
 
 }  // namespace
@@ -31,10 +34,7 @@ void DetailFinder::Find(const DU::LightPath& path, DU::eShadowingComponent by,
   if (needsCritical_) {
     details.critical = calculator_.FindCriticalTolerances(path);
   }
-  if (!needsItem_) return;
-  details.item = by == DU::eShadowingComponent::kNone
-                     ? ""
-                     : BlockingItem(calculator_.Explain(path, by));
+  if (needsItem_) details.item = BlockingItem(calculator_, path, by);
 }
 
 }  // namespace ZARN::IO

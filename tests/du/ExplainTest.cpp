@@ -70,6 +70,37 @@ TEST(Explain, AgreesWithTheVerdictAtTheLimits) {
   }
 }
 
+TEST(FindBlockingTest, IsTheFirstTestThatBlocksInAnExplanation) {
+  const ShadowingCalculator detector = InRun(VariedTables());
+  int blocked = 0;
+  for (const LightPath& path : PathsAtHardware(detector, 14).Make(2000)) {
+    for (const ComponentExplanation& component :
+         detector.Explain(path).components) {
+      const auto found = detector.FindBlockingTest(path, component.component);
+      ASSERT_EQ(found.has_value(), component.IsBlocking());
+      if (!found.has_value()) continue;
+      const auto& findings = component.findings;
+      const ShadowingTest& wanted = findings.front().test.IsBlocking()
+                                        ? findings.front().test
+                                        : findings.back().test;
+      EXPECT_EQ(found->rule, wanted.rule);
+      EXPECT_EQ(found->segment, wanted.segment);
+      EXPECT_EQ(found->position, wanted.position);
+      EXPECT_EQ(found->quantity, wanted.quantity);
+      ++blocked;
+    }
+  }
+  EXPECT_GT(blocked, 1000);
+}
+
+TEST(FindBlockingTest, FindsNothingWhereAComponentIsOff) {
+  const ShadowingCalculator empty;
+  for (const eComponent component : kShadowingComponents) {
+    EXPECT_FALSE(empty.FindBlockingTest(BlockedPath(), component));
+    EXPECT_FALSE(Detector().FindBlockingTest(FreePath(), component));
+  }
+}
+
 TEST(Explain, GivesTheDistanceToTheNearestSurfacePoint) {
   const auto& points = Detector().GetAVHDRopes().AVHDRopeSurfacePoints;
   const std::size_t last = points.size() - 1;

@@ -83,6 +83,7 @@ class Comparison {
     const double usual = plain_.*plain.tolerance;
     const bool isBlocking = IsBlocking(plain, usual);
     if (explanation.IsBlocking() != isBlocking) Differ("explanation", usual);
+    if (!IsBlockingTest(explanation)) Differ("test that blocks", usual);
     const auto range = real_.GetMonotonicTolerances(component_);
     if (range.Holds(usual) && isBlocking != (critical <= usual)) {
       // Only the edges of plates are ragged.
@@ -107,6 +108,22 @@ class Comparison {
       }
     }
     plain_.*plain.tolerance = usual;
+  }
+
+  /// Whether FindBlockingTest finds what the explanation tells.
+  bool IsBlockingTest(const DU::ComponentExplanation& explanation) {
+    const auto found =
+        real_.FindBlockingTest(explained_.explanation.path, component_);
+    for (const DU::ShadowingFinding& finding : explanation.findings) {
+      const DU::ShadowingTest& test = finding.test;
+      if (!test.IsBlocking()) continue;
+      return found.has_value() && found->rule == test.rule &&
+             found->segment == test.segment &&
+             found->position == test.position &&
+             AreSame(found->quantity, test.quantity) &&
+             AreSame(found->limit, test.limit);
+    }
+    return !found.has_value();
   }
 
   bool IsBlocking(const PlainComponent& plain, double tolerance) {

@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <limits>
+#include <optional>
 #include <vector>
 
 #include "tests/property/Random.hpp"
@@ -16,22 +17,19 @@ using Testing::Random;
 constexpr double kInfinity = std::numeric_limits<double>::infinity();
 constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
 
-/// The distance to the nearest point, by a loop over all; infinite if none is
-/// finite.
-double NearestByLoop(const std::vector<TVector3>& points,
-                     const TVector3& place) {
+/// The position of the nearest point, by a loop over all; none if no distance
+/// is finite.
+std::optional<std::size_t> NearestByLoop(const std::vector<TVector3>& points,
+                                         const TVector3& place) {
   double nearest = kInfinity;
-  for (const TVector3& point : points) {
-    const double distance = (place - point).Mag();
-    if (distance < nearest) nearest = distance;
+  std::optional<std::size_t> position;
+  for (std::size_t i = 0; i < points.size(); ++i) {
+    const double distance = (place - points[i]).Mag();
+    if (!(distance < nearest)) continue;
+    nearest = distance;
+    position = i;
   }
-  return nearest;
-}
-
-double Nearest(const NearestPoint& tree, const std::vector<TVector3>& points,
-               const TVector3& place) {
-  const auto position = tree.To(place);
-  return position ? (place - points.at(*position)).Mag() : kInfinity;
+  return position;
 }
 
 /// Points along a curve or anywhere, some of them odd or listed twice.
@@ -62,8 +60,23 @@ TEST(NearestPoint, IsTheOneThatALoopFinds) {
       TVector3 place = random.Uniform(0, 9000) * random.Direction();
       if (random.Chance(0.3)) place = points[random.Below(count)];
       if (random.Chance(0.3)) place += random.Uniform(0, 5) * TVector3(1, 1, 1);
-      EXPECT_EQ(Nearest(tree, points, place), NearestByLoop(points, place));
+      EXPECT_EQ(tree.To(place), NearestByLoop(points, place));
     }
+  }
+}
+
+TEST(NearestPoint, IsTheFirstWhoseRoundedDistanceIsTheSmallest) {
+  // Squares that differ in the last bits can have the same root.
+  Random random(95);
+  std::vector<TVector3> points;
+  for (int i = 0; i < 400; ++i) {
+    points.push_back((1 + 1e-16 * random.Whole(-2, 2)) * 3.0 *
+                     random.Direction());
+  }
+  const NearestPoint tree(points);
+  for (int i = 0; i < 2000; ++i) {
+    const TVector3 place = random.Uniform(0, 3e-16) * random.Direction();
+    EXPECT_EQ(tree.To(place), NearestByLoop(points, place));
   }
 }
 
@@ -73,7 +86,7 @@ TEST(NearestPoint, IsThereForOddPlaces) {
   const NearestPoint tree(points);
   for (const double x : {0.0, 1e-300, 1e9, -1e150, 1e200, kInfinity, kNaN}) {
     const TVector3 place(x, 1.0, -x);
-    EXPECT_EQ(Nearest(tree, points, place), NearestByLoop(points, place)) << x;
+    EXPECT_EQ(tree.To(place), NearestByLoop(points, place)) << x;
   }
 }
 
