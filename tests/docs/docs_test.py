@@ -22,7 +22,7 @@ MAP = (SOURCE / "docs" / "map.md").read_text()
 VERDICTS = (SOURCE / "docs" / "verdicts.md").read_text()
 PYTHON = (SOURCE / "docs" / "python.md").read_text()
 PAGES = [p for p in SOURCE.rglob("*.md")
-         if not {"build", ".venv"} & set(p.relative_to(SOURCE).parts)]
+         if not {"build", ".venv", "node_modules"} & set(p.relative_to(SOURCE).parts)]
 
 
 def blocks(text, language):
@@ -81,7 +81,7 @@ class Documents(unittest.TestCase):
             line, text = block.split("\n", 1)
             shown[line] = text.strip()
         self.assertEqual(sorted(shown), [f"$ zarn-shadow {c} --help"
-                                         for c in ("check", "explain", "map", "scan")])
+                                         for c in ("check", "display", "explain", "map", "scan")])
         for line, text in shown.items():
             said = subprocess.run([ZARN_SHADOW, *line.split()[2:]],
                                   capture_output=True, text=True, check=True).stdout
