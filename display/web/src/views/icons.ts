@@ -4,6 +4,9 @@ import { svgElement } from './dom';
 const ICONS = {
   previous: 'M9.5 4.5 6 8l3.5 3.5',
   next: 'M6.5 4.5 10 8l-3.5 3.5',
+  plus: 'M8 3.5v9M3.5 8h9',
+  minus: 'M3.5 8h9',
+  home: 'M2.5 8 8 3l5.5 5M4 6.8V13h8V6.8M6.7 13V9.6h2.6V13',
   down: 'M4.5 6.5 8 10l3.5-3.5',
   close: 'M4 4l8 8M12 4l-8 8',
   search: 'M11.8 7a4.8 4.8 0 1 1-9.6 0 4.8 4.8 0 0 1 9.6 0ZM10.6 10.6 14 14',

@@ -1,5 +1,6 @@
 import { formatCount } from '../../model/format';
 import type { Model } from '../../model/model';
+import { foldName } from '../../model/names';
 import { element, setText } from '../dom';
 import { createEventList, type EventChoice } from '../eventList';
 import { drawIcon } from '../icons';
@@ -18,11 +19,11 @@ function nameEvent(model: Model): string {
 
 /** The events whose names hold a text, with "all" before them if it is empty. */
 function findEvents(names: readonly string[], text: string): EventChoice[] {
-  const wanted = text.trim().toLocaleLowerCase();
+  const wanted = foldName(text.trim());
   const found: EventChoice[] = [];
   if (wanted === '' && names.length > 1) found.push('all');
   names.forEach((name, at) => {
-    if (name.toLocaleLowerCase().includes(wanted)) found.push(at);
+    if (foldName(name).includes(wanted)) found.push(at);
   });
   return found;
 }
@@ -106,7 +107,7 @@ export function createEventChooser(model: Model): HTMLElement {
     setText(name, nameEvent(model));
     setText(place, describeChosenEvent(model));
     open.disabled = isSingle;
-    previous.disabled = isSingle || event === 0;
+    previous.disabled = isSingle || event === 'all';
     next.disabled = isSingle || event === names.length - 1;
   };
   model.subscribe((changed) => {

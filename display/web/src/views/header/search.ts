@@ -2,6 +2,7 @@ import { formatCount } from '../../model/format';
 import type { Model } from '../../model/model';
 import { element, setText } from '../dom';
 import { drawIcon } from '../icons';
+import { createFoundEvents } from './foundEvents';
 
 /** The field that searches PMTs and events. */
 export interface Search {
@@ -42,6 +43,10 @@ export function createSearch(model: Model, onLeave: () => void): Search {
     { id: 'search-help', class: 'visually-hidden' },
     'Names as they are, or by:pipe, path>9, z<0.',
   );
+  const events = createFoundEvents(model, () => {
+    onLeave();
+    field.blur();
+  });
   const search = element(
     'search',
     { class: 'search' },
@@ -50,6 +55,7 @@ export function createSearch(model: Model, onLeave: () => void): Search {
     hint,
     leave,
     help,
+    events.element,
   );
 
   let timer = 0;
@@ -64,8 +70,7 @@ export function createSearch(model: Model, onLeave: () => void): Search {
   field.addEventListener('keydown', (event) => {
     if (event.key === 'Enter') {
       send();
-      const [first] = model.rows();
-      if (first !== undefined && model.state.query !== '') model.select(first);
+      if (field.value !== '') model.takeFound();
     } else if (event.key === 'Escape') {
       if (field.value === '') {
         onLeave();
@@ -86,11 +91,12 @@ export function createSearch(model: Model, onLeave: () => void): Search {
   const update = (): void => {
     const { query } = model.state;
     if (document.activeElement !== field || query === '') field.value = query;
-    setText(found, query === '' ? '' : formatCount(model.rows().length));
+    setText(found, query === '' ? '' : formatCount(model.found().pmts));
+    events.update();
     search.classList.toggle('filled', query !== '');
   };
   model.subscribe((changed) => {
-    if (changed.has('query') || changed.has('event') || changed.has('layers')) update();
+    if (changed.has('query') || changed.has('event')) update();
   });
   update();
   return {

@@ -1,7 +1,7 @@
 import {
   describeChoice,
   formatCount,
-  formatPercent,
+  formatShare,
   nameLayer,
 } from '../../model/format';
 import type { Model, State } from '../../model/model';
@@ -18,15 +18,15 @@ function describeChange(model: Model, changed: ReadonlySet<keyof State>): string
     return selected === null ? 'Nothing selected' : describeChoice(model, selected);
   }
   if (changed.has('query')) {
-    const rows = model.rows().length;
     if (query === '') return 'Search cleared';
-    return rows === 0 ? 'No PMT found' : `${formatCount(rows)} PMTs found`;
+    const { pmts } = model.found();
+    return pmts === 0 ? 'No PMT found' : `${formatCount(pmts)} PMTs found`;
   }
   if (changed.has('event')) {
     const { shadowed, withPath } = model.counts();
     const { eventNames } = model.page.text;
     const name = event === 'all' ? 'All events' : `Event ${eventNames[event] ?? ''}`;
-    return `${name}, ${formatPercent(shadowed / withPath)} shadowed`;
+    return `${name}, ${formatShare(shadowed, withPath)} shadowed`;
   }
   if (changed.has('layers')) {
     const only = isolatedLayer(layers);
