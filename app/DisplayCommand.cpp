@@ -15,7 +15,6 @@
 #include "app/RunOptions.hpp"
 #include "app/ScopedLogOutput.hpp"
 #include "app/Signals.hpp"
-#include "app/Usage.hpp"
 #include "display/DisplayPage.hpp"
 #include "io/Errors.hpp"
 #include "io/OutputFile.hpp"
@@ -67,7 +66,7 @@ void ReadEvents(const DisplayOptions& options, Display::PageContent& content) {
 
 void RequirePages() {
   if (Display::CanMakePages()) return;
-  throw BadUsage(
+  throw IO::BadInput(
       "this build has no display: Node.js was missing. script/setup in the "
       "sources installs it; then build again");
 }
@@ -143,7 +142,6 @@ class DisplayWork {
 };
 
 void WriteDisplay(const DisplayOptions& options) {
-  RequirePages();
   DisplayWork work(options);
   const DeferredSignals deferredSignals;
   work.Run();
@@ -159,6 +157,7 @@ void AddDisplayCommand(CLI::App& app) {
   const auto options = std::make_shared<DisplayOptions>();
   AddDisplayOptions(*command, *options);
   command->callback([options] {
+    RequirePages();
     RequireConsistent(*options);
     WriteDisplay(*options);
   });
