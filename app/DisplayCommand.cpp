@@ -37,6 +37,9 @@ void ReadPMTs(const DisplayOptions& options, Display::PageContent& content) {
   if (content.pmts.empty()) {
     throw IO::BadInput(options.pmts + ": there are no PMTs");
   }
+  if (content.pmts.size() > Display::kMostPagePairs) {
+    throw IO::BadInput(options.pmts + ": a page holds at most 40,000,000 PMTs");
+  }
 }
 
 void ReadEvents(const DisplayOptions& options, Display::PageContent& content) {
@@ -68,7 +71,7 @@ void RequirePages() {
   if (Display::CanMakePages()) return;
   throw IO::BadInput(
       "this build has no display: Node.js was missing. script/setup in the "
-      "sources installs it; then build again");
+      "sources installs it; then run cmake and build again");
 }
 
 /// Makes one page.

@@ -71,8 +71,8 @@ class DisplayTest(ScanTest):
                                    ""], status=2)
         if "display" in result.err:
             self.assertEqual(result.err, "zarn-shadow: this build has no display: Node.js was "
-                             "missing. script/setup in the sources installs it; then build "
-                             "again\n")
+                             "missing. script/setup in the sources installs it; then run cmake "
+                             "and build again\n")
             self.skipTest("this build has no display")
 
     def display(self, *options, geometry=None, **more):

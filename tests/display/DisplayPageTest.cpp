@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "display/HtmlText.hpp"
+#include "display/PathTrace.hpp"
 #include "du/hardware/HardwareItem.hpp"
 #include "tests/display/PageBlocks.hpp"
 #include "tests/scan/ScanTest.hpp"
