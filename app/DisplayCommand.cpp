@@ -15,7 +15,6 @@
 #include "app/RunOptions.hpp"
 #include "app/ScopedLogOutput.hpp"
 #include "app/Signals.hpp"
-#include "app/Usage.hpp"
 #include "display/DisplayPage.hpp"
 #include "io/Errors.hpp"
 #include "io/OutputFile.hpp"
@@ -37,6 +36,9 @@ void ReadPMTs(const DisplayOptions& options, Display::PageContent& content) {
   }
   if (content.pmts.empty()) {
     throw IO::BadInput(options.pmts + ": there are no PMTs");
+  }
+  if (content.pmts.size() > Display::kMostPagePairs) {
+    throw IO::BadInput(options.pmts + ": a page holds at most 40,000,000 PMTs");
   }
 }
 
@@ -67,9 +69,9 @@ void ReadEvents(const DisplayOptions& options, Display::PageContent& content) {
 
 void RequirePages() {
   if (Display::CanMakePages()) return;
-  throw BadUsage(
+  throw IO::BadInput(
       "this build has no display: Node.js was missing. script/setup in the "
-      "sources installs it; then build again");
+      "sources installs it; then run cmake and build again");
 }
 
 /// Makes one page.
@@ -143,7 +145,6 @@ class DisplayWork {
 };
 
 void WriteDisplay(const DisplayOptions& options) {
-  RequirePages();
   DisplayWork work(options);
   const DeferredSignals deferredSignals;
   work.Run();
@@ -159,6 +160,7 @@ void AddDisplayCommand(CLI::App& app) {
   const auto options = std::make_shared<DisplayOptions>();
   AddDisplayOptions(*command, *options);
   command->callback([options] {
+    RequirePages();
     RequireConsistent(*options);
     WriteDisplay(*options);
   });

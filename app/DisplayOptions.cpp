@@ -62,8 +62,7 @@ void AddDisplayOptions(CLI::App& command, DisplayOptions& options) {
       ->type_name("TEXT");
   command
       .add_option("-o,--output", options.output,
-                  "Write the page to this file (default: DISPLAY.html); - is "
-                  "standard output")
+                  "Write the page to this file (default: DISPLAY.html)")
       ->type_name("DISPLAY");
   command.footer(kFooter);
 }

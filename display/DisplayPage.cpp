@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <stdexcept>
+#include <string_view>
 #include <utility>
 #include <vector>
 
@@ -10,6 +11,7 @@
 #include "display/PageItems.hpp"
 #include "display/PageProgram.hpp"
 #include "display/PageRows.hpp"
+#include "display/PageText.hpp"
 #include "scan/RowScan.hpp"
 
 namespace ZARN::Display {
@@ -252,7 +254,7 @@ bool CanMakePages() { return !PageProgram().empty(); }
 bool HasRoomForPaths(const PageContent& content,
                      const DU::LightPathCalculator& lightPath) {
   constexpr std::uint64_t kLargestPage = 20'000'000;  // bytes
-  // Measured: an angle and a limit hardly compress.
+  // With the reference detector it is 10: angle and limit hardly compress.
   constexpr std::uint64_t kBytesOfPath = 11;
   constexpr std::uint64_t kBytesOfPosition = 32;
   std::uint64_t bytes =

@@ -4,10 +4,9 @@
 #include <cstdint>
 #include <functional>
 #include <string>
-#include <string_view>
 
 #include "display/MapContent.hpp"
-#include "display/PageText.hpp"
+#include "display/PageContent.hpp"
 #include "du/ShadowingCalculator.hpp"
 #include "lightpath/LightPathCalculator.hpp"
 #include "scan/VerdictCounts.hpp"

@@ -3,6 +3,8 @@
 #include <cmath>
 #include <nlohmann/json.hpp>
 
+#include "display/PageHardware.hpp"
+
 namespace ZARN::Display {
 namespace {
 
@@ -20,12 +22,13 @@ Json VectorJson(const TVector3& v) {
   return {Rounded(v.X()), Rounded(v.Y()), Rounded(v.Z())};
 }
 
-template <class Iterator>
-Json PointsJson(Iterator begin, Iterator end) {
+template <class Points>
+Json PointsJson(const Points& points, std::size_t count) {
   Json json = Json::array();
-  for (; begin != end; ++begin) {
-    for (int axis = 0; axis < 3; ++axis)
-      json.push_back(Rounded((*begin)[axis]));
+  for (std::size_t i = 0; i < count; ++i) {
+    for (int axis = 0; axis < 3; ++axis) {
+      json.push_back(Rounded(points[i][axis]));
+    }
   }
   return json;
 }
@@ -52,12 +55,12 @@ Json HardwareJson(const PageHardware& hardware) {
     json["tubes"].push_back(
         {{"name", tube.name},
          {"radius", tube.radius},
-         {"points", PointsJson(tube.points.begin(), tube.points.end())}});
+         {"points", PointsJson(tube.points, tube.points.size())}});
   }
   for (const PagePatch& patch : hardware.patches) {
     json["patches"].push_back(
         {{"name", patch.name},
-         {"points", PointsJson(patch.points.begin(), patch.points.end())}});
+         {"points", PointsJson(patch.points, patch.points.size())}});
   }
   for (const PageSpot& spot : hardware.spots) {
     json["spots"].push_back({{"name", spot.name},
@@ -77,12 +80,11 @@ Json StoredPathJson(const StoredPath& stored) {
   for (std::size_t i = 0; i + 1 < stored.path.count; ++i) {
     media.push_back(DU::IndexOf(stored.path.media[i]));
   }
-  const auto* const begin = stored.path.points.begin();
   return {{"event", stored.event},
           {"pmt", stored.pmt},
           {"reflected", stored.kind == DU::eLight::kReflected},
           {"media", media},
-          {"points", PointsJson(begin, begin + stored.path.count)}};
+          {"points", PointsJson(stored.path.points, stored.path.count)}};
 }
 
 /// Without any "<", which could end the script element.

@@ -35,6 +35,7 @@ class CheckRooms(unittest.TestCase):
                         '#include <CLHEP/Units/SystemOfUnits.h>\n',
             "io/V.cpp": '#include <ROOT/RNTupleModel.hxx>\n#include "du/A.hpp"\n',
             "display/D.cpp": '#include <cairo-pdf.h>\n#include <pango/pangocairo.h>\n'
+                             '#include <zlib.h>\n'
                              '#include "scan/S.hpp"\n',
             "tests/du/ATest.cpp": '#include "tests/reference/R.hpp"\n',
         })
@@ -73,7 +74,8 @@ class CheckRooms(unittest.TestCase):
                               ("scan/S.cpp", "<nlohmann/json.hpp>"),
                               ("du/hardware/A.cpp", "<CLHEP/Units/SystemOfUnits.h>"),
                               ("app/A.cpp", "<cairo.h>"), ("app/A.cpp", "<cairo-pdf.h>"),
-                              ("app/A.cpp", "<pango/pangocairo.h>")):
+                              ("app/A.cpp", "<pango/pangocairo.h>"),
+                              ("app/A.cpp", "<zlib.h>")):
             folder = name.rpartition("/")[0]
             self.assert_refused(name, library, f"{folder}/ must not include {library[1:-1]}")
 
