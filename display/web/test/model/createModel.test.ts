@@ -227,6 +227,14 @@ describe('a row', () => {
     expect(model.verdictOf({ pmt: 1, reflected: true })).toBe(11);
   });
 
+  it('without a path has nothing that blocks it', () => {
+    const model = createModel(samplePage());
+    model.change({ event: 1 });
+    expect(model.verdictOf({ pmt: 2, reflected: false })).toBe(7);
+    expect(model.blockingOf({ pmt: 2, reflected: false })).toBeNull();
+    expect(model.blockingOf({ pmt: 1, reflected: false })).not.toBeNull();
+  });
+
   it('of all events has no path', () => {
     const model = createModel(samplePage());
     model.change({ event: 'all' });
@@ -389,6 +397,22 @@ describe('the search', () => {
     model.change({ query: 'pmt' });
     model.takeFound();
     expect(model.state.selected).toEqual({ pmt: 2, reflected: false });
+  });
+
+  it('takes a row, not an event, of a text that both have', () => {
+    const page = makePage({
+      pmts: PMTS,
+      events: [
+        [0, 0, 0],
+        [0, 0, 0],
+      ],
+    });
+    const model = createModel(page);
+    model.change({ query: '1' });
+    expect(model.found().events).toEqual([1]);
+    model.takeFound();
+    expect(model.state.selected).toEqual({ pmt: 1, reflected: false });
+    expect(model.state.event).toBe(0);
   });
 
   it('takes nothing for no text', () => {
