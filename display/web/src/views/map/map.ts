@@ -35,6 +35,13 @@ export interface MapView {
   setSeenDirection(direction: Vec3 | null, cosine?: number): void;
 }
 
+/** Where a pointer is on the canvas. */
+interface Pointer {
+  type: string;
+  x: number;
+  y: number;
+}
+
 class MapCanvas {
   private readonly points: Float64Array;
   private layout: MapLayout;
@@ -45,7 +52,7 @@ class MapCanvas {
   private readonly redrawChoices = onNextFrame(() => {
     this.drawChoices();
   });
-  private pointer: { type: string; x: number; y: number } | null = null;
+  private pointer: Pointer | null = null;
 
   constructor(
     private readonly model: Model,
@@ -143,7 +150,7 @@ class MapCanvas {
     });
     picture.addEventListener('pointermove', (event) => {
       if (event.pointerType === 'touch') return;
-      this.pointer = this.pointerOf(event, event.pointerType);
+      this.pointer = this.pointerOf(event);
       pickAtPointer();
     });
     picture.addEventListener('pointerleave', (event) => {
@@ -151,13 +158,13 @@ class MapCanvas {
       this.pointer = null;
       this.model.hover(null);
     });
-    // Not every browser's click says what made it.
-    let type = '';
+    // A click is in whole pixels, and not in every browser tells what made it.
+    let pressed: Pointer = { type: '', x: NaN, y: NaN };
     picture.addEventListener('pointerdown', (event) => {
-      type = event.pointerType;
+      pressed = this.pointerOf(event);
     });
-    picture.addEventListener('click', (event) => {
-      const pmt = this.pickAt(this.pointerOf(event, type));
+    picture.addEventListener('click', () => {
+      const pmt = this.pickAt(pressed);
       this.model.select(pmt === null ? null : { pmt, reflected: false });
     });
     picture.addEventListener('keydown', (event) => {
@@ -165,15 +172,16 @@ class MapCanvas {
     });
   }
 
-  private pointerOf(
-    event: MouseEvent,
-    type: string,
-  ): { type: string; x: number; y: number } {
+  private pointerOf(event: PointerEvent): Pointer {
     const box = this.frame.picture.getBoundingClientRect();
-    return { type, x: event.clientX - box.left, y: event.clientY - box.top };
+    return {
+      type: event.pointerType,
+      x: event.clientX - box.left,
+      y: event.clientY - box.top,
+    };
   }
 
-  private pickAt(pointer: { type: string; x: number; y: number }): number | null {
+  private pickAt(pointer: Pointer): number | null {
     const within = pointer.type === 'touch' ? TOUCH_DISTANCE : PICK_DISTANCE;
     return findNearest(this.targets(), pointer.x, pointer.y, within);
   }

@@ -126,6 +126,8 @@ class Table implements TableView {
     this.virtual.setCount(this.rows.length);
     this.grid.ariaRowCount = String(this.rows.length + 1);
     const pmts = new Set(this.rows.map((row) => row.pmt));
+    const isFiltered = pmts.size < model.page.text.pmtNames.length;
+    this.element.classList.toggle('is-filtered', isFiltered);
     this.found.replaceChildren(...tellFound(model, pmts.size));
     this.none.replaceChildren(...(pmts.size === 0 ? [tellNoneFound(model)] : []));
   }

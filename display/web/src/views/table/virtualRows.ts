@@ -97,7 +97,9 @@ export class VirtualRows<Row extends { element: HTMLElement }> {
     const room = this.roomForRows();
     if (top >= view && top + this.height <= view + room) return;
     const isNear = top > view - 2 * this.height && top < view + room + this.height;
-    if (!isNear) this.scroller.scrollTop = top - (room - this.height) / 2;
+    // Whole rows at the top.
+    const above = Math.floor((room / this.height - 1) / 2);
+    if (!isNear) this.scroller.scrollTop = top - above * this.height;
     else if (top < view) this.scroller.scrollTop = top;
     else this.scroller.scrollTop = top + this.height - room;
     this.show(false);
