@@ -1,10 +1,4 @@
-import {
-  formatAngle,
-  formatMetres,
-  formatPercent,
-  formatTime,
-  nameLayer,
-} from '../../model/format';
+import { formatNumber, formatPercent, nameLayer } from '../../model/format';
 import type { Choice, Column, Model } from '../../model/model';
 import { element, setText, svgElement } from '../dom';
 import { changeMark, createMark, shareProperty, stepOfShare } from '../mark';
@@ -128,9 +122,13 @@ export function listColumns(model: Model): TableColumn[] {
     name,
     verdict,
     number('length', 'Path, m', (choice) =>
-      formatMetres(model.numbersOf(choice).length),
+      formatNumber(model.numbersOf(choice).length / 1000, 2),
     ),
-    number('time', 'Time, ns', (choice) => formatTime(model.numbersOf(choice).time)),
-    number('angle', 'Angle, °', (choice) => formatAngle(model.numbersOf(choice).angle)),
+    number('time', 'Time, ns', (choice) =>
+      formatNumber(model.numbersOf(choice).time, 1),
+    ),
+    number('angle', 'Angle, °', (choice) =>
+      formatNumber(model.numbersOf(choice).angle, 1),
+    ),
   ];
 }
