@@ -1,9 +1,9 @@
 import type { Choice, Model } from '../../model/model';
-import { formatCount, formatPercent, nameLayer } from '../../model/format';
+import { formatCount, formatPercent } from '../../model/format';
 
 import { element } from '../dom';
 import { SHARE_STEPS, shareProperty } from '../mark';
-import { isolateName, makeButton } from '../text';
+import { isolateName, makeButton, nameLayerInside } from '../text';
 import type { MapLayout } from './layout';
 
 /** The elements of the map. */
@@ -144,7 +144,7 @@ class Frame implements MapFrame {
     const what =
       this.model.state.event === 'all'
         ? formatPercent(this.model.shares()[pmt] ?? NaN)
-        : nameLayer(this.model.layerOf({ pmt, reflected: false }));
+        : nameLayerInside(this.model.layerOf({ pmt, reflected: false }));
     this.name.replaceChildren('PMT ', name, ` · ${what}`);
     const isLeft = place[0] > layout.width / 2;
     const isLow = place[1] > layout.height / 2;

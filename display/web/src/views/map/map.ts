@@ -22,6 +22,15 @@ const STEPS: Readonly<Record<string, readonly [number, number]>> = {
 /** What changes the PMTs that are drawn; all else only what lies over them. */
 const CHANGES_PMTS: readonly (keyof State)[] = ['event', 'layers', 'query'];
 
+/** What changes the words around the map, and its size. */
+const CHANGES_FRAME: readonly (keyof State)[] = [
+  'event',
+  'mainView',
+  'has3D',
+  'hasShortcuts',
+  'switches',
+];
+
 /** The sky map. */
 export interface MapView {
   readonly element: HTMLElement;
@@ -216,9 +225,14 @@ function isLargeMap(state: State): boolean {
   return state.mainView === 'map' || !state.has3D;
 }
 
-/** With the near half the 3D view shows all PMTs. */
+const phone = matchMedia('(width < 720px)');
+
+/**
+ * Whether there is a 3D view beside the map that shows a part: with the near half it
+ * shows all PMTs.
+ */
 function showsEdge(state: State): boolean {
-  return state.has3D && !state.switches.nearHalf;
+  return state.has3D && !state.switches.nearHalf && !phone.matches;
 }
 
 /** Create the sky map in @p container, whose size it takes where it is the main view. */
@@ -231,7 +245,10 @@ export function createMap(container: HTMLElement, model: Model): MapView {
     frame.update(isLarge, hasEdge && showsEdge(model.state));
   };
   // Before the canvas listens, so that it measures the new size.
-  model.subscribe(update);
+  model.subscribe((changed) => {
+    if (CHANGES_FRAME.some((name) => changed.has(name))) update();
+  });
+  phone.addEventListener('change', update);
   update();
   const canvas = new MapCanvas(model, frame);
   return {

@@ -1,7 +1,7 @@
 import { formatNumber, formatPercent, nameLayer } from '../../model/format';
 import type { Choice, Column, Model } from '../../model/model';
 import { element, setText, svgElement } from '../dom';
-import { changeMark, createMark, shareProperty, stepOfShare } from '../mark';
+import { changeMark, createMark } from '../mark';
 import { setName } from '../text';
 
 /** A cell that can show any row. */
@@ -87,7 +87,6 @@ function makeBarCell(model: Model): Cell {
       bar.hidden = Number.isNaN(share);
       if (bar.hidden) return;
       bar.style.width = `${100 * share}%`;
-      bar.style.background = `var(${shareProperty(stepOfShare(share))})`;
     },
   };
 }
