@@ -139,13 +139,14 @@ class Frame implements MapFrame {
   ): void {
     this.name.hidden = choice === null || place === null;
     if (choice === null || place === null) return;
-    const { pmt } = choice;
+    const { pmt, reflected } = choice;
     const name = isolateName(this.model.page.text.pmtNames[pmt] ?? '');
+    const light = reflected ? ', reflected light' : '';
     const what =
       this.model.state.event === 'all'
         ? formatPercent(this.model.shares()[pmt] ?? NaN)
-        : nameLayerInside(this.model.layerOf({ pmt, reflected: false }));
-    this.name.replaceChildren('PMT ', name, ` · ${what}`);
+        : nameLayerInside(this.model.layerOf(choice));
+    this.name.replaceChildren('PMT ', name, `${light} · ${what}`);
     const isLeft = place[0] > layout.width / 2;
     const isLow = place[1] > layout.height / 2;
     this.name.classList.toggle('map-name-left', isLeft);

@@ -132,7 +132,7 @@ class MapCanvas {
       const place = this.placeOf(choice.pmt);
       if (place === null) continue;
       const isSelected = choice === selected;
-      drawChoice(context, this.model, choice.pmt, place, colours, isSelected);
+      drawChoice(context, this.model, choice, place, colours, isSelected);
     }
     this.frame.showName(hovered, hovered && this.placeOf(hovered.pmt), this.layout);
   }

@@ -62,7 +62,7 @@ function makeVerdictCell(model: Model): Cell {
     fill(choice) {
       const layer = model.layerOf(choice);
       changeMark(mark, layer);
-      setText(words, nameLayer(layer));
+      setName(words, nameLayer(layer));
     },
   };
 }

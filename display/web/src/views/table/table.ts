@@ -18,8 +18,7 @@ interface Row {
 
 const CHANGES_ROWS: readonly (keyof State)[] = ['event', 'layers', 'query', 'sort'];
 
-/** The longest name that is shown in full, in characters. */
-const LONGEST_NAME = 14;
+/** The least room for names, in characters: that of the heading. */
 const SHORTEST_NAME = 4;
 
 /** Whether two choices are the same row. */
@@ -156,7 +155,7 @@ class Table implements TableView {
   private setNameWidth(): void {
     const { pmtNames } = this.model.page.text;
     const longest = pmtNames.reduce((most, name) => Math.max(most, name.length), 0);
-    const width = Math.min(LONGEST_NAME, Math.max(SHORTEST_NAME, longest));
+    const width = Math.max(SHORTEST_NAME, longest);
     this.element.style.setProperty('--name-characters', String(width));
     this.element.classList.toggle(
       'has-reflections',
