@@ -179,6 +179,10 @@ class MapCanvas {
     picture.addEventListener('keydown', (event) => {
       this.useKey(event);
     });
+    // What keys have marked stays marked only as long as they can go on from there.
+    picture.addEventListener('blur', () => {
+      this.model.hover(null);
+    });
   }
 
   private pointerOf(event: PointerEvent): Pointer {

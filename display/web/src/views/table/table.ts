@@ -184,6 +184,9 @@ class Table implements TableView {
     this.grid.addEventListener('keydown', (event) => {
       if (event.target === this.grid) this.useKey(event);
     });
+    this.grid.addEventListener('blur', () => {
+      this.model.hover(null);
+    });
   }
 
   /** The index of the row in which an element lies; -1 if in none. */
