@@ -197,6 +197,6 @@ export function describeChoice(model: Model, choice: Choice): string {
   const verdict = tellVerdict(model.verdictOf(choice));
   parts.push(verdict.charAt(0).toLowerCase() + verdict.slice(1));
   const path = model.pathOf(choice);
-  if (path) parts.push(`${formatMetres(path.length)} metres`);
+  if (path) parts.push(`${formatNumber(path.length / 1000, 2)} metres`);
   return parts.join(', ');
 }
