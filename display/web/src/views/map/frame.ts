@@ -60,6 +60,9 @@ function createCanvas(): HTMLCanvasElement {
 }
 
 const EDGE_CAPTION = 'Dashed: the part that the 3D view shows.';
+/** Of the button: after its key, and without it. */
+const SWAP = ['enlarges', 'Enlarge'] as const;
+const SWAP_BACK = ['back to 3D', 'Back to 3D'] as const;
 const LARGE_CAPTION = [
   'Each mark is one PMT, at its direction from the detector centre.',
   'Seen from inside: azimuth grows to the left. Equal areas.',
@@ -125,7 +128,8 @@ class Frame implements MapFrame {
     this.element.classList.toggle('map-large', isLarge);
     this.header.hidden = isLarge && !has3D;
     this.key.hidden = !hasShortcuts;
-    this.swapText.textContent = isLarge ? 'back to 3D' : 'enlarges';
+    const [afterKey, alone] = isLarge ? SWAP_BACK : SWAP;
+    this.swapText.textContent = hasShortcuts ? afterKey : alone;
     this.edge.hidden = !hasEdge || (event === 'all' && !isLarge);
     this.shares.hidden = event !== 'all';
     this.caption.hidden = !isLarge;
