@@ -1,6 +1,9 @@
 /** Rows beyond the edges, so that scrolling shows no gap before they are made. */
 const EXTRA_ROWS = 8;
 
+/** More are on no screen, but in a place without a height of its own, as in print. */
+const MOST_ROWS = 200;
+
 /** What a list of rows is made of. */
 export interface RowSource<Row extends { element: HTMLElement }> {
   make(): Row;
@@ -126,7 +129,10 @@ export class VirtualRows<Row extends { element: HTMLElement }> {
   /** Make the rows in view, from those that have left it. */
   private show(fillsAll: boolean): void {
     const first = Math.floor(this.scroller.scrollTop / this.height) - EXTRA_ROWS;
-    const room = Math.ceil(this.scroller.clientHeight / this.height);
+    const room = Math.min(
+      MOST_ROWS,
+      Math.ceil(this.scroller.clientHeight / this.height),
+    );
     const begin = Math.max(0, first);
     const end = Math.min(this.count, first + room + 2 * EXTRA_ROWS);
     for (const [index, row] of this.rows) {
