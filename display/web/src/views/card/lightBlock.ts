@@ -1,13 +1,14 @@
 import type { LightPath } from '../../data/lightPath';
 import { Verdict } from '../../data/page';
 import {
-  describeLimit,
   explainNoPath,
   formatAngle,
   formatMetres,
   formatPosition,
   formatTime,
-  nameVerdict,
+  tellItem,
+  tellLimit,
+  tellVerdict,
 } from '../../model/format';
 import { type Choice, type Model, NO_PATH_LAYER } from '../../model/model';
 import { element } from '../dom';
@@ -21,7 +22,7 @@ function drawVerdict(model: Model, choice: Choice): HTMLElement {
     'p',
     { class: 'card-verdict' },
     createMark(model.layerOf(choice)),
-    element('span', {}, nameVerdict(model.verdictOf(choice))),
+    element('span', {}, tellVerdict(model.verdictOf(choice))),
   );
 }
 
@@ -39,9 +40,9 @@ function drawFacts(model: Model, { pmt }: Choice, path: LightPath | null): HTMLE
     path === null
       ? []
       : [
-          drawFact('Path', `${formatMetres(path.length)} m`),
-          drawFact('Time', `${formatTime(path.time)} ns`),
-          drawFact('Angle at PMT', `${formatAngle(path.angle)}°`),
+          drawFact('Path', formatMetres(path.length)),
+          drawFact('Time', formatTime(path.time)),
+          drawFact('Angle at PMT', formatAngle(path.angle)),
         ];
   const position = model.page.pmtPositions.slice(3 * pmt, 3 * pmt + 3);
   const place = drawFact('Position, mm', formatPosition(position));
@@ -56,12 +57,9 @@ const NO_PATHS_KEPT = 'This page keeps no light paths because of its size.';
 
 /** What blocks, and how near the path is to the limit. */
 function drawDetails(model: Model, choice: Choice): HTMLElement[] {
-  const blocking = model.blockingOf(choice);
-  if (blocking === null) return [];
-  const { item, limit, limitBy } = blocking;
-  const { tolerance } = model.page.text;
-  const limits = describeLimit(model.verdictOf(choice), limit, limitBy, tolerance);
-  return [item, limits].filter((text) => text !== '').map(drawNote);
+  return [tellItem(model, choice), tellLimit(model, choice)]
+    .filter((text) => text !== '')
+    .map(drawNote);
 }
 
 /** Draw what there is to say of the chosen light to a PMT. */
@@ -90,11 +88,11 @@ function drawKind(choice: Choice): HTMLElement {
 export function drawOtherLight(model: Model, other: Choice): HTMLElement {
   const verdict = model.verdictOf(other);
   const { length } = model.numbersOf(other);
-  const words = Number.isNaN(length) ? '' : ` · ${formatMetres(length)} m`;
+  const words = Number.isNaN(length) ? '' : ` · ${formatMetres(length)}`;
   const parts = [
     element('span', { class: 'card-kind' }, kindOf(other)),
     createMark(model.layerOf(other)),
-    element('span', {}, `${nameVerdict(verdict)}${words}`),
+    element('span', {}, `${tellVerdict(verdict)}${words}`),
   ];
   if (verdict === Verdict.NoReflectedPath) {
     return element('p', { class: 'card-other' }, ...parts);

@@ -18,8 +18,7 @@ interface Row {
 
 const CHANGES_ROWS: readonly (keyof State)[] = ['event', 'layers', 'query', 'sort'];
 
-/** The longest name that is shown in full, in characters. */
-const LONGEST_NAME = 14;
+/** The least room for names, in characters: that of the heading. */
 const SHORTEST_NAME = 4;
 
 /** Whether two choices are the same row. */
@@ -126,6 +125,8 @@ class Table implements TableView {
     this.virtual.setCount(this.rows.length);
     this.grid.ariaRowCount = String(this.rows.length + 1);
     const pmts = new Set(this.rows.map((row) => row.pmt));
+    const isFiltered = pmts.size < model.page.text.pmtNames.length;
+    this.element.classList.toggle('is-filtered', isFiltered);
     this.found.replaceChildren(...tellFound(model, pmts.size));
     this.none.replaceChildren(...(pmts.size === 0 ? [tellNoneFound(model)] : []));
   }
@@ -154,7 +155,7 @@ class Table implements TableView {
   private setNameWidth(): void {
     const { pmtNames } = this.model.page.text;
     const longest = pmtNames.reduce((most, name) => Math.max(most, name.length), 0);
-    const width = Math.min(LONGEST_NAME, Math.max(SHORTEST_NAME, longest));
+    const width = Math.max(SHORTEST_NAME, longest);
     this.element.style.setProperty('--name-characters', String(width));
     this.element.classList.toggle(
       'has-reflections',
@@ -182,6 +183,9 @@ class Table implements TableView {
     });
     this.grid.addEventListener('keydown', (event) => {
       if (event.target === this.grid) this.useKey(event);
+    });
+    this.grid.addEventListener('blur', () => {
+      this.model.hover(null);
     });
   }
 
