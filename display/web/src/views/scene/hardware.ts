@@ -23,9 +23,12 @@ import { pointAt } from './vectors';
 /** Tubes and rings are at least so wide, CSS pixels. */
 const TUBE_WIDTH = 1.35;
 const RING_WIDTH = 2.2;
+const OUTLINE_WIDTH = 0.8;
 const RING_PIECES = 96;
 /** Spots are drawn so much larger than they are, to be seen. */
-const SPOT_SCALE = 2;
+const SPOT_SCALE = 4 / 3;
+/** Of areas, compared with lines, so that PMTs behind a plate can be told apart. */
+const AREA_STRENGTH = 0.7;
 const FAR_STRENGTH = 0.42;
 const NEAR_STRENGTH = 0.8;
 /** Of hardware whose component is not shown. */
@@ -108,12 +111,21 @@ export class HardwareParts {
 type FindItem = (name: string) => number;
 
 function collectLines(page: Page, itemOf: FindItem): Line[] {
-  return page.text.hardware.flatMap(({ tubes, rings }, look) => [
+  return page.text.hardware.flatMap(({ tubes, patches, rings }, look) => [
     ...tubes.map(({ name, radius, points }) => ({
       points: listPoints(points),
       isClosed: false,
       radius,
       width: TUBE_WIDTH,
+      look,
+      item: itemOf(name),
+    })),
+    // Smooth edges for what is filled.
+    ...patches.map(({ name, points }) => ({
+      points: listPoints(points),
+      isClosed: true,
+      radius: 0,
+      width: OUTLINE_WIDTH,
       look,
       item: itemOf(name),
     })),
@@ -228,6 +240,6 @@ flat in int look;
 out vec4 colour;
 
 void main() {
-  colour = vec4(colours[look], strengthAt(depth, look));
+  colour = vec4(colours[look], ${AREA_STRENGTH} * strengthAt(depth, look));
 }
 `;

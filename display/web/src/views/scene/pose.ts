@@ -21,9 +21,9 @@ export interface Pose {
 }
 
 /** A little above the middle: below it is the caption. */
-const HOME_OFFSET = [0, -0.023] as const;
+const HOME_OFFSET = [0, -0.02] as const;
 /** In radii of the PMTs. */
-const FIRST_DISTANCE = 4.5;
+const FIRST_DISTANCE = 3.9;
 /** Part of the picture's smaller side that the PMTs fill. */
 const FILLED = 0.89;
 const LARGEST_ELEVATION = Math.PI / 2;
@@ -35,7 +35,7 @@ export function firstPose(radius: number): Pose {
   return {
     pivot: [0, 0, 0],
     distance: FIRST_DISTANCE * radius,
-    azimuth: (-56 * Math.PI) / 180,
+    azimuth: (-57 * Math.PI) / 180,
     elevation: (16 * Math.PI) / 180,
     // The silhouette of a sphere has the sine of its half angle R / distance.
     focal: FILLED * Math.sqrt(FIRST_DISTANCE ** 2 - 1),

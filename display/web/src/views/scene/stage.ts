@@ -89,7 +89,11 @@ export class Stage {
 }
 
 function makeRenderer(): WebGLRenderer {
-  const renderer = new WebGLRenderer({ antialias: true, depth: false, stencil: false });
+  const renderer = new WebGLRenderer({
+    antialias: false,
+    depth: false,
+    stencil: false,
+  });
   // Colours arrive as they are, like those of style sheets.
   renderer.outputColorSpace = LinearSRGBColorSpace;
   renderer.domElement.setAttribute('aria-hidden', 'true');
