@@ -1,9 +1,10 @@
 import { LAYERS } from '../model/model';
-import { colourProperty } from './mark';
+import { colourProperty, SHARE_STEPS, shareProperty } from './mark';
 
 /** The colours that a canvas draws with, as the theme sets them. */
 export interface Colours {
-  view: string;
+  /** Behind the canvas: the custom property --ground, else that of views. */
+  ground: string;
   text: string;
   secondText: string;
   hairline: string;
@@ -16,15 +17,12 @@ export interface Colours {
   shares: readonly string[];
 }
 
-/** The steps in which shares of events are drawn. */
-export const SHARE_STEPS = 5;
-
 /** Read the colours that hold for an element. */
 export function readColours(element: Element): Colours {
   const style = getComputedStyle(element);
   const read = (property: string): string => style.getPropertyValue(property).trim();
   return {
-    view: read('--view'),
+    ground: read('--ground') || read('--view'),
     text: read('--text'),
     secondText: read('--second-text'),
     hairline: read('--hairline'),
@@ -32,9 +30,7 @@ export function readColours(element: Element): Colours {
     noPath: read('--no-path'),
     clear: read('--clear'),
     layers: Array.from({ length: LAYERS }, (_, layer) => read(colourProperty(layer))),
-    shares: Array.from({ length: SHARE_STEPS }, (_, step) =>
-      read(`--share-${step + 1}`),
-    ),
+    shares: Array.from({ length: SHARE_STEPS }, (_, step) => read(shareProperty(step))),
   };
 }
 

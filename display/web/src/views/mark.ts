@@ -25,6 +25,19 @@ export function colourProperty(layer: number): string {
   return `--component-${layer + 1}`;
 }
 
+/** The steps in which shares of events are drawn. */
+export const SHARE_STEPS = 5;
+
+/** The step of a share of events, from 0: a fifth begins the second. */
+export function stepOfShare(share: number): number {
+  return Math.min(SHARE_STEPS - 1, Math.floor(share * SHARE_STEPS));
+}
+
+/** The custom property that holds the colour of a step of shares. */
+export function shareProperty(step: number): string {
+  return `--share-${step + 1}`;
+}
+
 /** The width of the line of the ring of "no path"; other marks are filled. */
 export function ringWidth(size: number): number {
   return Math.min(1.4, Math.max(0.6, 0.16 * size));
