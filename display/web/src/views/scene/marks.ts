@@ -1,9 +1,10 @@
+import { pointAt } from '../../data/vectors';
 import { BufferAttribute, BufferGeometry, Mesh, type RawShaderMaterial } from 'three';
 import { makeMaterial } from './material';
 import { markEdges, MARK_FRAGMENT, MARK_VERTEX } from './marksShader';
 import { ORDER } from './order';
 import { FADED_KIND, KINDS, parseColour, type SceneColours } from './sceneColours';
-import { isFinitePoint, pointAt } from './vectors';
+import { isFinitePoint } from './vectors';
 
 /** Of faded marks, in the colour of clear. */
 const FADED_ALPHA = 0.7;

@@ -1,5 +1,6 @@
 import type { Vec3 } from '../../data/page';
-import { addScaled, norm } from './vectors';
+import { lengthOf } from '../../data/vectors';
+import { addScaled } from './vectors';
 
 /**
  * Where the view is seen from: an eye at a distance from a pivot, which stays in
@@ -51,7 +52,7 @@ export function poseAlong(from: Vec3, to: Vec3): Pose {
     pivot: from,
     distance: 0,
     azimuth: Math.atan2(back[1], back[0]),
-    elevation: Math.asin(back[2] / (norm(back) || 1)),
+    elevation: Math.asin(back[2] / (lengthOf(back) || 1)),
     focal: Math.sqrt(3),
     zoom: 1,
     offset: [0, 0],
