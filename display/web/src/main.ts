@@ -23,7 +23,13 @@ function describeReading(): string {
   return events === 1 ? 'Reading one event…' : `Reading ${formatCount(events)} events…`;
 }
 
+/** Style sheets and scripts can ask how far the page is. */
+function setState(state: 'loading' | 'ready' | 'damaged'): void {
+  document.documentElement.dataset.state = state;
+}
+
 async function startPage(root: HTMLElement): Promise<void> {
+  setState('loading');
   startTheme();
   const stage = showFrame(root);
   const timer = setTimeout(() => {
@@ -33,8 +39,10 @@ async function startPage(root: HTMLElement): Promise<void> {
     const page = await decodePage(document);
     clearTimeout(timer);
     startDisplay(root, createModel(page));
+    setState('ready');
   } catch (error) {
     clearTimeout(timer);
+    setState('damaged');
     showFailure(root, error instanceof Error ? error.message : String(error));
   }
 }

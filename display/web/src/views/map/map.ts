@@ -2,6 +2,7 @@ import '../../style/map.css';
 import type { Vec3 } from '../../data/page';
 import type { Model, State } from '../../model/model';
 import { onNextFrame, readColours, startDrawing, watchColours } from '../canvas';
+import type { PlacedMarks } from '../placedMarks';
 import { drawChoice, drawEdge, drawEvent, type LeftOut } from './drawChoices';
 import { drawGraticule, drawLatitudes, drawPMTs } from './drawMarks';
 import { createMapFrame, type MapFrame } from './frame';
@@ -42,6 +43,10 @@ export interface MapView {
    * @param cosine     of the angle around it within which PMTs are left out
    */
   setSeenDirection(direction: Vec3 | null, cosine?: number): void;
+  /** Where the PMTs are on the canvas, and which of them can be picked. */
+  marks(): PlacedMarks;
+  /** Pictures drawn so far: it draws only what changed. */
+  countDrawn(): number;
 }
 
 /** Where a pointer is on the canvas. */
@@ -52,6 +57,8 @@ interface Pointer {
 }
 
 class MapCanvas {
+  /** Pictures drawn so far. */
+  drawn = 0;
   private readonly points: Float64Array;
   private layout: MapLayout;
   private leftOut: LeftOut | null = null;
@@ -109,6 +116,7 @@ class MapCanvas {
     const { width, height } = this.layout;
     const context = startDrawing(this.frame.ground, width, height);
     if (context === null) return;
+    ++this.drawn;
     const colours = readColours(this.frame.ground);
     drawGraticule(context, this.layout, colours);
     drawPMTs(context, this.model, this.points, this.layout, colours);
@@ -121,6 +129,7 @@ class MapCanvas {
     const { width, height } = this.layout;
     const context = startDrawing(this.frame.choices, width, height);
     if (context === null) return;
+    ++this.drawn;
     const colours = readColours(this.frame.choices);
     const { selected, hovered } = this.model.state;
     if (this.leftOut !== null && showsEdge(this.model.state)) {
@@ -146,6 +155,22 @@ class MapCanvas {
     const x = this.points[2 * pmt] ?? NaN;
     const y = this.points[2 * pmt + 1] ?? NaN;
     return Number.isNaN(x) ? null : placePoint(this.layout, { x, y });
+  }
+
+  marks(): PlacedMarks {
+    const shown = this.model.shown();
+    const marks = {
+      x: new Float32Array(shown.length),
+      y: new Float32Array(shown.length),
+      isDrawn: new Uint8Array(shown.length),
+    };
+    for (let pmt = 0; pmt < shown.length; ++pmt) {
+      const place = this.placeOf(pmt);
+      if (place === null || shown[pmt] !== 1) continue;
+      [marks.x[pmt], marks.y[pmt]] = place;
+      marks.isDrawn[pmt] = 1;
+    }
+    return marks;
   }
 
   private targets(): Targets {
@@ -263,5 +288,7 @@ export function createMap(container: HTMLElement, model: Model): MapView {
       hasEdge = direction !== null;
       if (had !== hasEdge) update();
     },
+    marks: () => canvas.marks(),
+    countDrawn: () => canvas.drawn,
   };
 }

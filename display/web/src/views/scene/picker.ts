@@ -1,15 +1,7 @@
 import { pointAt } from '../../data/vectors';
+import type { PlacedMarks } from '../placedMarks';
 import type { Projector } from './projector';
 import { NEAREST } from './projector';
-
-/** Where the PMTs are in the picture. */
-export interface ProjectedMarks {
-  /** By PMT, CSS pixels from the view's top left. */
-  x: Float32Array;
-  y: Float32Array;
-  /** By PMT: 1 if it is drawn and may be picked. */
-  isDrawn: Uint8Array;
-}
 
 /**
  * @param shown     by PMT: 1 where layers and search show it
@@ -20,7 +12,7 @@ export function projectMarks(
   positions: Float64Array,
   shown: Uint8Array,
   hasNear: boolean,
-): ProjectedMarks {
+): PlacedMarks {
   const count = positions.length / 3;
   const marks = {
     x: new Float32Array(count),
@@ -47,7 +39,7 @@ export function projectMarks(
 
 /** The drawn PMT nearest to a point within @p reach, CSS pixels; else null. */
 export function pickMark(
-  marks: ProjectedMarks,
+  marks: PlacedMarks,
   x: number,
   y: number,
   reach: number,

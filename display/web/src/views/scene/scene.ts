@@ -4,12 +4,13 @@ import { pointAt } from '../../data/vectors';
 import type { Model, State } from '../../model/model';
 import { onNextFrame, startDrawing, watchColours } from '../canvas';
 import { element as makeElement, setText } from '../dom';
+import type { PlacedMarks } from '../placedMarks';
 import { type Annotations, drawAnnotations } from './annotations';
 import { CameraControl } from './cameraControl';
 import { listAnnotations, listKinds, listLightPaths, measureRadius } from './content';
 import { type GestureTarget, listenToGestures } from './gestures';
 import { Hovering } from './hovering';
-import { pickMark, type ProjectedMarks, projectMarks } from './picker';
+import { pickMark, projectMarks } from './picker';
 import { paintPng } from './png';
 import { readSceneColours, type SceneColours } from './sceneColours';
 import { SceneLabels } from './sceneLabels';
@@ -51,7 +52,7 @@ export class SceneView implements GestureTarget {
   private colours: SceneColours;
   private annotations: Annotations;
   /** Null: not yet projected since the view or what it shows changed. */
-  private projected: ProjectedMarks | null = null;
+  private projected: PlacedMarks | null = null;
   private isLost = false;
 
   /** @throws Error where WebGL 2 is missing */
@@ -136,7 +137,7 @@ export class SceneView implements GestureTarget {
   }
 
   /** Where the PMTs are in the picture, and which of them can be picked. */
-  marks(): ProjectedMarks {
+  marks(): PlacedMarks {
     this.projected ??= projectMarks(
       this.camera.projector(),
       this.model.page.pmtPositions,

@@ -5,6 +5,7 @@ import { element } from '../dom';
 import { createMap } from '../map/map';
 import { createScene, type SceneView } from '../scene/scene';
 import { createTable } from '../table/table';
+import { offerInspection } from './inspection';
 import { offerPicture, paintCanvases } from './savePicture';
 import { createViewControls } from './viewControls';
 
@@ -92,6 +93,7 @@ export function createViews(root: HTMLElement, model: Model): Views {
   const showFirstView = (): void => {
     scene?.showFirst();
   };
+  offerInspection(model, scene, map);
   hosts.scene.append(createViewControls({ zoom, showFirstView, savePicture }));
   return {
     ...hosts,
