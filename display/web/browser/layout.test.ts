@@ -1,0 +1,104 @@
+import { mkdtempSync, readFileSync, rmSync } from 'node:fs';
+import { createRequire } from 'node:module';
+import { tmpdir } from 'node:os';
+import { join } from 'node:path';
+import type { Page } from 'playwright-core';
+import { afterAll, beforeAll, expect, test } from 'vitest';
+import { addressOf, Browser, type Window } from './chromium.ts';
+import { EVENTS, writePage } from './command.ts';
+import { drawn, expectQuiet, marksOf, openDisplay, textOf } from './display.ts';
+
+const AXE = readFileSync(
+  createRequire(import.meta.url).resolve('axe-core/axe.min.js'),
+  'utf8',
+);
+const folder = mkdtempSync(join(tmpdir(), 'zarn-layout-'));
+const file = join(folder, 'page.html');
+const browser = new Browser();
+
+beforeAll(() => {
+  writePage(file, '--events', EVENTS);
+});
+
+afterAll(async () => {
+  await browser.close();
+  rmSync(folder, { recursive: true, force: true });
+});
+
+const WINDOWS: Record<string, Window> = {
+  desk: { width: 1440, height: 900 },
+  drawer: { width: 1000, height: 800 },
+  phone: { width: 390, height: 844, hasTouch: true },
+  'zoom of 400 %': { width: 360, height: 225 },
+  narrowest: { width: 320, height: 600 },
+};
+
+/** Everything that axe complains about. */
+async function violationsOf(page: Page): Promise<string[]> {
+  await page.evaluate(AXE);
+  return page.evaluate(async () => {
+    const { axe } = globalThis as unknown as {
+      axe: {
+        run(): Promise<{
+          violations: { id: string; nodes: { html: string }[] }[];
+        }>;
+      };
+    };
+    const { violations } = await axe.run();
+    return violations.map(({ id, nodes }) => `${id}: ${nodes[0]?.html ?? ''}`);
+  });
+}
+
+for (const [name, window] of Object.entries(WINDOWS)) {
+  for (const theme of ['light', 'dark'] as const) {
+    test(`accessible without sideways scrolling: ${name}, ${theme}`, async () => {
+      const hash = `event=z%3D3000&theme=${theme}`;
+      const page = await openDisplay(browser, addressOf(file, hash), window);
+      expect(await violationsOf(page)).toEqual([]);
+      await page.evaluate((address) => {
+        location.hash = `${address}&pmt=4512`;
+      }, hash);
+      await drawn(page);
+      expect(await violationsOf(page)).toEqual([]);
+      const overflow = await page.evaluate(
+        () => document.documentElement.scrollWidth - globalThis.innerWidth,
+      );
+      expect(overflow).toBeLessThanOrEqual(0);
+      expectQuiet(page);
+      await page.context().close();
+    });
+  }
+}
+
+test('on a phone tabs choose the view, and a touch opens the sheet', async () => {
+  const page = await openDisplay(browser, addressOf(file, 'event=z%3D3000'), {
+    ...WINDOWS.phone,
+  });
+  for (const name of ['Map', 'Table', '3D']) {
+    await page.getByRole('tab', { name }).click();
+    await drawn(page);
+    expect(await page.getByRole('tab', { name }).getAttribute('aria-selected')).toBe(
+      'true',
+    );
+  }
+  const marks = await marksOf(page, 'scene');
+  const mark = marks[Math.floor(marks.length / 2)];
+  if (mark === undefined) throw new Error('no marks');
+  await page.touchscreen.tap(mark.x, mark.y);
+  await drawn(page);
+  expect(await textOf(page, '.side .card-title')).toMatch(/^PMT \d+$/);
+  await page.getByRole('button', { name: 'Close' }).first().click();
+  expect(
+    await page.evaluate(() => globalThis.shadowDisplay!.model.state.selected),
+  ).toBeNull();
+});
+
+test('the theme of the system is taken until the button chooses', async () => {
+  const page = await openDisplay(browser, addressOf(file), { colorScheme: 'dark' });
+  const theme = () => page.evaluate(() => document.documentElement.dataset.theme);
+  expect(await theme()).toBe('dark');
+  await page.emulateMedia({ colorScheme: 'light' });
+  expect(await theme()).toBe('light');
+  await page.getByRole('button', { name: 'Dark theme' }).click();
+  expect(await theme()).toBe('dark');
+});
