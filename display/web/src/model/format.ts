@@ -88,7 +88,7 @@ export function nameLayer(layer: number): string {
 }
 
 /** The name of a component within a sentence; "AV pipes" keeps its capitals. */
-function nameInside(component: number): string {
+export function nameInside(component: number): string {
   const name = componentNames[component - 1] ?? '';
   return /^[A-Z][a-z]/.test(name) ? name.charAt(0).toLowerCase() + name.slice(1) : name;
 }

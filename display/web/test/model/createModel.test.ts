@@ -70,6 +70,14 @@ describe('a model', () => {
     expect(model.state.event).toBe(0);
     expect(model.state.layers).toEqual(new Array(8).fill(true));
     expect(Array.from(model.shown())).toEqual([1, 1, 1, 1]);
+    const switches = {
+      vessel: true,
+      hardware: true,
+      nearHalf: false,
+      lightPaths: false,
+    };
+    expect(model.state.switches).toEqual(switches);
+    expect(model.state.has3D && model.state.hasShortcuts).toBe(true);
   });
 
   it('opens with all events if there are more than 200', () => {
