@@ -70,6 +70,14 @@ describe('a model', () => {
     expect(model.state.event).toBe(0);
     expect(model.state.layers).toEqual(new Array(8).fill(true));
     expect(Array.from(model.shown())).toEqual([1, 1, 1, 1]);
+    const switches = {
+      vessel: true,
+      hardware: true,
+      nearHalf: false,
+      lightPaths: false,
+    };
+    expect(model.state.switches).toEqual(switches);
+    expect(model.state.has3D && model.state.hasShortcuts).toBe(true);
   });
 
   it('opens with all events if there are more than 200', () => {
@@ -294,7 +302,7 @@ describe('rows', () => {
 
   it('of reflected light are sorted by their own numbers', () => {
     expect(sorted('length', false, 2).slice(0, 2)).toEqual(['2', '2r']);
-    expect(sorted('verdict', false, 2)[0]).toBe('0r');
+    expect(sorted('verdict', false, 2)).toEqual(['0r', '2', '2r', '1', '0', '3']);
   });
 
   it('of reflected light can be shown alone', () => {
@@ -355,9 +363,10 @@ describe('the search', () => {
     expect(rowsOf(model, 'share>60')).toEqual(['1']);
   });
 
-  it('finds reflected light by its own verdict and path', () => {
+  it('finds reflected light by its name, verdict and path', () => {
     const model = createModel(samplePage());
     model.change({ event: 2 });
+    expect(rowsOf(model, 'pmt 2')).toEqual(['2', '2r']);
     expect(rowsOf(model, 'by:pipe')).toEqual(['0r']);
     expect(model.found().pmts).toBe(1);
     expect(rowsOf(model, 'path>3 path<4')).toEqual(['2r']);
