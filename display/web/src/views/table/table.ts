@@ -83,9 +83,21 @@ class Table implements TableView {
     });
     this.listen();
     this.updateRows();
+    // An address can have selected it before.
+    this.revealSelected();
     model.subscribe((changed) => {
       this.follow(changed);
     });
+  }
+
+  /** Scroll to the selected row; false if there is none. */
+  private revealSelected(): boolean {
+    const selected = this.findSelected();
+    if (selected < 0) return false;
+    this.virtual.reveal(selected);
+    this.active = selected;
+    this.tellActive();
+    return true;
   }
 
   private follow(changed: ReadonlySet<keyof State>): void {
@@ -94,11 +106,8 @@ class Table implements TableView {
     else if (changed.has('selected') || changed.has('hovered')) this.virtual.refill();
     if (changed.has('sort')) this.headings.showSort();
     if (!changesRows && !changed.has('selected')) return;
-    const selected = this.findSelected();
-    if (selected >= 0) {
-      this.virtual.reveal(selected);
-      this.active = selected;
-    } else if (CHANGES_ROWS.some((name) => name !== 'event' && changed.has(name))) {
+    if (this.revealSelected()) return;
+    if (CHANGES_ROWS.some((name) => name !== 'event' && changed.has(name))) {
       this.virtual.scrollToTop();
     }
     this.tellActive();
