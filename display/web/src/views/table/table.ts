@@ -133,6 +133,8 @@ class Table implements TableView {
     }
     this.virtual.setCount(this.rows.length);
     this.grid.ariaRowCount = String(this.rows.length + 1);
+    const hasReflections = this.rows.some((row) => row.reflected);
+    this.element.classList.toggle('has-reflections', hasReflections);
     const pmts = new Set(this.rows.map((row) => row.pmt));
     const isFiltered = pmts.size < model.page.text.pmtNames.length;
     this.element.classList.toggle('is-filtered', isFiltered);
@@ -166,10 +168,6 @@ class Table implements TableView {
     const longest = pmtNames.reduce((most, name) => Math.max(most, name.length), 0);
     const width = Math.max(SHORTEST_NAME, longest);
     this.element.style.setProperty('--name-characters', String(width));
-    this.element.classList.toggle(
-      'has-reflections',
-      this.model.page.text.hasReflections,
-    );
     // Numbers are compared by their last digits, other names by their first letters.
     const areNumbers = pmtNames.every((name) => /^\d+$/.test(name));
     this.element.classList.toggle('has-numbers-as-names', areNumbers);
