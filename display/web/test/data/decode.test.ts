@@ -104,6 +104,19 @@ describe('decodeTexts', () => {
   });
 });
 
+describe('a block of many pieces', () => {
+  it('is told when it is too long by one number', async () => {
+    const page = makePage({
+      pmts: new Array<[number, number, number]>(50_000).fill([1, 2, 3]),
+    });
+    const texts = writeTexts(page);
+    texts.set('zarn-pmt-positions', pack(new Float64Array(150_001)));
+    await expect(decode(texts)).rejects.toThrow(
+      'pmt-positions is too long: not 1200000 bytes',
+    );
+  });
+});
+
 describe('decodePage', () => {
   it('reads the elements of a document', async () => {
     const page = samplePage();

@@ -149,6 +149,15 @@ describe('a light path', () => {
     expect(path.angle).toBe(180);
   });
 
+  it.each<[string, Vec3]>([
+    ['away from', [100, 0, 8300]],
+    ['towards', [100, 0, 6200]],
+  ])('in the water is straight %s the vessel if it does not come there', (_, pmt) => {
+    // The line through both meets the vessel, but not between them.
+    const path = trace([0, 0, 7000], pmt, 1);
+    expect(path.media).toEqual([2]);
+  });
+
   it('that touches the vessel stays in the water', () => {
     const path = trace([0, -7000, 5860], [0, 7000, 5860], 2.2);
     expect(path.media).toEqual([2]);
@@ -270,7 +279,7 @@ describe('without a light path', () => {
 describe('a stored path', () => {
   const stored: StoredPath = {
     event: 1,
-    pmt: 0,
+    pmt: 1,
     reflected: false,
     media: [1, 2],
     points: [0, 0, 5830, 0, 0, 5860, 0, 0, 8300],
@@ -280,13 +289,13 @@ describe('a stored path', () => {
       [0, 0, 5830],
       [0, 0, 5830],
     ],
-    pmts: [PMT],
-    details: { angles: Float32Array.of(3, 3) },
+    pmts: [[0, 8300, 0], PMT],
+    details: { angles: Float32Array.of(0, 0, 0, 3) },
     text: { storedPaths: [stored] },
   });
 
   it('goes before its angle', () => {
-    const path = tracePath(page, 1, 0, false);
+    const path = tracePath(page, 1, 1, false);
     expect(path?.media).toEqual([1, 2]);
     expect(path?.points).toEqual([
       [0, 0, 5830],
@@ -299,12 +308,13 @@ describe('a stored path', () => {
   });
 
   it('is of its event and its light alone', () => {
-    expect(tracePath(page, 0, 0, false)?.media).toEqual([1, 2]);
+    expect(tracePath(page, 1, 0, false)?.points.at(-1)).toEqual([0, 8300, 0]);
+    expect(tracePath(page, 0, 1, false)?.length).toBeCloseTo(2470, 6);
     const other = makePage({
       events: [[0, 0, 0]],
       pmts: [PMT],
       details: { angles: Float32Array.of(0) },
-      text: { storedPaths: [{ ...stored, event: 0, reflected: true }] },
+      text: { storedPaths: [{ ...stored, event: 0, pmt: 0, reflected: true }] },
     });
     expect(tracePath(other, 0, 0, false)?.media).toEqual([0, 1, 2]);
   });

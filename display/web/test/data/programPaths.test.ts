@@ -37,7 +37,7 @@ outside,0,12000,3000
 const MOST_APART = 0.1;
 const MOST_TIME_APART = 0.001;
 /** degrees; the page shows 0.1 */
-const MOST_ANGLE_APART = 0.001;
+const MOST_ANGLE_APART = 0.01;
 
 const POINTS = ['av1', 'av2', 'av3', 'av4'];
 
@@ -62,79 +62,85 @@ function apart(path: LightPath, points: number[][]): number {
   );
 }
 
-describe.skipIf(whyNoProgram !== null)(
-  `tracePath and the program${whyNoProgram === null ? '' : ` (${whyNoProgram})`}`,
-  () => {
-    let page: Page;
-    let paths: Record<string, string>[];
-    let verdicts: Record<string, string>[];
+if (whyNoProgram !== null) {
+  process.stdout.write(
+    `Light paths are not compared with the program: ${whyNoProgram}\n`,
+  );
+}
 
-    beforeAll(async () => {
-      const folder = new Folder();
-      try {
-        const source = [
-          ...['--events', folder.write('events.csv', EVENTS)],
-          ...['--pmts', dataFile('pmts.csv')],
-          ...['--geometry', dataFile('reference-detector')],
-          '--reflections',
-        ];
-        runProgram('display', ...source, '-o', folder.file('display.html'));
-        runProgram(
-          ...['scan', ...source, '--columns', 'code,time,angle'],
-          ...['--paths', folder.file('paths.csv'), '-o', folder.file('verdicts.csv')],
-        );
-        page = await decodeTexts(readElements(folder.read('display.html')));
-        paths = readCsv(folder.read('paths.csv'));
-        verdicts = readCsv(folder.read('verdicts.csv'));
-      } finally {
-        folder.remove();
+describe.skipIf(whyNoProgram !== null)('tracePath and the program', () => {
+  let page: Page;
+  let paths: Record<string, string>[];
+  let verdicts: Record<string, string>[];
+
+  beforeAll(async () => {
+    const folder = new Folder();
+    try {
+      const source = [
+        ...['--events', folder.write('events.csv', EVENTS)],
+        ...['--pmts', dataFile('pmts.csv')],
+        ...['--geometry', dataFile('reference-detector')],
+        '--reflections',
+      ];
+      runProgram('display', ...source, '-o', folder.file('display.html'));
+      runProgram(
+        ...['scan', ...source, '--columns', 'code,time,angle'],
+        ...['--paths', folder.file('paths.csv'), '-o', folder.file('verdicts.csv')],
+      );
+      page = await decodeTexts(readElements(folder.read('display.html')));
+      paths = readCsv(folder.read('paths.csv'));
+      verdicts = readCsv(folder.read('verdicts.csv'));
+    } finally {
+      folder.remove();
+    }
+  }, 120_000);
+
+  const seen = { pairs: 0, apart: 0, timeApart: 0, angleApart: 0 };
+
+  it('agree on every light path of events everywhere', () => {
+    const details = verdicts.filter(({ type }) => type !== '');
+    expect(details.length).toBe(paths.length);
+    const pmtNumbers = new Map(page.text.pmtNames.map((name, i) => [name, i]));
+    for (const [i, row] of paths.entries()) {
+      const event = page.text.eventNames.indexOf(row.event ?? '');
+      const pmt = pmtNumbers.get(row.pmt ?? '') ?? -1;
+      const isReflected = row.type === 'Water->Reflection->Water';
+      const path = tracePath(page, event, pmt, isReflected);
+      const detail = details[i];
+      if (!path || detail?.type !== row.type) throw new Error(JSON.stringify(row));
+      const distance = apart(path, pointsOf(row));
+      const timeApart = Math.abs(path.time - Number(detail?.time));
+      const angle = (Number(detail?.angle) * 180) / Math.PI;
+      const angleApart = Math.abs(path.angle - angle);
+      const isRight =
+        distance <= MOST_APART &&
+        timeApart <= MOST_TIME_APART &&
+        angleApart <= MOST_ANGLE_APART;
+      if (!isRight) expect({ row, path, distance, timeApart, angle }).toBe('agreeing');
+      seen.pairs += 1;
+      seen.apart = Math.max(seen.apart, distance);
+      seen.timeApart = Math.max(seen.timeApart, timeApart);
+      seen.angleApart = Math.max(seen.angleApart, angleApart);
+    }
+  });
+
+  it('agree on which pairs have a light path', () => {
+    const { pmtNames, eventNames } = page.text;
+    let found = 0;
+    for (const event of eventNames.keys()) {
+      for (const pmt of pmtNames.keys()) {
+        if (tracePath(page, event, pmt, false)) found += 1;
+        if (tracePath(page, event, pmt, true)) found += 1;
       }
-    }, 120_000);
+    }
+    expect(found).toBe(paths.length);
+  });
 
-    const seen = { pairs: 0, apart: 0, timeApart: 0, angleApart: 0 };
-
-    it('agree on every light path of events everywhere', () => {
-      const details = verdicts.filter(({ type }) => type !== '');
-      expect(details.length).toBe(paths.length);
-      const pmtNumbers = new Map(page.text.pmtNames.map((name, i) => [name, i]));
-      for (const [i, row] of paths.entries()) {
-        const event = page.text.eventNames.indexOf(row.event ?? '');
-        const pmt = pmtNumbers.get(row.pmt ?? '') ?? -1;
-        const isReflected = row.type === 'Water->Reflection->Water';
-        const path = tracePath(page, event, pmt, isReflected);
-        const detail = details[i];
-        if (!path || detail?.type !== row.type) throw new Error(JSON.stringify(row));
-        const distance = apart(path, pointsOf(row));
-        const timeApart = Math.abs(path.time - Number(detail?.time));
-        const angle = (Number(detail?.angle) * 180) / Math.PI;
-        const angleApart = Math.abs(path.angle - angle);
-        const isRight =
-          distance <= MOST_APART &&
-          timeApart <= MOST_TIME_APART &&
-          angleApart <= MOST_ANGLE_APART;
-        if (!isRight)
-          expect({ row, path, distance, timeApart, angle }).toBe('agreeing');
-        seen.pairs += 1;
-        seen.apart = Math.max(seen.apart, distance);
-        seen.timeApart = Math.max(seen.timeApart, timeApart);
-        seen.angleApart = Math.max(seen.angleApart, angleApart);
-      }
-    });
-
-    it('agree on which pairs have a light path', () => {
-      const { pmtNames, eventNames } = page.text;
-      let found = 0;
-      for (const event of eventNames.keys()) {
-        for (const pmt of pmtNames.keys()) {
-          if (tracePath(page, event, pmt, false)) found += 1;
-          if (tracePath(page, event, pmt, true)) found += 1;
-        }
-      }
-      expect(found).toBe(paths.length);
-    });
-
-    afterAll(() => {
-      process.stdout.write(`${JSON.stringify(seen)}\n`);
-    });
-  },
-);
+  afterAll(() => {
+    process.stdout.write(
+      `${seen.pairs} light paths, at most ${seen.apart.toFixed(4)} mm, ` +
+        `${seen.timeApart.toExponential(1)} ns and ` +
+        `${seen.angleApart.toExponential(1)} degrees apart\n`,
+    );
+  });
+});

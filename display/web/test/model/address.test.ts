@@ -16,7 +16,8 @@ function pageOf(pmtNames: string[], eventNames: string[]): Page {
     events: eventNames.map(() => [0, 0, 0]),
     text: { pmtNames, eventNames },
     reflected: {
-      verdicts: new Uint8Array(pairs).fill(11).fill(0, 0, 1),
+      // Of the third event and the second PMT alone.
+      verdicts: new Uint8Array(pairs).fill(11).fill(0, 9, 10),
       paths: makeDetails(pairs),
     },
   });
@@ -46,7 +47,7 @@ describe('an address', () => {
     ['names that need encoding', { event: 1, selected: { pmt: 2, reflected: false } }],
     ['the first of equal names', { event: 0, selected: { pmt: 1, reflected: false } }],
     ['the second of equal names', { event: 3, selected: { pmt: 3, reflected: false } }],
-    ['reflected light', { event: 0, selected: { pmt: 0, reflected: true } }],
+    ['reflected light', { event: 2, selected: { pmt: 1, reflected: true } }],
     ['one layer', { layers: ALL.map((_, layer) => layer === 7) }],
     ['several layers', { layers: ALL.map((_, layer) => layer % 2 === 0) }],
     ['no layer', { layers: ALL.map(() => false) }],
@@ -96,6 +97,14 @@ describe('an address', () => {
     const read = readAddress(page, 'event=z=3000&pmt=2&light=reflected');
     expect(read.state.selected).toEqual({ pmt: 1, reflected: false });
     expect(read.problems).toEqual(['There is no reflected light to this PMT.']);
+  });
+
+  it('of reflected light of all events shows the direct light', () => {
+    const read = readAddress(page, 'events=all&pmt=2&light=reflected');
+    expect(read.state).toEqual({
+      event: 'all',
+      selected: { pmt: 1, reflected: false },
+    });
   });
 
   it('shortens long names that it does not know', () => {

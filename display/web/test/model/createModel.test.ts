@@ -70,6 +70,14 @@ describe('a model', () => {
     expect(model.state.event).toBe(0);
     expect(model.state.layers).toEqual(new Array(8).fill(true));
     expect(Array.from(model.shown())).toEqual([1, 1, 1, 1]);
+    const switches = {
+      vessel: true,
+      hardware: true,
+      nearHalf: false,
+      lightPaths: false,
+    };
+    expect(model.state.switches).toEqual(switches);
+    expect(model.state.has3D && model.state.hasShortcuts).toBe(true);
   });
 
   it('opens with all events if there are more than 200', () => {
@@ -227,6 +235,14 @@ describe('a row', () => {
     expect(model.verdictOf({ pmt: 1, reflected: true })).toBe(11);
   });
 
+  it('without a path has nothing that blocks it', () => {
+    const model = createModel(samplePage());
+    model.change({ event: 1 });
+    expect(model.verdictOf({ pmt: 2, reflected: false })).toBe(7);
+    expect(model.blockingOf({ pmt: 2, reflected: false })).toBeNull();
+    expect(model.blockingOf({ pmt: 1, reflected: false })).not.toBeNull();
+  });
+
   it('of all events has no path', () => {
     const model = createModel(samplePage());
     model.change({ event: 'all' });
@@ -286,7 +302,7 @@ describe('rows', () => {
 
   it('of reflected light are sorted by their own numbers', () => {
     expect(sorted('length', false, 2).slice(0, 2)).toEqual(['2', '2r']);
-    expect(sorted('verdict', false, 2)[0]).toBe('0r');
+    expect(sorted('verdict', false, 2)).toEqual(['0r', '2', '2r', '1', '0', '3']);
   });
 
   it('of reflected light can be shown alone', () => {
@@ -347,9 +363,10 @@ describe('the search', () => {
     expect(rowsOf(model, 'share>60')).toEqual(['1']);
   });
 
-  it('finds reflected light by its own verdict and path', () => {
+  it('finds reflected light by its name, verdict and path', () => {
     const model = createModel(samplePage());
     model.change({ event: 2 });
+    expect(rowsOf(model, 'pmt 2')).toEqual(['2', '2r']);
     expect(rowsOf(model, 'by:pipe')).toEqual(['0r']);
     expect(model.found().pmts).toBe(1);
     expect(rowsOf(model, 'path>3 path<4')).toEqual(['2r']);
@@ -389,6 +406,22 @@ describe('the search', () => {
     model.change({ query: 'pmt' });
     model.takeFound();
     expect(model.state.selected).toEqual({ pmt: 2, reflected: false });
+  });
+
+  it('takes a row, not an event, of a text that both have', () => {
+    const page = makePage({
+      pmts: PMTS,
+      events: [
+        [0, 0, 0],
+        [0, 0, 0],
+      ],
+    });
+    const model = createModel(page);
+    model.change({ query: '1' });
+    expect(model.found().events).toEqual([1]);
+    model.takeFound();
+    expect(model.state.selected).toEqual({ pmt: 1, reflected: false });
+    expect(model.state.event).toBe(0);
   });
 
   it('takes nothing for no text', () => {

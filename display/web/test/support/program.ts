@@ -9,7 +9,7 @@ const data = process.env.ZARN_DATA_DIR;
 /** Why tests with the program cannot run; null if they can. */
 export const whyNoProgram =
   program === undefined || data === undefined
-    ? 'needs the program in ZARN_SHADOW and the reference data in ZARN_DATA_DIR'
+    ? 'set ZARN_SHADOW to the program and ZARN_DATA_DIR to the reference data'
     : null;
 
 /** A file of the reference data. */
