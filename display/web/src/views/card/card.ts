@@ -95,12 +95,9 @@ class Card implements CardView {
     if (this.model.state.event === 'all') {
       return [drawShareBlock(this.model, selected.pmt)];
     }
-    const blocks = [drawLightBlock(this.model, selected)];
-    if (this.model.page.text.hasReflections) {
-      const other = { pmt: selected.pmt, reflected: !selected.reflected };
-      blocks.push(drawOtherLight(this.model, other));
-    }
-    return blocks;
+    const other = drawOtherLight(this.model, selected);
+    const light = drawLightBlock(this.model, selected);
+    return other === null ? [light] : [light, other];
   }
 
   private writeRow(): string {

@@ -65,7 +65,7 @@ function drawDetails(model: Model, choice: Choice): HTMLElement[] {
 /** Draw what there is to say of the chosen light to a PMT. */
 export function drawLightBlock(model: Model, choice: Choice): HTMLElement {
   const block = element('div', { class: 'card-light' }, drawVerdict(model, choice));
-  if (model.page.text.hasReflections) block.prepend(drawKind(choice));
+  if (hasOtherLight(model, choice)) block.prepend(drawKind(choice));
   if (model.layerOf(choice) === NO_PATH_LAYER) {
     block.append(drawNote(explainNoPath(model.verdictOf(choice))));
     return block;
@@ -84,22 +84,35 @@ function drawKind(choice: Choice): HTMLElement {
   return element('h3', { class: 'card-kind' }, kindOf(choice));
 }
 
-/** Draw the light that is not chosen in short, as a button that chooses it. */
-export function drawOtherLight(model: Model, other: Choice): HTMLElement {
-  const verdict = model.verdictOf(other);
+/** The direct light of a row of reflected light, and the other way round. */
+function otherLight({ pmt, reflected }: Choice): Choice {
+  return { pmt, reflected: !reflected };
+}
+
+/** Whether there is a row of the PMT's other light. */
+function hasOtherLight(model: Model, choice: Choice): boolean {
+  return (
+    model.page.text.hasReflections &&
+    model.verdictOf(otherLight(choice)) !== Verdict.NoReflectedPath
+  );
+}
+
+/**
+ * Draw the light that is not chosen in short, as a button that chooses it; null if
+ * there is none.
+ */
+export function drawOtherLight(model: Model, choice: Choice): HTMLElement | null {
+  if (!hasOtherLight(model, choice)) return null;
+  const other = otherLight(choice);
   const { length } = model.numbersOf(other);
   const words = Number.isNaN(length) ? '' : ` · ${formatMetres(length)}`;
-  const parts = [
-    element('span', { class: 'card-kind' }, kindOf(other)),
-    createMark(model.layerOf(other)),
-    element('span', {}, `${tellVerdict(verdict)}${words}`),
-  ];
-  if (verdict === Verdict.NoReflectedPath) {
-    return element('p', { class: 'card-other' }, ...parts);
-  }
   const button = makeButton('card-other', '', () => {
     model.select(other);
   });
-  button.append(...parts);
+  button.append(
+    element('span', { class: 'card-kind' }, kindOf(other)),
+    createMark(model.layerOf(other)),
+    element('span', {}, `${tellVerdict(model.verdictOf(other))}${words}`),
+  );
   return button;
 }

@@ -83,9 +83,21 @@ class Table implements TableView {
     });
     this.listen();
     this.updateRows();
+    // An address can have selected it before.
+    this.revealSelected();
     model.subscribe((changed) => {
       this.follow(changed);
     });
+  }
+
+  /** Scroll to the selected row; false if there is none. */
+  private revealSelected(): boolean {
+    const selected = this.findSelected();
+    if (selected < 0) return false;
+    this.virtual.reveal(selected);
+    this.active = selected;
+    this.tellActive();
+    return true;
   }
 
   private follow(changed: ReadonlySet<keyof State>): void {
@@ -94,11 +106,8 @@ class Table implements TableView {
     else if (changed.has('selected') || changed.has('hovered')) this.virtual.refill();
     if (changed.has('sort')) this.headings.showSort();
     if (!changesRows && !changed.has('selected')) return;
-    const selected = this.findSelected();
-    if (selected >= 0) {
-      this.virtual.reveal(selected);
-      this.active = selected;
-    } else if (CHANGES_ROWS.some((name) => name !== 'event' && changed.has(name))) {
+    if (this.revealSelected()) return;
+    if (CHANGES_ROWS.some((name) => name !== 'event' && changed.has(name))) {
       this.virtual.scrollToTop();
     }
     this.tellActive();
@@ -124,6 +133,8 @@ class Table implements TableView {
     }
     this.virtual.setCount(this.rows.length);
     this.grid.ariaRowCount = String(this.rows.length + 1);
+    const hasReflections = this.rows.some((row) => row.reflected);
+    this.element.classList.toggle('has-reflections', hasReflections);
     const pmts = new Set(this.rows.map((row) => row.pmt));
     const isFiltered = pmts.size < model.page.text.pmtNames.length;
     this.element.classList.toggle('is-filtered', isFiltered);
@@ -157,10 +168,6 @@ class Table implements TableView {
     const longest = pmtNames.reduce((most, name) => Math.max(most, name.length), 0);
     const width = Math.max(SHORTEST_NAME, longest);
     this.element.style.setProperty('--name-characters', String(width));
-    this.element.classList.toggle(
-      'has-reflections',
-      this.model.page.text.hasReflections,
-    );
     // Numbers are compared by their last digits, other names by their first letters.
     const areNumbers = pmtNames.every((name) => /^\d+$/.test(name));
     this.element.classList.toggle('has-numbers-as-names', areNumbers);
