@@ -163,7 +163,20 @@ TEST_F(PathTraceTest, IsStraightThroughTheCentre) {
     }
   }
   EXPECT_EQ(tally.types.size(), 6U);  // no straight path stays in the wall
-  // An event behind the PMT.
+  EXPECT_EQ(tally.stored, 0);
+}
+
+TEST_F(PathTraceTest, IsStraightInWaterAlsoFromBehindThePMT) {
+  Random random(904);
+  Tally tally;
+  for (int i = 0; i < 5000; ++i) {
+    const TVector3 pmt = 8300 * random.Direction();
+    light_.CalcByPosition(9500 * random.Direction(), pmt);
+    if (light_.GetLightPathType() != DU::kWater) continue;
+    Check(light_, eLight::kDirect, tally);
+    ASSERT_FALSE(HasFatalFailure());
+  }
+  EXPECT_GT(tally.paths, 1000);
   EXPECT_EQ(tally.stored, 0);
 }
 
