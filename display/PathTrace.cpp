@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <limits>
 
 #include "du/geometry/Constants.hpp"
 #include "lightpath/Crossings.hpp"
@@ -39,6 +40,22 @@ struct Plane {
   bool isInLine = true;
   bool isOpposite = false;  ///< the PMT is on the other side of the centre
 };
+
+/// Whether direct light goes straight to the PMT, through the water alone: the
+/// line to it does not go through the vessel. Touching it does not count,
+/// including rounding.
+bool StaysInWater(const DU::ConcentricMedia& media, const Plane& plane,
+                  const TVector3& event, const TVector3& pmt) {
+  if (media.At(plane.eventRadius) != eMedium::kWater) return false;
+  if (plane.isInLine) return !plane.isOpposite;
+  const TVector3 way = pmt - event;
+  const double toNearest = -event.Dot(way);
+  const double squared = way.Mag2();
+  if (toNearest <= 0 || toNearest >= squared) return true;
+  constexpr double kRounding = 4 * std::numeric_limits<double>::epsilon();
+  return event.Cross(way).Mag2() >=
+         (1 - kRounding) * media.OuterRadius * media.OuterRadius * squared;
+}
 
 /// Light on its way through the shells.
 class Light {
@@ -168,7 +185,7 @@ PathPoints TracePath(const DU::ConcentricMedia& media, const TVector3& event,
                     : Light(media, plane, angle);
   if (isReflected) {
     light.Reflect(path);
-  } else {
+  } else if (!StaysInWater(media, plane, event, pmt)) {
     light.PassPerigee();
     while (!(light.IsInWater() && light.IsOutward())) {
       light.Cross(path);

@@ -49,9 +49,9 @@ double LaunchAngle(const DU::LightPath& path);
 /// distance r from the centre, n r sin(angle to the radius) is the same all
 /// along it. The light goes on until it leaves the vessel for the last time, or
 /// is reflected; then it goes to the PMT, whatever its direction. Straight if
-/// the event is at the centre or event, PMT and centre are on one line: if the
-/// sine of the angle between event and PMT, seen from the centre, is at most
-/// kInLine.
+/// the line to the PMT does not leave the water; if the event is at the centre;
+/// and if event, PMT and centre are on one line: if the sine of the angle
+/// between event and PMT, seen from the centre, is at most kInLine.
 ///
 /// @param event  at another place than the PMT
 /// @param pmt    in the water

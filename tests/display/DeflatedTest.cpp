@@ -26,7 +26,8 @@ TEST(DeflatedBlock, GivesBackWhatWasAppended) {
   std::vector<double> wanted;
   DeflatedBlock block("numbers");
   for (int i = 0; i < 200; ++i) {
-    std::vector<double> part(random.Below(2000));
+    // One is larger than any buffer.
+    std::vector<double> part(i == 100 ? 200'000 : random.Below(2000));
     for (double& number : part) number = random.Uniform(0, 1);
     block.Append(part);
     wanted.insert(wanted.end(), part.begin(), part.end());

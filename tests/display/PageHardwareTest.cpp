@@ -97,6 +97,21 @@ TEST_F(PageHardwareTest, DrawsNoRopeWhereNoSampleIs) {
   }
 }
 
+TEST_F(PageHardwareTest, HasEachArcOfTheRingInOnePiece) {
+  // Also arcs across azimuth 0, where the model begins to sample.
+  for (const double roll : {0.0, 40.0, 130.0, 216.0, 300.0}) {
+    Testing::Tables tables = Testing::DetectorTables();
+    tables.Set("GEO_LOCATIONS", "rolls", "roll", std::vector<double>{roll});
+    const PageHardwareList list = PageHardwareOf(Testing::InRun(tables));
+    const auto& tubes = Of(list, eShadowingComponent::kAVHDRope).tubes;
+    const auto arcs =
+        std::count_if(tubes.begin(), tubes.end(), [](const PageTube& tube) {
+          return tube.name == "rope 0, arc of the ring";
+        });
+    EXPECT_EQ(arcs, 2) << "roll " << roll;
+  }
+}
+
 TEST_F(PageHardwareTest, HasTheLegsDownToTheirFeet) {
   const PageHardware& ropes = Of(list_, eShadowingComponent::kAVHDRope);
   const DU::AVHDRopeModel& model = Detector().GetAVHDRopes();

@@ -163,13 +163,26 @@ TEST_F(PathTraceTest, IsStraightThroughTheCentre) {
     }
   }
   EXPECT_EQ(tally.types.size(), 6U);  // no straight path stays in the wall
-  // An event behind the PMT.
+  EXPECT_EQ(tally.stored, 0);
+}
+
+TEST_F(PathTraceTest, IsStraightInWaterAlsoFromBehindThePMT) {
+  Random random(904);
+  Tally tally;
+  for (int i = 0; i < 5000; ++i) {
+    const TVector3 pmt = 8300 * random.Direction();
+    light_.CalcByPosition(9500 * random.Direction(), pmt);
+    if (light_.GetLightPathType() != DU::kWater) continue;
+    Check(light_, eLight::kDirect, tally);
+    ASSERT_FALSE(HasFatalFailure());
+  }
+  EXPECT_GT(tally.paths, 1000);
   EXPECT_EQ(tally.stored, 0);
 }
 
 TEST_F(PathTraceTest, HasTheSignOfTheWayAroundTheCentre) {
   Random random(903);
-  int longer = 0;
+  Tally longer;
   for (const Testing::Vessel& vessel : Testing::Vessels()) {
     const DU::ConcentricMedia& media = vessel.Media;
     LightPathCalculator light = Testing::CalculatorFor(media);
@@ -184,10 +197,11 @@ TEST_F(PathTraceTest, HasTheSignOfTheWayAroundTheCentre) {
                   1e-7);
       const TVector3 around = event.Cross(light.GetInitialDirection());
       EXPECT_EQ(angle < 0, around.Dot(event.Cross(pmt)) < 0);
-      longer += angle < 0 ? 1 : 0;
+      if (angle < 0) Check(light, eLight::kDirect, longer);
     }
   }
-  EXPECT_GT(longer, 0);
+  EXPECT_GT(longer.paths, 100);
+  EXPECT_LT(longer.stored, 0.1 * longer.paths) << longer.Text();
 }
 
 TEST_F(PathTraceTest, TellsPathsApart) {
@@ -203,7 +217,7 @@ TEST_F(PathTraceTest, TellsPathsApart) {
   EXPECT_FALSE(AreSame(path, other, groupIndices));
   other = path;
   other.media[1] = eMedium::kWater;
-  EXPECT_FALSE(AreSame(path, other, groupIndices));
+  EXPECT_FALSE(AreSame(path, other, {1, 1, 1}));
   other = path;
   other.count = 3;
   EXPECT_FALSE(AreSame(path, other, groupIndices));
