@@ -37,6 +37,10 @@ function describeMap(model: Model): string {
   return `Sky map of event ${eventNames[event] ?? ''}: ${counts}`;
 }
 
+function tellShare(share: number): string {
+  return Number.isNaN(share) ? 'no path' : `${formatPercent(share)} of events`;
+}
+
 /** The scale of shares, under the map of all events. */
 function createShareLegend(): HTMLElement {
   const steps = Array.from({ length: SHARE_STEPS }, (_, step) => {
@@ -148,7 +152,7 @@ class Frame implements MapFrame {
     const light = reflected ? ', reflected light' : '';
     const what =
       this.model.state.event === 'all'
-        ? formatPercent(this.model.shares()[pmt] ?? NaN)
+        ? tellShare(this.model.shares()[pmt] ?? NaN)
         : nameLayerInside(this.model.layerOf(choice));
     this.name.replaceChildren('PMT ', name, `${light} · ${what}`);
     const isLeft = place[0] > layout.width / 2;
