@@ -88,7 +88,7 @@ export function nameLayer(layer: number): string {
 }
 
 /** The name of a component within a sentence; "AV pipes" keeps its capitals. */
-function nameInside(component: number): string {
+export function nameInside(component: number): string {
   const name = componentNames[component - 1] ?? '';
   return /^[A-Z][a-z]/.test(name) ? name.charAt(0).toLowerCase() + name.slice(1) : name;
 }
@@ -197,6 +197,6 @@ export function describeChoice(model: Model, choice: Choice): string {
   const verdict = tellVerdict(model.verdictOf(choice));
   parts.push(verdict.charAt(0).toLowerCase() + verdict.slice(1));
   const path = model.pathOf(choice);
-  if (path) parts.push(`${formatMetres(path.length)} metres`);
+  if (path) parts.push(`${formatNumber(path.length / 1000, 2)} metres`);
   return parts.join(', ');
 }
