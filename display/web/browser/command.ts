@@ -26,7 +26,7 @@ export function writePage(file: string, ...options: string[]): string {
   return file;
 }
 
-/** A scan's verdicts: for each event and PMT, by name, what blocks, or why no path. */
+/** A scan's verdicts: for each event and PMT, by name, what blocks, or "no path". */
 export function scan(
   file: string,
   ...options: string[]
@@ -34,9 +34,9 @@ export function scan(
   zarnShadow('scan', '--geometry', DETECTOR, '--pmts', PMTS, '-o', file, ...options);
   const verdicts = new Map<string, Map<string, string>>();
   for (const line of readFileSync(file, 'utf8').trimEnd().split('\n').slice(1)) {
-    const [event = '', pmt = '', type = '', , by = ''] = line.split(',');
+    const [event = '', pmt = '', , , by = ''] = line.split(',');
     const row = verdicts.get(event) ?? new Map<string, string>();
-    row.set(pmt, type === '' ? `no path: ${by}` : by);
+    row.set(pmt, by);
     verdicts.set(event, row);
   }
   return verdicts;

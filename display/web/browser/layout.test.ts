@@ -86,8 +86,8 @@ test('on a phone tabs choose the view, and a touch opens the sheet', async () =>
   if (mark === undefined) throw new Error('no marks');
   await page.touchscreen.tap(mark.x, mark.y);
   await drawn(page);
-  expect(await textOf(page, '.side .card-title')).toMatch(/^PMT \d+$/);
-  await page.getByRole('button', { name: 'Close' }).first().click();
+  expect(await textOf(page, '.sheet .card-title')).toMatch(/^PMT \d+$/);
+  await page.locator('.sheet').getByRole('button', { name: 'Close' }).click();
   expect(
     await page.evaluate(() => globalThis.shadowDisplay!.model.state.selected),
   ).toBeNull();
@@ -98,7 +98,7 @@ test('the theme of the system is taken until the button chooses', async () => {
   const theme = () => page.evaluate(() => document.documentElement.dataset.theme);
   expect(await theme()).toBe('dark');
   await page.emulateMedia({ colorScheme: 'light' });
-  expect(await theme()).toBe('light');
+  await expect.poll(theme).toBe('light');
   await page.getByRole('button', { name: 'Dark theme' }).click();
-  expect(await theme()).toBe('dark');
+  await expect.poll(theme).toBe('dark');
 });

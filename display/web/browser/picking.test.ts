@@ -32,12 +32,12 @@ const SENTENCES: Record<string, string> = {
   NCDAnchor: 'Blocked by NCD anchors',
   AVPipe: 'Blocked by AV pipes',
   NeckBoss: 'Blocked by neck boss',
-  'no path: total reflection': 'No path: total reflection',
+  'no path': 'No path: total reflection',
 };
 
 for (const view of ['scene', 'map'] as const) {
   test(`a click in the ${view} gives the verdict that scan gives`, async () => {
-    for (const event of ['z=3000', 'z=5500', 'z=-5500']) {
+    for (const event of ['z=3000', 'z=5500', 'x=7000 z=0']) {
       await page.evaluate((name) => {
         location.hash = `event=${encodeURIComponent(name)}`;
       }, event);

@@ -124,6 +124,7 @@ test('names of PMTs and events are text, whatever they hold', async () => {
     expect(overflow).toBeLessThanOrEqual(0);
   }
   // What a link says of them opens them again.
+  await page.waitForFunction(() => location.hash.includes('--%3Cscript'));
   await page.reload();
   await ready(page);
   expect(
