@@ -1,9 +1,10 @@
 import type { Vec3 } from '../../data/page';
+import { dot } from '../../data/vectors';
 import { NO_PATH_LAYER } from '../../model/model';
 import { addMark, ringWidth } from '../mark';
 import { NEAREST, type Projector } from './projector';
 import type { SceneColours } from './sceneColours';
-import { addScaled, dot } from './vectors';
+import { addScaled } from './vectors';
 
 /** A PMT that is marked with a ring. */
 export interface RingedMark {
@@ -93,7 +94,7 @@ function drawEvent(
 ): void {
   const { x, y, depth } = projector.project(event);
   if (depth <= NEAREST) return;
-  fillCircle(pen, x, y, EVENT_RADIUS + 2.2, colours.view);
+  fillCircle(pen, x, y, EVENT_RADIUS + 2.2, colours.ground);
   strokeCircle(pen, x, y, EVENT_RADIUS, 1.8, colours.selection);
   fillCircle(pen, x, y, 2.2, colours.selection);
 }
@@ -106,7 +107,7 @@ function drawSelected(
 ): void {
   const { x, y, depth } = projector.project(mark.at);
   if (depth <= NEAREST) return;
-  fillCircle(pen, x, y, RING_RADIUS + 2.5, colours.view);
+  fillCircle(pen, x, y, RING_RADIUS + 2.5, colours.ground);
   strokeCircle(pen, x, y, RING_RADIUS, 2.2, colours.selection);
   drawMark(pen, x, y, SELECTED_SIZE, mark);
 }
@@ -119,7 +120,7 @@ function drawHovered(
 ): void {
   const { x, y, depth } = projector.project(mark.at);
   if (depth <= NEAREST) return;
-  strokeCircle(pen, x, y, HOVERED_RADIUS, 4, colours.view);
+  strokeCircle(pen, x, y, HOVERED_RADIUS, 4, colours.ground);
   strokeCircle(pen, x, y, HOVERED_RADIUS, 1.6, colours.selection);
 }
 
@@ -174,7 +175,7 @@ function strokeTwice(
   halo: number,
   colours: SceneColours,
 ): void {
-  pen.strokeStyle = colours.view;
+  pen.strokeStyle = colours.ground;
   pen.lineWidth = halo;
   pen.stroke();
   pen.strokeStyle = colours.selection;

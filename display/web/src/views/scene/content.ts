@@ -1,15 +1,12 @@
 import type { Page, Vec3 } from '../../data/page';
+import { lengthOf, pointAt } from '../../data/vectors';
 import { type Choice, CLEAR_LAYER, type Model, NO_PATH_LAYER } from '../../model/model';
+import { stepOfShare } from '../mark';
+import { MOST_LIGHT_PATHS } from '../rail/switches';
 import type { Annotations, RingedMark } from './annotations';
-import { MOST_LIGHT_PATHS } from './lightPaths';
-import {
-  FADED_KIND,
-  FIRST_SHARE_KIND,
-  type SceneColours,
-  stepOfShare,
-} from './sceneColours';
+import { FADED_KIND, FIRST_SHARE_KIND, type SceneColours } from './sceneColours';
 import { labelChoice } from './sceneWords';
-import { isFinitePoint, norm, pointAt } from './vectors';
+import { isFinitePoint } from './vectors';
 
 /** By PMT: how it is drawn. */
 export function listKinds(model: Model): Uint8Array {
@@ -61,15 +58,6 @@ function ringMark(
   return { at, text, layer, colour: colours.layers[layer] ?? '' };
 }
 
-/** The number in `itemNames` of what blocks the selected light; 0: nothing known. */
-export function findBlockingItem({ page, state }: Model): number {
-  const { event, selected } = state;
-  if (!selected || event === 'all') return 0;
-  const light = selected.reflected ? page.reflected : page.direct;
-  const pmts = page.text.pmtNames.length;
-  return light?.paths?.items[event * pmts + selected.pmt] ?? 0;
-}
-
 /** The light paths of all shown PMTs; none if they are too many. */
 export function listLightPaths(model: Model): (readonly Vec3[])[] {
   const shown = model.shown();
@@ -85,7 +73,7 @@ export function listLightPaths(model: Model): (readonly Vec3[])[] {
 export function measureRadius(page: Page): number {
   let radius = page.text.vessel.outerRadius;
   for (let pmt = 0; 3 * pmt < page.pmtPositions.length; ++pmt) {
-    const distance = norm(pointAt(page.pmtPositions, pmt));
+    const distance = lengthOf(pointAt(page.pmtPositions, pmt));
     if (Number.isFinite(distance) && distance > radius) radius = distance;
   }
   return radius;

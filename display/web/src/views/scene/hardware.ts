@@ -6,26 +6,32 @@ import {
   type RawShaderMaterial,
 } from 'three';
 import type { Page, Vec3 } from '../../data/page';
+import { pointAt } from '../../data/vectors';
 import { makeMaterial } from './material';
+import {
+  PATCH_FRAGMENT,
+  PATCH_VERTEX,
+  SPOT_FRAGMENT,
+  SPOT_VERTEX,
+} from './hardwareShader';
 import { ORDER } from './order';
 import {
   buildRibbons,
   type Line,
   LOOKS,
   Part,
-  PART_FRAGMENT,
   RIBBON_FRAGMENT,
   RIBBON_VERTEX,
 } from './ribbons';
 import { parseColour, type SceneColours } from './sceneColours';
-import { pointAt } from './vectors';
 
 /** Tubes and rings are at least so wide, CSS pixels. */
 const TUBE_WIDTH = 1.35;
 const RING_WIDTH = 2.2;
+const OUTLINE_WIDTH = 0.8;
 const RING_PIECES = 96;
 /** Spots are drawn so much larger than they are, to be seen. */
-const SPOT_SCALE = 2;
+const SPOT_SCALE = 4 / 3;
 const FAR_STRENGTH = 0.42;
 const NEAR_STRENGTH = 0.8;
 /** Of hardware whose component is not shown. */
@@ -44,16 +50,18 @@ export class HardwareParts {
     chosenItem: { value: 0 },
   };
   private readonly blocking = new Group();
+  /** Numbers of what can block, from 1; parts that cannot have 0. */
+  private readonly items: ReadonlyMap<string, number>;
   private readonly geometries: BufferGeometry[];
   private readonly materials: RawShaderMaterial[] = [];
 
   constructor(page: Page) {
-    const names = new Map(page.text.itemNames.map((name, i) => [name, i]));
-    const itemOf = (name: string): number => names.get(name) ?? 0;
+    this.items = new Map(page.text.itemNames.map((name, i) => [name, i]));
+    const itemOf = (name: string): number => this.items.get(name) ?? 0;
     const kinds = [
-      [buildPatches(page, itemOf), FLAT_VERTEX, FLAT_FRAGMENT],
+      [buildPatches(page, itemOf), PATCH_VERTEX, PATCH_FRAGMENT],
       [buildRibbons(collectLines(page, itemOf)), RIBBON_VERTEX, RIBBON_FRAGMENT],
-      [buildSpots(page, itemOf), SPOT_VERTEX, FLAT_FRAGMENT],
+      [buildSpots(page, itemOf), SPOT_VERTEX, SPOT_FRAGMENT],
     ] as const;
     this.geometries = kinds.map(([geometry]) => geometry);
     for (const [part, order] of [
@@ -88,8 +96,9 @@ export class HardwareParts {
     }
   }
 
-  /** Emphasise one; 0: none. @p item is a number in `itemNames` */
-  setBlocking(item: number): void {
+  /** Emphasise the parts of one item; "": of none. */
+  setBlocking(name: string): void {
+    const item = this.items.get(name) ?? 0;
     this.blocking.visible = item !== 0;
     this.uniforms.chosenItem.value = item;
   }
@@ -108,12 +117,21 @@ export class HardwareParts {
 type FindItem = (name: string) => number;
 
 function collectLines(page: Page, itemOf: FindItem): Line[] {
-  return page.text.hardware.flatMap(({ tubes, rings }, look) => [
+  return page.text.hardware.flatMap(({ tubes, patches, rings }, look) => [
     ...tubes.map(({ name, radius, points }) => ({
       points: listPoints(points),
       isClosed: false,
       radius,
       width: TUBE_WIDTH,
+      look,
+      item: itemOf(name),
+    })),
+    // Smooth edges for what is filled.
+    ...patches.map(({ name, points }) => ({
+      points: listPoints(points),
+      isClosed: true,
+      radius: 0,
+      width: OUTLINE_WIDTH,
       look,
       item: itemOf(name),
     })),
@@ -171,63 +189,24 @@ function buildPatches(page: Page, itemOf: FindItem): BufferGeometry {
 function buildSpots(page: Page, itemOf: FindItem): BufferGeometry {
   const positions: number[] = [];
   const marks: number[] = [];
-  const corners: number[] = [];
+  const sizes: number[] = [];
+  const index: number[] = [];
   page.text.hardware.forEach(({ spots }, look) => {
     for (const { name, radius, at } of spots) {
-      const size = SPOT_SCALE * radius;
-      for (const [x, y] of [
-        [-1, -1],
-        [1, -1],
-        [1, 1],
-        [-1, -1],
-        [1, 1],
-        [-1, 1],
-      ] as const) {
+      const first = sizes.length;
+      for (let corner = 0; corner < 4; ++corner) {
         positions.push(...at);
         marks.push(look, itemOf(name));
-        corners.push(x * size, y * size);
+        sizes.push(SPOT_SCALE * radius);
       }
+      // The shader tells corners by their numbers.
+      index.push(...[0, 1, 2, 2, 1, 3].map((corner) => first + corner));
     }
   });
   const geometry = new BufferGeometry();
   geometry.setAttribute('position', new Float32BufferAttribute(positions, 3));
   geometry.setAttribute('mark', new Float32BufferAttribute(marks, 2));
-  geometry.setAttribute('corner', new Float32BufferAttribute(corners, 2));
+  geometry.setAttribute('size', new Float32BufferAttribute(sizes, 1));
+  geometry.setIndex(index);
   return geometry;
 }
-
-const FLAT_HEAD = `
-uniform mat4 modelViewMatrix;
-uniform mat4 projectionMatrix;
-uniform int part;
-uniform float chosenItem;
-in vec3 position;
-in vec2 mark;  // look and item
-out float depth;
-flat out int look;
-`;
-
-const placeVertex = (offset: string): string => `
-void main() {
-  vec4 at = modelViewMatrix * vec4(position, 1.0);
-  depth = -at.z;
-  look = int(mark.x + 0.5);
-  gl_Position = projectionMatrix * (at + ${offset});
-  if (part == ${Part.Item} && mark.y != chosenItem) gl_Position = vec4(2, 2, 2, 1);
-}
-`;
-
-const FLAT_VERTEX = FLAT_HEAD + placeVertex('vec4(0.0)');
-const SPOT_VERTEX = `${FLAT_HEAD}
-in vec2 corner;
-${placeVertex('vec4(corner, 0.0, 0.0)')}`;
-
-const FLAT_FRAGMENT = `${PART_FRAGMENT}
-in float depth;
-flat in int look;
-out vec4 colour;
-
-void main() {
-  colour = vec4(colours[look], strengthAt(depth, look));
-}
-`;

@@ -12,8 +12,6 @@ import {
 } from './ribbons';
 import { parseColour, type SceneColours } from './sceneColours';
 
-/** More would hide the detector, and each other. */
-export const MOST_LIGHT_PATHS = 1000;
 const STRENGTH = 0.25;
 const WIDTH = 1;
 

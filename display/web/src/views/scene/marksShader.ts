@@ -1,9 +1,19 @@
-import { KINDS, OUTLINES } from './sceneColours';
+import { CLEAR_LAYER, NO_PATH_LAYER } from '../../model/model';
+import { FIRST_SHARE_KIND, KINDS, OUTLINES } from './sceneColours';
 
-/** Half of a mark's quad, mm. */
+/** Half of the quad of a shape, mm. */
 const HALF_SIZE = 136;
+/** Of the discs of clear PMTs, of those that show shares, and of rings, mm. */
+const DISC_RADIUS = 84;
+const SHARE_RADIUS = 126;
+const RING_RADIUS = 120;
+const RING_STROKE = 30;
+/** Of the dots of the near half, mm. */
+const NEAR_RADIUS = 58;
 /** One unit of a shape, mm: 117 mm from the middle to most sides. */
 const SHAPE_UNIT = 234;
+/** Of a shape at the edge of the picture, where it would cover its neighbours. */
+const SMALLEST_SHAPE = 0.42;
 /** Corners of the largest shape. */
 const CORNERS = 6;
 
@@ -27,39 +37,56 @@ export function markEdges(): Float32Array {
   return new Float32Array(edges);
 }
 
+/**
+ * A quad around each mark, upright on the screen and no larger than it must be:
+ * where the processor draws, time goes by the pixel.
+ */
 export const MARK_VERTEX = `
 uniform mat4 viewMatrix;
 uniform mat4 projectionMatrix;
 uniform vec3 cameraPosition;
 uniform float focal;
 uniform int isNear;
-in vec2 corner;
-in vec3 place;
+in vec3 position;
 in float kind;
-out vec2 at;
+out vec2 at;  // mm from the middle, right and up
 flat out int drawn;
-flat out float pixel;
+flat out float pixel;  // mm
+flat out float size;   // of a shape, or the radius of a disc, mm
+flat out vec3 face;    // where the PMT faces from or to
+flat out vec3 sight;   // along the line of sight, of depth 1
 
 void main() {
-  vec3 middle = (viewMatrix * vec4(place, 1.0)).xyz;
-  bool showsFace = dot(cameraPosition - place, place) <= 0.0;
-  drawn = int(kind + 0.5);
-  pixel = -middle.z / focal;
-  // A margin for smooth edges.
-  at = corner * (${HALF_SIZE.toFixed(1)} + pixel);
+  bool showsFace = dot(cameraPosition - position, position) <= 0.0;
   if (showsFace == (isNear == 1)) {
     gl_Position = vec4(2.0, 2.0, 2.0, 1.0);
     return;
   }
-  vec3 right = vec3(1.0, 0.0, 0.0);
-  vec3 up = vec3(0.0, 1.0, 0.0);
-  if (drawn > 5 && isNear == 0) {
-    vec3 face = normalize(mat3(viewMatrix) * place);
-    // Any direction along the face will do, but not one close to its normal.
-    right = normalize(cross(abs(face.y) < 0.9 ? up : right, face));
-    up = cross(face, right);
+  vec3 middle = (viewMatrix * vec4(position, 1.0)).xyz;
+  drawn = int(kind + 0.5);
+  pixel = -middle.z / focal;
+  sight = middle / -middle.z;
+  float radius = length(position);
+  vec3 outward = radius > 0.0 ? position / radius : vec3(0.0, 0.0, 1.0);
+  face = mat3(viewMatrix) * outward;
+  float slant = abs(dot(normalize(sight), face));
+  vec2 extent;
+  if (isNear == 1) {
+    size = ${NEAR_RADIUS.toFixed(1)};
+    extent = vec2(size);
+  } else if (drawn < ${CLEAR_LAYER}) {
+    // Smaller where PMTs stand close together, at the edge of the picture.
+    size = mix(${SMALLEST_SHAPE}, 1.0, sqrt(slant));
+    extent = vec2(${HALF_SIZE.toFixed(1)} * size);
+  } else {
+    size = drawn == ${NO_PATH_LAYER} ? ${RING_RADIUS.toFixed(1)}
+         : drawn < ${FIRST_SHARE_KIND} ? ${DISC_RADIUS.toFixed(1)}
+         : ${SHARE_RADIUS.toFixed(1)};
+    extent = 1.05 * size * sqrt(1.0 - min(face.xy * face.xy, 1.0));
   }
-  gl_Position = projectionMatrix * vec4(middle + right * at.x + up * at.y, 1.0);
+  vec2 corner = vec2((gl_VertexID & 1) * 2 - 1, (gl_VertexID & 2) - 1);
+  at = corner * (extent + pixel);
+  gl_Position = projectionMatrix * vec4(middle + vec3(at, 0.0), 1.0);
 }
 `;
 
@@ -71,31 +98,46 @@ uniform int isNear;
 in vec2 at;
 flat in int drawn;
 flat in float pixel;
+flat in float size;
+flat in vec3 face;
+flat in vec3 sight;
 out vec4 colour;
 
+// The part of a pixel within a distance of the middle of a disc. Discs seen from
+// the side are thinner than a pixel.
+float coverDisc(float distance, float radius, float width) {
+  return clamp(0.5 + (radius - distance) / width, 0.0, 1.0) -
+         clamp(0.5 - (radius + distance) / width, 0.0, 1.0);
+}
+
 void main() {
-  float outside;  // distance outward from the edge, mm
-  float width = pixel;
+  float cover;
   if (isNear == 1) {
-    outside = length(at) - 58.0;
-  } else if (drawn < 6) {
-    outside = -1.0e9;
+    cover = coverDisc(length(at), size, pixel);
+  } else if (drawn < ${CLEAR_LAYER}) {
+    float outside = -1.0e9;
     for (int i = 0; i < ${CORNERS}; ++i) {
       vec3 edge = edges[drawn * ${CORNERS} + i];
-      outside = max(outside, dot(at, edge.xy) - edge.z);
+      outside = max(outside, dot(at, edge.xy) - edge.z * size);
     }
+    cover = clamp(0.5 - outside / pixel, 0.0, 1.0);
   } else {
-    float radius = length(at);
-    width = max(fwidth(radius), 1.0e-3);
-    if (drawn == 7) {
-      float stroke = max(36.0, 0.9 * pixel);
-      outside = abs(radius - 120.0 + 0.5 * stroke) - 0.5 * stroke;
-    } else {
-      outside = radius - (drawn > 8 ? 126.0 : 84.0);
+    // Where the line of sight meets the plane of the disc.
+    float towards = dot(sight, face);
+    towards = abs(towards) < 1.0e-3 ? 1.0e-3 : towards;
+    vec2 slope = face.xy / towards;
+    vec3 inPlane = vec3(at, 0.0) - sight * dot(at, slope);
+    float radius = max(length(inPlane), 1.0e-3);
+    // How much the radius changes from one pixel to the next.
+    vec2 change = (inPlane.xy - slope * dot(inPlane, sight)) / radius;
+    float width = pixel * max(length(change), 1.0);
+    cover = coverDisc(radius, size, width);
+    if (drawn == ${NO_PATH_LAYER}) {
+      float stroke = max(${RING_STROKE.toFixed(1)}, pixel);
+      cover -= coverDisc(radius, max(size - stroke, 0.0), width);
     }
   }
-  float cover = clamp(0.5 - outside / width, 0.0, 1.0);
-  if (cover == 0.0) discard;
+  if (cover <= 0.0) discard;
   colour = vec4(colours[drawn], cover * alphas[drawn]);
 }
 `;

@@ -1,6 +1,6 @@
+import { pointAt } from '../../data/vectors';
 import type { Projector } from './projector';
 import { NEAREST } from './projector';
-import { pointAt } from './vectors';
 
 /** Where the PMTs are in the picture. */
 export interface ProjectedMarks {

@@ -1,5 +1,6 @@
 import type { Vec3 } from '../../data/page';
-import { addScaled, norm } from './vectors';
+import { lengthOf } from '../../data/vectors';
+import { addScaled } from './vectors';
 
 /**
  * Where the view is seen from: an eye at a distance from a pivot, which stays in
@@ -21,9 +22,9 @@ export interface Pose {
 }
 
 /** A little above the middle: below it is the caption. */
-const HOME_OFFSET = [0, -0.023] as const;
+const HOME_OFFSET = [0, -0.02] as const;
 /** In radii of the PMTs. */
-const FIRST_DISTANCE = 4.5;
+const FIRST_DISTANCE = 3.9;
 /** Part of the picture's smaller side that the PMTs fill. */
 const FILLED = 0.89;
 const LARGEST_ELEVATION = Math.PI / 2;
@@ -35,7 +36,7 @@ export function firstPose(radius: number): Pose {
   return {
     pivot: [0, 0, 0],
     distance: FIRST_DISTANCE * radius,
-    azimuth: (-56 * Math.PI) / 180,
+    azimuth: (-57 * Math.PI) / 180,
     elevation: (16 * Math.PI) / 180,
     // The silhouette of a sphere has the sine of its half angle R / distance.
     focal: FILLED * Math.sqrt(FIRST_DISTANCE ** 2 - 1),
@@ -51,7 +52,7 @@ export function poseAlong(from: Vec3, to: Vec3): Pose {
     pivot: from,
     distance: 0,
     azimuth: Math.atan2(back[1], back[0]),
-    elevation: Math.asin(back[2] / (norm(back) || 1)),
+    elevation: Math.asin(back[2] / (lengthOf(back) || 1)),
     focal: Math.sqrt(3),
     zoom: 1,
     offset: [0, 0],

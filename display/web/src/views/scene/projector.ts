@@ -1,6 +1,7 @@
 import type { Vec3 } from '../../data/page';
+import { dot } from '../../data/vectors';
 import type { Pose } from './pose';
-import { addScaled, dot } from './vectors';
+import { addScaled } from './vectors';
 
 /** Nothing is drawn closer to the eye, mm. */
 export const NEAREST = 20;

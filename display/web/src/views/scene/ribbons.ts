@@ -1,6 +1,7 @@
 import { BufferGeometry, Float32BufferAttribute, Uint32BufferAttribute } from 'three';
 import type { Vec3 } from '../../data/page';
-import { norm, addScaled } from './vectors';
+import { lengthOf } from '../../data/vectors';
+import { addScaled } from './vectors';
 
 /** A line of the 3D view. */
 export interface Line {
@@ -62,7 +63,7 @@ export function buildRibbons(lines: readonly Line[]): BufferGeometry {
 
 /** Points that repeat the one before have no direction. */
 function withoutRepeats(points: readonly Vec3[], isClosed: boolean): Vec3[] {
-  const differ = (a: Vec3, b: Vec3): boolean => norm(addScaled(a, b, -1)) > 0.01;
+  const differ = (a: Vec3, b: Vec3): boolean => lengthOf(addScaled(a, b, -1)) > 0.01;
   const kept = points.filter((point, i) => {
     const before = points[i - 1];
     return !before || differ(point, before);

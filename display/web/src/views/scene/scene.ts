@@ -1,16 +1,11 @@
 import type { Vec3 } from '../../data/page';
+import { pointAt } from '../../data/vectors';
 import type { Model, State } from '../../model/model';
 import { onNextFrame, startDrawing, watchColours } from '../canvas';
 import { element as makeElement, setText } from '../dom';
 import { type Annotations, drawAnnotations } from './annotations';
 import { CameraControl } from './cameraControl';
-import {
-  findBlockingItem,
-  listAnnotations,
-  listKinds,
-  listLightPaths,
-  measureRadius,
-} from './content';
+import { listAnnotations, listKinds, listLightPaths, measureRadius } from './content';
 import { type GestureTarget, listenToGestures } from './gestures';
 import { Hovering } from './hovering';
 import { pickMark, type ProjectedMarks, projectMarks } from './picker';
@@ -19,7 +14,6 @@ import { readSceneColours, type SceneColours } from './sceneColours';
 import { SceneLabels } from './sceneLabels';
 import { captionScene, nameScene } from './sceneWords';
 import { Stage } from './stage';
-import { pointAt } from './vectors';
 
 /** What the page around the view has to know. */
 export interface SceneReports {
@@ -216,7 +210,11 @@ export class SceneView implements GestureTarget {
       setText(this.caption, captionScene(nearHalf));
     }
     if (hasNewContent) this.root.setAttribute('aria-label', nameScene(model));
-    if (has('event', 'selected')) stage.hardware.setBlocking(findBlockingItem(model));
+    if (has('event', 'selected')) {
+      const { selected } = model.state;
+      const blocking = selected && model.blockingOf(selected);
+      stage.hardware.setBlocking(blocking?.item ?? '');
+    }
     if (hasNewContent || has('switches', 'selected', 'hovered')) {
       this.annotations = listAnnotations(model, this.colours);
       this.request();

@@ -1,6 +1,7 @@
 import palette from '../../../../palette.json';
 import { LAYERS } from '../../model/model';
-import { readColours, SHARE_STEPS } from '../canvas';
+import { type Colours, readColours } from '../canvas';
+import { SHARE_STEPS } from '../mark';
 
 /** Red, green, blue, 0 to 1. */
 export type Colour = readonly [number, number, number];
@@ -12,18 +13,10 @@ export const OUTLINES: readonly Outline[] = Object.values(palette.components).ma
 );
 
 /** The colours of a theme, as style sheets write them. */
-export interface SceneColours {
-  view: string;
-  text: string;
-  secondText: string;
+export interface SceneColours extends Colours {
   panel: string;
   controlEdge: string;
-  selection: string;
   vessel: string;
-  /** By layer. */
-  layers: readonly string[];
-  /** By step, from the least share of events. */
-  shares: readonly string[];
 }
 
 /** Read the colours that hold for an element. */
@@ -42,11 +35,6 @@ export function readSceneColours(element: Element): SceneColours {
 export function parseColour(text: string): Colour {
   const value = /^#[0-9a-f]{6}$/i.test(text) ? Number.parseInt(text.slice(1), 16) : 0;
   return [(value >> 16) / 255, ((value >> 8) & 255) / 255, (value & 255) / 255];
-}
-
-/** The step of a share, from 0. */
-export function stepOfShare(share: number): number {
-  return Math.min(Math.floor(share * SHARE_STEPS), SHARE_STEPS - 1);
 }
 
 /** How a PMT is drawn: as its layer, faded, or by the step of its share. */

@@ -1,24 +1,19 @@
-import palette from '../../../../palette.json';
-import { CLEAR_LAYER, type Choice, type Model, NO_PATH_LAYER } from '../../model/model';
+import { formatCount, formatPercent, nameInside, nameLayer } from '../../model/format';
+import { CLEAR_LAYER, type Choice, type Model } from '../../model/model';
 
-/** The name of a layer inside a sentence: "hold-down ropes". */
-export function nameLayerInside(layer: number): string {
-  if (layer === CLEAR_LAYER) return palette.clear.toLowerCase();
-  if (layer === NO_PATH_LAYER) return palette.noPath.toLowerCase();
-  const name = Object.values(palette.components)[layer]?.name ?? '';
-  // "AV pipes" keeps its capitals.
-  return /^[A-Z][a-z]/.test(name) ? name.charAt(0).toLowerCase() + name.slice(1) : name;
+function nameLayerInside(layer: number): string {
+  return layer < CLEAR_LAYER ? nameInside(layer + 1) : nameLayer(layer).toLowerCase();
 }
 
-function percent(share: number): string {
-  return Number.isNaN(share) ? 'no path' : `${(100 * share).toFixed(1)} % of events`;
+function tellShare(share: number): string {
+  return Number.isNaN(share) ? 'no path' : `${formatPercent(share)} of events`;
 }
 
 /** What a label says of a PMT: "PMT 4512 · hold-down ropes". */
 export function labelChoice(model: Model, choice: Choice): string {
   const name = model.page.text.pmtNames[choice.pmt] ?? '';
   if (model.state.event === 'all') {
-    return `PMT ${name} · ${percent(model.shares()[choice.pmt] ?? Number.NaN)}`;
+    return `PMT ${name} · ${tellShare(model.shares()[choice.pmt] ?? Number.NaN)}`;
   }
   const light = choice.reflected ? ', reflected light' : '';
   return `PMT ${name}${light} · ${nameLayerInside(model.layerOf(choice))}`;
@@ -31,8 +26,7 @@ export function nameScene(model: Model): string {
   const what =
     event === 'all' ? 'all events' : `event ${model.page.text.eventNames[event] ?? ''}`;
   const of = event === 'all' ? 'light paths' : 'PMTs with a light path';
-  const counts = [shadowed, withPath].map((count) => count.toLocaleString('en-US'));
-  return `3D view, ${what}: ${counts[0] ?? ''} of ${counts[1] ?? ''} ${of} shadowed`;
+  return `3D view, ${what}: ${formatCount(shadowed)} of ${formatCount(withPath)} ${of} shadowed`;
 }
 
 /** What stands below the picture. */

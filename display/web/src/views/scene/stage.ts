@@ -1,3 +1,4 @@
+import { lengthOf } from '../../data/vectors';
 import { Camera, Color, LinearSRGBColorSpace, Scene, WebGLRenderer } from 'three';
 import type { Model } from '../../model/model';
 import { HardwareParts } from './hardware';
@@ -6,7 +7,6 @@ import { Marks } from './marks';
 import type { Projector } from './projector';
 import { parseColour, type SceneColours } from './sceneColours';
 import { VesselParts } from './vessel';
-import { norm } from './vectors';
 
 /** All that the graphics processor draws, and the canvas that it draws on. */
 export class Stage {
@@ -52,7 +52,7 @@ export class Stage {
   }
 
   setColours(colours: SceneColours): void {
-    this.renderer.setClearColor(new Color().setRGB(...parseColour(colours.view)));
+    this.renderer.setClearColor(new Color().setRGB(...parseColour(colours.ground)));
     this.marks.setColours(colours);
     this.vessel.setColours(colours);
     this.lightPaths.setColours(colours);
@@ -73,7 +73,7 @@ export class Stage {
     this.lightPaths.setView(focal);
     this.vessel.setView(projector);
     // From inside the vessel all hardware is around the eye: none of it is far.
-    const isInside = norm(eye) <= vesselRadius;
+    const isInside = lengthOf(eye) <= vesselRadius;
     this.hardware.setView(focal, isInside ? 1e9 : projector.centreDepth());
     this.renderer.render(this.scene, this.camera);
   }
@@ -89,7 +89,11 @@ export class Stage {
 }
 
 function makeRenderer(): WebGLRenderer {
-  const renderer = new WebGLRenderer({ antialias: true, depth: false, stencil: false });
+  const renderer = new WebGLRenderer({
+    antialias: false,
+    depth: false,
+    stencil: false,
+  });
   // Colours arrive as they are, like those of style sheets.
   renderer.outputColorSpace = LinearSRGBColorSpace;
   renderer.domElement.setAttribute('aria-hidden', 'true');

@@ -1,5 +1,6 @@
 import { BufferGeometry, Float32BufferAttribute, Group, Matrix4, Mesh } from 'three';
 import type { Page, Vec3 } from '../../data/page';
+import { lengthOf } from '../../data/vectors';
 import { circle } from './hardware';
 import { makeMaterial } from './material';
 import { ORDER } from './order';
@@ -13,7 +14,6 @@ import {
   VESSEL_LOOK,
 } from './ribbons';
 import { parseColour, type SceneColours } from './sceneColours';
-import { norm } from './vectors';
 
 const LINE_STRENGTH = 0.75;
 const FILL_STRENGTH = 0.12;
@@ -88,7 +88,7 @@ export class VesselParts {
 
   /** Where the lines of sight touch the sphere; from inside there is no outline. */
   private placeOutline(eye: Vec3): void {
-    const distance = norm(eye);
+    const distance = lengthOf(eye);
     const isOutside = distance > this.radius;
     const towards = eye.map((value) => value / distance) as unknown as Vec3;
     const [x, y, z] = towards;

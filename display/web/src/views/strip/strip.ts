@@ -1,4 +1,4 @@
-import { formatCount, formatPercent, formatShare } from '../../model/format';
+import { formatCount, formatPercent } from '../../model/format';
 import type { Model } from '../../model/model';
 import { element, setText } from '../dom';
 import { createEventList } from '../eventList';
@@ -72,7 +72,7 @@ function describeBar(model: Model, bar: Bar, at: number, bars: number): string {
   }
   const counts = event === undefined ? undefined : model.countsOfEvents()[event];
   if (event === undefined || counts === undefined) return '';
-  const share = formatShare(counts.shadowed, counts.withPath);
+  const share = formatPercent(counts.shadowed / counts.withPath);
   return `${model.page.text.eventNames[event] ?? ''} · ${share}`;
 }
 
