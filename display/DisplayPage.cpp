@@ -12,6 +12,7 @@
 #include "display/PageProgram.hpp"
 #include "display/PageRows.hpp"
 #include "display/PageText.hpp"
+#include "display/Palette.hpp"
 #include "scan/RowScan.hpp"
 
 namespace ZARN::Display {
@@ -94,7 +95,7 @@ class CountsTable {
         "in light paths:</p>\n"
         "<table>\n<tr><th>event</th><th>paths</th><th>shadowed</th>";
     for (const DU::eShadowingComponent component : DU::kShadowingComponents) {
-      html += std::string("<th>") + DU::NameOf(component) + "</th>";
+      html += "<th>" + HtmlText(GetPalette().Of(component).name) + "</th>";
     }
     html += "</tr>\n" + html_ + "</table>\n";
     if (rows_ > kMostRows) {

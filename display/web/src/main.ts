@@ -4,6 +4,7 @@ import './style/header.css';
 import './style/rail.css';
 import './style/strip.css';
 import './style/keys.css';
+import './style/scene.css';
 import './style/print.css';
 import { decodePage } from './data/decode';
 import { readPageText } from './data/readPageText';

@@ -44,7 +44,9 @@ export function formatCompact(count: number): string {
  */
 export function formatPercent(share: number): string {
   if (Number.isNaN(share)) return NONE;
-  const percent = 100 * share;
+  // The program divides last. This takes back the rounding of dividing first, which
+  // would tip shares like 36 of 8,000 that end in half a digit.
+  const percent = Number((100 * share).toPrecision(14));
   // The program rounds half a digit to the even one. Such ties are odd quarters; other
   // shares of as many pairs as a page can hold are further from them.
   const quarters = Math.round(4 * percent);

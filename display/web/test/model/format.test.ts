@@ -74,6 +74,10 @@ describe('numbers', () => {
     expect(formatPercent(count / 400)).toBe(words);
   });
 
+  it('shares round as in the program, which divides last', () => {
+    expect(formatPercent(36 / 8000)).toBe('0.5 %');
+  });
+
   it('have units, a fixed number of digits and a true minus sign', () => {
     expect(formatMetres(9190.4)).toBe('9.19 m');
     expect(formatMillimetres(67.6)).toBe('68 mm');

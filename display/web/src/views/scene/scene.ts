@@ -1,4 +1,3 @@
-import '../../style/scene.css';
 import type { Vec3 } from '../../data/page';
 import { pointAt } from '../../data/vectors';
 import type { Model, State } from '../../model/model';

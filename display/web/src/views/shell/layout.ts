@@ -96,7 +96,10 @@ export function createLayout(
     main.classList.toggle('has-strip', parts.strip !== null);
     if (shape === 'phone') {
       arrangeChildren(stage, [...parts.messages, stageView, sheetPlace]);
-      arrangeChildren(main, [tabs, stage, parts.counts, ...strip, parts.switches]);
+      const isTable = model.state.mainView === 'table';
+      const above = isTable ? [parts.counts, stage] : [stage, parts.counts];
+      arrangeChildren(main, [tabs, ...above, ...strip, parts.switches]);
+      main.classList.toggle('shows-table', isTable);
     } else {
       arrangeChildren(rail, [parts.counts, parts.switches]);
       arrangeChildren(stage, [...parts.messages, stageView, sheetPlace]);

@@ -96,9 +96,12 @@ function followPointer(
     chart.point(bar, describe(bar));
     if (isDown) choose(bar, true);
   });
-  slider.addEventListener('pointerup', (event) => {
-    if (isDown) choose(chart.barAt(event.clientX), false);
+  slider.addEventListener('pointerup', () => {
     isDown = false;
+  });
+  // Not when the pointer goes up: that closes what has just been opened over the page.
+  slider.addEventListener('click', (event) => {
+    choose(chart.barAt(event.clientX), false);
   });
   slider.addEventListener('pointercancel', () => {
     isDown = false;
