@@ -10,7 +10,7 @@
 namespace ZARN::App {
 namespace {
 
-constexpr const char* kFooter =
+constexpr const char* kCheckFooter =
     "PATHS has these columns, in any order:\n"
     "  type                 name of the path type, e.g. AV->Water, or in ROOT "
     "its\n"
@@ -66,7 +66,7 @@ void AddCheckOptions(CLI::App& command, CheckOptions& options) {
                    "Refuse a path whose type name is unknown");
   command.add_flag("--debug", options.debug,
                    "Show the calculator's diagnostics on standard error");
-  command.footer(kFooter);
+  command.footer(kCheckFooter);
 }
 
 void RequireConsistent(const CheckOptions& options) {

@@ -13,7 +13,7 @@
 namespace ZARN::App {
 namespace {
 
-constexpr const char* kFooter =
+constexpr const char* kExplainFooter =
     "The light path is given in one of three ways:\n"
     "  --at, --to           from one position to another\n"
     "  --events, --event, --pmts, --pmt\n"
@@ -99,7 +99,7 @@ void AddExplainOptions(CLI::App& command, ExplainOptions& options) {
   command.add_flag("--reflections", options.isReflected,
                    "Explain the light reflected at the vessel");
   command.add_flag("--json", options.writesJson, "Write JSON instead of text");
-  command.footer(kFooter);
+  command.footer(kExplainFooter);
 }
 
 void RequireConsistent(const ExplainOptions& options) {

@@ -20,7 +20,7 @@
 namespace ZARN::App {
 namespace {
 
-constexpr const char* kFooter =
+constexpr const char* kMapFooter =
     "The map shows all directions from the centre of the detector, or with\n"
     "--view event from the event, in equal areas (Mollweide). Azimuth 0 is in\n"
     "the middle and azimuth grows to the left, as seen from inside.\n"
@@ -288,7 +288,7 @@ void AddMapOptions(CLI::App& command, MapOptions& options) {
   AddWavelengthOption(command, options.wavelength);
   AddComparison(command, options);
   AddPicture(command, options);
-  command.footer(kFooter);
+  command.footer(kMapFooter);
 }
 
 void RequireConsistent(const MapOptions& options) {

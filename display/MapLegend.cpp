@@ -8,7 +8,7 @@
 namespace ZARN::Display {
 namespace {
 
-constexpr double kRow = 27.0;
+constexpr double kLegendRow = 27.0;
 constexpr double kColumn = 262.0;
 constexpr double kNameX = 24.0;
 constexpr double kPercentX = 243.0;  // where percents end
@@ -245,7 +245,7 @@ Group DrawLegend(const MapScene& scene) {
   for (std::size_t i = 0; i < entries.size(); ++i) {
     const std::size_t column = i / rows;
     at = {legend.x + kColumn * static_cast<double>(column),
-          y + kRow * static_cast<double>(i % rows)};
+          y + kLegendRow * static_cast<double>(i % rows)};
     AddEntry(scene, entries[i], at, group);
   }
   // Below "No path". On a comparison the ninth entry has this place, and the
@@ -254,13 +254,14 @@ Group DrawLegend(const MapScene& scene) {
     group.items.emplace_back(
         Text{scene.ruler.Shorten("(" + ReasonsOf(scene.content) + ")",
                                  kNoteFont, kPercentX - kNameX),
-             {at.x + kNameX, at.y + kRow},
+             {at.x + kNameX, at.y + kLegendRow},
              kNoteFont,
              scene.theme.secondText,
              eAnchor::kStart,
              std::nullopt});
   }
-  const double end = y + kRow * static_cast<double>(isBeside ? rows + 1 : rows);
+  const double end =
+      y + kLegendRow * static_cast<double>(isBeside ? rows + 1 : rows);
   AddLines(scene,
            scene.ruler.Wrap(FootnoteOf(scene.content), kNoteFont, legend.width,
                             isBeside ? 4 : 2),

@@ -3,10 +3,14 @@
 #include <algorithm>
 #include <cmath>
 
+#include "du/geometry/Constants.hpp"
+
 namespace ZARN::Display {
+
+using DU::kPi;
+
 namespace {
 
-constexpr double kPi = 3.14159265358979323846;
 constexpr double kSwatch = 16.0;      // side of the square of an area
 constexpr double kSwatchMark = 12.0;  // size of a mark in a legend
 constexpr double kHatchWidth = 0.8;

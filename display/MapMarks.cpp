@@ -5,11 +5,14 @@
 
 #include "display/MapScene.hpp"
 #include "display/MapWords.hpp"
+#include "du/geometry/Constants.hpp"
 
 namespace ZARN::Display {
+
+using DU::kPi;
+
 namespace {
 
-constexpr double kPi = 3.14159265358979323846;
 constexpr double kRadiansPerDegree = kPi / 180.0;
 constexpr int kPointsOfLine = 72;
 

@@ -3,10 +3,13 @@
 #include <algorithm>
 #include <cmath>
 
-namespace ZARN::Display {
-namespace {
+#include "du/geometry/Constants.hpp"
 
-constexpr double kPi = 3.14159265358979323846;
+namespace ZARN::Display {
+
+using DU::kPi;
+
+namespace {
 
 // Solve psi - sin(psi) = k for psi from 0 to pi. The difference vanishes like
 // psi^3 / 6 at a pole, where it is computed from its series.

@@ -1,6 +1,7 @@
 """Reads the ROOT files that the command writes, and writes some for it to read, with a
 Python that has ROOT."""
 
+import atexit
 import functools
 import json
 import os
@@ -9,66 +10,87 @@ import subprocess
 import sys
 import unittest
 
-SCRIPT = """
-import json, sys
-import ROOT
-reader = ROOT.RNTupleReader.Open(sys.argv[1], sys.argv[2])
-entry = reader.CreateEntry()
-fields = [str(field.GetFieldName()) for field in reader.GetDescriptor().GetTopLevelFields()]
-rows = []
-for number in range(reader.GetNEntries()):
-    reader.LoadEntry(number, entry)
-    values = [entry[field] for field in fields]
-    rows.append([v if isinstance(v, (int, float)) else str(v) for v in values])
-print(json.dumps({"fields": fields, "rows": rows,
-                  "description": str(reader.GetDescriptor().GetDescription())}))
-"""
-
-
-WRITER = """
-import csv, json, sys
+# Answers a line of JSON with another one, until its input ends. ROOT prints on standard
+# output, too: answers have their own copy of it.
+SERVER = """
+import csv, json, os, sys, traceback
+answers = os.fdopen(os.dup(1), "w")
+os.dup2(2, 1)
 import numpy
 import ROOT
-for job in json.load(sys.stdin):
-    header, *rows = csv.reader(open(job["csv"], newline=""))
-    numbers, texts = {}, {}
-    for name, cells in zip(header, zip(*rows)):
-        if name in job["texts"]:
-            texts[name] = ROOT.std.vector["std::string"](cells)
-        else:
-            numbers[name] = numpy.array([float(cell or 0) for cell in cells]).astype(
-                job["integers"].get(name, job["coordinates"]))
-    frame = ROOT.RDF.FromNumpy(numbers)
-    for name, cells in texts.items():
-        frame = frame.Define(name, f"(*reinterpret_cast<std::vector<std::string>*>("
-                                   f"{ROOT.addressof(cells)}))[rdfentry_]")
-    options = ROOT.RDF.RSnapshotOptions()
-    options.fMode = job["mode"]
-    options.fOutputFormat = getattr(ROOT.RDF.ESnapshotOutputFormat, "k" + job["format"])
-    frame.Snapshot(job["tree"], job["file"], header, options)
+
+def read(name, file):
+    reader = ROOT.RNTupleReader.Open(name, file)
+    entry = reader.CreateEntry()
+    fields = [str(field.GetFieldName()) for field in reader.GetDescriptor().GetTopLevelFields()]
+    rows = []
+    for number in range(reader.GetNEntries()):
+        reader.LoadEntry(number, entry)
+        values = [entry[field] for field in fields]
+        rows.append([v if isinstance(v, (int, float)) else str(v) for v in values])
+    return {"fields": fields, "rows": rows,
+            "description": str(reader.GetDescriptor().GetDescription())}
+
+def write(jobs):
+    for job in jobs:
+        header, *rows = csv.reader(open(job["csv"], newline=""))
+        numbers, texts = {}, {}
+        for name, cells in zip(header, zip(*rows)):
+            if name in job["texts"]:
+                texts[name] = ROOT.std.vector["std::string"](cells)
+            else:
+                numbers[name] = numpy.array([float(cell or 0) for cell in cells]).astype(
+                    job["integers"].get(name, job["coordinates"]))
+        frame = ROOT.RDF.FromNumpy(numbers)
+        for name, cells in texts.items():
+            frame = frame.Define(name, f"(*reinterpret_cast<std::vector<std::string>*>("
+                                       f"{ROOT.addressof(cells)}))[rdfentry_]")
+        options = ROOT.RDF.RSnapshotOptions()
+        options.fMode = job["mode"]
+        options.fOutputFormat = getattr(ROOT.RDF.ESnapshotOutputFormat, "k" + job["format"])
+        frame.Snapshot(job["tree"], job["file"], header, options)
+
+print("ready", file=answers, flush=True)
+for line in sys.stdin:
+    name, *arguments = json.loads(line)
+    try:
+        answer = {"result": {"read": read, "write": write}[name](*arguments)}
+    except Exception:
+        answer = {"error": traceback.format_exc()}
+    print(json.dumps(answer), file=answers, flush=True)
 """
 
 
 @functools.lru_cache()
-def python_with_root():
-    """The first Python that has ROOT, or None. script/setup installs ROOT into .venv."""
+def server():
+    """A Python that has ROOT, or None. script/setup installs ROOT into .venv. It serves
+    all cases of a test program, because ROOT takes a second to start."""
     venv = pathlib.Path(os.environ["ZARN_SOURCE_DIR"], ".venv", "bin", "python")
     for python in (venv, pathlib.Path(sys.executable)):
-        if python.exists() and subprocess.run([python, "-W", "ignore", "-c", "import ROOT"],
-                                              capture_output=True).returncode == 0:
-            return python
+        if python.exists():
+            process = subprocess.Popen([python, "-W", "ignore", "-c", SERVER], text=True,
+                                       stdin=subprocess.PIPE, stdout=subprocess.PIPE)
+            atexit.register(process.communicate)
+            if process.stdout.readline() == "ready\n":
+                return process
     return None
+
+
+def ask_root(name, *arguments):
+    if server() is None:
+        raise unittest.SkipTest("no Python with ROOT")
+    print(json.dumps([name, *arguments]), file=server().stdin, flush=True)
+    answer = json.loads(server().stdout.readline())
+    if "error" in answer:
+        raise RuntimeError(answer["error"])
+    return answer["result"]
 
 
 class NTuple:
     """The content of an RNTuple; numbers are int or float, all else is text."""
 
     def __init__(self, name, file):
-        if python_with_root() is None:
-            raise unittest.SkipTest("no Python with ROOT")
-        done = subprocess.run([python_with_root(), "-W", "ignore", "-c", SCRIPT, name, str(file)],
-                              capture_output=True, text=True, check=True)
-        content = json.loads(done.stdout.splitlines()[-1])
+        content = ask_root("read", name, str(file))
         self.fields = content["fields"]
         self.rows = content["rows"]
         self.origin = json.loads(content["description"])
@@ -86,10 +108,5 @@ def root_job(table, file, form="TTree", tree="paths", coordinates="float64", tex
 
 
 def write_root(*jobs):
-    """Write ROOT files, all in one process: ROOT takes a second to start."""
-    if python_with_root() is None:
-        raise unittest.SkipTest("no Python with ROOT")
-    done = subprocess.run([python_with_root(), "-W", "ignore", "-c", WRITER],
-                          input=json.dumps(jobs), capture_output=True, text=True)
-    if done.returncode != 0:
-        raise RuntimeError(done.stderr[-3000:])
+    """Write ROOT files."""
+    ask_root("write", jobs)

@@ -14,7 +14,7 @@
 namespace ZARN::IO {
 namespace {
 
-class CodeNTupleTest : public Testing::InFolder {};
+class CodeNTupleTest : public ::ZARN::Testing::InFolder {};
 
 const Origin kOrigin = {
     "zarn-shadow-cluster", "1.2.3", 7, 150.5, 420.0, "ab12"};

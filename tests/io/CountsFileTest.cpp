@@ -16,7 +16,7 @@ namespace {
 
 using DU::eShadowingComponent;
 
-class CountsFileTest : public Testing::InFolder {
+class CountsFileTest : public ::ZARN::Testing::InFolder {
  protected:
   static NamedPosition Named(const std::string& name) {
     return {name, CsvCell(name), {}};

@@ -20,7 +20,7 @@ std::string TextOf(const CsvBlock& block) {
   return {block.bytes.data() + block.begin, block.end - block.begin};
 }
 
-class CsvBlocksTest : public Testing::InFolder {
+class CsvBlocksTest : public ::ZARN::Testing::InFolder {
  protected:
   static Texts Cut(const std::string& text, std::size_t blockSize) {
     Put("table.csv", text);

@@ -17,7 +17,7 @@ namespace {
 
 using Rows = std::vector<std::vector<std::string>>;
 
-class CsvTableTest : public Testing::InFolder {
+class CsvTableTest : public ::ZARN::Testing::InFolder {
  protected:
   CsvTable& Open(const std::string& text,
                  std::size_t blockSize = CsvBlocks::kBlockSize) {

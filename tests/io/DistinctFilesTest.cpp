@@ -12,7 +12,7 @@
 namespace ZARN::IO {
 namespace {
 
-class DistinctFilesTest : public Testing::InFolder {
+class DistinctFilesTest : public ::ZARN::Testing::InFolder {
  protected:
   static std::string ErrorText(const std::vector<std::string>& inputs,
                                const std::vector<std::string>& outputs) {

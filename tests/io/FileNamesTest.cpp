@@ -14,7 +14,7 @@ namespace {
 
 namespace fs = std::filesystem;
 
-class FileNamesTest : public Testing::InFolder {};
+class FileNamesTest : public ::ZARN::Testing::InFolder {};
 
 TEST_F(FileNamesTest, FindsTheDescriptorThatANameRefersTo) {
   fs::create_symlink("/dev/stdout", "link");

@@ -13,7 +13,7 @@
 namespace ZARN::IO {
 namespace {
 
-class LightPathNTupleTest : public Testing::InFolder {
+class LightPathNTupleTest : public ::ZARN::Testing::InFolder {
  protected:
   static DU::LightPath PathInWater() {
     DU::LightPath path;

@@ -11,7 +11,7 @@
 namespace ZARN::IO {
 namespace {
 
-class LightPathTextTest : public Testing::InFolder {};
+class LightPathTextTest : public ::ZARN::Testing::InFolder {};
 
 /// A path of different numbers that have no exact decimal form.
 DU::LightPath Path(DU::eLightPathType type) {

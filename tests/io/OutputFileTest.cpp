@@ -20,7 +20,7 @@ namespace {
 
 namespace fs = std::filesystem;
 
-class OutputFileTest : public Testing::InFolder {
+class OutputFileTest : public ::ZARN::Testing::InFolder {
  protected:
   static void WriteWhole(const std::string& path, const std::string& text) {
     OutputFile file(path);

@@ -15,7 +15,7 @@
 namespace ZARN::IO {
 namespace {
 
-class PathVerdictNTupleTest : public Testing::InFolder {
+class PathVerdictNTupleTest : public ::ZARN::Testing::InFolder {
  protected:
   const Origin origin_ = {"zarn-shadow", "1.2.3", 7, 150.5, {}, "ab12"};
 };

@@ -15,7 +15,7 @@
 namespace ZARN::IO {
 namespace {
 
-class PositionReaderTest : public Testing::InFolder {
+class PositionReaderTest : public ::ZARN::Testing::InFolder {
  protected:
   static std::vector<NamedPosition> Read(const std::string& text) {
     Put("pmts.csv", text);

@@ -13,7 +13,7 @@
 namespace ZARN::IO {
 namespace {
 
-class SidecarTest : public Testing::InFolder {
+class SidecarTest : public ::ZARN::Testing::InFolder {
  protected:
   const Origin origin_ = {"zarn-shadow", "1.2.3", 7, 150.5, 420.0, "ab12"};
 };

@@ -10,7 +10,7 @@
 namespace ZARN::IO {
 namespace {
 
-class ToleranceTableTest : public Testing::InFolder {
+class ToleranceTableTest : public ::ZARN::Testing::InFolder {
  protected:
   void Fill(const std::string& name) const {
     ToleranceTable table(name, origin_);

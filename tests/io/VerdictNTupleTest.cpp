@@ -17,7 +17,7 @@ namespace {
 
 using DU::eVerdict;
 
-class VerdictNTupleTest : public Testing::InFolder {};
+class VerdictNTupleTest : public ::ZARN::Testing::InFolder {};
 
 const Origin kOrigin = {"zarn-shadow", "1.2.3", 7, 150.5, 420.0, "ab12"};
 const DU::LightPathCalculator kNoLightPath;

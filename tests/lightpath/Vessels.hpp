@@ -13,12 +13,13 @@
 #include "lightpath/ConcentricMedia.hpp"
 #include "lightpath/LightPathCalculator.hpp"
 #include "tests/property/Random.hpp"
+#include "tests/reference/PlainConstants.hpp"
 #include "tests/support/Tables.hpp"
 
 /// Vessels for the tests of light paths.
 namespace ZARN::Testing {
 
-inline constexpr double kPi = 3.141592653589793;
+using Reference::kPi;
 
 struct Vessel {
   std::string Name;

@@ -9,12 +9,14 @@
 #include <vector>
 
 #include "tests/property/DamagedTables.hpp"
+#include "tests/reference/PlainConstants.hpp"
 
 namespace ZARN::Testing {
 
+using Reference::kPi;
+
 namespace {
 
-constexpr double kPi = 3.141592653589793;
 constexpr std::array kPipes = {"av_pipe-1",   "av_pipe-2",    "av_pipe-3",
                                "av_pipe-4",   "av_pipe-labs", "av_pipe-6",
                                "av_pipe-labr"};
