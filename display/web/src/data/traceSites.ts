@@ -7,8 +7,14 @@ export interface Sites {
   media: Medium[];
 }
 
-/** As in the program: errors of sums of products of coordinates. */
+/** Errors of sums of products of coordinates, as the program has them. */
 const ROUNDING = 4 * Number.EPSILON;
+
+/**
+ * Up to this sine of the angle between them, event, PMT and centre are on one line:
+ * `kInLine` of the program's own trace, display/PathTrace.hpp.
+ */
+const IN_LINE = 1e-12;
 
 /** So close to the centre, mm, the direction of the event does not matter. */
 const AT_CENTRE = 1e-100;
@@ -35,7 +41,7 @@ function planeOf(event: Vec3, pmt: Vec3): Plane {
   const out = scale(event, 1 / eventRadius);
   const normal = cross(out, toPMT);
   const isOnOneSide = dot(out, toPMT) > 0;
-  if (lengthOf(normal) <= ROUNDING) {
+  if (lengthOf(normal) <= IN_LINE) {
     // The path is along the line through the PMT, as the program has it.
     const line = isOnOneSide ? toPMT : scale(toPMT, -1);
     return { out: line, across: none, isLine: true, isOnOneSide };

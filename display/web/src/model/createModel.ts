@@ -214,9 +214,8 @@ class PageModel implements Model {
   }
 
   private matches(): Matches {
-    const { query, event } = this.state;
-    // Only a search by shares depends on the layers.
-    const layers = /share/i.test(query) ? this.state.layers : null;
+    // Shares are of the components that are shown.
+    const { query, event, layers } = this.state;
     return this.keptMatches.of([query, event, layers], () =>
       this.search.find(query, event),
     );

@@ -44,7 +44,9 @@ export function formatCompact(count: number): string {
  */
 export function formatPercent(share: number): string {
   if (Number.isNaN(share)) return NONE;
-  const percent = 100 * share;
+  // The program divides last. This takes back the rounding of dividing first, which
+  // would tip shares like 36 of 8,000 that end in half a digit.
+  const percent = Number((100 * share).toPrecision(14));
   // The program rounds half a digit to the even one. Such ties are odd quarters; other
   // shares of as many pairs as a page can hold are further from them.
   const quarters = Math.round(4 * percent);
@@ -197,6 +199,6 @@ export function describeChoice(model: Model, choice: Choice): string {
   const verdict = tellVerdict(model.verdictOf(choice));
   parts.push(verdict.charAt(0).toLowerCase() + verdict.slice(1));
   const path = model.pathOf(choice);
-  if (path) parts.push(`${formatMetres(path.length)} metres`);
+  if (path) parts.push(`${formatNumber(path.length / 1000, 2)} metres`);
   return parts.join(', ');
 }

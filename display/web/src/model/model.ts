@@ -92,8 +92,8 @@ export interface Model {
   subscribe(listener: (changed: ReadonlySet<keyof State>) => void): void;
   /**
    * Change what is chosen. What depends on it follows: a reflected row that the new
-   * event does not have becomes the direct one, and the order of the table one that
-   * it can have.
+   * event does not have becomes the direct one, and the table gets its usual order
+   * when it changes between one event and all.
    */
   change(part: Partial<State>): void;
 

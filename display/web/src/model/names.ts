@@ -4,7 +4,8 @@ const collator = new Intl.Collator('en', { numeric: true });
 /** By name: its place in natural order, equal names in the order given. */
 export function rankNames(names: readonly string[]): Uint32Array {
   const order = names.map((_, i) => i);
-  order.sort((a, b) => collator.compare(names[a] ?? '', names[b] ?? '') || a - b);
+  // Sorting is stable: equal names keep their order.
+  order.sort((a, b) => collator.compare(names[a] ?? '', names[b] ?? ''));
   const ranks = new Uint32Array(names.length);
   order.forEach((name, rank) => {
     ranks[name] = rank;

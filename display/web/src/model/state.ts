@@ -36,13 +36,12 @@ export function settle(page: Page, next: State, previous: State): Partial<State>
   }
   if (event === previous.event) return {};
   const isOfAll = event === 'all';
-  const { column } = next.sort;
-  // Shares are of all events, and everything else but the name of one.
-  const fits = column === 'pmt' || (column === 'share') === isOfAll;
+  const isOtherTable = isOfAll !== (previous.event === 'all');
+  const isSorted = next.sort !== previous.sort;
   return {
     selected: fit(page, event, next.selected),
     hovered: fit(page, event, next.hovered),
-    sort: fits ? next.sort : isOfAll ? BY_SHARE : BY_NAME,
+    sort: !isOtherTable || isSorted ? next.sort : isOfAll ? BY_SHARE : BY_NAME,
   };
 }
 

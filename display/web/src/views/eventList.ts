@@ -1,4 +1,4 @@
-import { formatCount, formatShare } from '../model/format';
+import { formatCount, formatPercent } from '../model/format';
 import type { Model, State } from '../model/model';
 import { element } from './dom';
 
@@ -45,7 +45,7 @@ export function createEventList(
   const percentOf = (event: EventChoice): string => {
     if (event === 'all') return '';
     const counts = model.countsOfEvents()[event];
-    return counts === undefined ? '' : formatShare(counts.shadowed, counts.withPath);
+    return counts === undefined ? '' : formatPercent(counts.shadowed / counts.withPath);
   };
 
   const makeRow = (event: EventChoice, at: number): HTMLElement => {

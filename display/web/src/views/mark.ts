@@ -13,7 +13,7 @@ const OUTLINES: readonly Outline[] = Object.values(palette.components).map(
 const CLEAR_DOT = palette.sizes.clear / palette.sizes.shape;
 const NO_PATH_RING = 0.78;
 
-/** Of a mark beside words, CSS pixels. */
+/** Of a mark beside words, CSS pixels at the usual size of text. */
 const MARK_SIZE = 12;
 const MARK_BOX = 14;
 const OUTLINE_WIDTH = 1.3;
@@ -96,8 +96,9 @@ export function createMark(layer: number): SVGSVGElement {
     {
       class: 'mark',
       'aria-hidden': 'true',
-      width: MARK_BOX,
-      height: MARK_BOX,
+      // In proportion to text.
+      width: `${MARK_BOX / 16}rem`,
+      height: `${MARK_BOX / 16}rem`,
       viewBox: `${-half} ${-half} ${MARK_BOX} ${MARK_BOX}`,
     },
     svgElement('path'),

@@ -1,3 +1,5 @@
+import { nameInside, nameLayer } from '../model/format';
+import { CLEAR_LAYER } from '../model/model';
 import { element } from './dom';
 
 /** A name from a file, kept apart from the writing direction of what is around it. */
@@ -20,4 +22,9 @@ export function makeButton(
   const button = element('button', { type: 'button', class: className }, label);
   button.addEventListener('click', onClick);
   return button;
+}
+
+/** The name of a layer within a sentence: "hold-down ropes", "AV pipes", "no path". */
+export function nameLayerInside(layer: number): string {
+  return layer < CLEAR_LAYER ? nameInside(layer + 1) : nameLayer(layer).toLowerCase();
 }

@@ -39,7 +39,7 @@ class Card implements CardView {
     actions: CardActions,
   ) {
     const close = makeButton('card-close', '', () => {
-      this.close();
+      model.select(null);
     });
     close.ariaLabel = 'Close';
     close.append(drawIcon('close'));
@@ -61,18 +61,30 @@ class Card implements CardView {
 
   private update(): void {
     const { selected, event } = this.model.state;
+    const hadFocus = this.box.contains(document.activeElement);
     this.hint.hidden = selected !== null || event === 'all';
     this.box.hidden = selected === null;
     this.copy.reset();
-    if (selected === null) return;
-    if (!this.box.contains(document.activeElement))
-      this.before = document.activeElement;
+    if (selected === null) {
+      if (hadFocus) this.giveFocusBack();
+      return;
+    }
+    if (!hadFocus) this.before = document.activeElement;
+    this.show(selected);
+    // The button of the other light has gone, and another one has come.
+    if (hadFocus && !this.box.contains(document.activeElement)) {
+      this.content.querySelector('button')?.focus();
+    }
+  }
+
+  private show(selected: Choice): void {
     const name = this.model.page.text.pmtNames[selected.pmt] ?? '';
     this.name.replaceChildren('PMT ', isolateName(name));
     this.name.title = name;
     this.content.replaceChildren(...this.drawContent(selected));
     const hasVerdict =
-      event !== 'all' && this.model.layerOf(selected) !== NO_PATH_LAYER;
+      this.model.state.event !== 'all' &&
+      this.model.layerOf(selected) !== NO_PATH_LAYER;
     this.copy.button.hidden = !hasVerdict;
     this.look.hidden =
       !hasVerdict || !this.model.state.has3D || this.model.pathOf(selected) === null;
@@ -83,12 +95,9 @@ class Card implements CardView {
     if (this.model.state.event === 'all') {
       return [drawShareBlock(this.model, selected.pmt)];
     }
-    const blocks = [drawLightBlock(this.model, selected)];
-    if (this.model.page.text.hasReflections) {
-      const other = { pmt: selected.pmt, reflected: !selected.reflected };
-      blocks.push(drawOtherLight(this.model, other));
-    }
-    return blocks;
+    const other = drawOtherLight(this.model, selected);
+    const light = drawLightBlock(this.model, selected);
+    return other === null ? [light] : [light, other];
   }
 
   private writeRow(): string {
@@ -96,9 +105,8 @@ class Card implements CardView {
     return selected === null ? '' : writeRow(this.model, selected);
   }
 
-  private close(): void {
-    const before = this.before;
-    this.model.select(null);
+  private giveFocusBack(): void {
+    const { before } = this;
     if (before instanceof HTMLElement && before.isConnected) {
       before.focus({ preventScroll: true });
     }

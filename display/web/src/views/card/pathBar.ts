@@ -33,8 +33,7 @@ export function listSegments(path: LightPath): PathSegment[] {
 
 /** Name a segment and its length: "Liquid 6.40 m", "Wall 68 mm". */
 export function tellSegment({ medium, length }: PathSegment): string {
-  const amount =
-    medium === 1 ? `${formatMillimetres(length)} mm` : `${formatMetres(length)} m`;
+  const amount = medium === 1 ? formatMillimetres(length) : formatMetres(length);
   return `${MEDIUM_NAMES[medium]} ${amount}`;
 }
 

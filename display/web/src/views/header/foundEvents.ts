@@ -1,4 +1,4 @@
-import { formatCount, formatShare } from '../../model/format';
+import { formatCount, formatPercent } from '../../model/format';
 import type { Model } from '../../model/model';
 import { element, setText } from '../dom';
 
@@ -23,7 +23,7 @@ export function createFoundEvents(model: Model, onChoose: () => void): FoundEven
 
   const makeItem = (event: number): HTMLElement => {
     const counts = model.countsOfEvents()[event];
-    const share = counts ? formatShare(counts.shadowed, counts.withPath) : '';
+    const share = counts ? formatPercent(counts.shadowed / counts.withPath) : '';
     const button = element(
       'button',
       { type: 'button', class: 'found-event' },

@@ -28,7 +28,8 @@ export function listShortcuts(model: Model, actions: ViewActions): Shortcut[] {
   };
   const only = (labels: readonly string[], layers: string, from: number): Shortcut => ({
     keys: labels,
-    labels: labels.length > 2 ? [labels[0] ?? '', labels.at(-1) ?? ''] : labels,
+    labels:
+      labels.length > 2 ? [`${labels[0] ?? ''} … ${labels.at(-1) ?? ''}`] : labels,
     does: layers,
     run(key) {
       model.isolate(from + labels.indexOf(key));
@@ -56,9 +57,12 @@ export function listShortcuts(model: Model, actions: ViewActions): Shortcut[] {
     }),
     handled(['↑', '↓', '←', '→'], 'By focus: turn the view, next PMT, row, event'),
     handled(['Enter'], 'Select'),
-    key(['Escape'], 'Let go', () => {
-      model.select(null);
-    }),
+    {
+      ...key(['Escape'], 'Let go', () => {
+        model.select(null);
+      }),
+      labels: ['Esc'],
+    },
     only(['1', '2', '3', '4', '5', '6'], 'Only this component; again: all', 0),
     only(['7'], 'Only clear', CLEAR_LAYER),
     only(['8'], 'Only no path', NO_PATH_LAYER),

@@ -1,5 +1,5 @@
 import type { Vec3 } from '../../data/page';
-import { NO_PATH_LAYER, type Model } from '../../model/model';
+import { type Choice, type Model, NO_PATH_LAYER } from '../../model/model';
 import type { Colours } from '../canvas';
 import { addDot, addMark, ringWidth, stepOfShare } from '../mark';
 import { addLine } from './drawMarks';
@@ -102,7 +102,7 @@ export function drawEvent(
 export function drawChoice(
   context: CanvasRenderingContext2D,
   model: Model,
-  pmt: number,
+  choice: Choice,
   place: [number, number],
   colours: Colours,
   isSelected: boolean,
@@ -110,7 +110,8 @@ export function drawChoice(
   const radius = isSelected ? SELECTED_RADIUS : HOVERED_RADIUS;
   drawRing(context, colours, place, radius, isSelected ? 2 : 1.5);
   const size = MARK_IN_RING * radius;
-  const share = model.state.event === 'all' ? (model.shares()[pmt] ?? NaN) : null;
+  const share =
+    model.state.event === 'all' ? (model.shares()[choice.pmt] ?? NaN) : null;
   context.beginPath();
   if (share !== null && !Number.isNaN(share)) {
     addDot(context, ...place, size);
@@ -118,8 +119,7 @@ export function drawChoice(
     context.fill();
     return;
   }
-  const layer =
-    share === null ? model.layerOf({ pmt, reflected: false }) : NO_PATH_LAYER;
+  const layer = share === null ? model.layerOf(choice) : NO_PATH_LAYER;
   addMark(context, layer, ...place, size);
   context.fillStyle = colours.layers[layer] ?? '';
   context.strokeStyle = colours.noPath;

@@ -1,9 +1,9 @@
 import type { Choice, Model } from '../../model/model';
-import { formatCount, formatPercent, nameLayer } from '../../model/format';
+import { formatCount, formatPercent } from '../../model/format';
 
 import { element } from '../dom';
 import { SHARE_STEPS, shareProperty } from '../mark';
-import { isolateName, makeButton } from '../text';
+import { isolateName, makeButton, nameLayerInside } from '../text';
 import type { MapLayout } from './layout';
 
 /** The elements of the map. */
@@ -37,6 +37,10 @@ function describeMap(model: Model): string {
   return `Sky map of event ${eventNames[event] ?? ''}: ${counts}`;
 }
 
+function tellShare(share: number): string {
+  return Number.isNaN(share) ? 'no path' : `${formatPercent(share)} of events`;
+}
+
 /** The scale of shares, under the map of all events. */
 function createShareLegend(): HTMLElement {
   const steps = Array.from({ length: SHARE_STEPS }, (_, step) => {
@@ -60,6 +64,9 @@ function createCanvas(): HTMLCanvasElement {
 }
 
 const EDGE_CAPTION = 'Dashed: the part that the 3D view shows.';
+/** Of the button: after its key, and without it. */
+const SWAP = ['enlarges', 'Enlarge'] as const;
+const SWAP_BACK = ['back to 3D', 'Back to 3D'] as const;
 const LARGE_CAPTION = [
   'Each mark is one PMT, at its direction from the detector centre.',
   'Seen from inside: azimuth grows to the left. Equal areas.',
@@ -125,7 +132,8 @@ class Frame implements MapFrame {
     this.element.classList.toggle('map-large', isLarge);
     this.header.hidden = isLarge && !has3D;
     this.key.hidden = !hasShortcuts;
-    this.swapText.textContent = isLarge ? 'back to 3D' : 'enlarges';
+    const [afterKey, alone] = isLarge ? SWAP_BACK : SWAP;
+    this.swapText.textContent = hasShortcuts ? afterKey : alone;
     this.edge.hidden = !hasEdge || (event === 'all' && !isLarge);
     this.shares.hidden = event !== 'all';
     this.caption.hidden = !isLarge;
@@ -139,13 +147,14 @@ class Frame implements MapFrame {
   ): void {
     this.name.hidden = choice === null || place === null;
     if (choice === null || place === null) return;
-    const { pmt } = choice;
+    const { pmt, reflected } = choice;
     const name = isolateName(this.model.page.text.pmtNames[pmt] ?? '');
+    const light = reflected ? ', reflected light' : '';
     const what =
       this.model.state.event === 'all'
-        ? formatPercent(this.model.shares()[pmt] ?? NaN)
-        : nameLayer(this.model.layerOf({ pmt, reflected: false }));
-    this.name.replaceChildren('PMT ', name, ` · ${what}`);
+        ? tellShare(this.model.shares()[pmt] ?? NaN)
+        : nameLayerInside(this.model.layerOf(choice));
+    this.name.replaceChildren('PMT ', name, `${light} · ${what}`);
     const isLeft = place[0] > layout.width / 2;
     const isLow = place[1] > layout.height / 2;
     this.name.classList.toggle('map-name-left', isLeft);

@@ -22,6 +22,15 @@ const STEPS: Readonly<Record<string, readonly [number, number]>> = {
 /** What changes the PMTs that are drawn; all else only what lies over them. */
 const CHANGES_PMTS: readonly (keyof State)[] = ['event', 'layers', 'query'];
 
+/** What changes the words around the map, and its size. */
+const CHANGES_FRAME: readonly (keyof State)[] = [
+  'event',
+  'mainView',
+  'has3D',
+  'hasShortcuts',
+  'switches',
+];
+
 /** The sky map. */
 export interface MapView {
   readonly element: HTMLElement;
@@ -35,6 +44,13 @@ export interface MapView {
   setSeenDirection(direction: Vec3 | null, cosine?: number): void;
 }
 
+/** Where a pointer is on the canvas. */
+interface Pointer {
+  type: string;
+  x: number;
+  y: number;
+}
+
 class MapCanvas {
   private readonly points: Float64Array;
   private layout: MapLayout;
@@ -45,7 +61,7 @@ class MapCanvas {
   private readonly redrawChoices = onNextFrame(() => {
     this.drawChoices();
   });
-  private pointer: { type: string; x: number; y: number } | null = null;
+  private pointer: Pointer | null = null;
 
   constructor(
     private readonly model: Model,
@@ -116,7 +132,7 @@ class MapCanvas {
       const place = this.placeOf(choice.pmt);
       if (place === null) continue;
       const isSelected = choice === selected;
-      drawChoice(context, this.model, choice.pmt, place, colours, isSelected);
+      drawChoice(context, this.model, choice, place, colours, isSelected);
     }
     this.frame.showName(hovered, hovered && this.placeOf(hovered.pmt), this.layout);
   }
@@ -143,7 +159,7 @@ class MapCanvas {
     });
     picture.addEventListener('pointermove', (event) => {
       if (event.pointerType === 'touch') return;
-      this.pointer = this.pointerOf(event, event.pointerType);
+      this.pointer = this.pointerOf(event);
       pickAtPointer();
     });
     picture.addEventListener('pointerleave', (event) => {
@@ -151,29 +167,34 @@ class MapCanvas {
       this.pointer = null;
       this.model.hover(null);
     });
-    // Not every browser's click says what made it.
-    let type = '';
+    // A click is in whole pixels, and not in every browser tells what made it.
+    let pressed: Pointer = { type: '', x: NaN, y: NaN };
     picture.addEventListener('pointerdown', (event) => {
-      type = event.pointerType;
+      pressed = this.pointerOf(event);
     });
-    picture.addEventListener('click', (event) => {
-      const pmt = this.pickAt(this.pointerOf(event, type));
+    picture.addEventListener('click', () => {
+      const pmt = this.pickAt(pressed);
       this.model.select(pmt === null ? null : { pmt, reflected: false });
     });
     picture.addEventListener('keydown', (event) => {
       this.useKey(event);
     });
+    // What keys have marked stays marked only as long as they can go on from there.
+    picture.addEventListener('blur', () => {
+      this.model.hover(null);
+    });
   }
 
-  private pointerOf(
-    event: MouseEvent,
-    type: string,
-  ): { type: string; x: number; y: number } {
+  private pointerOf(event: PointerEvent): Pointer {
     const box = this.frame.picture.getBoundingClientRect();
-    return { type, x: event.clientX - box.left, y: event.clientY - box.top };
+    return {
+      type: event.pointerType,
+      x: event.clientX - box.left,
+      y: event.clientY - box.top,
+    };
   }
 
-  private pickAt(pointer: { type: string; x: number; y: number }): number | null {
+  private pickAt(pointer: Pointer): number | null {
     const within = pointer.type === 'touch' ? TOUCH_DISTANCE : PICK_DISTANCE;
     return findNearest(this.targets(), pointer.x, pointer.y, within);
   }
@@ -208,9 +229,14 @@ function isLargeMap(state: State): boolean {
   return state.mainView === 'map' || !state.has3D;
 }
 
-/** With the near half the 3D view shows all PMTs. */
+const phone = matchMedia('(width < 720px)');
+
+/**
+ * Whether there is a 3D view beside the map that shows a part: with the near half it
+ * shows all PMTs.
+ */
 function showsEdge(state: State): boolean {
-  return state.has3D && !state.switches.nearHalf;
+  return state.has3D && !state.switches.nearHalf && !phone.matches;
 }
 
 /** Create the sky map in @p container, whose size it takes where it is the main view. */
@@ -223,7 +249,10 @@ export function createMap(container: HTMLElement, model: Model): MapView {
     frame.update(isLarge, hasEdge && showsEdge(model.state));
   };
   // Before the canvas listens, so that it measures the new size.
-  model.subscribe(update);
+  model.subscribe((changed) => {
+    if (CHANGES_FRAME.some((name) => changed.has(name))) update();
+  });
+  phone.addEventListener('change', update);
   update();
   const canvas = new MapCanvas(model, frame);
   return {

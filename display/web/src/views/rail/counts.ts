@@ -1,4 +1,4 @@
-import { formatCompact, formatCount, formatShare } from '../../model/format';
+import { formatCompact, formatCount, formatPercent } from '../../model/format';
 import { CLEAR_LAYER, LAYERS, type Model } from '../../model/model';
 import { element, setText } from '../dom';
 import { createLayerRow, isolatedLayer } from './layerRow';
@@ -61,7 +61,7 @@ export function createCounts(model: Model): HTMLElement {
 
   const update = (): void => {
     const { shadowed, withPath } = model.counts();
-    setText(number, formatShare(shadowed, withPath));
+    setText(number, formatPercent(shadowed / withPath));
     const words = describeCounts(model);
     [start, path, end].forEach((node, at) => {
       setText(node, words[at] ?? '');

@@ -1,7 +1,7 @@
 import {
   formatCompact,
   formatCount,
-  formatShare,
+  formatPercent,
   nameLayer,
 } from '../../model/format';
 import { CLEAR_LAYER, NO_PATH_LAYER, type Counts, type Model } from '../../model/model';
@@ -102,7 +102,7 @@ export function createLayerRow(model: Model, layer: number): LayerRow {
         count,
         model.state.event === 'all' ? formatCompact(number) : formatCount(number),
       );
-      setText(percent, formatShare(number, of));
+      setText(percent, formatPercent(number / of));
       const share = counts.withPath === 0 ? 0 : number / counts.withPath;
       bar.style.width = `${(100 * share) / barScale(counts)}%`;
       bar.classList.toggle('empty', number === 0);

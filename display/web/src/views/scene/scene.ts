@@ -1,3 +1,4 @@
+import type { Vec3 } from '../../data/page';
 import { pointAt } from '../../data/vectors';
 import type { Model, State } from '../../model/model';
 import { onNextFrame, startDrawing, watchColours } from '../canvas';
@@ -20,6 +21,8 @@ export interface SceneReports {
   onLost(): void;
   /** It came back by itself, and the view draws again. */
   onRestored(): void;
+  /** The eye is at @p place, mm; called for each new picture. */
+  onLook(place: Vec3): void;
 }
 
 /** How near the pointer must be to a mark, CSS pixels. */
@@ -281,6 +284,7 @@ export class SceneView implements GestureTarget {
     if (pen) drawAnnotations(pen, projector, this.annotations, this.colours);
     this.labels.place(projector, this.annotations);
     ++this.framesDrawn;
+    this.reports.onLook(projector.eye);
     if (isFlying) this.changeView();
   }
 

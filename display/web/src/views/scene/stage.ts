@@ -88,7 +88,12 @@ export class Stage {
   }
 }
 
+/** @throws Error where WebGL 2 is missing */
 function makeRenderer(): WebGLRenderer {
+  // Asked first on a canvas of its own, because the renderer would report to the console.
+  const probe = document.createElement('canvas').getContext('webgl2');
+  if (probe === null) throw new Error('WebGL 2 is missing.');
+  probe.getExtension('WEBGL_lose_context')?.loseContext();
   const renderer = new WebGLRenderer({
     antialias: false,
     depth: false,

@@ -1,7 +1,7 @@
 import {
   describeChoice,
   formatCount,
-  formatShare,
+  formatPercent,
   nameLayer,
 } from '../../model/format';
 import type { Model, State } from '../../model/model';
@@ -26,7 +26,7 @@ function describeChange(model: Model, changed: ReadonlySet<keyof State>): string
     const { shadowed, withPath } = model.counts();
     const { eventNames } = model.page.text;
     const name = event === 'all' ? 'All events' : `Event ${eventNames[event] ?? ''}`;
-    return `${name}, ${formatShare(shadowed, withPath)} shadowed`;
+    return `${name}, ${formatPercent(shadowed / withPath)} shadowed`;
   }
   if (changed.has('layers')) {
     const only = isolatedLayer(layers);

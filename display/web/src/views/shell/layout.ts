@@ -12,15 +12,14 @@ export interface Parts {
   switches: HTMLElement;
   /** Null for a single event. */
   strip: HTMLElement | null;
-  /** Null where 3D has never been possible. */
-  scene: HTMLElement | null;
+  scene: HTMLElement;
   map: HTMLElement;
   card: HTMLElement;
   table: HTMLElement;
   /** The card as a sheet over the view. */
   sheet: HTMLElement;
-  /** Why there is no 3D view. */
-  notice: HTMLElement;
+  /** Over the view, where there is something to say. */
+  messages: readonly HTMLElement[];
 }
 
 /** The layout of the page. */
@@ -96,11 +95,14 @@ export function createLayout(
     document.documentElement.dataset.layout = shape;
     main.classList.toggle('has-strip', parts.strip !== null);
     if (shape === 'phone') {
-      arrangeChildren(stage, [parts.notice, stageView, sheetPlace]);
-      arrangeChildren(main, [tabs, stage, parts.counts, ...strip, parts.switches]);
+      arrangeChildren(stage, [...parts.messages, stageView, sheetPlace]);
+      const isTable = model.state.mainView === 'table';
+      const above = isTable ? [parts.counts, stage] : [stage, parts.counts];
+      arrangeChildren(main, [tabs, ...above, ...strip, parts.switches]);
+      main.classList.toggle('shows-table', isTable);
     } else {
       arrangeChildren(rail, [parts.counts, parts.switches]);
-      arrangeChildren(stage, [parts.notice, stageView, sheetPlace]);
+      arrangeChildren(stage, [...parts.messages, stageView, sheetPlace]);
       arrangeChildren(main, [rail, stage, side, ...strip]);
     }
     placeViews(shape);

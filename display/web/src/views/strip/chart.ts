@@ -16,7 +16,7 @@ export interface Chart {
 }
 
 const GAP = 2;
-const NARROWEST_WITH_GAP = 5;
+const NARROWEST_WITH_GAP = 7;
 
 function rectangle(left: number, top: number, width: number, height: number): string {
   return `M${left.toFixed(2)} ${top.toFixed(2)}h${width.toFixed(2)}v${height.toFixed(2)}h${(-width).toFixed(2)}z`;

@@ -1,4 +1,4 @@
-import { formatCount, formatPercent, formatShare } from '../../model/format';
+import { formatCount, formatPercent } from '../../model/format';
 import type { Model } from '../../model/model';
 import { element, setText } from '../dom';
 import { createEventList } from '../eventList';
@@ -72,7 +72,7 @@ function describeBar(model: Model, bar: Bar, at: number, bars: number): string {
   }
   const counts = event === undefined ? undefined : model.countsOfEvents()[event];
   if (event === undefined || counts === undefined) return '';
-  const share = formatShare(counts.shadowed, counts.withPath);
+  const share = formatPercent(counts.shadowed / counts.withPath);
   return `${model.page.text.eventNames[event] ?? ''} · ${share}`;
 }
 
@@ -96,9 +96,12 @@ function followPointer(
     chart.point(bar, describe(bar));
     if (isDown) choose(bar, true);
   });
-  slider.addEventListener('pointerup', (event) => {
-    if (isDown) choose(chart.barAt(event.clientX), false);
+  slider.addEventListener('pointerup', () => {
     isDown = false;
+  });
+  // Not when the pointer goes up: that closes what has just been opened over the page.
+  slider.addEventListener('click', (event) => {
+    choose(chart.barAt(event.clientX), false);
   });
   slider.addEventListener('pointercancel', () => {
     isDown = false;

@@ -1,13 +1,7 @@
-import {
-  formatAngle,
-  formatMetres,
-  formatPercent,
-  formatTime,
-  nameLayer,
-} from '../../model/format';
+import { formatNumber, formatPercent, nameLayer } from '../../model/format';
 import type { Choice, Column, Model } from '../../model/model';
 import { element, setText, svgElement } from '../dom';
-import { changeMark, createMark, shareProperty, stepOfShare } from '../mark';
+import { changeMark, createMark } from '../mark';
 import { setName } from '../text';
 
 /** A cell that can show any row. */
@@ -68,7 +62,7 @@ function makeVerdictCell(model: Model): Cell {
     fill(choice) {
       const layer = model.layerOf(choice);
       changeMark(mark, layer);
-      setText(words, nameLayer(layer));
+      setName(words, nameLayer(layer));
     },
   };
 }
@@ -93,7 +87,6 @@ function makeBarCell(model: Model): Cell {
       bar.hidden = Number.isNaN(share);
       if (bar.hidden) return;
       bar.style.width = `${100 * share}%`;
-      bar.style.background = `var(${shareProperty(stepOfShare(share))})`;
     },
   };
 }
@@ -128,9 +121,13 @@ export function listColumns(model: Model): TableColumn[] {
     name,
     verdict,
     number('length', 'Path, m', (choice) =>
-      formatMetres(model.numbersOf(choice).length),
+      formatNumber(model.numbersOf(choice).length / 1000, 2),
     ),
-    number('time', 'Time, ns', (choice) => formatTime(model.numbersOf(choice).time)),
-    number('angle', 'Angle, °', (choice) => formatAngle(model.numbersOf(choice).angle)),
+    number('time', 'Time, ns', (choice) =>
+      formatNumber(model.numbersOf(choice).time, 1),
+    ),
+    number('angle', 'Angle, °', (choice) =>
+      formatNumber(model.numbersOf(choice).angle, 1),
+    ),
   ];
 }

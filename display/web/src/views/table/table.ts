@@ -18,8 +18,7 @@ interface Row {
 
 const CHANGES_ROWS: readonly (keyof State)[] = ['event', 'layers', 'query', 'sort'];
 
-/** The longest name that is shown in full, in characters. */
-const LONGEST_NAME = 14;
+/** The least room for names, in characters: that of the heading. */
 const SHORTEST_NAME = 4;
 
 /** Whether two choices are the same row. */
@@ -84,9 +83,21 @@ class Table implements TableView {
     });
     this.listen();
     this.updateRows();
+    // An address can have selected it before.
+    this.revealSelected();
     model.subscribe((changed) => {
       this.follow(changed);
     });
+  }
+
+  /** Scroll to the selected row; false if there is none. */
+  private revealSelected(): boolean {
+    const selected = this.findSelected();
+    if (selected < 0) return false;
+    this.virtual.reveal(selected);
+    this.active = selected;
+    this.tellActive();
+    return true;
   }
 
   private follow(changed: ReadonlySet<keyof State>): void {
@@ -95,11 +106,8 @@ class Table implements TableView {
     else if (changed.has('selected') || changed.has('hovered')) this.virtual.refill();
     if (changed.has('sort')) this.headings.showSort();
     if (!changesRows && !changed.has('selected')) return;
-    const selected = this.findSelected();
-    if (selected >= 0) {
-      this.virtual.reveal(selected);
-      this.active = selected;
-    } else if (CHANGES_ROWS.some((name) => name !== 'event' && changed.has(name))) {
+    if (this.revealSelected()) return;
+    if (CHANGES_ROWS.some((name) => name !== 'event' && changed.has(name))) {
       this.virtual.scrollToTop();
     }
     this.tellActive();
@@ -125,7 +133,11 @@ class Table implements TableView {
     }
     this.virtual.setCount(this.rows.length);
     this.grid.ariaRowCount = String(this.rows.length + 1);
+    const hasReflections = this.rows.some((row) => row.reflected);
+    this.element.classList.toggle('has-reflections', hasReflections);
     const pmts = new Set(this.rows.map((row) => row.pmt));
+    const isFiltered = pmts.size < model.page.text.pmtNames.length;
+    this.element.classList.toggle('is-filtered', isFiltered);
     this.found.replaceChildren(...tellFound(model, pmts.size));
     this.none.replaceChildren(...(pmts.size === 0 ? [tellNoneFound(model)] : []));
   }
@@ -154,12 +166,8 @@ class Table implements TableView {
   private setNameWidth(): void {
     const { pmtNames } = this.model.page.text;
     const longest = pmtNames.reduce((most, name) => Math.max(most, name.length), 0);
-    const width = Math.min(LONGEST_NAME, Math.max(SHORTEST_NAME, longest));
+    const width = Math.max(SHORTEST_NAME, longest);
     this.element.style.setProperty('--name-characters', String(width));
-    this.element.classList.toggle(
-      'has-reflections',
-      this.model.page.text.hasReflections,
-    );
     // Numbers are compared by their last digits, other names by their first letters.
     const areNumbers = pmtNames.every((name) => /^\d+$/.test(name));
     this.element.classList.toggle('has-numbers-as-names', areNumbers);
@@ -182,6 +190,9 @@ class Table implements TableView {
     });
     this.grid.addEventListener('keydown', (event) => {
       if (event.target === this.grid) this.useKey(event);
+    });
+    this.grid.addEventListener('blur', () => {
+      this.model.hover(null);
     });
   }
 

@@ -1,6 +1,9 @@
 /** Rows beyond the edges, so that scrolling shows no gap before they are made. */
 const EXTRA_ROWS = 8;
 
+/** More are on no screen, but in a place without a height of its own, as in print. */
+const MOST_ROWS = 200;
+
 /** What a list of rows is made of. */
 export interface RowSource<Row extends { element: HTMLElement }> {
   make(): Row;
@@ -97,7 +100,9 @@ export class VirtualRows<Row extends { element: HTMLElement }> {
     const room = this.roomForRows();
     if (top >= view && top + this.height <= view + room) return;
     const isNear = top > view - 2 * this.height && top < view + room + this.height;
-    if (!isNear) this.scroller.scrollTop = top - (room - this.height) / 2;
+    // Whole rows at the top.
+    const above = Math.floor((room / this.height - 1) / 2);
+    if (!isNear) this.scroller.scrollTop = top - above * this.height;
     else if (top < view) this.scroller.scrollTop = top;
     else this.scroller.scrollTop = top + this.height - room;
     this.show(false);
@@ -124,7 +129,10 @@ export class VirtualRows<Row extends { element: HTMLElement }> {
   /** Make the rows in view, from those that have left it. */
   private show(fillsAll: boolean): void {
     const first = Math.floor(this.scroller.scrollTop / this.height) - EXTRA_ROWS;
-    const room = Math.ceil(this.scroller.clientHeight / this.height);
+    const room = Math.min(
+      MOST_ROWS,
+      Math.ceil(this.scroller.clientHeight / this.height),
+    );
     const begin = Math.max(0, first);
     const end = Math.min(this.count, first + room + 2 * EXTRA_ROWS);
     for (const [index, row] of this.rows) {
