@@ -5,6 +5,8 @@ import { axisEnd, type Bar } from './bars';
 /** The bars of the strip as a picture. */
 export interface Chart {
   element: HTMLElement;
+  /** What frames a bar. */
+  framing: Element;
   /** The bar at a place on the screen, CSS pixels. */
   barAt(clientX: number): number;
   /** Pale the components that are not shown. */
@@ -96,6 +98,7 @@ export function createChart(bars: readonly Bar[]): Chart {
 
   return {
     element: chart,
+    framing: frame,
     barAt(clientX) {
       const box = picture.getBoundingClientRect();
       const at = Math.floor(((clientX - box.left) / box.width) * bars.length);
