@@ -33,6 +33,9 @@ const HOVERED_RADIUS = 8.5;
 const SELECTED_SIZE = 11.5;
 export const EVENT_RADIUS = 6;
 const AXIS_LENGTH = 25;
+const LETTER_GAP = 9;
+/** On a phone the axes would lie on the picture. */
+const LEAST_WIDTH_WITH_AXES = 480;
 /** Of the axes' origin from the right and the bottom. */
 const AXES_PLACE = [54, 44] as const;
 
@@ -129,26 +132,32 @@ function drawAxes(
   projector: Projector,
   colours: SceneColours,
 ): void {
+  if (projector.width < LEAST_WIDTH_WITH_AXES) return;
   const [x, y] = [projector.width - AXES_PLACE[0], projector.height - AXES_PLACE[1]];
-  pen.lineWidth = 1.2;
-  pen.lineCap = 'round';
-  pen.strokeStyle = pen.fillStyle = colours.secondText;
+  pen.lineCap = pen.lineJoin = 'round';
   pen.font = '13px system-ui, "Segoe UI", Roboto, "Helvetica Neue", sans-serif';
   pen.textAlign = 'center';
   pen.textBaseline = 'middle';
-  ['x', 'y', 'z'].forEach((name, axis) => {
-    const right = projector.right[axis] ?? 0;
-    const up = projector.up[axis] ?? 0;
-    pen.beginPath();
-    pen.moveTo(x, y);
-    pen.lineTo(x + AXIS_LENGTH * right, y - AXIS_LENGTH * up);
-    pen.stroke();
-    // The letter stays clear of the others where an axis points to the eye.
-    const length = Math.hypot(right, up);
-    const reach = AXIS_LENGTH * length + 9;
-    if (length < 0.12) return;
-    pen.fillText(name, x + (reach * right) / length, y - (reach * up) / length);
-  });
+  // All halos first: none may cover a line.
+  for (const isHalo of [true, false]) {
+    pen.strokeStyle = pen.fillStyle = isHalo ? colours.ground : colours.secondText;
+    pen.lineWidth = isHalo ? HALO : 1.2;
+    ['x', 'y', 'z'].forEach((name, axis) => {
+      const right = projector.right[axis] ?? 0;
+      const up = projector.up[axis] ?? 0;
+      pen.beginPath();
+      pen.moveTo(x, y);
+      pen.lineTo(x + AXIS_LENGTH * right, y - AXIS_LENGTH * up);
+      pen.stroke();
+      const length = Math.hypot(right, up);
+      // An axis that points to the eye has no room for its letter.
+      if (length < 0.12) return;
+      const reach = AXIS_LENGTH + LETTER_GAP / length;
+      const [letterX, letterY] = [x + reach * right, y - reach * up];
+      if (isHalo) pen.strokeText(name, letterX, letterY);
+      else pen.fillText(name, letterX, letterY);
+    });
+  }
 }
 
 function drawMark(

@@ -82,7 +82,9 @@ void main() {
     size = drawn == ${NO_PATH_LAYER} ? ${RING_RADIUS.toFixed(1)}
          : drawn < ${FIRST_SHARE_KIND} ? ${DISC_RADIUS.toFixed(1)}
          : ${SHARE_RADIUS.toFixed(1)};
-    extent = 1.05 * size * sqrt(1.0 - min(face.xy * face.xy, 1.0));
+    // The largest reach of the disc's points, moved along the line of sight.
+    vec2 across = face.xy + sight.xy * face.z;
+    extent = size * sqrt(max(1.0 + sight.xy * sight.xy - across * across, 0.0));
   }
   vec2 corner = vec2((gl_VertexID & 1) * 2 - 1, (gl_VertexID & 2) - 1);
   at = corner * (extent + pixel);

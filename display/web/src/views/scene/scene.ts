@@ -266,7 +266,8 @@ export class SceneView implements GestureTarget {
       () => {
         if (canvas !== this.stage.canvas) return;
         this.isLost = false;
-        this.request();
+        // The new context has not even the colour of the ground.
+        this.updateColours();
         this.reports.onRestored();
       },
       { signal },
