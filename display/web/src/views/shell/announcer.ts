@@ -13,7 +13,10 @@ const DELAY = 250;
 
 /** What a change is told as; empty: nothing. */
 function describeChange(model: Model, changed: ReadonlySet<keyof State>): string {
-  const { selected, event, layers, query } = model.state;
+  const { selected, event, layers, query, has3D } = model.state;
+  if (changed.has('has3D')) {
+    return has3D ? 'The 3D view is back' : 'The 3D view is not available';
+  }
   if (changed.has('selected')) {
     return selected === null ? 'Nothing selected' : describeChoice(model, selected);
   }

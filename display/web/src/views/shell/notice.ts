@@ -19,7 +19,7 @@ export function createNotice(model: Model, retry: (() => void) | null): HTMLElem
   });
   const notice = element(
     'div',
-    { class: 'notice', role: 'status' },
+    { class: 'notice' },
     element('strong', {}, 'The 3D view is not available.'),
     ' ',
     reason,

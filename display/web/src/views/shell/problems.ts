@@ -16,7 +16,7 @@ export function createProblems(): Problems {
     { type: 'button', class: 'notice-close', 'aria-label': 'Close' },
     drawIcon('close'),
   );
-  const notice = element('div', { class: 'notice problems', role: 'status' });
+  const notice = element('div', { class: 'notice problems' });
   notice.append(words, close);
   notice.hidden = true;
   close.addEventListener('click', () => {

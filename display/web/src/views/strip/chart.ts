@@ -5,6 +5,8 @@ import { axisEnd, type Bar } from './bars';
 /** The bars of the strip as a picture. */
 export interface Chart {
   element: HTMLElement;
+  /** What frames a bar. */
+  framing: Element;
   /** The bar at a place on the screen, CSS pixels. */
   barAt(clientX: number): number;
   /** Pale the components that are not shown. */
@@ -15,8 +17,11 @@ export interface Chart {
   point(bar: number | null, words: string): void;
 }
 
-const GAP = 2;
-const NARROWEST_WITH_GAP = 7;
+/** Between events, CSS pixels; groups are a distribution and touch each other. */
+const WIDE_GAP = 2;
+const NARROW_GAP = 1;
+const NARROWEST_WITH_WIDE_GAP = 8;
+const NARROWEST_WITH_GAP = 3;
 
 function rectangle(left: number, top: number, width: number, height: number): string {
   return `M${left.toFixed(2)} ${top.toFixed(2)}h${width.toFixed(2)}v${height.toFixed(2)}h${(-width).toFixed(2)}z`;
@@ -52,7 +57,11 @@ export function createChart(bars: readonly Bar[]): Chart {
   let framed: number | null = null;
 
   const pitch = (): number => width / bars.length;
-  const gap = (): number => (pitch() < NARROWEST_WITH_GAP ? 0 : GAP);
+  const areGroups = bars.some((bar) => bar.events.length > 1);
+  const gap = (): number => {
+    if (areGroups || pitch() < NARROWEST_WITH_GAP) return 0;
+    return pitch() < NARROWEST_WITH_WIDE_GAP ? NARROW_GAP : WIDE_GAP;
+  };
   const heightOf = (share: number): number => (share / end) * height;
 
   const drawFrame = (): void => {
@@ -96,6 +105,7 @@ export function createChart(bars: readonly Bar[]): Chart {
 
   return {
     element: chart,
+    framing: frame,
     barAt(clientX) {
       const box = picture.getBoundingClientRect();
       const at = Math.floor(((clientX - box.left) / box.width) * bars.length);

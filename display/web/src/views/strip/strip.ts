@@ -190,7 +190,7 @@ export function createStrip(model: Model): HTMLElement {
 
   if (hasGroups) {
     strip.append(panel);
-    makePopover(chart.element, panel, LIST_WIDTH, () => undefined);
+    makePopover(chart.framing, panel, LIST_WIDTH, () => undefined);
   }
   followPointer(slider, chart, bars, describe, choose);
   slider.addEventListener('keydown', (event) => {
