@@ -8,12 +8,13 @@ import type { Model } from '../src/model/model.ts';
 import { addressOf, Browser } from './chromium.ts';
 import { EVENTS, writePage } from './command.ts';
 import {
-  changes,
+  changesScene,
   coloursOf,
   drawn,
   expectQuiet,
   marksOf,
   openDisplay,
+  picturesOf,
   textOf,
 } from './display.ts';
 
@@ -84,26 +85,25 @@ test('both views draw as many marks of each colour as there are verdicts', async
 
 for (const [layer, name] of LAYERS.entries()) {
   test(`the checkbox of ${name} and its key change both views`, async () => {
-    // From the top of the neck, every layer has a PMT.
+    // From the top of the vessel, every layer has a PMT.
     await page.evaluate(() => {
-      location.hash = 'event=z%3D5500';
+      globalThis.shadowDisplay!.model.change({ event: 0 });
     });
-    const count = await page.evaluate(
-      (at) => globalThis.shadowDisplay!.model.counts().layers[at] ?? 0,
-      layer,
-    );
-    for (const view of ['.scene', '.map-picture']) {
-      const hide = () => page.getByRole('checkbox', { name: `Show ${name}` }).click();
-      expect(await changes(page, view, hide)).toBe(count > 0);
-      expect((await state()).layers[layer]).toBe(false);
-      await hide();
-      const isolate = () => page.keyboard.press(String(layer + 1));
-      expect(await changes(page, view, isolate)).toBe(true);
-      expect((await state()).layers.filter(Boolean)).toHaveLength(1);
-      expect((await state()).layers[layer]).toBe(true);
-      await page.keyboard.press('0');
-      expect((await state()).layers.every(Boolean)).toBe(true);
+    const all = await picturesOf(page);
+    await page.getByRole('checkbox', { name: `Show ${name}` }).click();
+    const without = await picturesOf(page);
+    expect((await state()).layers.map((shown) => !shown).indexOf(true)).toBe(layer);
+    await page.keyboard.press(String(layer + 1));
+    const only = await picturesOf(page);
+    expect((await state()).layers.filter(Boolean)).toHaveLength(1);
+    expect((await state()).layers[layer]).toBe(true);
+    for (const view of ['scene', 'map'] as const) {
+      expect(without[view]).not.toBe(all[view]);
+      expect(only[view]).not.toBe(all[view]);
+      expect(only[view]).not.toBe(without[view]);
     }
+    await page.keyboard.press('0');
+    expect(await picturesOf(page)).toEqual(all);
   });
 }
 
@@ -200,7 +200,7 @@ test('every key of a switch changes the picture, and changes it back', async () 
   ] as const) {
     const press = () => page.keyboard.press(key);
     const before = (await state()).switches[name];
-    expect(await changes(page, '.scene', press), key).toBe(true);
+    expect(await changesScene(page, press), key).toBe(true);
     expect((await state()).switches[name]).toBe(!before);
     await press();
     expect((await state()).switches[name]).toBe(before);
@@ -211,13 +211,13 @@ test('keys turn, zoom and reset the view, and look along a path', async () => {
   await page.locator('.scene').focus();
   for (const key of ['ArrowLeft', 'ArrowUp', '+', '-', '-', 'Home']) {
     const press = () => page.keyboard.press(key);
-    expect(await changes(page, '.scene', press), key).toBe(true);
+    expect(await changesScene(page, press), key).toBe(true);
   }
   const [mark] = await marksOf(page, 'scene');
   if (mark === undefined) throw new Error('no marks');
   await page.mouse.click(mark.x, mark.y);
   const look = () => page.keyboard.press('p');
-  expect(await changes(page, '.scene', look)).toBe(true);
+  expect(await changesScene(page, look)).toBe(true);
   await page.keyboard.press('Home');
   await page.keyboard.press('Escape');
   expect((await state()).selected).toBeNull();
@@ -239,7 +239,7 @@ test('M swaps map and 3D view, T the theme, ? lists the keys', async () => {
   await page.keyboard.press('m');
   expect((await state()).mainView).toBe('3d');
   const swap = () => page.keyboard.press('t');
-  expect(await changes(page, '.scene', swap)).toBe(true);
+  expect(await changesScene(page, swap)).toBe(true);
   expect(await page.evaluate(() => document.documentElement.dataset.theme)).toBe(
     'dark',
   );

@@ -79,18 +79,36 @@ export async function coloursOf(
   return new Map(counts.map(([c, n]) => [`#${c.toString(16).padStart(6, '0')}`, n]));
 }
 
-/** Whether two pictures of a part of the page differ. */
-export async function changes(
+/** What each view shows, as text that differs where a pixel differs. */
+export async function picturesOf(page: Page): Promise<{ scene: string; map: string }> {
+  await drawn(page);
+  const png = await page.screenshot();
+  return page.evaluate(async (base64) => {
+    const image = new Image();
+    image.src = `data:image/png;base64,${base64}`;
+    await image.decode();
+    const read = (selector: string): string => {
+      const box = document.querySelector(selector)!.getBoundingClientRect();
+      const canvas = new OffscreenCanvas(box.width, box.height);
+      const context = canvas.getContext('2d')!;
+      context.drawImage(image, -box.left, -box.top);
+      const { data } = context.getImageData(0, 0, canvas.width, canvas.height);
+      let hash = 0;
+      for (const value of data) hash = (Math.imul(hash, 31) + value) | 0;
+      return String(hash);
+    };
+    return { scene: read('.scene'), map: read('.map-picture') };
+  }, png.toString('base64'));
+}
+
+/** Whether the 3D view looks different after @p act. */
+export async function changesScene(
   page: Page,
-  selector: string,
   act: () => Promise<void>,
 ): Promise<boolean> {
-  await drawn(page);
-  const before = await page.locator(selector).first().screenshot();
+  const before = await picturesOf(page);
   await act();
-  await drawn(page);
-  const after = await page.locator(selector).first().screenshot();
-  return !before.equals(after);
+  return (await picturesOf(page)).scene !== before.scene;
 }
 
 /** The page has neither complained nor asked a network for anything. */

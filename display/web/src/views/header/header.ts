@@ -1,4 +1,5 @@
 import type { Model } from '../../model/model';
+import { watchColours } from '../canvas';
 import { element, setText } from '../dom';
 import { drawIcon, type Icon } from '../icons';
 import { makePopover } from '../popover';
@@ -150,8 +151,10 @@ export function createHeader(model: Model, actions: HeaderActions): Header {
     menu.theme.replaceChildren(drawIcon(icon), element('span', {}, label));
   };
   model.subscribe((changed) => {
-    if (changed.has('event') || changed.has('theme')) update();
+    if (changed.has('event')) update();
   });
+  // The theme can change with the system's, too.
+  watchColours(update);
   update();
   return {
     element: header,
