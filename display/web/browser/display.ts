@@ -1,4 +1,3 @@
-import { expect } from 'vitest';
 import type { Page } from 'playwright-core';
 import type { Mark } from '../src/views/shell/inspection.ts';
 import { type Browser, watch, type Window } from './chromium.ts';
@@ -109,9 +108,4 @@ export async function changesScene(
   const before = await picturesOf(page);
   await act();
   return (await picturesOf(page)).scene !== before.scene;
-}
-
-/** The page has neither complained nor asked a network for anything. */
-export function expectQuiet(page: Page): void {
-  expect(complaintsOf(page)).toEqual([]);
 }
