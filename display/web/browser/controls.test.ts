@@ -11,12 +11,12 @@ import {
   changesScene,
   coloursOf,
   drawn,
-  expectQuiet,
   marksOf,
   openDisplay,
   picturesOf,
   textOf,
 } from './display.ts';
+import { expectQuiet } from './expectQuiet.ts';
 
 const LAYERS = [
   ...Object.values(palette.components).map(({ name }) => name),

@@ -6,7 +6,8 @@ import type { Page } from 'playwright-core';
 import { afterAll, beforeAll, expect, test } from 'vitest';
 import { addressOf, Browser, type Window } from './chromium.ts';
 import { EVENTS, writePage } from './command.ts';
-import { drawn, expectQuiet, marksOf, openDisplay, textOf } from './display.ts';
+import { drawn, marksOf, openDisplay, textOf } from './display.ts';
+import { expectQuiet } from './expectQuiet.ts';
 
 const AXE = readFileSync(
   createRequire(import.meta.url).resolve('axe-core/axe.min.js'),

@@ -4,7 +4,8 @@ import { join } from 'node:path';
 import { afterAll, beforeAll, expect, test } from 'vitest';
 import { addressOf, Browser } from './chromium.ts';
 import { DETECTOR, EVENTS, writePage, writePositions, zarnShadow } from './command.ts';
-import { drawn, expectQuiet, openDisplay, ready, textOf } from './display.ts';
+import { drawn, openDisplay, ready, textOf } from './display.ts';
+import { expectQuiet } from './expectQuiet.ts';
 
 const folder = mkdtempSync(join(tmpdir(), 'zarn-states-'));
 const file = join(folder, 'page.html');

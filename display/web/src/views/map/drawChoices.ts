@@ -21,7 +21,7 @@ const EVENT_RADIUS = 6;
 /** The size of the mark in a ring of a radius. */
 const MARK_IN_RING = 1.1;
 
-/** Draw the edge of the part that the 3D view shows. */
+/** Draw the edge of the part that the 3D view leaves out. */
 export function drawEdge(
   context: CanvasRenderingContext2D,
   layout: MapLayout,

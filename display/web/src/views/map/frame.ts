@@ -63,7 +63,7 @@ function createCanvas(): HTMLCanvasElement {
   return canvas;
 }
 
-const EDGE_CAPTION = 'Dashed: the part that the 3D view shows.';
+const EDGE_CAPTION = 'Dashed: the part that the 3D view leaves out.';
 /** Of the button: after its key, and without it. */
 const SWAP = ['enlarges', 'Enlarge'] as const;
 const SWAP_BACK = ['back to 3D', 'Back to 3D'] as const;

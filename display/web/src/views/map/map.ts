@@ -36,7 +36,7 @@ const CHANGES_FRAME: readonly (keyof State)[] = [
 export interface MapView {
   readonly element: HTMLElement;
   /**
-   * Outline the part that the 3D view shows.
+   * Outline the part that the 3D view leaves out.
    *
    * @param direction  from the centre to the camera, of any length but zero; null: no
    *                   outline
