@@ -8,7 +8,7 @@
 namespace ZARN::Display {
 namespace {
 
-using Json = nlohmann::ordered_json;
+using OrderedJson = nlohmann::ordered_json;
 
 /// A length in mm to 1e-4: more digits would only be longer.
 double Rounded(double length) {
@@ -18,13 +18,13 @@ double Rounded(double length) {
                                      : length;
 }
 
-Json VectorJson(const TVector3& v) {
+OrderedJson VectorJson(const TVector3& v) {
   return {Rounded(v.X()), Rounded(v.Y()), Rounded(v.Z())};
 }
 
 template <class Points>
-Json PointsJson(const Points& points, std::size_t count) {
-  Json json = Json::array();
+OrderedJson PointsJson(const Points& points, std::size_t count) {
+  OrderedJson json = OrderedJson::array();
   for (std::size_t i = 0; i < count; ++i) {
     for (int axis = 0; axis < 3; ++axis) {
       json.push_back(Rounded(points[i][axis]));
@@ -45,12 +45,12 @@ const char* NameOf(eComponentState state) {
   return "nothing to test";
 }
 
-Json HardwareJson(const PageHardware& hardware) {
-  Json json = {{"state", NameOf(hardware.state)},
-               {"tubes", Json::array()},
-               {"patches", Json::array()},
-               {"spots", Json::array()},
-               {"rings", Json::array()}};
+OrderedJson HardwareJson(const PageHardware& hardware) {
+  OrderedJson json = {{"state", NameOf(hardware.state)},
+                      {"tubes", OrderedJson::array()},
+                      {"patches", OrderedJson::array()},
+                      {"spots", OrderedJson::array()},
+                      {"rings", OrderedJson::array()}};
   for (const PageTube& tube : hardware.tubes) {
     json["tubes"].push_back(
         {{"name", tube.name},
@@ -75,8 +75,8 @@ Json HardwareJson(const PageHardware& hardware) {
   return json;
 }
 
-Json StoredPathJson(const StoredPath& stored) {
-  Json media = Json::array();
+OrderedJson StoredPathJson(const StoredPath& stored) {
+  OrderedJson media = OrderedJson::array();
   for (std::size_t i = 0; i + 1 < stored.path.count; ++i) {
     media.push_back(DU::IndexOf(stored.path.media[i]));
   }
@@ -88,9 +88,9 @@ Json StoredPathJson(const StoredPath& stored) {
 }
 
 /// Without any "<", which could end the script element.
-std::string SafeText(const Json& json) {
+std::string SafeText(const OrderedJson& json) {
   const std::string text =
-      json.dump(-1, ' ', false, Json::error_handler_t::replace);
+      json.dump(-1, ' ', false, OrderedJson::error_handler_t::replace);
   std::string safe;
   safe.reserve(text.size());
   for (const char c : text) {
@@ -111,9 +111,9 @@ std::string PageTextOf(const PageContent& content,
                        const PageItems& items, bool hasPaths,
                        const std::vector<StoredPath>& stored) {
   const PageHardwareList parts = PageHardwareOf(shadowing);
-  Json hardware = Json::array();
+  OrderedJson hardware = OrderedJson::array();
   for (const PageHardware& part : parts) hardware.push_back(HardwareJson(part));
-  Json storedPaths = Json::array();
+  OrderedJson storedPaths = OrderedJson::array();
   for (const StoredPath& path : stored) {
     storedPaths.push_back(StoredPathJson(path));
   }
