@@ -65,15 +65,19 @@ class SurfaceRope {
     JoinArcs();
   }
 
-  void AddTo(const DU::Hardware& hardware, PageHardware& part) const {
+  /// @param ends  P1 and P4, where the legs begin, below the samples
+  void AddTo(const DU::Hardware& hardware, const std::array<TVector3, 2>& ends,
+             PageHardware& part) const {
     const double radius = hardware.AVHDRopes.AVHDRopeRadius;
     if (firstOverVessel_ != kNone) {
       // The model samples from P1 and from P4 to the ring, and from there to
       // the neck.
-      Points rope = stretches_[0];
+      Points rope = {ends[0]};
+      rope.insert(rope.end(), stretches_[0].begin(), stretches_[0].end());
       rope.insert(rope.end(), stretches_[2].begin(), stretches_[2].end());
       rope.insert(rope.end(), stretches_[3].rbegin(), stretches_[3].rend());
       rope.insert(rope.end(), stretches_[1].rbegin(), stretches_[1].rend());
+      rope.push_back(ends[1]);
       AddTube(
           ItemName(hardware, eShadowingRule::kSurfacePoint, firstOverVessel_),
           radius, rope, part);
@@ -157,7 +161,11 @@ void AddHoldDownRopes(const DU::Hardware& hardware, PageHardware& part) {
     const std::size_t end = rope + 1 < begins.size()
                                 ? begins[rope + 1]
                                 : ropes.AVHDRopeSurfacePoints.size();
-    SurfaceRope(ropes, begins[rope], end).AddTo(hardware, part);
+    SurfaceRope(ropes, begins[rope], end)
+        .AddTo(hardware,
+               {ropes.AVHDRopeEndPoints[2 * rope],
+                ropes.AVHDRopeEndPoints[2 * rope + 1]},
+               part);
   }
   AddLegs(hardware, part);
 }

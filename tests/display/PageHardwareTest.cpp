@@ -97,6 +97,21 @@ TEST_F(PageHardwareTest, DrawsNoRopeWhereNoSampleIs) {
   }
 }
 
+TEST_F(PageHardwareTest, LetsRopesOverTheVesselReachTheirLegs) {
+  const PageHardware& ropes = Of(list_, eShadowingComponent::kAVHDRope);
+  const DU::AVHDRopeModel& model = Detector().GetAVHDRopes();
+  for (std::size_t rope = 0; rope < model.AVHDRopeRolls.size(); ++rope) {
+    const std::string name = NameOf(DU::eShadowingRule::kSurfacePoint,
+                                    model.AVHDRopeSurfaceBegins[rope]);
+    const auto tube =
+        std::find_if(ropes.tubes.begin(), ropes.tubes.end(),
+                     [&](const PageTube& one) { return one.name == name; });
+    ASSERT_NE(tube, ropes.tubes.end()) << name;
+    EXPECT_EQ(tube->points.front(), model.AVHDRopeEndPoints[2 * rope]);
+    EXPECT_EQ(tube->points.back(), model.AVHDRopeEndPoints[2 * rope + 1]);
+  }
+}
+
 TEST_F(PageHardwareTest, HasEachArcOfTheRingInOnePiece) {
   // Also arcs across azimuth 0, where the model begins to sample.
   for (const double roll : {0.0, 40.0, 130.0, 216.0, 300.0}) {
