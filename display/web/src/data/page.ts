@@ -1,6 +1,6 @@
 /**
  * What a page holds beside its program: one JSON text (`PageText`) and blocks of
- * numbers. `display/PageData.hpp` writes them; `decodePage` reads and checks them.
+ * numbers. `display/DisplayPage.hpp` writes them; `decodePage` reads and checks them.
  */
 
 /** Verdicts as the program numbers them (`du/Verdict.hpp`). */
