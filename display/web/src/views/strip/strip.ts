@@ -21,7 +21,7 @@ function describeBars(bars: readonly Bar[], events: number): Words {
   if (bars.length === events) {
     return {
       heading,
-      lines: ['Shadowed share of the PMTs.', '← → steps through the events.'],
+      lines: ['Shadowed share of the PMTs.', '[ and ] step through the events.'],
       touch: 'tap or swipe to choose',
     };
   }
