@@ -34,6 +34,12 @@ class TableSet {
   /// the one added last is used. If this throws, none is added.
   void Add(std::vector<TableEntry> entries);
 
+  /// Lay entries over the others: where one is valid for a run, it replaces
+  /// the added entries of its table and index, whatever their passes are. Among
+  /// entries laid over, pass and order decide as in Add. If this throws, none
+  /// is laid over.
+  void Override(std::vector<TableEntry> entries);
+
   /// Remove all entries; keep the run.
   void Clear();
 

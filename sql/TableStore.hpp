@@ -1,0 +1,129 @@
+#pragma once
+
+#include <memory>
+#include <optional>
+#include <stdexcept>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "db/TableEntry.hpp"
+
+namespace ZARN::SQL {
+
+/// A database or its server refuses, cannot be reached, is damaged, or has a
+/// schema that this program does not know. The text names the database, never a
+/// password.
+class StoreError : public std::runtime_error {
+ public:
+  using std::runtime_error::runtime_error;
+};
+
+/// Entries cannot be imported: an entry that stands would be overwritten. The
+/// text names table, index, pass and runs, and what would be right.
+class ImportRefused : public std::runtime_error {
+ public:
+  using std::runtime_error::runtime_error;
+};
+
+/// One import: what one call of TableStore::Import added.
+struct Import {
+  long long number = 0;  ///< from 1, in the order of time
+  std::string time;      ///< UTC: 2026-01-31T12:00:00.000000Z
+  std::string author;
+  std::string reason;
+  std::string source;       ///< what was imported: name of the file or folder
+  std::size_t entries = 0;  ///< number of entries added
+};
+
+/// An entry with the import that added it.
+struct StoredEntry {
+  TableEntry entry;
+  Import import;
+};
+
+/// What Import did with its entries.
+struct ImportResult {
+  std::optional<Import> import;  ///< none if all entries stood already
+  std::vector<TableEntry> added;
+  std::size_t unchanged = 0;  ///< entries that stood already
+};
+
+/// What the author of an import says of it.
+struct ImportNote {
+  std::string author;
+  std::string reason;
+  std::string source;
+};
+
+/// A state of the tables: from one import to the next, for a range of runs.
+struct TableState {
+  Import import;  ///< the import that made it
+  RunRange runs;
+};
+
+/// Geometry tables by run in an SQL database, with their history: entries are
+/// added, never changed or removed. A new pass of an entry supersedes it.
+///
+/// One import is one transaction: whoever reads sees all of it or nothing, also
+/// after a crash. Two programs may import at the same time; one waits.
+class TableStore {
+ public:
+  /// Whether a source of tables names a database: it begins with sqlite: or
+  /// postgresql:
+  static bool IsStore(std::string_view source);
+
+  /// Open a database for reading; needs no write permission.
+  ///
+  /// @param source  "sqlite:FILE", or "postgresql:CONNECTION" with
+  ///                "key=value ..." or "//host/dbname" as libpq takes it, but
+  ///                without a password: that comes from the environment
+  ///                (PGPASSWORD) or the password file
+  /// @throws StoreError also if it is not a database of tables
+  static TableStore OpenToRead(const std::string& source);
+  /// Open a database for importing. Makes the schema where there is none
+  /// (SQLite: also the file), and brings an older one up to date.
+  static TableStore OpenToImport(const std::string& source);
+
+  TableStore(TableStore&&) noexcept;
+  TableStore& operator=(TableStore&&) noexcept;
+  ~TableStore();
+
+  /// Add entries in one transaction. An entry that stands already, with the
+  /// same content, is left out.
+  ///
+  /// @param asNewPass  give an entry that differs from one that stands, with
+  ///                   the same table, index and pass and for some of the same
+  ///                   runs, the next free pass; otherwise it is refused
+  /// @throws ImportRefused, StoreError; then nothing was added
+  ImportResult Import(std::vector<TableEntry> entries, const ImportNote& note,
+                      bool asNewPass);
+
+  /// All entries, in the order added.
+  ///
+  /// @param asOf  read what stood at this time (ParseTime); none: now
+  std::vector<TableEntry> Read(const std::optional<std::string>& asOf) const;
+
+  /// The imports, oldest first.
+  std::vector<Import> Imports() const;
+
+  /// The entries with their imports, in the order added.
+  std::vector<StoredEntry> History() const;
+
+  /// The states whose Fingerprint (db/Fingerprint.hpp) this is.
+  std::vector<TableState> FindStates(const std::string& fingerprint) const;
+
+ private:
+  class Session;
+  explicit TableStore(std::unique_ptr<Session> session);
+  std::unique_ptr<Session> session_;
+};
+
+/// A time as the store writes it, from what people write: a date
+/// (2026-01-31: its end), a time in UTC (2026-01-31T12:00:00Z), with an offset
+/// (+01:00), or with fractions of a second.
+///
+/// @throws std::invalid_argument naming the text and what is expected
+std::string ParseTime(const std::string& text);
+
+}  // namespace ZARN::SQL
