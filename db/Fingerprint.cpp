@@ -3,53 +3,11 @@
 #include <openssl/sha.h>
 
 #include <array>
-#include <charconv>
-#include <nlohmann/json.hpp>
 #include <string_view>
-#include <variant>
-#include <vector>
+
+#include "db/CanonicalJson.hpp"
 
 namespace ZARN {
-namespace {
-
-void Append(std::string& text, double number) {
-  std::array<char, 32> digits;  // at most 24 are used
-  const auto result =
-      std::to_chars(digits.data(), digits.data() + digits.size(), number);
-  text.append(digits.data(), result.ptr);
-}
-
-void Append(std::string& text, const std::string& string) {
-  // Text that is not UTF-8 cannot come from a file; it must not throw here.
-  constexpr auto kReplace = nlohmann::json::error_handler_t::replace;
-  text += nlohmann::json(string).dump(-1, ' ', false, kReplace);
-}
-
-void Append(std::string& text, const std::vector<double>& numbers) {
-  text += '[';
-  std::string_view separator;
-  for (const double number : numbers) {
-    text += separator;
-    Append(text, number);
-    separator = ",";
-  }
-  text += ']';
-}
-
-void Append(std::string& text, const TableEntry& entry) {
-  text += '{';
-  std::string_view separator;
-  for (const auto& [name, field] : entry.fields) {
-    text += separator;
-    Append(text, name);
-    text += ':';
-    std::visit([&text](const auto& value) { Append(text, value); }, field);
-    separator = ",";
-  }
-  text += '}';
-}
-
-}  // namespace
 
 std::string CanonicalText(const TableSet& tables) {
   std::string text = "{";
@@ -60,13 +18,13 @@ std::string CanonicalText(const TableSet& tables) {
       text += ',';
     } else {
       if (table != nullptr) text += "},";
-      Append(text, entry->table);
+      AppendJson(text, entry->table);
       text += ":{";
       table = &entry->table;
     }
-    Append(text, entry->index);
+    AppendJson(text, entry->index);
     text += ':';
-    Append(text, *entry);
+    AppendJson(text, entry->fields, eMinusZero::kFingerprint);
   }
   return text + (table == nullptr ? "}" : "}}");
 }
