@@ -35,6 +35,8 @@ class TableReader {
   TableEntry ReadEntry(const Node& node) const {
     Require(node, eKind::kObject, "a table entry (a JSON object)");
     TableEntry entry;
+    entry.source = name_;
+    entry.place = node.place;
     bool hasTable = false;
     bool hasIndex = false;
     bool hasFields = false;
@@ -53,6 +55,7 @@ class TableReader {
         Require(value, eKind::kObject, "an object of fields");
         for (const auto& [name, field] : value.members) {
           entry.fields.emplace(name, ReadField(field));
+          entry.places.emplace(name, field.keyPlace);
         }
         hasFields = true;
       } else {
@@ -116,7 +119,7 @@ class TableReader {
   }
 
   [[noreturn]] void Refuse(const Node& node, const std::string& reason) const {
-    Json::Refuse(name_, node.line, node.path, reason);
+    Json::Refuse(name_, node.place.line, node.path, reason);
   }
 
   const std::string& name_;
