@@ -44,6 +44,8 @@ class TableReader {
   TableEntry ReadEntry(const Node& node) const {
     Require(node, eKind::kObject, "a table entry (a JSON object)");
     TableEntry entry;
+    entry.source = name_;
+    entry.place = node.place;
     bool hasTable = false;
     bool hasIndex = false;
     bool hasFields = false;
@@ -60,6 +62,9 @@ class TableReader {
         entry.pass = ReadInteger(value, 0);
       } else if (key == "fields") {
         entry.fields = ReadFields(value);
+        for (const auto& [name, field] : value.members) {
+          entry.places.emplace(name, field.keyPlace);
+        }
         hasFields = true;
       } else {
         Refuse(value,
@@ -122,7 +127,7 @@ class TableReader {
   }
 
   [[noreturn]] void Refuse(const Node& node, const std::string& reason) const {
-    Json::Refuse(name_, node.line, node.path, reason);
+    Json::Refuse(name_, node.place.line, node.path, reason);
   }
 
   const std::string& name_;

@@ -34,10 +34,12 @@ struct TableEntry {
   int pass = 0;  ///< >= 0; a higher pass replaces a lower one
   std::map<std::string, TableField> fields;
 
-  // For messages; two entries that differ only here have the same content.
-  std::string source;                       ///< name of the file or database
-  TextPlace place;                          ///< of the entry in its source
-  std::map<std::string, TextPlace> places;  ///< of its fields
+  // For messages; two entries that differ only here have the same content. The
+  // initializers allow to leave them out.
+  std::string source = {};  ///< name of the file or database
+  TextPlace place = {};     ///< where the entry begins
+  /// Where its fields begin, at their keys.
+  std::map<std::string, TextPlace> places = {};
 };
 
 }  // namespace ZARN

@@ -35,9 +35,9 @@ class TableSet {
   void Add(std::vector<TableEntry> entries);
 
   /// Lay entries over the others: where one is valid for a run, it replaces
-  /// the added entries of its table and index, whatever their passes are. Among
-  /// entries laid over, pass and order decide as in Add. If this throws, none
-  /// is laid over.
+  /// the added entries of its table and index, whatever their passes are, also
+  /// those added later. Among entries laid over, pass and order decide as in
+  /// Add. If this throws, none is laid over.
   void Override(std::vector<TableEntry> entries);
 
   /// Remove all entries; keep the run.
@@ -65,10 +65,18 @@ class TableSet {
   using Key = std::pair<std::string, std::string>;  // table, index
   using Entries = std::vector<std::shared_ptr<const TableEntry>>;
 
-  std::shared_ptr<const TableEntry> Select(const Entries& entries,
+  /// The entries of one table and index, each list in the order added.
+  struct Versions {
+    Entries added;
+    Entries overriding;
+  };
+
+  /// Put entries into one list of their versions.
+  void Append(std::vector<TableEntry> entries, Entries Versions::*list);
+  std::shared_ptr<const TableEntry> Select(const Versions& versions,
                                            int pass) const;
 
-  std::map<Key, Entries> entries_;  // each list in the order added
+  std::map<Key, Versions> entries_;
   int run_ = 0;
 };
 
