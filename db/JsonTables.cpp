@@ -31,10 +31,21 @@ class TableReader {
     return entries;
   }
 
+  std::map<std::string, TableField> ReadFields(const Node& node) const {
+    Require(node, eKind::kObject, "an object of fields");
+    std::map<std::string, TableField> fields;
+    for (const auto& [name, field] : node.members) {
+      fields.emplace(name, ReadField(field));
+    }
+    return fields;
+  }
+
  private:
   TableEntry ReadEntry(const Node& node) const {
     Require(node, eKind::kObject, "a table entry (a JSON object)");
     TableEntry entry;
+    entry.source = name_;
+    entry.place = node.place;
     bool hasTable = false;
     bool hasIndex = false;
     bool hasFields = false;
@@ -50,9 +61,9 @@ class TableReader {
       } else if (key == "pass") {
         entry.pass = ReadInteger(value, 0);
       } else if (key == "fields") {
-        Require(value, eKind::kObject, "an object of fields");
+        entry.fields = ReadFields(value);
         for (const auto& [name, field] : value.members) {
-          entry.fields.emplace(name, ReadField(field));
+          entry.places.emplace(name, field.keyPlace);
         }
         hasFields = true;
       } else {
@@ -116,7 +127,7 @@ class TableReader {
   }
 
   [[noreturn]] void Refuse(const Node& node, const std::string& reason) const {
-    Json::Refuse(name_, node.line, node.path, reason);
+    Json::Refuse(name_, node.place.line, node.path, reason);
   }
 
   const std::string& name_;
@@ -149,6 +160,11 @@ std::string ReadWholeFile(const std::string& path) {
 std::vector<TableEntry> ParseJsonTables(const std::string& text,
                                         const std::string& name) {
   return TableReader(name).Read(Json::ParseTree(text, name));
+}
+
+std::map<std::string, TableField> ParseJsonFields(const std::string& text,
+                                                  const std::string& name) {
+  return TableReader(name).ReadFields(Json::ParseTree(text, name));
 }
 
 std::vector<std::string> TableFiles(const std::string& path) try {

@@ -4,15 +4,27 @@
 #include <cstddef>
 #include <iterator>
 #include <nlohmann/json.hpp>
+#include <string_view>
 
 #include "db/DBErrors.hpp"
 
 namespace ZARN::Json {
 namespace {
 
-/// Feeds the text to the parser and counts its lines. The parser copies its
-/// iterators, so the count is stored outside.
-class LineCountingIterator {
+/// Where in the text the parser is.
+struct ReadingPlace {
+  /// The last character read, except that a newline is counted when the
+  /// character after it is read. The parser reads one character past a number
+  /// to find its end; the number must not move to the next line because of
+  /// that.
+  TextPlace last = {1, 0};
+  /// Where the last key or value begins.
+  TextPlace token = {1, 1};
+};
+
+/// Feeds the text to the parser and follows its place in it. The parser copies
+/// its iterators, so the place is stored outside.
+class PlacingIterator {
  public:
   using iterator_category = std::input_iterator_tag;
   using value_type = char;
@@ -20,29 +32,65 @@ class LineCountingIterator {
   using pointer = const char*;
   using reference = const char&;
 
-  LineCountingIterator(const char* at, int* line) : at_(at), line_(line) {}
+  PlacingIterator(const char* at, ReadingPlace* place)
+      : at_(at), place_(place) {}
 
   reference operator*() const { return *at_; }
-  /// A newline is counted when the character after it is read. The parser reads
-  /// one character past a number to find its end; the number must not move to
-  /// the next line because of that.
-  LineCountingIterator& operator++() {
-    if (previousWasNewline_) ++*line_;
+  PlacingIterator& operator++() {
+    if (previousWasNewline_) {
+      ++place_->last.line;
+      place_->last.column = 0;
+    }
     previousWasNewline_ = *at_ == '\n';
+    ++place_->last.column;
+    if (BeginsToken(*at_)) place_->token = place_->last;
     ++at_;
     return *this;
   }
-  bool operator==(const LineCountingIterator& other) const {
+  bool operator==(const PlacingIterator& other) const {
     return at_ == other.at_;
   }
-  bool operator!=(const LineCountingIterator& other) const {
+  bool operator!=(const PlacingIterator& other) const {
     return at_ != other.at_;
   }
 
  private:
+  /// What the next character may belong to.
+  enum class eInside { kNothing, kString, kEscape, kWord };
+
+  /// Whether a key or value begins with this character. Where it does not
+  /// matter, text that is not JSON may give any answer.
+  bool BeginsToken(char c) {
+    switch (inside_) {
+      case eInside::kEscape:
+        inside_ = eInside::kString;
+        return false;
+      case eInside::kString:
+        if (c == '\\') inside_ = eInside::kEscape;
+        if (c == '"') inside_ = eInside::kNothing;
+        return false;
+      case eInside::kWord:  // a number, true, false or null
+      case eInside::kNothing:
+        break;
+    }
+    if (std::string_view(" \t\r\n,:]}").find(c) != std::string_view::npos) {
+      inside_ = eInside::kNothing;
+      return false;
+    }
+    if (c == '[' || c == '{') return true;
+    if (c == '"') {
+      inside_ = eInside::kString;
+      return true;
+    }
+    const bool begins = inside_ == eInside::kNothing;
+    inside_ = eInside::kWord;
+    return begins;
+  }
+
   const char* at_;
-  int* line_;
+  ReadingPlace* place_;
   bool previousWasNewline_ = false;
+  eInside inside_ = eInside::kNothing;
 };
 
 /// A member in a JSON path: .name, or ["a name"] if the name has other than
@@ -65,8 +113,8 @@ class TreeBuilder {
   using string_t = nlohmann::json::string_t;
   using binary_t = nlohmann::json::binary_t;
 
-  TreeBuilder(const std::string& name, const int* line)
-      : name_(name), line_(line) {}
+  TreeBuilder(const std::string& name, const ReadingPlace* place)
+      : name_(name), place_(place) {}
 
   Node TakeTree() { return std::move(root_); }
 
@@ -113,11 +161,11 @@ class TreeBuilder {
     Node& object = *open_.back();
     for (const auto& member : object.members) {
       if (member.first == name) {
-        Refuse(name_, *line_, object.path,
+        Refuse(name_, place_->last.line, object.path,
                "the key \"" + name + "\" is given twice");
       }
     }
-    object.members.emplace_back(name, Node{});
+    object.members.emplace_back(name, Node{}).second.keyPlace = place_->token;
     return true;
   }
 
@@ -130,7 +178,7 @@ class TreeBuilder {
     if (reason.rfind("parse error at line ", 0) == 0) {
       reason.erase(0, reason.find(": ") + 2);
     }
-    Refuse(name_, *line_, PathOfNext(), reason);
+    Refuse(name_, place_->last.line, PathOfNext(), reason);
   }
 
  private:
@@ -160,7 +208,7 @@ class TreeBuilder {
                                                 : &parent.members.back().second;
     }
     node->kind = kind;
-    node->line = *line_;
+    node->place = place_->token;
     node->path = std::move(path);
     return *node;
   }
@@ -168,7 +216,7 @@ class TreeBuilder {
   bool Open(Node::eKind kind) {
     Node& node = Place(kind);
     if (open_.size() == kMaxDepth) {
-      Refuse(name_, *line_, node.path,
+      Refuse(name_, place_->last.line, node.path,
              "nesting too deep (limit " + std::to_string(kMaxDepth) + ")");
     }
     open_.push_back(&node);
@@ -181,7 +229,7 @@ class TreeBuilder {
   }
 
   const std::string& name_;
-  const int* line_;
+  const ReadingPlace* place_;
   Node root_;
   // A parent gets no new child while a child is open, so pointers stay valid.
   std::vector<Node*> open_;
@@ -196,11 +244,11 @@ void Refuse(const std::string& name, int line, const std::string& path,
 }
 
 Node ParseTree(const std::string& text, const std::string& name) {
-  int line = 1;
-  TreeBuilder builder(name, &line);
+  ReadingPlace place;
+  TreeBuilder builder(name, &place);
   const char* const begin = text.data();
-  nlohmann::json::sax_parse(LineCountingIterator(begin, &line),
-                            LineCountingIterator(begin + text.size(), &line),
+  nlohmann::json::sax_parse(PlacingIterator(begin, &place),
+                            PlacingIterator(begin + text.size(), &place),
                             &builder);
   return builder.TakeTree();
 }

@@ -5,6 +5,8 @@
 #include <utility>
 #include <vector>
 
+#include "db/TableEntry.hpp"
+
 namespace ZARN::Json {
 
 /// A JSON value with its place in the text, for error messages.
@@ -12,7 +14,8 @@ struct Node {
   enum class eKind { kNull, kBoolean, kNumber, kString, kArray, kObject };
 
   eKind kind = eKind::kNull;
-  int line = 1;                      ///< line of the value, from 1
+  TextPlace place = {1, 1};          ///< where the value begins
+  TextPlace keyPlace;                ///< where the key of a member begins
   std::string path;                  ///< JSON path, e.g. $[3].fields.x[0]
   double number = 0.0;               ///< of a number
   std::optional<long long> integer;  ///< of a number written as a whole number

@@ -34,6 +34,12 @@ class TableSet {
   /// the one added last is used. If this throws, none is added.
   void Add(std::vector<TableEntry> entries);
 
+  /// Lay entries over the others: where one is valid for a run, it replaces
+  /// the added entries of its table and index, whatever their passes are, also
+  /// those added later. Among entries laid over, pass and order decide as in
+  /// Add. If this throws, none is laid over.
+  void Override(std::vector<TableEntry> entries);
+
   /// Remove all entries; keep the run.
   void Clear();
 
@@ -55,14 +61,27 @@ class TableSet {
   /// index: what is valid for the current run.
   std::vector<std::shared_ptr<const TableEntry>> CurrentEntries() const;
 
+  /// All entries of one table and index, for all runs: those added, then those
+  /// laid over them.
+  std::vector<std::shared_ptr<const TableEntry>> Versions(
+      const std::string& table, const std::string& index) const;
+
  private:
   using Key = std::pair<std::string, std::string>;  // table, index
   using Entries = std::vector<std::shared_ptr<const TableEntry>>;
 
-  std::shared_ptr<const TableEntry> Select(const Entries& entries,
+  /// The entries of one table and index, each list in the order added.
+  struct EntryVersions {
+    Entries added;
+    Entries overriding;
+  };
+
+  /// Put entries into one list of their versions.
+  void Append(std::vector<TableEntry> entries, Entries EntryVersions::*list);
+  std::shared_ptr<const TableEntry> Select(const EntryVersions& versions,
                                            int pass) const;
 
-  std::map<Key, Entries> entries_;  // each list in the order added
+  std::map<Key, EntryVersions> entries_;
   int run_ = 0;
 };
 

@@ -187,6 +187,36 @@ TEST(JsonTables, NamesTheLineOfANumberAtTheEndOfALine) {
             "geo.json:2: $[0]: expected a table entry (a JSON object)");
 }
 
+/// "line:column".
+std::string TextOfPlace(const TextPlace& place) {
+  return std::to_string(place.line) + ":" + std::to_string(place.column);
+}
+
+TEST(JsonTables, SaysWhereEntriesAndFieldsBegin) {
+  const auto entries = Parse(R"([{"table": "GEO", "index": "av", "fields": {}},
+  {"table": "SOLID", "index": "rope \" {", "runs": [1, null],
+   "fields": {"a": 1, "b":[1,2
+     ],"c" :"x,\\","d":
+ "\u00e4)"
+                             "\xC3\xA9"
+                             R"(", "e": -1.5e+3
+    , "f": 0}}
+])");
+  ASSERT_EQ(entries.size(), 2U);
+  EXPECT_EQ(entries[0].source, "geo.json");
+  EXPECT_EQ(TextOfPlace(entries[0].place), "1:2");
+  EXPECT_TRUE(entries[0].places.empty());
+  EXPECT_EQ(TextOfPlace(entries[1].place), "2:3");
+  std::map<std::string, std::string> places;
+  for (const auto& [field, place] : entries[1].places) {
+    places[field] = TextOfPlace(place);
+  }
+  const std::map<std::string, std::string> wanted = {
+      {"a", "3:15"}, {"b", "3:23"}, {"c", "4:8"},
+      {"d", "4:20"}, {"e", "5:14"}, {"f", "6:7"}};
+  EXPECT_EQ(places, wanted);
+}
+
 class JsonTablesOnDisk : public testing::Test {
  protected:
   JsonTablesOnDisk() {

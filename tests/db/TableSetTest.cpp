@@ -123,6 +123,48 @@ TEST_F(TableSetTest, TakesExactlyTheRequestedPass) {
   EXPECT_THROW(ValueAt(0, 2), DBNotFoundError);
 }
 
+TEST_F(TableSetTest, AnOverrideReplacesAllPassesForItsRunsAndNoOthers) {
+  tables_.Override({Entry("GEO", "av", 9.0, {10, 20})});
+  tables_.Add({Entry("GEO", "av", 1.0), Entry("GEO", "av", 2.0, {}, 7),
+               Entry("SOLID", "av", 3.0)});
+  EXPECT_EQ(ValueAt(9), 2.0);
+  EXPECT_EQ(ValueAt(10), 9.0);
+  EXPECT_EQ(ValueAt(20), 9.0);
+  EXPECT_EQ(ValueAt(21), 2.0);
+  EXPECT_EQ(ValueAt(15, 0), 9.0);
+  EXPECT_THROW(ValueAt(15, 7), DBNotFoundError);
+  EXPECT_EQ(ValueAt(21, 7), 2.0);
+  tables_.SetRun(15);
+  EXPECT_EQ(tables_.GetLink("SOLID", "av", -1)->GetD("value"), 3.0);
+  EXPECT_EQ(tables_.CurrentEntries().size(), 2U);
+}
+
+TEST_F(TableSetTest, PassAndOrderDecideAmongOverrides) {
+  tables_.Add({Entry("GEO", "av", 1.0, {}, 9)});
+  tables_.Override({Entry("GEO", "av", 2.0, {}, 1), Entry("GEO", "av", 3.0)});
+  EXPECT_EQ(ValueAt(0), 2.0);
+  tables_.Override({Entry("GEO", "av", 4.0, {}, 1)});
+  EXPECT_EQ(ValueAt(0), 4.0);
+}
+
+TEST_F(TableSetTest, ListsAllVersionsOfAnEntry) {
+  tables_.Override({Entry("GEO", "av", 3.0)});
+  tables_.Add({Entry("GEO", "av", 1.0, {10, 20}), Entry("GEO", "rope", 9.0),
+               Entry("GEO", "av", 2.0, {}, 1)});
+  std::vector<double> values;
+  for (const auto& entry : tables_.Versions("GEO", "av")) {
+    values.push_back(std::get<double>(entry->fields.at("value")));
+  }
+  EXPECT_EQ(values, (std::vector{1.0, 2.0, 3.0}));
+  EXPECT_TRUE(tables_.Versions("SOLID", "av").empty());
+}
+
+TEST_F(TableSetTest, ClearRemovesOverridesToo) {
+  tables_.Override({Entry("GEO", "av", 1.0)});
+  tables_.Clear();
+  EXPECT_THROW(ValueAt(0), DBNotFoundError);
+}
+
 TEST_F(TableSetTest, LinkOutlivesTheEntries) {
   tables_.Add({Entry("GEO", "av", 1.0)});
   const auto link = tables_.GetLink("GEO", "av", -1);
@@ -142,6 +184,14 @@ TEST_F(TableSetTest, CopiesAreIndependent) {
   EXPECT_EQ(tables_.GetRun(), 7);
   tables_.Clear();
   EXPECT_EQ(copy.GetLink("GEO", "av", -1)->GetD("value"), 2.0);
+}
+
+TEST(DBValueError, NamesTheFieldAndWhatIsWrong) {
+  const DBValueError error("GEO", "av", "x", "is empty");
+  EXPECT_STREQ(error.what(), "table GEO, index av: the field x is empty");
+  EXPECT_EQ(error.Field(), "x");
+  EXPECT_EQ(error.Reason(), "is empty");
+  EXPECT_TRUE(std::is_nothrow_copy_constructible_v<DBValueError>);
 }
 
 TEST(DBNotFoundError, IsARuntimeError) {
