@@ -1,0 +1,89 @@
+"""Where geometry tables come from."""
+
+from __future__ import annotations
+
+import datetime
+import os
+from dataclasses import dataclass, replace
+
+from . import _core
+
+#: What can name a source of tables.
+Source = str | os.PathLike[str]
+#: What can give a time.
+Time = str | datetime.date
+
+_FILE_DATABASE = "sqlite:"
+_DATABASES = (_FILE_DATABASE, "postgresql:")
+
+
+@dataclass(frozen=True)
+class TableSource:
+    """A source of tables, and what is laid over it."""
+
+    name: str
+    overrides: str | None
+    as_of: str | None
+    """Always None of files, which keep no history."""
+
+    @classmethod
+    def of(cls, source: Source, overrides: Source | None, as_of: Time | None) -> TableSource:
+        """What a user named."""
+        name = os.fsdecode(source)
+        found = cls(
+            name,
+            None if overrides is None else os.fsdecode(overrides),
+            as_of.isoformat() if isinstance(as_of, datetime.date) else as_of,
+        )
+        if as_of is not None and not found.is_database:
+            raise ValueError(f"as_of: {name} is not a database, and keeps no history")
+        return found
+
+    def absolute(self) -> TableSource:
+        """The same from any working directory."""
+        name = self.name
+        if name.startswith(_FILE_DATABASE):
+            name = _FILE_DATABASE + os.path.abspath(name.removeprefix(_FILE_DATABASE))
+        elif not self.is_database:
+            name = os.path.abspath(name)
+        overrides = None if self.overrides is None else os.path.abspath(self.overrides)
+        return TableSource(name, overrides, self.as_of)
+
+    @property
+    def is_database(self) -> bool:
+        """Whether the tables are in a database, with their history."""
+        return self.name.startswith(_DATABASES)
+
+    def pinned(self) -> TableSource:
+        """The same at any later time: as of the last import that is read."""
+        if not self.is_database:
+            return self
+        _require_libraries(self.name)
+        from . import _sql
+
+        last = _sql.last_import(os.fsencode(self.name), self.as_of)
+        return self if last is None else replace(self, as_of=last)
+
+    def read(self) -> _core.Tables:
+        """Read the tables of all runs."""
+        name = os.fsencode(self.name)
+        overrides = os.fsencode(self.overrides or "")
+        if not self.is_database:
+            return _core.read_tables(name, overrides)
+        _require_libraries(self.name)
+        from . import _sql
+
+        return _sql.read_tables(name, overrides, self.as_of)
+
+
+def _require_libraries(name: str) -> None:
+    """Raise ImportError, with what to install, if databases cannot be read."""
+    try:
+        from . import _sql  # noqa: F401
+    except ImportError as error:
+        # Not the whole name, in which there may be a password.
+        raise ImportError(
+            f"{name.partition(':')[0]}: tables in a database need libraries of the system "
+            "(on Debian: apt install libsoci-core4.0 libsoci-sqlite3-4.0 "
+            f"libsoci-postgresql4.0): {error}"
+        ) from error
