@@ -17,6 +17,11 @@ _FILE_DATABASE = "sqlite:"
 _DATABASES = (_FILE_DATABASE, "postgresql:")
 
 
+def is_database(name: str) -> bool:
+    """Whether a source is a database, which keeps a history."""
+    return name.startswith(_DATABASES)
+
+
 @dataclass(frozen=True)
 class TableSource:
     """A source of tables, and what is laid over it."""
@@ -30,33 +35,27 @@ class TableSource:
     def of(cls, source: Source, overrides: Source | None, as_of: Time | None) -> TableSource:
         """What a user named."""
         name = os.fsdecode(source)
-        found = cls(
+        if as_of is not None and not is_database(name):
+            raise ValueError(f"as_of: {name} is not a database, and keeps no history")
+        return cls(
             name,
-            None if overrides is None else os.fsdecode(overrides),
+            os.fsdecode(overrides) if overrides else None,
             as_of.isoformat() if isinstance(as_of, datetime.date) else as_of,
         )
-        if as_of is not None and not found.is_database:
-            raise ValueError(f"as_of: {name} is not a database, and keeps no history")
-        return found
 
     def absolute(self) -> TableSource:
         """The same from any working directory."""
         name = self.name
         if name.startswith(_FILE_DATABASE):
             name = _FILE_DATABASE + os.path.abspath(name.removeprefix(_FILE_DATABASE))
-        elif not self.is_database:
+        elif not is_database(name):
             name = os.path.abspath(name)
         overrides = None if self.overrides is None else os.path.abspath(self.overrides)
         return TableSource(name, overrides, self.as_of)
 
-    @property
-    def is_database(self) -> bool:
-        """Whether the tables are in a database, with their history."""
-        return self.name.startswith(_DATABASES)
-
     def pinned(self) -> TableSource:
         """The same at any later time: as of the last import that is read."""
-        if not self.is_database:
+        if not is_database(self.name):
             return self
         _require_libraries(self.name)
         from . import _sql
@@ -68,7 +67,7 @@ class TableSource:
         """Read the tables of all runs."""
         name = os.fsencode(self.name)
         overrides = os.fsencode(self.overrides or "")
-        if not self.is_database:
+        if not is_database(self.name):
             return _core.read_tables(name, overrides)
         _require_libraries(self.name)
         from . import _sql
