@@ -3,76 +3,45 @@
 #include <openssl/sha.h>
 
 #include <array>
-#include <charconv>
-#include <nlohmann/json.hpp>
 #include <string_view>
-#include <variant>
-#include <vector>
+#include <utility>
+
+#include "db/CanonicalJson.hpp"
 
 namespace ZARN {
 namespace {
 
-void Append(std::string& text, double number) {
-  std::array<char, 32> digits;  // at most 24 are used
-  const auto result =
-      std::to_chars(digits.data(), digits.data() + digits.size(), number);
-  text.append(digits.data(), result.ptr);
-}
-
-void Append(std::string& text, const std::string& string) {
-  // Text that is not UTF-8 cannot come from a file; it must not throw here.
-  constexpr auto kReplace = nlohmann::json::error_handler_t::replace;
-  text += nlohmann::json(string).dump(-1, ' ', false, kReplace);
-}
-
-void Append(std::string& text, const std::vector<double>& numbers) {
-  text += '[';
-  std::string_view separator;
-  for (const double number : numbers) {
-    text += separator;
-    Append(text, number);
-    separator = ",";
-  }
-  text += ']';
-}
-
-void Append(std::string& text, const TableEntry& entry) {
-  text += '{';
-  std::string_view separator;
-  for (const auto& [name, field] : entry.fields) {
-    text += separator;
-    Append(text, name);
-    text += ':';
-    std::visit([&text](const auto& value) { Append(text, value); }, field);
-    separator = ",";
-  }
-  text += '}';
-}
-
-}  // namespace
-
-std::string CanonicalText(const TableSet& tables) {
-  std::string text = "{";
-  const std::string* table = nullptr;  // the one that is open
-  for (const auto& entry : tables.CurrentEntries()) {
-    const bool isSameTable = table != nullptr && *table == entry->table;
-    if (isSameTable) {
-      text += ',';
+/// Writes tables as one object. Entries come sorted by table and index.
+class TablesText {
+ public:
+  /// Begin an entry; its fields must be appended to the text returned.
+  std::string& Begin(std::string_view table, std::string_view index) {
+    if (!isEmpty_ && table == table_) {
+      text_ += ',';
     } else {
-      if (table != nullptr) text += "},";
-      Append(text, entry->table);
-      text += ":{";
-      table = &entry->table;
+      if (!isEmpty_) text_ += "},";
+      AppendJson(text_, std::string(table));
+      text_ += ":{";
+      table_ = table;
+      isEmpty_ = false;
     }
-    Append(text, entry->index);
-    text += ':';
-    Append(text, *entry);
+    AppendJson(text_, std::string(index));
+    text_ += ':';
+    return text_;
   }
-  return text + (table == nullptr ? "}" : "}}");
-}
 
-std::string Fingerprint(const TableSet& tables) {
-  const std::string text = CanonicalText(tables);
+  std::string Take() {
+    text_ += isEmpty_ ? "}" : "}}";
+    return std::move(text_);
+  }
+
+ private:
+  std::string text_ = "{";
+  std::string table_;  // the one that is open
+  bool isEmpty_ = true;
+};
+
+std::string HashOf(const std::string& text) {
   std::array<unsigned char, SHA256_DIGEST_LENGTH> digest = {};
   SHA256(reinterpret_cast<const unsigned char*>(text.data()), text.size(),
          digest.data());
@@ -83,6 +52,29 @@ std::string Fingerprint(const TableSet& tables) {
     hexadecimal += kDigits[byte % 16];
   }
   return hexadecimal;
+}
+
+}  // namespace
+
+std::string CanonicalText(const TableSet& tables) {
+  TablesText text;
+  for (const auto& entry : tables.CurrentEntries()) {
+    AppendJson(text.Begin(entry->table, entry->index), entry->fields,
+               eMinusZero::kFingerprint);
+  }
+  return text.Take();
+}
+
+std::string Fingerprint(const TableSet& tables) {
+  return HashOf(CanonicalText(tables));
+}
+
+std::string Fingerprint(const std::vector<CanonicalEntry>& entries) {
+  TablesText text;
+  for (const CanonicalEntry& entry : entries) {
+    text.Begin(entry.table, entry.index) += entry.fields;
+  }
+  return HashOf(text.Take());
 }
 
 }  // namespace ZARN

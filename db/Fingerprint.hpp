@@ -1,6 +1,8 @@
 #pragma once
 
 #include <string>
+#include <string_view>
+#include <vector>
 
 #include "db/TableSet.hpp"
 
@@ -18,5 +20,17 @@ std::string Fingerprint(const TableSet& tables);
 /// shortest text that reads back as the same double (std::to_chars). Run ranges
 /// and passes are not in it.
 std::string CanonicalText(const TableSet& tables);
+
+/// An entry whose fields are already text, as in CanonicalText.
+struct CanonicalEntry {
+  std::string_view table;
+  std::string_view index;
+  std::string_view fields;
+};
+
+/// The fingerprint of tables whose entries for a run are these.
+///
+/// @param entries  sorted by table and index, as in TableSet::CurrentEntries
+std::string Fingerprint(const std::vector<CanonicalEntry>& entries);
 
 }  // namespace ZARN

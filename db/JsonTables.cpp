@@ -31,6 +31,15 @@ class TableReader {
     return entries;
   }
 
+  std::map<std::string, TableField> ReadFields(const Node& node) const {
+    Require(node, eKind::kObject, "an object of fields");
+    std::map<std::string, TableField> fields;
+    for (const auto& [name, field] : node.members) {
+      fields.emplace(name, ReadField(field));
+    }
+    return fields;
+  }
+
  private:
   TableEntry ReadEntry(const Node& node) const {
     Require(node, eKind::kObject, "a table entry (a JSON object)");
@@ -52,9 +61,8 @@ class TableReader {
       } else if (key == "pass") {
         entry.pass = ReadInteger(value, 0);
       } else if (key == "fields") {
-        Require(value, eKind::kObject, "an object of fields");
+        entry.fields = ReadFields(value);
         for (const auto& [name, field] : value.members) {
-          entry.fields.emplace(name, ReadField(field));
           entry.places.emplace(name, field.keyPlace);
         }
         hasFields = true;
@@ -152,6 +160,11 @@ std::string ReadWholeFile(const std::string& path) {
 std::vector<TableEntry> ParseJsonTables(const std::string& text,
                                         const std::string& name) {
   return TableReader(name).Read(Json::ParseTree(text, name));
+}
+
+std::map<std::string, TableField> ParseJsonFields(const std::string& text,
+                                                  const std::string& name) {
+  return TableReader(name).ReadFields(Json::ParseTree(text, name));
 }
 
 std::vector<std::string> TableFiles(const std::string& path) try {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <map>
 #include <string>
 #include <vector>
 
@@ -25,6 +26,13 @@ namespace ZARN {
 ///         key given twice, a number that a double cannot hold
 std::vector<TableEntry> ParseJsonTables(const std::string& text,
                                         const std::string& name);
+
+/// Read the fields of one entry from JSON text, as JsonOfFields
+/// (db/CanonicalJson.hpp) writes them: {"r_rope":12.5}
+///
+/// @throws TableFileError as ParseJsonTables
+std::map<std::string, TableField> ParseJsonFields(const std::string& text,
+                                                  const std::string& name);
 
 /// The table files at a path: the file itself, or every *.json file of a
 /// directory, sorted by name.

@@ -56,7 +56,8 @@ struct ImportNote {
   std::string source;
 };
 
-/// A state of the tables: from one import to the next, for a range of runs.
+/// A state of the tables for a range of runs: from the import that made it to
+/// the next one with entries for these runs.
 struct TableState {
   Import import;  ///< the import that made it
   RunRange runs;
@@ -89,28 +90,42 @@ class TableStore {
   TableStore& operator=(TableStore&&) noexcept;
   ~TableStore();
 
-  /// Add entries in one transaction. An entry that stands already, with the
-  /// same content, is left out.
+  /// The version of the schema that OpenToImport brought up to date; none if
+  /// there was nothing to do.
+  std::optional<int> MigratedFrom() const;
+
+  /// Add entries in one transaction.
   ///
-  /// @param asNewPass  give an entry that differs from one that stands, with
-  ///                   the same table, index and pass and for some of the same
-  ///                   runs, the next free pass; otherwise it is refused
-  /// @throws ImportRefused, StoreError; then nothing was added
+  /// An entry is left out if entries of its table, index and pass already have
+  /// these fields for all of its runs. It is refused if one of them has other
+  /// fields for one of its runs.
+  ///
+  /// @param asNewPass  instead of refusing one, give all entries of its table
+  ///                   and index in @p entries passes above those that stand
+  ///                   for their runs, in their own order; if exactly these
+  ///                   fields are in use for the runs already, leave them out
+  /// @throws ImportRefused also for what cannot be stored: a number that is not
+  ///         finite, text that is not UTF-8
+  /// @throws StoreError; except where it says that the connection was lost at
+  ///         the end, nothing was added
   ImportResult Import(std::vector<TableEntry> entries, const ImportNote& note,
                       bool asNewPass);
 
   /// All entries, in the order added.
   ///
   /// @param asOf  read what stood at this time (ParseTime); none: now
+  /// @throws StoreError, std::invalid_argument for a time that cannot be read
   std::vector<TableEntry> Read(const std::optional<std::string>& asOf) const;
 
   /// The imports, oldest first.
-  std::vector<Import> Imports() const;
+  std::vector<SQL::Import> Imports() const;
 
   /// The entries with their imports, in the order added.
   std::vector<StoredEntry> History() const;
 
-  /// The states whose Fingerprint (db/Fingerprint.hpp) this is.
+  /// The states whose Fingerprint (db/Fingerprint.hpp) this is, oldest first.
+  ///
+  /// @throws StoreError also for a schema of version 1, which has no states
   std::vector<TableState> FindStates(const std::string& fingerprint) const;
 
  private:

@@ -1,0 +1,41 @@
+#include "sql/StoredText.hpp"
+
+#include <limits>
+#include <nlohmann/json.hpp>
+#include <stdexcept>
+
+namespace ZARN::SQL {
+
+bool IsUtf8(std::string_view text) {
+  constexpr auto kStrict = nlohmann::json::error_handler_t::strict;
+  try {
+    static_cast<void>(nlohmann::json(text).dump(-1, ' ', false, kStrict));
+    return true;
+  } catch (const nlohmann::json::type_error&) {
+    return false;
+  }
+}
+
+void RequireStorable(std::string_view text, const std::string& what) {
+  if (!IsUtf8(text)) throw std::invalid_argument(what + " is not UTF-8");
+  if (text.find('\0') == std::string_view::npos) return;
+  throw std::invalid_argument(what + " has the character NUL");
+}
+
+std::string TextOf(const RunRange& runs) {
+  const bool isOpenBefore = runs.first == std::numeric_limits<int>::min();
+  const bool isOpenAfter = runs.last == std::numeric_limits<int>::max();
+  const std::string first = std::to_string(runs.first);
+  const std::string last = std::to_string(runs.last);
+  if (isOpenBefore) return isOpenAfter ? "all runs" : "runs to " + last;
+  if (isOpenAfter) return "runs from " + first;
+  if (runs.first == runs.last) return "run " + first;
+  return "runs " + first + " to " + last;
+}
+
+std::string TextOf(const TableEntry& entry) {
+  return entry.table + "/" + entry.index + ", pass " +
+         std::to_string(entry.pass) + ", " + TextOf(entry.runs);
+}
+
+}  // namespace ZARN::SQL
