@@ -49,6 +49,12 @@ def command(*arguments):
     return rows_of(done.stdout)
 
 
+def import_tables(source, database, *options):
+    """Import tables into a database, with the command."""
+    command("tables", "import", source, database, "--author", "tests", "--reason", "a test",
+            *options)
+
+
 def column(rows, name, kind=float):
     return np.array([kind(row[name]) for row in rows])
 
