@@ -31,6 +31,7 @@ class CheckRooms(unittest.TestCase):
         result = check({
             "log/Log.cpp": '#include "log/Log.hpp"\n#include <map>\n',
             "db/DB.cpp": '#include <nlohmann/json.hpp>\n#include "log/Log.hpp"\n',
+            "sql/S.cpp": '#include <soci/soci.h>\n#include <libpq-fe.h>\n#include "db/DB.hpp"\n',
             "du/A.cpp": '#include "TVector3.h"\n#include "du/fast/P.hpp"\n'
                         '#include <CLHEP/Units/SystemOfUnits.h>\n',
             "io/V.cpp": '#include <ROOT/RNTupleModel.hxx>\n#include "du/A.hpp"\n',
@@ -55,6 +56,8 @@ class CheckRooms(unittest.TestCase):
                               ("du/hardware/NeckBoss.cpp", "du/fast/NeckBossCap.hpp"),
                               ("du/hardware/Hardware.hpp", "du/ShadowingCalculator.hpp"),
                               ("du/fast/ShadowMap.cpp", "du/ShadowingCalculator.hpp"),
+                              ("db/DB.cpp", "sql/TableStore.hpp"), ("sql/S.cpp", "du/A.hpp"),
+                              ("io/V.cpp", "sql/TableStore.hpp"),
                               ("du/A.cpp", "scan/S.hpp"),
                               ("scan/S.cpp", "app/A.hpp"),
                               ("io/V.cpp", "app/A.hpp"), ("io/V.cpp", "rdf/D.hpp"),
@@ -75,7 +78,8 @@ class CheckRooms(unittest.TestCase):
                               ("du/hardware/A.cpp", "<CLHEP/Units/SystemOfUnits.h>"),
                               ("app/A.cpp", "<cairo.h>"), ("app/A.cpp", "<cairo-pdf.h>"),
                               ("app/A.cpp", "<pango/pangocairo.h>"),
-                              ("app/A.cpp", "<zlib.h>")):
+                              ("app/A.cpp", "<zlib.h>"), ("app/A.cpp", "<soci/soci.h>"),
+                              ("db/DB.cpp", "<libpq-fe.h>")):
             folder = name.rpartition("/")[0]
             self.assert_refused(name, library, f"{folder}/ must not include {library[1:-1]}")
 
