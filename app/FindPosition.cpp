@@ -3,8 +3,8 @@
 #include <optional>
 
 #include "io/Errors.hpp"
-#include "io/NearestName.hpp"
 #include "io/Quoted.hpp"
+#include "log/NearestName.hpp"
 
 namespace ZARN::App {
 
@@ -17,7 +17,7 @@ IO::NamedPosition FindPosition(const std::string& file,
   std::string nearest;
   for (IO::NamedPosition item; reader.Next(item);) {
     if (item.name != name) {
-      nearest = IO::NearestName(name, {nearest, item.name});
+      nearest = NearestName(name, {nearest, item.name});
       continue;
     }
     if (found.has_value()) {
@@ -27,7 +27,7 @@ IO::NamedPosition FindPosition(const std::string& file,
   }
   if (!found.has_value()) {
     throw IO::BadInput(reader.Name() + ": there is no " + kind + " " +
-                       IO::Quoted(name) + IO::Suggest(nearest));
+                       IO::Quoted(name) + Suggest(nearest));
   }
   return *found;
 }

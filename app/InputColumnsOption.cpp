@@ -8,8 +8,8 @@
 #include "app/RunOptions.hpp"
 #include "app/Usage.hpp"
 #include "io/LightPathColumns.hpp"
-#include "io/NearestName.hpp"
 #include "io/Quoted.hpp"
+#include "log/NearestName.hpp"
 
 namespace ZARN::App {
 
@@ -39,10 +39,10 @@ IO::ColumnNames InputColumnsOf(const std::string& list,
                      " is not of the form start_x=NAME");
     }
     if (std::find(known.begin(), known.end(), ours) == known.end()) {
-      const std::string nearest = IO::NearestName(ours, known);
+      const std::string nearest = NearestName(ours, known);
       throw BadUsage("--input-columns: there is no column " + IO::Quoted(ours) +
                      (nearest.empty() ? "; use " + Joined(known, "or")
-                                      : IO::Suggest(nearest)));
+                                      : Suggest(nearest)));
     }
     if (!others.emplace(ours, theirs).second) {
       throw BadUsage("--input-columns: the column " + IO::Quoted(ours) +

@@ -13,9 +13,9 @@
 #include "db/JsonTables.hpp"
 #include "io/DistinctFiles.hpp"
 #include "io/FileNames.hpp"
-#include "io/NearestName.hpp"
 #include "io/Quoted.hpp"
 #include "io/Sidecar.hpp"
+#include "log/NearestName.hpp"
 
 namespace ZARN::App {
 namespace {
@@ -92,10 +92,10 @@ Meaning MeaningOf(const std::string& option, const std::string& text,
     if (text == word) return meaning;
     known.emplace_back(word);
   }
-  const std::string nearest = IO::NearestName(text, known);
-  throw BadUsage(option + ": " + IO::Quoted(text) + " is not known" +
-                 (nearest.empty() ? "; use " + Joined(known, "or")
-                                  : IO::Suggest(nearest)));
+  const std::string nearest = NearestName(text, known);
+  throw BadUsage(
+      option + ": " + IO::Quoted(text) + " is not known" +
+      (nearest.empty() ? "; use " + Joined(known, "or") : Suggest(nearest)));
 }
 
 /// One side of the picture, pixels.

@@ -7,8 +7,8 @@
 #include "app/Signals.hpp"
 #include "io/Errors.hpp"
 #include "io/IntegerName.hpp"
-#include "io/NearestName.hpp"
 #include "io/Quoted.hpp"
+#include "log/NearestName.hpp"
 
 namespace ZARN::App {
 namespace {
@@ -18,7 +18,7 @@ constexpr std::size_t kBatchSize = 1024;
 
 std::string DescribeUnknownType(std::string_view name) {
   return IO::Quoted(name) + " is not the name of a path type" +
-         IO::Suggest(IO::NearestName(
+         Suggest(NearestName(
              std::string(name),
              {DU::kLightPathTypeNames.begin(), DU::kLightPathTypeNames.end()}));
 }

@@ -3,8 +3,8 @@
 #include <CLI/CLI.hpp>
 #include <cstddef>
 
-#include "io/NearestName.hpp"
 #include "io/Quoted.hpp"
+#include "log/NearestName.hpp"
 
 namespace ZARN::App {
 namespace {
@@ -47,17 +47,16 @@ std::string DescribeUnknown(const CLI::App& app, const CLI::App& command,
   if (IsOption(argument)) {
     const std::string name = argument.substr(0, argument.find('='));
     return command.get_name() + " has no option " + IO::Quoted(name) +
-           IO::Suggest(IO::NearestName(name, OptionNames(command)));
+           Suggest(NearestName(name, OptionNames(command)));
   }
   if (&command != &app) {
     return "too many arguments for " + command.get_name() + ": " +
            IO::Quoted(argument);
   }
   const std::vector<std::string> names = SubcommandNames(app);
-  const std::string nearest = IO::NearestName(argument, names);
+  const std::string nearest = NearestName(argument, names);
   return "unknown subcommand " + IO::Quoted(argument) +
-         (nearest.empty() ? "; use " + Joined(names, "or")
-                          : IO::Suggest(nearest));
+         (nearest.empty() ? "; use " + Joined(names, "or") : Suggest(nearest));
 }
 
 std::string DescribeMissing(const CLI::App& app, const CLI::App& command) {

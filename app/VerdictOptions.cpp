@@ -7,8 +7,8 @@
 #include "app/RunOptions.hpp"
 #include "app/Usage.hpp"
 #include "io/FileNames.hpp"
-#include "io/NearestName.hpp"
 #include "io/Quoted.hpp"
+#include "log/NearestName.hpp"
 
 namespace ZARN::App {
 namespace {
@@ -25,10 +25,10 @@ std::vector<std::string> ColumnNamesOf(const std::string& list,
   for (std::string name; std::getline(names, name, ',');) {
     name = WithoutBlanks(name);
     if (!has(known, name)) {
-      const std::string nearest = IO::NearestName(name, known);
-      throw BadUsage("--columns: there is no column " + IO::Quoted(name) +
-                     (nearest.empty() ? "; see --help for all names"
-                                      : IO::Suggest(nearest)));
+      const std::string nearest = NearestName(name, known);
+      throw BadUsage(
+          "--columns: there is no column " + IO::Quoted(name) +
+          (nearest.empty() ? "; see --help for all names" : Suggest(nearest)));
     }
     if (has(columns, name)) {
       throw BadUsage("--columns: the column " + IO::Quoted(name) +

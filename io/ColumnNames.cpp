@@ -2,8 +2,8 @@
 
 #include <algorithm>
 
-#include "io/NearestName.hpp"
 #include "io/Quoted.hpp"
+#include "log/NearestName.hpp"
 
 namespace ZARN::IO {
 

@@ -1,9 +1,9 @@
-#include "io/NearestName.hpp"
+#include "log/NearestName.hpp"
 
 #include <algorithm>
 #include <cstddef>
 
-namespace ZARN::IO {
+namespace ZARN {
 namespace {
 
 /// Number of characters changed, missing, added, or swapped with the next.
@@ -51,4 +51,4 @@ std::string Suggest(const std::string& nearest) {
   return nearest.empty() ? "" : "; did you mean " + nearest + "?";
 }
 
-}  // namespace ZARN::IO
+}  // namespace ZARN

@@ -1,11 +1,11 @@
-#include "io/NearestName.hpp"
+#include "log/NearestName.hpp"
 
 #include <gtest/gtest.h>
 
 #include <string>
 #include <vector>
 
-namespace ZARN::IO {
+namespace ZARN {
 namespace {
 
 const std::vector<std::string> kNames = {"--run", "--threads", "--tolerance",
@@ -35,4 +35,4 @@ TEST(NearestName, IsEmptyIfNoneIsNear) {
 }
 
 }  // namespace
-}  // namespace ZARN::IO
+}  // namespace ZARN

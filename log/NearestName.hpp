@@ -3,7 +3,7 @@
 #include <string>
 #include <vector>
 
-namespace ZARN::IO {
+namespace ZARN {
 
 /// The name with the smallest number of changed, missing, added or swapped
 /// characters relative to @p name; empty if more than a third of @p name
@@ -14,4 +14,4 @@ std::string NearestName(const std::string& name,
 /// "; did you mean <nearest>?"; empty for an empty name.
 std::string Suggest(const std::string& nearest);
 
-}  // namespace ZARN::IO
+}  // namespace ZARN
