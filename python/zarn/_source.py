@@ -4,6 +4,7 @@ from __future__ import annotations
 
 import datetime
 import os
+import pathlib
 from dataclasses import dataclass, replace
 
 from . import _core
@@ -13,13 +14,33 @@ Source = str | os.PathLike[str]
 #: What can give a time.
 Time = str | datetime.date
 
-_FILE_DATABASE = "sqlite:"
-_DATABASES = (_FILE_DATABASE, "postgresql:")
+_FILE_DATABASE, _SERVER = "sqlite:", "postgresql:"
+_DATABASES = (_FILE_DATABASE, _SERVER)
 
 
 def is_database(name: str) -> bool:
     """Whether a source is a database, which keeps a history."""
     return name.startswith(_DATABASES)
+
+
+def short_name(name: str, overrides: str | None) -> str:
+    """What a picture calls tables: the name of their file, folder or database."""
+    short = _name_of_server(name) if name.startswith(_SERVER) else _name_of_file(name)
+    return f"{short} with {_name_of_file(overrides)}" if overrides else short
+
+
+def _name_of_file(name: str) -> str:
+    place = pathlib.Path(name.removeprefix(_FILE_DATABASE))
+    return place.stem if place.suffix in (".json", ".db") else place.name
+
+
+def _name_of_server(name: str) -> str:
+    connection = name.removeprefix(_SERVER)
+    if connection.startswith("//"):
+        database = connection[2:].partition("/")[2].partition("?")[0]
+    else:
+        database = connection.rpartition("dbname=")[2] if "dbname=" in connection else ""
+    return database.partition(" ")[0] or "PostgreSQL"
 
 
 @dataclass(frozen=True)
@@ -72,7 +93,8 @@ class TableSource:
         _require_libraries(self.name)
         from . import _sql
 
-        return _sql.read_tables(name, overrides, self.as_of)
+        tables: _core.Tables = _sql.read_tables(name, overrides, self.as_of)
+        return tables
 
 
 def _require_libraries(name: str) -> None:
