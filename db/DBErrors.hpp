@@ -1,5 +1,6 @@
 #pragma once
 
+#include <memory>
 #include <stdexcept>
 #include <string>
 
@@ -18,7 +19,18 @@ class DBValueError : public std::runtime_error {
   DBValueError(const std::string& table, const std::string& index,
                const std::string& field, const std::string& reason)
       : std::runtime_error("table " + table + ", index " + index +
-                           ": the field " + field + " " + reason) {}
+                           ": the field " + field + " " + reason),
+        field_(std::make_shared<const std::string>(field)),
+        reason_(std::make_shared<const std::string>(reason)) {}
+
+  const std::string& Field() const { return *field_; }
+  /// What is wrong, after the name of the field: "is empty".
+  const std::string& Reason() const { return *reason_; }
+
+ private:
+  // Shared, since copies of an exception must not throw.
+  std::shared_ptr<const std::string> field_;
+  std::shared_ptr<const std::string> reason_;
 };
 
 /// A table file cannot be read or is invalid. The text names the file and, if

@@ -3,18 +3,18 @@
 namespace ZARN {
 
 void TableSet::Add(std::vector<TableEntry> entries) {
-  Append(std::move(entries), &Versions::added);
+  Append(std::move(entries), &EntryVersions::added);
 }
 
 void TableSet::Override(std::vector<TableEntry> entries) {
-  Append(std::move(entries), &Versions::overriding);
+  Append(std::move(entries), &EntryVersions::overriding);
 }
 
 void TableSet::Append(std::vector<TableEntry> entries,
-                      Entries Versions::*list) {
+                      Entries EntryVersions::*list) {
   auto grown = entries_;  // copies pointers only
   for (TableEntry& entry : entries) {
-    Versions& versions = grown[Key(entry.table, entry.index)];
+    EntryVersions& versions = grown[Key(entry.table, entry.index)];
     (versions.*list)
         .push_back(std::make_shared<const TableEntry>(std::move(entry)));
   }
@@ -51,10 +51,20 @@ std::vector<std::shared_ptr<const TableEntry>> TableSet::CurrentEntries()
   return current;
 }
 
+std::vector<std::shared_ptr<const TableEntry>> TableSet::Versions(
+    const std::string& table, const std::string& index) const {
+  const auto found = entries_.find(Key(table, index));
+  if (found == entries_.end()) return {};
+  Entries all = found->second.added;
+  const Entries& overriding = found->second.overriding;
+  all.insert(all.end(), overriding.begin(), overriding.end());
+  return all;
+}
+
 /// The entry of this pass that is valid for the current run; null if there is
 /// none.
-std::shared_ptr<const TableEntry> TableSet::Select(const Versions& versions,
-                                                   int pass) const {
+std::shared_ptr<const TableEntry> TableSet::Select(
+    const EntryVersions& versions, int pass) const {
   for (const Entries* list : {&versions.overriding, &versions.added}) {
     std::shared_ptr<const TableEntry> best;
     bool isValid = false;  // one of the list, of any pass

@@ -61,22 +61,27 @@ class TableSet {
   /// index: what is valid for the current run.
   std::vector<std::shared_ptr<const TableEntry>> CurrentEntries() const;
 
+  /// All entries of one table and index, for all runs: those added, then those
+  /// laid over them.
+  std::vector<std::shared_ptr<const TableEntry>> Versions(
+      const std::string& table, const std::string& index) const;
+
  private:
   using Key = std::pair<std::string, std::string>;  // table, index
   using Entries = std::vector<std::shared_ptr<const TableEntry>>;
 
   /// The entries of one table and index, each list in the order added.
-  struct Versions {
+  struct EntryVersions {
     Entries added;
     Entries overriding;
   };
 
   /// Put entries into one list of their versions.
-  void Append(std::vector<TableEntry> entries, Entries Versions::*list);
-  std::shared_ptr<const TableEntry> Select(const Versions& versions,
+  void Append(std::vector<TableEntry> entries, Entries EntryVersions::*list);
+  std::shared_ptr<const TableEntry> Select(const EntryVersions& versions,
                                            int pass) const;
 
-  std::map<Key, Versions> entries_;
+  std::map<Key, EntryVersions> entries_;
   int run_ = 0;
 };
 

@@ -3,7 +3,7 @@
 #include <string>
 #include <vector>
 
-#include <TVector3.h>
+#include "TVector3.h"
 #include "db/TableSet.hpp"
 #include "du/hardware/ShadowingComponent.hpp"
 

@@ -2,22 +2,26 @@
 
 namespace ZARN::IO {
 
-std::string Printable(std::string_view text) {
-  constexpr std::size_t kShown = 60;
+std::string Escaped(std::string_view text) {
   constexpr std::string_view kDigits = "0123456789abcdef";
-  std::string printable;
-  for (const char c : text.substr(0, kShown)) {
+  std::string escaped;
+  for (const char c : text) {
     const auto code = static_cast<unsigned char>(c);
     constexpr unsigned char kDelete = 0x7F;
     if (code >= ' ' && code != kDelete) {
-      printable += c;
+      escaped += c;
     } else {
-      printable += "\\x";
-      printable += kDigits[code / 16U];
-      printable += kDigits[code % 16U];
+      escaped += "\\x";
+      escaped += kDigits[code / 16U];
+      escaped += kDigits[code % 16U];
     }
   }
-  return printable + (text.size() > kShown ? "..." : "");
+  return escaped;
+}
+
+std::string Printable(std::string_view text) {
+  constexpr std::size_t kShown = 60;
+  return Escaped(text.substr(0, kShown)) + (text.size() > kShown ? "..." : "");
 }
 
 std::string Quoted(std::string_view text) {

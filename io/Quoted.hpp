@@ -5,8 +5,11 @@
 
 namespace ZARN::IO {
 
-/// Text from a file, for messages: control characters are escaped, so that a
-/// file cannot control the terminal, and long text is truncated.
+/// Text from a file or a database: control characters are escaped, so that it
+/// cannot control the terminal.
+std::string Escaped(std::string_view text);
+
+/// The same for messages: long text is truncated.
 std::string Printable(std::string_view text);
 
 /// The same in quotes, for text that may be empty or end in a blank.

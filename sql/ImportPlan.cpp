@@ -83,16 +83,20 @@ class KeyPlan {
     });
   }
 
-  /// Whether readers already get the fields of the import for all of its runs.
-  bool IsInUse() const {
+  /// What readers get for the runs of the import.
+  enum class eInUse { kOther, kOnlyOwn, kOwnOrNothing };
+
+  eInUse WhatIsInUse() const {
+    bool isEverywhere = true;
     for (const Version& version : own_) {
       for (const int run : RunsOf(*version.entry)) {
         const Version* const now = Select(standing_, run, nullptr);
-        const Version* const wanted = Select(own_, run, nullptr);
-        if (now == nullptr || !IsSame(*now, *wanted)) return false;
+        isEverywhere = isEverywhere && now != nullptr;
+        if (now == nullptr) continue;
+        if (!IsSame(*now, *Select(own_, run, nullptr))) return eInUse::kOther;
       }
     }
-    return true;
+    return isEverywhere ? eInUse::kOnlyOwn : eInUse::kOwnOrNothing;
   }
 
   /// How far the passes of the import must be raised to be above all that
@@ -218,12 +222,17 @@ ImportPlan PlanImport(std::vector<TableEntry> entries,
   const std::vector<KeyPlan> plans = PlansByKey(planned, standing, texts);
   for (const KeyPlan& plan : plans) {
     const KeyPlan::Conflict conflict = plan.FindConflict();
-    const bool isRaised = conflict.first != nullptr && asNewPass;
-    if (conflict.first != nullptr && !asNewPass) conflicts.push_back(conflict);
-    const bool isInUse = isRaised && plan.IsInUse();
+    const bool isConflict = conflict.first != nullptr;
+    if (isConflict && !asNewPass) conflicts.push_back(conflict);
+    const auto inUse = plan.WhatIsInUse();
+    const bool isLeftOut = asNewPass && inUse == KeyPlan::eInUse::kOnlyOwn;
+    const bool isRaised = asNewPass && !isLeftOut &&
+                          (isConflict || inUse == KeyPlan::eInUse::kOther);
+    const int raise = isRaised ? plan.RaiseOfPasses() : 0;
     for (const Version& version : plan.Own()) {
-      isAdded[version.place] = isRaised ? !isInUse : !plan.IsCovered(version);
-      if (isRaised) raises[version.place] = plan.RaiseOfPasses();
+      isAdded[version.place] =
+          isRaised || (!isLeftOut && !plan.IsCovered(version));
+      raises[version.place] = raise;
     }
   }
   if (!conflicts.empty()) RefuseConflicts(conflicts);

@@ -25,10 +25,12 @@ struct ImportPlan {
 /// Of entries with the same table, index and pass, the one added last counts,
 /// so an import must not change which fields a pass has for a run. An entry is
 /// left out if entries that stand already cover its runs with these fields. An
-/// entry that differs for one of its runs is refused; with @p asNewPass, all
-/// entries of its table and index in this import get passes above those that
-/// stand for some of their runs, in their own order, unless exactly these
-/// fields are in use already.
+/// entry that differs for one of its runs is refused.
+///
+/// With @p asNewPass, what the import says is in use afterwards: if readers get
+/// other fields for some of its runs, all its entries of this table and index
+/// get passes above those that stand for their runs, in their own order. If
+/// readers get these fields already, they are left out.
 ///
 /// @throws ImportRefused naming entries that differ
 ///         std::invalid_argument naming an entry that cannot be stored

@@ -16,7 +16,11 @@ bool HasSchema(Connection& connection) {
                  "WHERE type = 'table' AND name = 'zarn_schema'",
           soci::into(number);
     } else {
-      session << "SELECT (to_regclass('zarn_schema') IS NOT NULL)::integer",
+      // Not to_regclass, which can overlook a table that another program has
+      // just made.
+      session << "SELECT count(*) FROM pg_catalog.pg_tables "
+                 "WHERE tablename = 'zarn_schema' "
+                 "AND schemaname = ANY (current_schemas(false))",
           soci::into(number);
     }
     return number != 0;

@@ -5,6 +5,17 @@
 #include <stdexcept>
 
 namespace ZARN::SQL {
+namespace {
+
+/// A name that cannot control a terminal or end a message.
+std::string Printable(const std::string& name) {
+  constexpr auto kReplace = nlohmann::json::error_handler_t::replace;
+  const std::string quoted =
+      nlohmann::json(name).dump(-1, ' ', false, kReplace);
+  return quoted.substr(1, quoted.size() - 2);
+}
+
+}  // namespace
 
 bool IsUtf8(std::string_view text) {
   constexpr auto kStrict = nlohmann::json::error_handler_t::strict;
@@ -34,7 +45,7 @@ std::string TextOf(const RunRange& runs) {
 }
 
 std::string TextOf(const TableEntry& entry) {
-  return entry.table + "/" + entry.index + ", pass " +
+  return Printable(entry.table) + "/" + Printable(entry.index) + ", pass " +
          std::to_string(entry.pass) + ", " + TextOf(entry.runs);
 }
 

@@ -100,10 +100,11 @@ class TableStore {
   /// these fields for all of its runs. It is refused if one of them has other
   /// fields for one of its runs.
   ///
-  /// @param asNewPass  instead of refusing one, give all entries of its table
-  ///                   and index in @p entries passes above those that stand
-  ///                   for their runs, in their own order; if exactly these
-  ///                   fields are in use for the runs already, leave them out
+  /// @param asNewPass  instead, make sure that readers get what @p entries say:
+  ///                   where they get other fields for one of the runs, all
+  ///                   entries of the table and index get passes above those
+  ///                   that stand for their runs, in their own order; where
+  ///                   they get exactly these fields already, they are left out
   /// @throws ImportRefused also for what cannot be stored: a number that is not
   ///         finite, text that is not UTF-8
   /// @throws StoreError; except where it says that the connection was lost at

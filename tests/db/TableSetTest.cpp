@@ -147,6 +147,18 @@ TEST_F(TableSetTest, PassAndOrderDecideAmongOverrides) {
   EXPECT_EQ(ValueAt(0), 4.0);
 }
 
+TEST_F(TableSetTest, ListsAllVersionsOfAnEntry) {
+  tables_.Override({Entry("GEO", "av", 3.0)});
+  tables_.Add({Entry("GEO", "av", 1.0, {10, 20}), Entry("GEO", "rope", 9.0),
+               Entry("GEO", "av", 2.0, {}, 1)});
+  std::vector<double> values;
+  for (const auto& entry : tables_.Versions("GEO", "av")) {
+    values.push_back(std::get<double>(entry->fields.at("value")));
+  }
+  EXPECT_EQ(values, (std::vector{1.0, 2.0, 3.0}));
+  EXPECT_TRUE(tables_.Versions("SOLID", "av").empty());
+}
+
 TEST_F(TableSetTest, ClearRemovesOverridesToo) {
   tables_.Override({Entry("GEO", "av", 1.0)});
   tables_.Clear();
@@ -172,6 +184,14 @@ TEST_F(TableSetTest, CopiesAreIndependent) {
   EXPECT_EQ(tables_.GetRun(), 7);
   tables_.Clear();
   EXPECT_EQ(copy.GetLink("GEO", "av", -1)->GetD("value"), 2.0);
+}
+
+TEST(DBValueError, NamesTheFieldAndWhatIsWrong) {
+  const DBValueError error("GEO", "av", "x", "is empty");
+  EXPECT_STREQ(error.what(), "table GEO, index av: the field x is empty");
+  EXPECT_EQ(error.Field(), "x");
+  EXPECT_EQ(error.Reason(), "is empty");
+  EXPECT_TRUE(std::is_nothrow_copy_constructible_v<DBValueError>);
 }
 
 TEST(DBNotFoundError, IsARuntimeError) {

@@ -23,5 +23,10 @@ TEST(Quoted, TruncatesLongText) {
             "\"" + std::string(60, 'x') + "...\"");
 }
 
+TEST(Escaped, KeepsLongText) {
+  EXPECT_EQ(Escaped(std::string(100, 'x') + "\n"),
+            std::string(100, 'x') + "\\x0a");
+}
+
 }  // namespace
 }  // namespace ZARN::IO
