@@ -4,6 +4,7 @@
 #include <soci/sqlite3/soci-sqlite3.h>
 
 #include <algorithm>
+#include <sstream>
 #include <string_view>
 #include <utility>
 
@@ -27,16 +28,26 @@ bool BeginsWith(std::string_view text, std::string_view begin) {
   return text.substr(0, begin.size()) == begin;
 }
 
-/// What an engine says, as one line.
+/// Remove the text up to the end of @p mark, if it has it.
+void RemoveUpTo(std::string& text, std::string_view mark) {
+  const std::size_t place = text.find(mark);
+  if (place != std::string::npos) text.erase(0, place + mark.size());
+}
+
+/// What an engine says, as one line, without what SOCI puts before it and the
+/// statement that PostgreSQL puts behind it.
 std::string MessageOf(const soci::soci_error& error) {
-  constexpr std::string_view kPrefix =
-      "Cannot establish connection to the database.";
   std::string text = error.get_error_message();
-  if (BeginsWith(text, kPrefix)) text.erase(0, kPrefix.size());
-  std::replace(text.begin(), text.end(), '\n', ' ');
-  text.erase(0, text.find_first_not_of(' '));
-  text.erase(text.find_last_not_of(' ') + 1);
-  return text;
+  RemoveUpTo(text, "Cannot establish connection to the database.");
+  RemoveUpTo(text, "Fatal error. ");
+  if (BeginsWith(text, "sqlite3_")) RemoveUpTo(text, ": ");
+  text.erase(std::min(text.find("\nLINE "), text.size()));
+  std::istringstream words(text);
+  std::string line;
+  for (std::string word; words >> word;) {
+    line += (line.empty() ? "" : " ") + word;
+  }
+  return line;
 }
 
 /// What a user can do about an error of SQLite; empty if its text says all.
