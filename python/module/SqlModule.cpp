@@ -56,15 +56,15 @@ void TranslateErrors() {
 }  // namespace
 }  // namespace ZARN::Python
 
-// The class of the tables is that of the module _core, which is imported
-// before.
 NB_MODULE(_sql, module) {
   namespace nb = nanobind;
   module.doc() = "Tables in databases, for zarn.Calculator.";
   ZARN::Python::TranslateErrors();
+  // The class of the tables is that of _core, which is imported before this
+  // module, but not when its stub is made.
   module.def("read_tables", &ZARN::Python::ReadTables,
              nb::sig("def read_tables(source: bytes, overrides: bytes, "
-                     "as_of: str | None) -> zarn._core.Tables"),
+                     "as_of: str | None) -> typing.Any"),
              nb::arg("source"), nb::arg("overrides"), nb::arg("as_of").none());
   module.def("last_import", &ZARN::Python::LastImport, nb::arg("source"),
              nb::arg("as_of").none());

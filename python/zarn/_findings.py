@@ -2,8 +2,9 @@
 
 from __future__ import annotations
 
+import dataclasses
 import enum
-from dataclasses import dataclass, field
+from dataclasses import dataclass
 from typing import Any
 
 import numpy.typing as npt
@@ -36,7 +37,7 @@ class TableFinding:
     table: str
     index: str
     field: str
-    """Empty if the finding is about the entry."""
+    """Empty if the finding is about the entry, as where a field is missing."""
     place: str
     """Where the entry stands: file, line and column, or database, pass and runs."""
     problem: str
@@ -45,7 +46,7 @@ class TableFinding:
     """The value, shortened; empty if there is none."""
     remedy: str
     """What would be right."""
-    text: str = field(repr=False)
+    text: str = dataclasses.field(repr=False)
     """All of it in one line, as the command prints it."""
 
     def __str__(self) -> str:
@@ -112,9 +113,11 @@ def check_tables(
     Raises:
         TableFileError, StoreError: the tables cannot be read.
 
-    >>> check_tables("data/reference-detector")
-    ()
-    >>> check_tables("data/reference-detector").raise_for_errors()
+    >>> for finding in check_tables("data/reference-detector"):
+    ...     print(finding.severity, finding.table, finding.index, finding.problem)
+    ...     break
+    note PMT positions nothing reads this entry
+    >>> check_tables("data/reference-detector").raise_for_errors(strict=True)
     """
     found = TableSource.of(source, overrides, as_of)
     tables = found.read()

@@ -54,6 +54,15 @@ def command(*arguments):
     return rows_of(command_text(*arguments))
 
 
+def command_json(*arguments):
+    """The exit status of the command, and the JSON that it writes to standard output."""
+    done = subprocess.run(
+        [os.environ["ZARN_SHADOW"], *map(str, arguments)],
+        capture_output=True, text=True, timeout=TIMEOUT, check=False,
+    )
+    return done.returncode, json.loads(done.stdout)
+
+
 def import_tables(source, database, *options):
     """Import tables into a database, with the command."""
     command_text("tables", "import", source, database, "--author", "tests",
