@@ -125,7 +125,7 @@ class PlaceCheck {
 /// From this height of legs and feet on, they block nothing at the default
 /// tolerance (docs/tables.md).
 double HighestFoot(const TableCheck& check, const TableIndex& rope) {
-  const double* const radius = check.Get<double>("SOLID", rope, "r_rope");
+  const auto* const radius = check.Get<double>("SOLID", rope, "r_rope");
   return Hardware::kDefaultTolerance + (radius == nullptr ? 0.0 : *radius);
 }
 
@@ -162,8 +162,8 @@ void CheckBellyPlates(TableCheck& check, const Vessel& vessel) {
   PlaceCheck places(check, vessel, eShadowingComponent::kBellyPlate,
                     "GEO_LOCATIONS", {"inner_av", "belly_plate_locations"});
   if (places.AreInMetres()) return;
-  const double* const half = check.Get<double>("SOLID", {"belly_plate_vintar"},
-                                               "octahedron_half_height");
+  const auto* const half = check.Get<double>("SOLID", {"belly_plate_vintar"},
+                                             "octahedron_half_height");
   places.TellWhere(
       [&](const TVector3& plate) {
         std::string problem =
@@ -183,7 +183,7 @@ void CheckNCDAnchors(TableCheck& check, const Vessel& vessel) {
   PlaceCheck places(check, vessel, eShadowingComponent::kNCDAnchor,
                     "GEO_LOCATIONS", {"inner_av", "ncd_anchor_locations"});
   if (places.AreInMetres()) return;
-  const double* const half = check.Get<double>(
+  const auto* const half = check.Get<double>(
       "SOLID", {"inner_av", "ncd_anchor_definition"}, "half_z");
   // An anchor touches the wall.
   const double reach = half == nullptr ? 0.0 : std::max(*half, 0.0);

@@ -83,7 +83,7 @@ class SizeCheck {
   void Size(const std::string& table, const TableIndex& index,
             const std::string& field, double smallest, double largest,
             eSeverity severity = eSeverity::kWarning) {
-    const double* const size = check_.Get<double>(table, index, field);
+    const auto* const size = check_.Get<double>(table, index, field);
     if (size == nullptr || !std::isfinite(*size)) return;
     if (IsVesselInMetres(check_)) return;
     const FindingSubject subject = {component_, table, *check_.IndexOf(index),
@@ -135,7 +135,7 @@ class SizeCheck {
 };
 
 void CheckRadius(TableCheck& check, const TableIndex& index) {
-  const double* const radius = check.Get<double>("SOLID", index, "r_sphere");
+  const auto* const radius = check.Get<double>("SOLID", index, "r_sphere");
   if (radius == nullptr) return;
   const FindingSubject subject = {eShadowingComponent::kNone, "SOLID",
                                   index.name, "r_sphere"};
@@ -153,8 +153,8 @@ void CheckRadius(TableCheck& check, const TableIndex& index) {
 void CheckVessel(TableCheck& check) {
   CheckRadius(check, kInner);
   CheckRadius(check, kOuter);
-  const double* const inner = check.Get<double>("SOLID", kInner, "r_sphere");
-  const double* const outer = check.Get<double>("SOLID", kOuter, "r_sphere");
+  const auto* const inner = check.Get<double>("SOLID", kInner, "r_sphere");
+  const auto* const outer = check.Get<double>("SOLID", kOuter, "r_sphere");
   if (inner != nullptr && outer != nullptr && *inner > 0.0 && *outer > 0.0 &&
       *outer <= *inner) {
     check.Tell(check.SeverityForLight(),
@@ -164,7 +164,7 @@ void CheckVessel(TableCheck& check) {
                 TextOf(*outer), "the wall is between them"});
   }
   const auto vessel = SoundVessel(check);
-  const double* const neck = check.Get<double>("SOLID", kOuter, "r_neck");
+  const auto* const neck = check.Get<double>("SOLID", kOuter, "r_neck");
   if (vessel.has_value() && neck != nullptr && std::isfinite(*neck) &&
       *neck >= vessel->inner) {
     check.Tell(
@@ -212,12 +212,12 @@ void CheckNeckBoss(TableCheck& check) {
   const FindingSubject subject = {eShadowingComponent::kNeckBoss, "GEO", "av",
                                   "neck_boss_z"};
   const TableIndex solid = {"neck_boss"};
-  const double* const z = check.Get<double>("GEO", {"av"}, "neck_boss_z");
-  const double* const half1 = check.Get<double>("SOLID", solid, "half_height1");
-  const double* const half2 = check.Get<double>("SOLID", solid, "half_height2");
+  const auto* const z = check.Get<double>("GEO", {"av"}, "neck_boss_z");
+  const auto* const half1 = check.Get<double>("SOLID", solid, "half_height1");
+  const auto* const half2 = check.Get<double>("SOLID", solid, "half_height2");
   SizeCheck sizes(check, eShadowingComponent::kNeckBoss);
   for (const char* const field : {"half_height1", "half_height2"}) {
-    const double* const half = check.Get<double>("SOLID", solid, field);
+    const auto* const half = check.Get<double>("SOLID", solid, field);
     if (half != nullptr && *half == 0.0) continue;  // a boss of one ring
     sizes.Size("SOLID", solid, field, kThinnest, sizes.LargestOnVessel());
   }
@@ -254,7 +254,7 @@ void CheckIndices(TableCheck& check, const TableIndex& medium) {
   const std::string field = "refractive_index";
   const FindingSubject subject = {eShadowingComponent::kNone, "OPTICS",
                                   medium.name, field};
-  const double* const one = check.Get<double>("OPTICS", medium, field);
+  const auto* const one = check.Get<double>("OPTICS", medium, field);
   const auto* const many =
       check.Get<std::vector<double>>("OPTICS", medium, field);
   const double highest = one != nullptr ? *one
@@ -287,8 +287,8 @@ void CheckWavelengths(TableCheck& check, const TableIndex& medium) {
 }  // namespace
 
 std::optional<Vessel> SoundVessel(const TableCheck& check) {
-  const double* const inner = check.Get<double>("SOLID", kInner, "r_sphere");
-  const double* const outer = check.Get<double>("SOLID", kOuter, "r_sphere");
+  const auto* const inner = check.Get<double>("SOLID", kInner, "r_sphere");
+  const auto* const outer = check.Get<double>("SOLID", kOuter, "r_sphere");
   if (inner == nullptr || outer == nullptr) return std::nullopt;
   if (!(*inner >= kSmallestVessel && *outer > *inner) ||
       !std::isfinite(*outer)) {
@@ -299,7 +299,7 @@ std::optional<Vessel> SoundVessel(const TableCheck& check) {
 
 bool IsVesselInMetres(const TableCheck& check) {
   for (const TableIndex& index : {kInner, kOuter}) {
-    const double* const radius = check.Get<double>("SOLID", index, "r_sphere");
+    const auto* const radius = check.Get<double>("SOLID", index, "r_sphere");
     if (radius != nullptr && *radius > 0.0 && *radius < kSmallestVessel) {
       return true;
     }

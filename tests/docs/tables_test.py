@@ -14,6 +14,7 @@ import unittest
 
 SOURCE = pathlib.Path(os.environ["ZARN_SOURCE_DIR"])
 ZARN_SHADOW = pathlib.Path(os.environ["ZARN_SHADOW"])
+TABLES_SCHEMA = os.environ["ZARN_TABLES_SCHEMA"]
 EXAMPLE = SOURCE / "examples" / "minimal-detector"
 PAGE = (SOURCE / "docs" / "tables.md").read_text()
 
@@ -57,8 +58,18 @@ class Row:
         # "unequal or empty: not loaded"; nothing where the fields are no arrays.
         *self.wrong_lengths, self.outcome = re.split(r", | or |: ", "".join(cells[5:]))
 
+        self.types = cells[2]
+        self.unit = cells[3]
+        self.is_for_drawings = "for drawings only" in cells[4]
+
     def places(self):
         return [(self.table, index, field) for index in self.indices for field in self.fields]
+
+
+def known_fields():
+    """The list of fields that the program has."""
+    return json.loads(subprocess.run([TABLES_SCHEMA, "--fields"], check=True,
+                                     capture_output=True, text=True).stdout)
 
 
 def rows_of_fields():
@@ -198,6 +209,26 @@ class TablesPage(unittest.TestCase):
         listed = {place for row in rows_of_fields() for place in row.places()}
         optional = {("OPTICS", medium, "wavelength") for medium in ("inner_av", "acrylic")}
         self.assertEqual(listed - optional, set(places(detector())))
+
+    def test_the_fields_listed_are_those_that_the_program_knows(self):
+        page = set()
+        for row in rows_of_fields():
+            for place in row.places():
+                page.add((row.part, *place, "array" in row.types, "string" in row.types,
+                          row.unit.replace("none", ""), row.is_for_drawings))
+        known = set()
+        names = {(entry["index"], field): value for entry in detector()
+                 if entry["table"] == "GEO" for field, value in entry["fields"].items()}
+        for field in known_fields():
+            if field["use"] == "other":
+                continue
+            index = field["index"]
+            if field["named_by"]:
+                index = names[index, field["named_by"]]
+            known.add((field["part"], field["table"], index, field["field"],
+                       "array" in field["type"], field["type"] == "a string", field["unit"],
+                       field["use"] == "drawings"))
+        self.assertEqual(page, known)
 
     def assert_names_what_is_wrong(self, entries, place, reason):
         table, index, _ = place
