@@ -7,6 +7,7 @@
 #include <stdexcept>
 #include <utility>
 
+#include "db/RunText.hpp"
 #include "sql/FieldsText.hpp"
 #include "sql/StoredText.hpp"
 

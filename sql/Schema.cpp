@@ -27,23 +27,6 @@ bool HasSchema(Connection& connection) {
   });
 }
 
-/// The version, at most the one that this program knows.
-int ReadVersion(Connection& connection) {
-  const int version = connection.Run([](soci::session& session) {
-    int number = 0;
-    session << "SELECT version FROM zarn_schema", soci::into(number);
-    return number;
-  });
-  if (version < 1) connection.Refuse("its schema has no version");
-  if (version > kSchemaVersion) {
-    connection.Refuse("has schema version " + std::to_string(version) +
-                      "; this program knows up to " +
-                      std::to_string(kSchemaVersion) +
-                      ": use a newer zarn-shadow");
-  }
-  return version;
-}
-
 /// Refuse an SQLite file of another program. One without tables, as a killed
 /// import can leave it, is nobody's.
 void RefuseForeignFile(Connection& connection) {
@@ -112,13 +95,29 @@ void MakeVersion2(Connection& connection) {
 
 }  // namespace
 
+int ReadSchemaVersion(Connection& connection) {
+  const int version = connection.Run([](soci::session& session) {
+    int number = 0;
+    session << "SELECT version FROM zarn_schema", soci::into(number);
+    return number;
+  });
+  if (version < 1) connection.Refuse("its schema has no version");
+  if (version > kSchemaVersion) {
+    connection.Refuse("has schema version " + std::to_string(version) +
+                      "; this program knows up to " +
+                      std::to_string(kSchemaVersion) +
+                      ": use a newer zarn-shadow");
+  }
+  return version;
+}
+
 int RequireSchema(Connection& connection) {
   RefuseForeignFile(connection);
   if (!HasSchema(connection)) {
     connection.Refuse(
         "has no geometry tables; zarn-shadow tables import makes them");
   }
-  const int version = ReadVersion(connection);
+  const int version = ReadSchemaVersion(connection);
   RequireIntact(connection);
   return version;
 }
@@ -127,13 +126,14 @@ int MakeSchema(Connection& connection) {
   RefuseForeignFile(connection);
   // Without the right to make tables, an import into a schema that is up to
   // date must work; so look first.
-  if (HasSchema(connection) && ReadVersion(connection) == kSchemaVersion) {
+  if (HasSchema(connection) &&
+      ReadSchemaVersion(connection) == kSchemaVersion) {
     RequireIntact(connection);
     return kSchemaVersion;
   }
   Transaction transaction(connection, eAccess::kImport);
   // Another program may have made it meanwhile.
-  const int before = HasSchema(connection) ? ReadVersion(connection) : 0;
+  const int before = HasSchema(connection) ? ReadSchemaVersion(connection) : 0;
   if (before < 1) MakeVersion1(connection);
   if (before < 2) MakeVersion2(connection);
   transaction.Commit();

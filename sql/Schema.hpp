@@ -14,7 +14,13 @@ namespace ZARN::SQL {
 //                import left them, for the runs of its entries (States.hpp)
 constexpr int kSchemaVersion = 2;
 
-/// Require a database of tables with a schema that this program can read.
+/// The version of the schema.
+///
+/// @throws StoreError if this program does not know it
+int ReadSchemaVersion(Connection& connection);
+
+/// Require a database of tables, undamaged as far as its engine tells, with a
+/// schema that this program can read.
 ///
 /// @return its version
 /// @throws StoreError

@@ -1,8 +1,9 @@
 #include "sql/StoredText.hpp"
 
-#include <limits>
 #include <nlohmann/json.hpp>
 #include <stdexcept>
+
+#include "db/RunText.hpp"
 
 namespace ZARN::SQL {
 namespace {
@@ -31,17 +32,6 @@ void RequireStorable(std::string_view text, const std::string& what) {
   if (!IsUtf8(text)) throw std::invalid_argument(what + " is not UTF-8");
   if (text.find('\0') == std::string_view::npos) return;
   throw std::invalid_argument(what + " has the character NUL");
-}
-
-std::string TextOf(const RunRange& runs) {
-  const bool isOpenBefore = runs.first == std::numeric_limits<int>::min();
-  const bool isOpenAfter = runs.last == std::numeric_limits<int>::max();
-  const std::string first = std::to_string(runs.first);
-  const std::string last = std::to_string(runs.last);
-  if (isOpenBefore) return isOpenAfter ? "all runs" : "runs to " + last;
-  if (isOpenAfter) return "runs from " + first;
-  if (runs.first == runs.last) return "run " + first;
-  return "runs " + first + " to " + last;
 }
 
 std::string TextOf(const TableEntry& entry) {

@@ -193,7 +193,8 @@ std::optional<int> TableStore::MigratedFrom() const {
 ImportResult TableStore::Import(std::vector<TableEntry> entries,
                                 const ImportNote& note, bool asNewPass) {
   Transaction transaction(*session_, eAccess::kImport);
-  RequireSchema(*session_);
+  // Another program may have changed it since this one opened it.
+  ReadSchemaVersion(*session_);
   std::vector<Row> rows = ReadRows(*session_);
   RowTexts texts(*session_);
   ImportPlan plan =
