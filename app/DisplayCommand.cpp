@@ -86,7 +86,7 @@ class DisplayWork {
     ReadEvents(options, content_);
     content_.version = ZARN_VERSION;
     content_.title = options.title;
-    content_.detector = NameOfTables(options.run.geometry);
+    content_.detector = NameOfTables(options.run.tables);
     content_.fingerprint = OriginOf(options.run, shadowing_).fingerprint;
     content_.run = options.run.run;
     content_.withReflections = options.withReflections;

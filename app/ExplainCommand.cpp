@@ -7,9 +7,9 @@
 
 #include "app/ExplainOptions.hpp"
 #include "app/FindPosition.hpp"
+#include "app/PrintText.hpp"
 #include "du/ShadowingCalculator.hpp"
 #include "io/ExplanationText.hpp"
-#include "io/OutputFile.hpp"
 #include "io/PathSource.hpp"
 
 namespace ZARN::App {
@@ -21,12 +21,6 @@ DU::eVerdict WhyNoPath(const DU::ShadowingCalculator& shadowing,
                        const TVector3& from, const TVector3& to) {
   const DU::eVerdict direct = shadowing.FindVerdict(light, from, to);
   return DU::HasPath(direct) ? DU::eVerdict::kNoReflectedPath : direct;
-}
-
-void Write(const std::string& text) {
-  IO::OutputFile output(std::nullopt);
-  output.Write(text);
-  output.Finish();
 }
 
 void Explain(const ExplainOptions& options) {
@@ -58,14 +52,14 @@ void Explain(const ExplainOptions& options) {
     }
     if (!light.HasPath()) {
       const DU::eVerdict why = WhyNoPath(shadowing, light, from, to);
-      Write(options.writesJson ? IO::NoPathJson(why) : IO::NoPathText(why));
+      PrintText(options.writesJson ? IO::NoPathJson(why) : IO::NoPathText(why));
       return;
     }
   }
   const DU::ShadowingExplanation explanation =
       shadowing.Explain(light.GetLightPath());
-  Write(options.writesJson ? IO::ExplanationJson(light, explanation)
-                           : IO::ExplanationText(light, explanation));
+  PrintText(options.writesJson ? IO::ExplanationJson(light, explanation)
+                               : IO::ExplanationText(light, explanation));
 }
 
 }  // namespace

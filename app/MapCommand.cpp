@@ -54,11 +54,11 @@ struct Calculators {
 Display::MapContent::Comparison NamesOf(const RunOptions& before,
                                         const RunOptions& after) {
   Display::MapContent::Comparison names;
-  names.before = NameOfTables(before.geometry);
-  names.after = NameOfTables(after.geometry);
-  if (names.before == names.after && before.geometry != after.geometry) {
-    names.before = before.geometry;
-    names.after = after.geometry;
+  names.before = NameOfTables(before.tables);
+  names.after = NameOfTables(after.tables);
+  if (names.before == names.after && before.tables.name != after.tables.name) {
+    names.before = before.tables.name;
+    names.after = after.tables.name;
   }
   if (before.run != after.run) {
     names.before += ", run " + std::to_string(before.run);
@@ -165,7 +165,7 @@ class MapWork {
     content_.components = Display::ComponentStatesOf(Shown().shadowing);
     content_.tolerance = first_.shadowing.GetAVHDRopeTolerance();
     content_.wavelength = options_.wavelength;
-    content_.detector = NameOfTables(options_.run.geometry);
+    content_.detector = NameOfTables(options_.run.tables);
     content_.title = options_.title;
     content_.run = options_.run.run;
     if (!options_.IsComparison()) return;

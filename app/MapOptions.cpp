@@ -276,7 +276,9 @@ eMapFormat MapOptions::Format() const {
 
 RunOptions MapOptions::RunOfComparison() const {
   RunOptions other = run;
-  if (compare.has_value()) other.geometry = *compare;
+  // What is laid over tables belongs to those of --geometry, and so does a
+  // time: so can tables be compared with and without them.
+  if (compare.has_value()) other.tables = {*compare, "", std::nullopt};
   if (compareRun.has_value()) other.run = *compareRun;
   return other;
 }

@@ -5,16 +5,17 @@
 #include <charconv>
 #include <cmath>
 #include <iostream>
+#include <stdexcept>
 #include <thread>
 
 #include "app/Usage.hpp"
 #include "db/Fingerprint.hpp"
-#include "db/JsonTables.hpp"
 #include "du/ShadowingCalculator.hpp"
 #include "io/Errors.hpp"
 #include "io/Numbers.hpp"
 #include "io/Quoted.hpp"
 #include "lightpath/LightPathCalculator.hpp"
+#include "sql/TableStore.hpp"
 
 namespace ZARN::App {
 namespace {
@@ -25,9 +26,9 @@ void Begin(const RunOptions& options, Calculator& calculator,
   try {
     calculator.BeginOfRun(tables);
   } catch (const DBNotFoundError& error) {
-    throw IO::BadInput(options.geometry + ": " + error.what());
+    throw IO::BadInput(options.tables.name + ": " + error.what());
   } catch (const DBValueError& error) {
-    throw IO::BadInput(options.geometry + ": " + error.what());
+    throw IO::BadInput(options.tables.name + ": " + error.what());
   }
 }
 
@@ -36,28 +37,69 @@ void ReportLoadErrors(const RunOptions& options,
                       const DU::ShadowingCalculator& calculator) {
   for (const DU::eShadowingComponent component : DU::kShadowingComponents) {
     if (calculator.IsInfoLoaded(component)) continue;
-    std::cerr << options.geometry << ": " << DU::NameOf(component)
+    std::cerr << options.tables.name << ": " << DU::NameOf(component)
               << " is off: " << calculator.GetLoadError(component) << "\n";
   }
 }
 
 }  // namespace
 
-void AddRunOptions(CLI::App& command, RunOptions& options) {
+void AddOverrideOption(CLI::App& command, TableSource& source) {
   command
-      .add_option("--geometry", options.geometry,
-                  "Geometry tables in mm: a JSON file, or a directory of "
-                  "*.json files")
+      .add_option("--override", source.overrides,
+                  "JSON tables laid over these: where one of its entries is "
+                  "valid for the run, it replaces theirs")
+      ->type_name("FILE");
+}
+
+void AddAsOfOption(CLI::App& command, TableSource& source,
+                   const std::string& description) {
+  command
+      .add_option_function<std::string>(
+          "--as-of",
+          [&source](const std::string& text) {
+            try {
+              SQL::ParseTime(text);
+              source.asOf = text;
+            } catch (const std::invalid_argument& error) {
+              throw BadUsage(std::string("--as-of: ") + error.what());
+            }
+          },
+          description)
+      ->type_name("TIME");
+}
+
+void AddSourceArgument(CLI::App& command, const std::string& name,
+                       std::string& source) {
+  command
+      .add_option(name, source,
+                  "A JSON file, a directory of *.json files, sqlite:FILE or "
+                  "postgresql:CONNECTION")
       ->required()
       ->type_name("TABLES");
+}
+
+void AddRunOption(CLI::App& command, int& run) {
   command
       .add_option_function<std::string>(
           "--run",
-          [&options](const std::string& text) {
-            options.run = WholeNumberOf("--run", text);
+          [&run](const std::string& text) {
+            run = WholeNumberOf("--run", text);
           },
           "Run number for which the tables are read (default: 0)")
       ->type_name("N");
+}
+
+void AddRunOptions(CLI::App& command, RunOptions& options) {
+  command
+      .add_option("--geometry", options.tables.name,
+                  "Geometry tables in mm: a JSON file, a directory of *.json "
+                  "files, sqlite:FILE or postgresql:CONNECTION")
+      ->required()
+      ->type_name("TABLES");
+  AddOverrideOption(command, options.tables);
+  AddAsOfOption(command, options.tables);
+  AddRunOption(command, options.run);
   command
       .add_option_function<std::string>(
           "--tolerance",
@@ -102,12 +144,12 @@ void AddWavelengthOption(CLI::App& command, double& wavelength) {
 }
 
 std::vector<std::string> FilesOf(const RunOptions& options) {
-  return TableFiles(options.geometry);
+  return ZARN::FilesOf(options.tables);
 }
 
 void LoadTables(const RunOptions& options, TableSet& tables) {
   tables.SetRun(options.run);
-  LoadJsonTables(tables, options.geometry);
+  ZARN::LoadTables(tables, options.tables);
 }
 
 void BeginRun(const RunOptions& options, DU::ShadowingCalculator& calculator,

@@ -7,6 +7,7 @@
 
 #include "db/DB.hpp"
 #include "io/Origin.hpp"
+#include "sql/TableSource.hpp"
 
 namespace CLI {
 class App;
@@ -23,14 +24,30 @@ namespace App {
 
 /// What every command that judges light paths can choose.
 struct RunOptions {
-  std::string geometry;
+  TableSource tables;
   int run = 0;
   std::optional<double> tolerance;  // mm
   std::size_t threads = 1;
 };
 
-/// Add --geometry, --run and --tolerance; @p options must outlive the parsing.
+/// Add --geometry, --override, --as-of, --run and --tolerance; @p options must
+/// outlive the parsing.
 void AddRunOptions(CLI::App& command, RunOptions& options);
+
+/// Add --override and --as-of, for commands that read what holds for a run;
+/// @p source must outlive the parsing.
+void AddOverrideOption(CLI::App& command, TableSource& source);
+void AddAsOfOption(CLI::App& command, TableSource& source,
+                   const std::string& description =
+                       "Read the tables of a database as they stood at this "
+                       "time");
+
+/// Add a required argument that names a source of tables.
+void AddSourceArgument(CLI::App& command, const std::string& name,
+                       std::string& source);
+
+/// Add --run; @p run must outlive the parsing.
+void AddRunOption(CLI::App& command, int& run);
 
 /// Add --threads, whose default is the number of cores; @p threads must outlive
 /// the parsing.
@@ -45,7 +62,9 @@ std::vector<std::string> FilesOf(const RunOptions& options);
 
 /// Fill the process-wide database, or @p tables, with the tables.
 ///
-/// @throws TableFileError
+/// @throws as ZARN::LoadTables (sql/TableSource.hpp); BadUsage for --as-of
+/// where
+///         the source keeps no history
 void LoadTables(const RunOptions& options, TableSet& tables = DB::Get());
 
 /// Call the calculator's BeginOfRun; call LoadTables before. For each component

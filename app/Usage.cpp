@@ -9,10 +9,25 @@
 namespace ZARN::App {
 namespace {
 
-/// The subcommand that was given; the main command if there was none.
-const CLI::App& Asked(const CLI::App& app) {
-  const auto subcommands = app.get_subcommands();
-  return subcommands.empty() ? app : *subcommands.front();
+/// The commands that were given, outermost first: the main one, its subcommand,
+/// the subcommand of that.
+std::vector<const CLI::App*> GivenCommands(const CLI::App& app) {
+  std::vector<const CLI::App*> commands = {&app};
+  for (;;) {
+    const auto subcommands = commands.back()->get_subcommands();
+    if (subcommands.empty()) return commands;
+    commands.push_back(subcommands.front());
+  }
+}
+
+bool IsMain(const CLI::App& command) { return command.get_parent() == nullptr; }
+
+/// "scan" or "tables import"; "zarn-shadow" for the main command.
+std::string FullName(const CLI::App& command) {
+  if (IsMain(command) || IsMain(*command.get_parent())) {
+    return command.get_name();
+  }
+  return FullName(*command.get_parent()) + " " + command.get_name();
 }
 
 bool IsOption(const std::string& argument) {
@@ -42,26 +57,28 @@ std::vector<std::string> SubcommandNames(const CLI::App& app) {
 }
 
 /// Message for an argument that means nothing at its place.
-std::string DescribeUnknown(const CLI::App& app, const CLI::App& command,
+std::string DescribeUnknown(const CLI::App& command,
                             const std::string& argument) {
   if (IsOption(argument)) {
     const std::string name = argument.substr(0, argument.find('='));
-    return command.get_name() + " has no option " + IO::Quoted(name) +
+    return FullName(command) + " has no option " + IO::Quoted(name) +
            Suggest(NearestName(name, OptionNames(command)));
   }
-  if (&command != &app) {
-    return "too many arguments for " + command.get_name() + ": " +
+  const std::vector<std::string> names = SubcommandNames(command);
+  if (names.empty()) {
+    return "too many arguments for " + FullName(command) + ": " +
            IO::Quoted(argument);
   }
-  const std::vector<std::string> names = SubcommandNames(app);
   const std::string nearest = NearestName(argument, names);
   return "unknown subcommand " + IO::Quoted(argument) +
+         (IsMain(command) ? "" : " of " + FullName(command)) +
          (nearest.empty() ? "; use " + Joined(names, "or") : Suggest(nearest));
 }
 
-std::string DescribeMissing(const CLI::App& app, const CLI::App& command) {
-  if (&command == &app) {
-    return "a subcommand is missing: " + Joined(SubcommandNames(app), "or");
+std::string DescribeMissing(const CLI::App& command) {
+  const std::vector<std::string> names = SubcommandNames(command);
+  if (!names.empty()) {
+    return "a subcommand is missing: " + Joined(names, "or");
   }
   std::vector<std::string> missing;
   for (const CLI::Option* const option : command.get_options()) {
@@ -69,7 +86,7 @@ std::string DescribeMissing(const CLI::App& app, const CLI::App& command) {
       missing.push_back(option->get_name());
     }
   }
-  return command.get_name() + " needs " + Joined(missing, "and");
+  return FullName(command) + " needs " + Joined(missing, "and");
 }
 
 /// Message for an option with too many or too few values.
@@ -103,23 +120,24 @@ std::string DescribeFlag(const std::vector<std::string>& arguments,
 
 std::string DescribeBadUsage(const CLI::App& app, const CLI::ParseError& error,
                              const std::vector<std::string>& arguments) {
-  const CLI::App& command = Asked(app);
+  const std::vector<const CLI::App*> given = GivenCommands(app);
+  const CLI::App& command = *given.back();
   // A misspelt name is often the reason why another one is missing.
-  for (const CLI::App* const place : {&app, &command}) {
+  for (const CLI::App* const place : given) {
     const std::vector<std::string> unknown = place->remaining();
-    if (!unknown.empty()) return DescribeUnknown(app, *place, unknown.front());
+    if (!unknown.empty()) return DescribeUnknown(*place, unknown.front());
   }
   const std::string kind = error.get_name();
-  if (kind == "RequiredError") return DescribeMissing(app, command);
+  if (kind == "RequiredError") return DescribeMissing(command);
   if (kind == "ArgumentMismatch") return DescribeValues(command, arguments);
   if (kind == "ConversionError") return DescribeFlag(arguments, error);
   return error.what();
 }
 
 std::string HintAtHelp(const CLI::App& app) {
-  const CLI::App& command = Asked(app);
+  const CLI::App& command = *GivenCommands(app).back();
   return "See " + app.get_name() + " " +
-         (&command == &app ? "" : command.get_name() + " ") + "--help.";
+         (IsMain(command) ? "" : FullName(command) + " ") + "--help.";
 }
 
 std::string Joined(const std::vector<std::string>& names,

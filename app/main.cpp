@@ -7,18 +7,23 @@
 #include <iostream>
 #include <optional>
 #include <sstream>
+#include <stdexcept>
 #include <string>
 
 #include "app/CheckCommand.hpp"
 #include "app/DisplayCommand.hpp"
+#include "app/ExitStatus.hpp"
 #include "app/ExplainCommand.hpp"
 #include "app/MapCommand.hpp"
+#include "app/PrintText.hpp"
 #include "app/ScanCommand.hpp"
 #include "app/Signals.hpp"
+#include "app/TablesCommand.hpp"
 #include "app/Usage.hpp"
-#include "db/JsonTables.hpp"
+#include "db/DBErrors.hpp"
 #include "io/Errors.hpp"
 #include "io/OutputFile.hpp"
+#include "sql/TableStore.hpp"
 
 namespace {
 
@@ -66,14 +71,13 @@ int Run(int argc, char** argv) {
   ZARN::App::AddExplainCommand(app);
   ZARN::App::AddMapCommand(app);
   ZARN::App::AddScanCommand(app);
+  ZARN::App::AddTablesCommand(app);
   try {
     app.parse(argc, argv);
   } catch (const CLI::Success& asked) {  // --help or --version
     std::ostringstream text;
     app.exit(asked, text);
-    ZARN::IO::OutputFile output(std::nullopt);
-    output.Write(text.str());
-    output.Finish();
+    ZARN::App::PrintText(text.str());
   } catch (const CLI::ParseError& error) {
     return ComplainOfUsage(
         app, ZARN::App::DescribeBadUsage(app, error, {argv + 1, argv + argc}));
@@ -103,6 +107,14 @@ int main(int argc, char** argv) {
     return Complain(error.what(), kBadUsageOrInput);
   } catch (const ZARN::TableFileError& error) {
     return Complain(error.what(), kBadUsageOrInput);
+  } catch (const ZARN::SQL::StoreError& error) {
+    return Complain(error.what(), kBadUsageOrInput);
+  } catch (const ZARN::SQL::ImportRefused& error) {
+    return Complain(error.what(), kBadUsageOrInput);
+  } catch (const std::invalid_argument& error) {  // a time in --as-of
+    return Complain(error.what(), kBadUsageOrInput);
+  } catch (const ZARN::App::Ended& ended) {
+    return ended.Status();
   } catch (const ZARN::App::Interrupted& error) {
     return Complain(error.what(), ZARN::App::StatusOfSignal(error.Signal()));
   } catch (const ZARN::IO::ClosedPipe&) {

@@ -1,0 +1,160 @@
+#include "app/TablesImportCommand.hpp"
+
+#include <CLI/CLI.hpp>
+#include <iostream>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "app/AuthorFromSystem.hpp"
+#include "app/CheckTablesByRun.hpp"
+#include "app/RunOptions.hpp"
+#include "app/TablesText.hpp"
+#include "app/Usage.hpp"
+#include "db/RunText.hpp"
+#include "io/Errors.hpp"
+#include "io/Quoted.hpp"
+#include "log/Grouped.hpp"
+#include "sql/TableSource.hpp"
+#include "sql/TableStore.hpp"
+
+namespace ZARN::App {
+namespace {
+
+constexpr const char* kFooter =
+    "An import is one transaction: all of its entries or none. Entries that "
+    "stand\n"
+    "already, with the same content, are left out. An entry that differs from "
+    "one\n"
+    "that stands, with the same table, index and pass and for some of the "
+    "same\n"
+    "runs, is refused: give it another pass, or let --new-pass give it the "
+    "next\n"
+    "free one. Nothing is ever overwritten; history shows what stood before.\n"
+    "\n"
+    "DB is made where there is none: the file of sqlite:FILE, or the tables in "
+    "the\n"
+    "database of a server. What was added goes to standard error.\n\n"
+    "Exit status: 0 success; 1 DB cannot be written; 2 bad usage or input;\n"
+    "130 interrupted.\n\n"
+    "Example:\n"
+    "  zarn-shadow tables import data/reference-detector sqlite:detector.db "
+    "\\\n"
+    "      --reason 'First tables'";
+
+struct ImportOptions {
+  std::string source;
+  std::string database;
+  std::string author;
+  std::string reason;
+  bool asNewPass = false;
+};
+
+void RequireConsistent(const ImportOptions& options) {
+  if (!SQL::TableStore::IsStore(options.database)) {
+    throw BadUsage("tables import: " + IO::Quoted(options.database) +
+                   " is no database; use sqlite:FILE or "
+                   "postgresql:CONNECTION");
+  }
+  if (WithoutBlanks(options.reason).empty()) {
+    throw BadUsage(
+        "tables import needs --reason: why these tables are added or changed; "
+        "history shows it");
+  }
+  if (WithoutBlanks(options.author).empty()) {
+    throw BadUsage("tables import: --author is empty");
+  }
+}
+
+void PrintAdded(const std::vector<TableEntry>& added) {
+  constexpr std::size_t kMost = 20;
+  for (std::size_t i = 0; i < added.size() && i < kMost; ++i) {
+    std::cerr << "  " << NameOf(added[i]) << ", pass " << added[i].pass << ", "
+              << TextOf(added[i].runs) << "\n";
+  }
+  if (added.size() > kMost) {
+    std::cerr << "  and " << Grouped(added.size() - kMost) << " more\n";
+  }
+}
+
+/// Say whether what holds now is fine, for the runs of the new entries.
+void PrintFindings(const ImportOptions& options, const SQL::TableStore& store,
+                   const std::vector<TableEntry>& added) {
+  const FindingsByRun findings =
+      CheckTablesByRun(store.Read(std::nullopt), added);
+  if (findings.errors + findings.warnings == 0) return;
+  std::cerr << options.database << ": " << NumberOfFindings(findings)
+            << "; see zarn-shadow tables check '" << options.database << "'";
+  if (findings.firstRun != 0) std::cerr << " --run " << findings.firstRun;
+  std::cerr << "\n";
+}
+
+SQL::ImportResult ImportInto(SQL::TableStore& store,
+                             std::vector<TableEntry> entries,
+                             const ImportOptions& options) {
+  try {
+    return store.Import(std::move(entries),
+                        {options.author, options.reason, options.source},
+                        options.asNewPass);
+  } catch (const SQL::StoreError& error) {
+    throw IO::OutputFailure(error.what());
+  }
+}
+
+void ImportTables(const ImportOptions& options) {
+  std::vector<TableEntry> entries = ReadTables({options.source, "", {}});
+  SQL::TableStore store = SQL::TableStore::OpenToImport(options.database);
+  if (const auto version = store.MigratedFrom(); version.has_value()) {
+    std::cerr << options.database << ": brought from version " << *version
+              << " of its tables up to date\n";
+  }
+  const SQL::ImportResult result =
+      ImportInto(store, std::move(entries), options);
+  if (!result.import.has_value()) {
+    std::cerr << options.database << ": all " << Grouped(result.unchanged)
+              << " entries stand already; nothing was imported\n";
+    return;
+  }
+  std::cerr << options.database << ": " << ImportText(*result.import) << ": "
+            << Grouped(result.added.size())
+            << (result.added.size() == 1 ? " entry" : " entries") << " added";
+  if (result.unchanged > 0) {
+    std::cerr << ", " << Grouped(result.unchanged) << " stood already";
+  }
+  std::cerr << "\n";
+  PrintAdded(result.added);
+  PrintFindings(options, store, result.added);
+}
+
+}  // namespace
+
+void AddTablesImportCommand(CLI::App& tables) {
+  CLI::App* const command = tables.add_subcommand(
+      "import", "Add tables to a database, with author, time and reason");
+  const auto options = std::make_shared<ImportOptions>();
+  AddSourceArgument(*command, "SOURCE", options->source);
+  command
+      ->add_option("DB", options->database,
+                   "sqlite:FILE or postgresql:CONNECTION")
+      ->required()
+      ->type_name("DATABASE");
+  options->author = AuthorFromSystem();
+  command
+      ->add_option("--author", options->author,
+                   "Who imports (default: your name, and EMAIL if it is set)")
+      ->type_name("NAME");
+  command
+      ->add_option("--reason", options->reason,
+                   "Why these tables are added or changed; it is required")
+      ->type_name("TEXT");
+  command->add_flag("--new-pass", options->asNewPass,
+                    "Give entries that differ from those that stand the next "
+                    "free pass");
+  command->footer(kFooter);
+  command->callback([options] {
+    RequireConsistent(*options);
+    ImportTables(*options);
+  });
+}
+
+}  // namespace ZARN::App
