@@ -68,9 +68,8 @@ class MissingFields {
     return told_.insert({known.table, index, field, namedBy}).second;
   }
 
-  static bool IsFieldOf(const KnownField& field, const TableEntry& entry) {
-    return field.table == entry.table && field.index.IsFixed() &&
-           field.index.name == entry.index;
+  static bool IsFixedIndex(const KnownField& field, const std::string& index) {
+    return field.index.IsFixed() && field.index.name == index;
   }
 
   /// Whether something reads an entry, under its fixed index or by its name.
@@ -78,8 +77,7 @@ class MissingFields {
     const auto& known = KnownFields();
     return std::any_of(known.begin(), known.end(), [&](const auto& field) {
       return field.table == entry.table &&
-             (IsFieldOf(field, entry) ||
-              check_.IndexOf(field.index) == entry.index);
+             check_.IndexOf(field.index) == entry.index;
     });
   }
 
@@ -147,6 +145,26 @@ class MissingFields {
     return "";
   }
 
+  /// The entries that nothing names, where a missing entry would name some, or
+  /// where its own name may be wrong.
+  std::vector<std::string> NamesBeside(const KnownField& known,
+                                       const std::string& index) {
+    std::vector<std::string> names;
+    const auto add = [&](const std::vector<std::string>& more) {
+      names.insert(names.end(), more.begin(), more.end());
+    };
+    for (const KnownField& field : KnownFields()) {
+      const bool namesIt = !known.index.IsFixed() &&
+                           field.index.name == std::string(known.index.name) &&
+                           field.field == std::string(known.index.namedBy);
+      const bool isInIt = known.index.IsFixed() && IsFixedIndex(field, index);
+      if (field.table == std::string("GEO") && (namesIt || isInIt)) {
+        add(NamesThatMayBeMeant(field));
+      }
+    }
+    return names;
+  }
+
   void TellEntry(const KnownField& known, const std::string& index) {
     const std::string elsewhere = FoundElsewhere(known, index);
     const std::vector<std::string> fields = FieldsOf(known, index);
@@ -154,7 +172,9 @@ class MissingFields {
         "add an entry " + NameOfEntry(known.table, index) +
         (fields.size() == 1 ? " with the field " : " with the fields ") +
         TextOfList(fields);
-    const std::string remedy = elsewhere.empty() ? add : elsewhere;
+    const std::string remedy = elsewhere.empty()
+                                   ? WithNames(add, NamesBeside(known, index))
+                                   : elsewhere;
     if (known.index.IsFixed()) {
       check_.Tell(eSeverity::kError, {known.component, known.table, index},
                   {"there is no such entry" + NoEntryForRun(), "", remedy});
@@ -198,6 +218,10 @@ class MissingFields {
       check_.Explain(entry, near);
       return "found " + near + ": a typo?";
     }
+    if (unread.size() == 1) {
+      check_.Explain(entry, unread.front());
+      return "nothing reads " + unread.front() + ": is it meant?";
+    }
     for (const auto& other : check_.Versions(entry.table, entry.index)) {
       if (other.get() == &entry || other->fields.count(known.field) == 0) {
         continue;
@@ -212,7 +236,11 @@ class MissingFields {
   std::string RemedyForNew(const KnownField& known) {
     std::string remedy = std::string("add it, ") + NameOf(known.type);
     if (*known.unit != '\0') remedy += std::string(" in ") + known.unit;
-    const std::vector<std::string> names = NamesThatMayBeMeant(known);
+    return WithNames(remedy, NamesThatMayBeMeant(known));
+  }
+
+  static std::string WithNames(const std::string& remedy,
+                               const std::vector<std::string>& names) {
     return names.empty() ? remedy
                          : remedy + ": nothing names " + TextOfList(names);
   }
@@ -236,15 +264,15 @@ class MissingFields {
     return names;
   }
 
-  static std::string RemedyForType(const KnownField& known,
-                                   const TableField& value) {
+  std::string RemedyForType(const KnownField& known, const TableField& value) {
     const bool isString = std::holds_alternative<std::string>(value);
     if (known.type == eFieldType::kNumbers) {
       return isString ? "write the numbers in brackets, without quotation marks"
                       : "write the number in brackets";
     }
     if (known.type == eFieldType::kString) {
-      return "write the index of an entry in quotation marks";
+      return WithNames("write the index of an entry in quotation marks",
+                       NamesThatMayBeMeant(known));
     }
     return isString ? "write a number, without quotation marks"
                     : "write one number, without brackets";

@@ -25,6 +25,14 @@ TEST_F(MissingInTables, NamesTheFieldWithATypingError) {
                           "found r_rop: a typo?"));
 }
 
+TEST_F(MissingInTables, NamesTheOnlyOtherFieldThatMayBeMeant) {
+  tables_.Rename(tables_.Entry("SOLID", "hold_down_rope"), "r_rope", "radius");
+  EXPECT_THAT(tables_.Texts(),
+              ElementsAre("error: hold_down_ropes.json:4:3: "
+                          "SOLID/hold_down_rope: there is no field r_rope; "
+                          "nothing reads radius: is it meant?"));
+}
+
 TEST_F(MissingInTables, SaysWhatToAddForAField) {
   tables_.Entry("SOLID", "neck_boss").fields.erase("half_height2");
   EXPECT_THAT(tables_.Texts(),
@@ -82,6 +90,27 @@ TEST_F(MissingInTables, NamesWhatAMissingReferenceMayMean) {
                           "nothing names GEO_LOCATIONS/plates"));
 }
 
+TEST_F(MissingInTables, NamesWhatAnUnknownReferenceMayMean) {
+  tables_.Field("GEO", "hold_up_ropes", "locations") = "elsewhere";
+  EXPECT_THAT(
+      tables_.Texts(),
+      ElementsAre("error: support_ropes.json:3:41: GEO/hold_up_ropes "
+                  "locations: table GEO_LOCATIONS has no entry of this name "
+                  "for run 0: \"elsewhere\"; add an entry "
+                  "GEO_LOCATIONS/elsewhere with the fields x, y and z: nothing "
+                  "names GEO_LOCATIONS/support_rope_feet"));
+}
+
+TEST_F(MissingInTables, TellsOnceOfAnEntryThatNamesOthers) {
+  tables_.Remove("GEO", "hold_down_ropes");
+  EXPECT_THAT(tables_.Texts(),
+              ElementsAre("error: GEO/hold_down_ropes: there is no such entry "
+                          "for run 0; add an entry GEO/hold_down_ropes with "
+                          "the fields solid_definition and locations: nothing "
+                          "names SOLID/hold_down_rope and "
+                          "GEO_LOCATIONS/hold_down_rolls"));
+}
+
 TEST_F(MissingInTables, TellsOnceWhatTwoComponentsRead) {
   tables_.Remove("SOLID", "belly_plate_vintar");
   const auto findings = tables_.Findings();
@@ -127,11 +156,10 @@ TEST_F(MissingInTables, NamesAValueOfTheWrongType) {
           "roll: this is not an array of numbers: 180; write the number in "
           "brackets",
           "error: vessel.json:6:5: GEO/inner_av belly_plate_locations: this is "
-          "not a string: 7; write the index of an entry in quotation marks",
+          "not a string: 7; write the index of an entry in quotation marks: "
+          "nothing names GEO_LOCATIONS/plates",
           "error: neck_boss.json:2:46: GEO/av neck_boss_z: this is not a "
-          "number: [3000]; write one number, without brackets",
-          "note: belly_plates.json:3:3: GEO_LOCATIONS/plates: nothing reads "
-          "this entry; remove it, or name it in GEO"));
+          "number: [3000]; write one number, without brackets"));
 }
 
 TEST_F(MissingInTables, MissesNoMediaWhereThereAreNone) {
