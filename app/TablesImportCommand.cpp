@@ -12,7 +12,6 @@
 #include "app/TablesText.hpp"
 #include "app/Usage.hpp"
 #include "db/RunText.hpp"
-#include "io/Errors.hpp"
 #include "io/Quoted.hpp"
 #include "log/Grouped.hpp"
 #include "sql/TableSource.hpp"
@@ -89,18 +88,6 @@ void PrintFindings(const ImportOptions& options, const SQL::TableStore& store,
   std::cerr << "\n";
 }
 
-SQL::ImportResult ImportInto(SQL::TableStore& store,
-                             std::vector<TableEntry> entries,
-                             const ImportOptions& options) {
-  try {
-    return store.Import(std::move(entries),
-                        {options.author, options.reason, options.source},
-                        options.asNewPass);
-  } catch (const SQL::StoreError& error) {
-    throw IO::OutputFailure(error.what());
-  }
-}
-
 void ImportTables(const ImportOptions& options) {
   std::vector<TableEntry> entries = ReadTables({options.source, "", {}});
   SQL::TableStore store = SQL::TableStore::OpenToImport(options.database);
@@ -108,8 +95,9 @@ void ImportTables(const ImportOptions& options) {
     std::cerr << options.database << ": brought from version " << *version
               << " of its tables up to date\n";
   }
-  const SQL::ImportResult result =
-      ImportInto(store, std::move(entries), options);
+  const SQL::ImportResult result = store.Import(
+      std::move(entries), {options.author, options.reason, options.source},
+      options.asNewPass);
   if (!result.import.has_value()) {
     std::cerr << options.database << ": all " << Grouped(result.unchanged)
               << " entries stand already; nothing was imported\n";
