@@ -14,6 +14,7 @@ import unittest
 
 SOURCE = pathlib.Path(os.environ["ZARN_SOURCE_DIR"])
 ZARN_SHADOW = os.environ["ZARN_SHADOW"]
+PATH = f"{pathlib.Path(ZARN_SHADOW).parent}:{os.environ['PATH']}"
 VERDICT_SHARES = os.environ["ZARN_VERDICT_SHARES"]
 DETECTOR = SOURCE / "data" / "reference-detector"
 README = (SOURCE / "README.md").read_text()
@@ -243,7 +244,7 @@ class Documents(unittest.TestCase):
                 done = subprocess.run(
                     [os.environ["ZARN_PYTHON"], "-c", RUN_BLOCKS], cwd=with_data(folder),
                     input=json.dumps([block for block, _ in shown]), capture_output=True,
-                    text=True)
+                    text=True, env={**os.environ, "PATH": PATH})
                 self.assertEqual(done.returncode, 0, done.stderr)
                 for (block, wanted), printed in zip(shown, json.loads(done.stdout), strict=True):
                     self.assertEqual(printed, wanted, block)
