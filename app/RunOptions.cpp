@@ -4,10 +4,10 @@
 #include <algorithm>
 #include <charconv>
 #include <cmath>
-#include <iostream>
 #include <stdexcept>
 #include <thread>
 
+#include "app/ReportComponents.hpp"
 #include "app/Usage.hpp"
 #include "db/Fingerprint.hpp"
 #include "du/ShadowingCalculator.hpp"
@@ -32,16 +32,6 @@ void Begin(const RunOptions& options, Calculator& calculator,
     throw IO::BadInput(options.tables.name + ": " + error.what());
   } catch (const DBValueError& error) {
     throw IO::BadInput(options.tables.name + ": " + error.what());
-  }
-}
-
-/// The fixed messages of the calculator do not say which table is missing.
-void ReportLoadErrors(const RunOptions& options,
-                      const DU::ShadowingCalculator& calculator) {
-  for (const DU::eShadowingComponent component : DU::kShadowingComponents) {
-    if (calculator.IsInfoLoaded(component)) continue;
-    std::cerr << options.tables.name << ": " << DU::NameOf(component)
-              << " is off: " << calculator.GetLoadError(component) << "\n";
   }
 }
 
@@ -153,7 +143,7 @@ void LoadTables(const RunOptions& options, TableSet& tables) {
 void BeginRun(const RunOptions& options, DU::ShadowingCalculator& calculator,
               const TableSet& tables) {
   Begin(options, calculator, tables);
-  ReportLoadErrors(options, calculator);
+  ReportComponents(options, calculator, tables);
   if (options.tolerance.has_value()) {
     calculator.SetAllGeometryTolerances(*options.tolerance);
   }

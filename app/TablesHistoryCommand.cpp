@@ -24,7 +24,7 @@
 namespace ZARN::App {
 namespace {
 
-constexpr const char* kFooter =
+constexpr const char* kTablesHistoryFooter =
     "Lists all imports, oldest first. With ENTRY, every version of that entry: "
     "the\n"
     "import that added it, and what it changed against the version before.\n\n"
@@ -204,7 +204,7 @@ void AddTablesHistoryCommand(CLI::App& tables) {
       ->type_name("F");
   command->add_flag("--json", options->writesJson,
                     "Write JSON instead of text");
-  command->footer(kFooter);
+  command->footer(kTablesHistoryFooter);
   command->callback([options] {
     RequireConsistent(*options);
     ShowHistory(*options);

@@ -20,7 +20,7 @@
 namespace ZARN::App {
 namespace {
 
-constexpr const char* kFooter =
+constexpr const char* kTablesImportFooter =
     "An import is one transaction: all of its entries or none. Entries that "
     "stand\n"
     "already, with the same content, are left out. An entry that differs from "
@@ -138,7 +138,7 @@ void AddTablesImportCommand(CLI::App& tables) {
   command->add_flag("--new-pass", options->asNewPass,
                     "Give entries that differ from those that stand the next "
                     "free pass");
-  command->footer(kFooter);
+  command->footer(kTablesImportFooter);
   command->callback([options] {
     RequireConsistent(*options);
     ImportTables(*options);
