@@ -27,7 +27,7 @@ namespace {
 
 using DU::eSeverity;
 
-constexpr const char* kFooter =
+constexpr const char* kTablesCheckFooter =
     "Loads every component as a run does, and tells entry by entry what is "
     "wrong:\n"
     "  error    no run can begin, or a component would be off or have nothing "
@@ -165,7 +165,7 @@ void AddTablesCheckCommand(CLI::App& tables) {
                     "Exit with status 3 for a warning, too");
   command->add_flag("--json", options->writesJson,
                     "Write JSON instead of text");
-  command->footer(kFooter);
+  command->footer(kTablesCheckFooter);
   command->callback([options] { Check(*options); });
 }
 
