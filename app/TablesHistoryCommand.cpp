@@ -11,6 +11,7 @@
 
 #include "app/ExitStatus.hpp"
 #include "app/PrintText.hpp"
+#include "app/ShellWord.hpp"
 #include "app/TablesText.hpp"
 #include "app/Usage.hpp"
 #include "db/CompareTables.hpp"
@@ -158,8 +159,9 @@ void PrintStates(const HistoryOptions& options,
   for (const SQL::TableState& state : states) {
     text += TextOf(state.runs) + ": after " + ImportText(state.import) +
             "\n  reason: " + IO::Escaped(state.import.reason) +
-            "\n  to read these tables: --geometry '" + options.database +
-            "' --as-of " + state.import.time + "\n";
+            "\n  to read these tables: --geometry " +
+            ShellWord(options.database) + " --as-of " + state.import.time +
+            "\n";
     objects.push_back(
         JsonObject().AddRuns(state.runs).AddImport(state.import).Text());
   }

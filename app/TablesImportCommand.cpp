@@ -9,6 +9,7 @@
 #include "app/AuthorFromSystem.hpp"
 #include "app/CheckTablesByRun.hpp"
 #include "app/RunOptions.hpp"
+#include "app/ShellWord.hpp"
 #include "app/TablesText.hpp"
 #include "app/Usage.hpp"
 #include "db/RunText.hpp"
@@ -83,7 +84,7 @@ void PrintFindings(const ImportOptions& options, const SQL::TableStore& store,
       CheckTablesByRun(store.Read(std::nullopt), added);
   if (findings.errors + findings.warnings == 0) return;
   std::cerr << options.database << ": " << NumberOfFindings(findings)
-            << "; see zarn-shadow tables check '" << options.database << "'";
+            << "; see zarn-shadow tables check " << ShellWord(options.database);
   if (findings.firstRun != 0) std::cerr << " --run " << findings.firstRun;
   std::cerr << "\n";
 }
