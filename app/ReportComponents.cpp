@@ -2,30 +2,16 @@
 
 #include <iostream>
 #include <string>
-#include <string_view>
 #include <vector>
 
 #include "app/RunOptions.hpp"
+#include "app/ShellWord.hpp"
 #include "du/CheckTables.hpp"
 #include "du/ShadowingCalculator.hpp"
 #include "io/Quoted.hpp"
 
 namespace ZARN::App {
 namespace {
-
-/// An argument as a shell takes it, in quotation marks where it needs them.
-std::string ShellWord(const std::string& text) {
-  constexpr std::string_view kPlain =
-      "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789"
-      "_-+./:=,@%";
-  if (!text.empty() &&
-      text.find_first_not_of(kPlain) == std::string_view::npos) {
-    return text;
-  }
-  std::string word = "'";
-  for (const char c : text) word += c == '\'' ? "'\\''" : std::string(1, c);
-  return word + "'";
-}
 
 /// The command that checks the same tables.
 std::string CheckCommandOf(const RunOptions& options) {

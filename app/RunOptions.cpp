@@ -20,6 +20,9 @@
 namespace ZARN::App {
 namespace {
 
+constexpr const char* kTablesHelp =
+    "JSON tables (file or directory), sqlite:FILE or postgresql:CONNECTION";
+
 template <class Calculator>
 void Begin(const RunOptions& options, Calculator& calculator,
            const TableSet& tables) {
@@ -36,9 +39,10 @@ void Begin(const RunOptions& options, Calculator& calculator,
 
 void AddOverrideOption(CLI::App& command, TableSource& source) {
   command
-      .add_option("--override", source.overrides,
-                  "JSON tables laid over these: where one of its entries is "
-                  "valid for the run, it replaces theirs")
+      .add_option(
+          "--override", source.overrides,
+          "JSON tables laid over them: an entry replaces theirs for its "
+          "runs")
       ->type_name("FILE");
 }
 
@@ -61,10 +65,7 @@ void AddAsOfOption(CLI::App& command, TableSource& source,
 
 void AddSourceArgument(CLI::App& command, const std::string& name,
                        std::string& source) {
-  command
-      .add_option(name, source,
-                  "A JSON file, a directory of *.json files, sqlite:FILE or "
-                  "postgresql:CONNECTION")
+  command.add_option(name, source, kTablesHelp)
       ->required()
       ->type_name("TABLES");
 }
@@ -81,10 +82,7 @@ void AddRunOption(CLI::App& command, int& run) {
 }
 
 void AddRunOptions(CLI::App& command, RunOptions& options) {
-  command
-      .add_option("--geometry", options.tables.name,
-                  "Geometry tables in mm: a JSON file, a directory of *.json "
-                  "files, sqlite:FILE or postgresql:CONNECTION")
+  command.add_option("--geometry", options.tables.name, kTablesHelp)
       ->required()
       ->type_name("TABLES");
   AddOverrideOption(command, options.tables);

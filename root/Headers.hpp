@@ -4,6 +4,7 @@
 #include "db/DB.hpp"
 #include "db/Fingerprint.hpp"
 #include "db/JsonTables.hpp"
+#include "du/CheckTables.hpp"
 #include "du/ShadowingCalculator.hpp"
 #include "du/Verdict.hpp"
 #include "io/Errors.hpp"

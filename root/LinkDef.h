@@ -25,6 +25,8 @@
 #pragma link C++ class ZARN::DBValueError-;
 #pragma link C++ class ZARN::TableFileError-;
 #pragma link C++ struct ZARN::RunRange-;
+#pragma link C++ enum ZARN::DU::eSeverity;
+#pragma link C++ struct ZARN::DU::TableFinding-;
 
 // Light paths
 #pragma link C++ enum ZARN::DU::eLight;

@@ -101,6 +101,7 @@ void Connection::OpenFile() {
   const bool isImport = access_ == eAccess::kImport;
   const std::string file = source_.substr(kSQLite.size());
   const std::string reason = ReasonAgainst(file, isImport);
+  if (!reason.empty() && isImport) throw WriteError(source_ + ": " + reason);
   if (!reason.empty()) Refuse(reason);
   // A reader, too, opens the file for writing if it may: SQLite must undo what
   // an interrupted import left. Without permission it opens it for reading.
@@ -109,6 +110,7 @@ void Connection::OpenFile() {
       " timeout=" + kWaitSeconds;
   Run([&](soci::session& session) {
     session.open(soci::sqlite3, connection);
+    isOpen_ = true;
     session << "PRAGMA foreign_keys = ON";
     if (isImport) {
       session << "PRAGMA synchronous = EXTRA";
@@ -125,6 +127,7 @@ void Connection::OpenServer() {
       ConnectionToServer(source_.substr(kPostgreSQL.size()));
   Run([&](soci::session& session) {
     session.open(soci::postgresql, connection);
+    isOpen_ = true;
     session << "SET client_min_messages = warning";
     session << std::string("SET lock_timeout = '") + kWaitSeconds + "s'";
     if (access_ == eAccess::kRead) {
@@ -153,9 +156,16 @@ void Connection::Refuse(const soci::soci_error& error) const {
   std::string text = MessageOf(error);
   const auto* const fromSQLite =
       dynamic_cast<const soci::sqlite3_soci_error*>(&error);
+  bool isDamaged = false;
   if (fromSQLite != nullptr) {
-    const std::string advice = AdviceOn(fromSQLite->result(), access_);
+    const int code = fromSQLite->result();
+    const std::string advice = AdviceOn(code, access_);
     if (!advice.empty()) text = advice + " (" + text + ")";
+    isDamaged =
+        (code & 0xFF) == SQLITE_NOTADB || (code & 0xFF) == SQLITE_CORRUPT;
+  }
+  if (access_ == eAccess::kImport && isOpen_ && !isDamaged) {
+    throw WriteError(source_ + ": " + text);
   }
   Refuse(text);
 }
@@ -192,7 +202,7 @@ void Transaction::Commit() {
   } catch (const StoreError& error) {
     if (connection_.IsAlive()) throw;
     isOpen_ = false;
-    throw StoreError(std::string(error.what()) +
+    throw WriteError(std::string(error.what()) +
                      "; it is not known whether the import stands: look with "
                      "zarn-shadow tables history");
   }

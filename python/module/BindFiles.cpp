@@ -17,6 +17,7 @@
 #include "io/PositionReader.hpp"
 #include "python/module/Arrays.hpp"
 #include "python/module/Bindings.hpp"
+#include "python/module/Text.hpp"
 #include "python/module/Unlocked.hpp"
 
 namespace ZARN::Python {
@@ -26,10 +27,6 @@ namespace nb = nanobind;
 namespace {
 
 using Positions = std::vector<IO::NamedPosition>;
-
-std::string PathOf(const nb::bytes& path) {
-  return {path.c_str(), path.size()};
-}
 
 /// Memory that an array of Python takes over.
 template <class Number>

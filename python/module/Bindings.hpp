@@ -23,6 +23,8 @@ void BindModels(nanobind::module_& module,
 void BindAddresses(nanobind::module_& module,
                    nanobind::class_<Calculator>& calculator);
 
+/// Reading tables from files, and checking them.
+void BindTables(nanobind::module_& module);
 /// Reading positions and writing ROOT files, as the command does.
 void BindFiles(nanobind::module_& module);
 

@@ -1,16 +1,15 @@
 #include "python/module/Calculator.hpp"
 
-#include "db/JsonTables.hpp"
+#include <utility>
 
 namespace ZARN::Python {
 
-Calculator::Calculator(const std::string& source, int run, double tolerance) {
-  auto tables = std::make_shared<TableSet>();
-  LoadJsonTables(*tables, source);
-  tables->SetRun(run);
-  shadowing_.BeginOfRun(*tables);
+Calculator::Calculator(const TableSet& tables, int run, double tolerance) {
+  auto ofRun = std::make_shared<TableSet>(tables);
+  ofRun->SetRun(run);
+  shadowing_.BeginOfRun(*ofRun);
   shadowing_.SetAllGeometryTolerances(tolerance);
-  tables_ = std::move(tables);
+  tables_ = std::move(ofRun);
 }
 
 Calculator Calculator::WithTolerance(double tolerance) const {

@@ -1,7 +1,6 @@
 #pragma once
 
 #include <memory>
-#include <string>
 
 #include "db/TableSet.hpp"
 #include "du/ShadowingCalculator.hpp"
@@ -13,11 +12,11 @@ namespace ZARN::Python {
 /// changes, so any number of threads can use it.
 class Calculator {
  public:
-  /// Read the tables at @p source, and for @p run the geometry.
+  /// Read the geometry for @p run.
   ///
   /// @param tolerance  mm
-  /// @throws ZARN::TableFileError, ZARN::DBNotFoundError, ZARN::DBValueError
-  Calculator(const std::string& source, int run, double tolerance);
+  /// @throws ZARN::DBNotFoundError, ZARN::DBValueError
+  Calculator(const TableSet& tables, int run, double tolerance);
 
   /// The same detector at another tolerance; models and tables are copied or
   /// shared, not read again.

@@ -10,6 +10,7 @@
 
 #include "du/LoadMessages.hpp"
 #include "log/Log.hpp"
+#include "python/module/Text.hpp"
 
 namespace ZARN::Python {
 
@@ -79,11 +80,6 @@ class MessageBuffer : public std::streambuf {
 };
 
 }  // namespace
-
-nb::str TextOf(const std::string& text) {
-  return nb::steal<nb::str>(PyUnicode_DecodeUTF8(
-      text.data(), static_cast<Py_ssize_t>(text.size()), "backslashreplace"));
-}
 
 void QueueMessages() {
   // Never destroyed: another library's static destructor may still log.

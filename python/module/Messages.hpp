@@ -1,14 +1,6 @@
 #pragma once
 
-#include <nanobind/nanobind.h>
-
-#include <string>
-
 namespace ZARN::Python {
-
-/// A text of the library for Python. Bytes that are not UTF-8, for example of a
-/// file's name, become escape sequences.
-nanobind::str TextOf(const std::string& text);
 
 /// Send what the library logs to Python's logger "zarn" instead of standard
 /// error, until the interpreter ends.

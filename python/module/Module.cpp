@@ -16,6 +16,7 @@
 #include "lightpath/LightPathType.hpp"
 #include "python/module/Bindings.hpp"
 #include "python/module/Messages.hpp"
+#include "python/module/Text.hpp"
 #include "python/module/Unlocked.hpp"
 
 namespace ZARN::Python {
@@ -49,13 +50,12 @@ void BindCalculator(nb::module_& module) {
   calculator
       .def(
           "__init__",
-          [](Calculator* self, const nb::bytes& source, int run,
+          [](Calculator* self, const TableSet& tables, int run,
              double tolerance) {
-            const std::string path(source.c_str(), source.size());
             const Unlocked unlocked;
-            new (self) Calculator(path, run, tolerance);
+            new (self) Calculator(tables, run, tolerance);
           },
-          nb::arg("source"), nb::arg("run"), nb::arg("tolerance"))
+          nb::arg("tables"), nb::arg("run"), nb::arg("tolerance"))
       .def("with_tolerance", &Calculator::WithTolerance, nb::arg("tolerance"),
            nb::call_guard<Unlocked>())
       .def_prop_ro(
@@ -79,14 +79,20 @@ void BindCalculator(nb::module_& module) {
   BindAddresses(module, calculator);
 }
 
-/// Makes C++ errors of a class Python exceptions of a new one.
-template <class Error>
-nb::object AddError(nb::module_& module, const char* name, nb::handle base) {
+nb::object AddExceptionType(nb::module_& module, const char* name,
+                            nb::handle base) {
   const std::string fullName =
       nb::cast<std::string>(module.attr("__name__")) + '.' + name;
   nb::object type =
       nb::steal(PyErr_NewException(fullName.c_str(), base.ptr(), nullptr));
   module.attr(name) = type;
+  return type;
+}
+
+/// Makes C++ errors of a class Python exceptions of a new one.
+template <class Error>
+nb::object AddError(nb::module_& module, const char* name, nb::handle base) {
+  nb::object type = AddExceptionType(module, name, base);
   nb::register_exception_translator(
       [](const std::exception_ptr& error, void* asType) {
         try {
@@ -106,6 +112,8 @@ void BindErrors(nb::module_& module) {
   AddError<DBNotFoundError>(module, "DBNotFoundError", error);
   AddError<DBValueError>(module, "DBValueError", error);
   AddError<TableFileError>(module, "TableFileError", error);
+  // Raised by the module _sql, without which it can be caught, too.
+  AddExceptionType(module, "StoreError", error);
   nb::register_exception_translator(
       [](const std::exception_ptr& failure, void*) {
         try {
@@ -146,6 +154,7 @@ void BindMessages(nb::module_& module) {
 NB_MODULE(_core, module) {
   module.doc() = "The compiled part of zarn; use zarn.Calculator.";
   ZARN::Python::BindErrors(module);
+  ZARN::Python::BindTables(module);
   ZARN::Python::BindCalculator(module);
   ZARN::Python::BindNames(module);
   ZARN::Python::BindFiles(module);

@@ -15,10 +15,11 @@ logger "zarn" of Python's logging module.
 """
 
 from ._calculator import LIGHT_PATH, Calculator
-from ._core import DBNotFoundError, DBValueError, Error, TableFileError
+from ._core import DBNotFoundError, DBValueError, Error, StoreError, TableFileError
 from ._core import version as __version__
 from ._counts import Counts
 from ._explanation import Explanation
+from ._findings import Severity, TableCheckError, TableFinding, TableFindings, check_tables
 from ._path_type import PathType
 from ._scan import ScanResult
 from ._verdict import COMPONENTS, Verdict
@@ -34,11 +35,17 @@ __all__ = [
     "Explanation",
     "PathType",
     "ScanResult",
+    "Severity",
+    "StoreError",
+    "TableCheckError",
     "TableFileError",
+    "TableFinding",
+    "TableFindings",
     "Verdict",
     "__version__",
+    "check_tables",
 ]
 
 # Messages name them as users know them.
-for _error in (Error, DBNotFoundError, DBValueError, TableFileError):
+for _error in (Error, DBNotFoundError, DBValueError, StoreError, TableFileError):
     _error.__module__ = __name__

@@ -18,6 +18,7 @@ from . import _core
 from ._columns import PathColumns, PathTable, positions
 from ._explanation import Explanation
 from ._scan import ScanResult, progress_bar
+from ._source import Source, TableSource, Time
 from ._verdict import COMPONENTS, Verdict
 
 _NUMBERS = (
@@ -67,18 +68,25 @@ class Calculator:
     """Tells what blocks the light in one detector, for one run and tolerance.
 
     A calculator never changes, so any number of threads can use one. It has tables of
-    its own: several detectors can be used side by side. It can be pickled, as the path
+    its own: several detectors can be used side by side. It can be pickled, as the source
     of its tables with run and tolerance; they are read again where it arrives.
 
     Lengths are in mm, angles in rad, times in ns, wavelengths in nm.
 
     Args:
-        source: geometry tables: a JSON file, or a folder of *.json files.
+        source: geometry tables: a JSON file, a folder of *.json files, or a database,
+            "sqlite:FILE" or "postgresql:CONNECTION".
         run: run number for which the tables are read.
         tolerance: margin around ropes, belly plates and NCD anchors, mm.
+        overrides: JSON laid over the source: an entry replaces those of its table and
+            index, in its runs.
+        as_of: of a database, read what stood then: "2026-01-31" (its end),
+            "2026-01-31T12:00:00Z", a date, or a datetime with a time zone.
 
     Raises:
         TableFileError: a file cannot be read or is invalid.
+        StoreError: a database cannot be read.
+        ImportError: the libraries that read databases are not installed.
         DBNotFoundError: a radius of the vessel is missing. (A component whose tables
             are missing is off, and a warning is logged.)
 
@@ -89,16 +97,20 @@ class Calculator:
     """
 
     def __init__(
-        self, source: str | os.PathLike[str], run: int = 0, tolerance: float = 150.0
+        self,
+        source: Source,
+        run: int = 0,
+        tolerance: float = 150.0,
+        *,
+        overrides: Source | None = None,
+        as_of: Time | None = None,
     ) -> None:
-        self._source = os.fsdecode(source)
-        self._place = os.path.abspath(self._source)
         self._run = _whole(run, "run", -(2**31), 2**31 - 1)
         self._tolerance = _number(tolerance, "tolerance")
+        self._source = TableSource.of(source, overrides, as_of).pinned()
+        self._place = self._source.absolute()
         try:
-            self._core = _core.Calculator(
-                os.fsencode(self._source), self._run, self._tolerance
-            )
+            self._core = _core.Calculator(self._source.read(), self._run, self._tolerance)
         finally:
             _core.deliver_messages()
         self._fingerprint: str = self._core.fingerprint
@@ -136,7 +148,18 @@ class Calculator:
     @property
     def source(self) -> str:
         """Where the tables were read from."""
-        return self._source
+        return self._source.name
+
+    @property
+    def overrides(self) -> str | None:
+        """What was laid over them."""
+        return self._source.overrides
+
+    @property
+    def as_of(self) -> str | None:
+        """The time of the last import that was read; as_of= this time reads the same
+        again. None of files."""
+        return self._source.as_of
 
     @property
     def run(self) -> int:
@@ -192,8 +215,11 @@ class Calculator:
     def __repr__(self) -> str:
         on = ", ".join(c.label for c in self.components) or "none"
         off = [f"\n  off: {c.label} ({self.why_off(c)})" for c in COMPONENTS if self.why_off(c)]
+        more = "" if self.overrides is None else f", overrides={self.overrides!r}"
+        if self.as_of is not None:
+            more += f", as_of={self.as_of!r}"
         return (
-            f"Calculator({self._source!r}, run={self._run}, tolerance={self._tolerance!r})"
+            f"Calculator({self.source!r}, run={self._run}, tolerance={self._tolerance!r}{more})"
             f"\n  on: {on}{''.join(off)}"
         )
 
@@ -387,7 +413,9 @@ class Calculator:
         }
         pmt_counts = np.empty((len(of_pmts), len(at), verdicts), np.int64) if len(at) else None
         origin = {
-            "source": self._source,
+            "source": self.source,
+            "overrides": self.overrides,
+            "as_of": self.as_of,
             "fingerprint": self._fingerprint,
             "run": self._run,
             "tolerance": self._tolerance,
@@ -434,9 +462,10 @@ class Calculator:
         return dataclasses.replace(done, pmt_counts=pmt_counts)
 
 
-def _restore(source: str, run: int, tolerance: float, fingerprint: str) -> Calculator:
+def _restore(source: TableSource, run: int, tolerance: float, fingerprint: str) -> Calculator:
     """Make a calculator that was pickled."""
-    calculator = Calculator(source, run, tolerance)
+    name, overrides, as_of = dataclasses.astuple(source)
+    calculator = Calculator(name, run, tolerance, overrides=overrides, as_of=as_of)
     if calculator.fingerprint != fingerprint:
-        raise _core.Error(f"{source}: the tables have changed since the calculator was pickled")
+        raise _core.Error(f"{name}: the tables have changed since the calculator was pickled")
     return calculator

@@ -12,6 +12,7 @@ import numpy.typing as npt
 
 from ._counts import Counts
 from ._scan import ScanResult
+from ._source import short_name
 from ._verdict import COMPONENTS, Verdict
 
 Array = npt.NDArray[np.float64]
@@ -178,8 +179,7 @@ class MapContent:
             parts.append(f"{number_word(origin['wavelength'])} nm")
         detector = self.given_detector
         if detector is None and "source" in origin:
-            place = pathlib.Path(origin["source"])
-            detector = place.stem if place.suffix == ".json" else place.name
+            detector = short_name(origin["source"], origin.get("overrides"))
         return _SEPARATOR.join([*parts, detector] if detector else parts)
 
     def summary(self) -> str:

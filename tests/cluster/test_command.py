@@ -163,7 +163,7 @@ def test_a_scheduler_that_does_not_answer_is_named(call, tmp_path):
 def test_help_describes_every_option(call):
     status, said = call("scan", "--help")
     assert status == 0
-    for option in ("--events", "--pmts", "--geometry", "--output", "--scheduler", "--local",
-                   "--run", "--tolerance", "--wavelength", "--reflections", "--dry-run"):
+    for option in ("--events", "--pmts", "--geometry", "--override", "--as-of", "--output",
+                   "--scheduler", "--local", "--run", "--tolerance", "--wavelength", "--reflections", "--dry-run"):
         assert re.search(rf"^  {option}( |$)", said.out, re.MULTILINE), option
     assert "Exit status: 0 success" in said.out

@@ -45,6 +45,30 @@ foreach(example IN ITEMS CheckOnePath PathToPMT)
   refuse(${example} "^${example}: [^\n]*bad.json[^\n]*\n$" "${work}/bad.json")
   refuse(${example} "^usage: ${example} TABLES\n$")
 endforeach()
+set(database "sqlite:${work}/tables.db")
+file(REMOVE "${work}/tables.db")
+expect(ImportTables "added 26, unchanged 0\n26 entries after the first import, 26 now"
+  "${tables}" "${database}" tester "first survey")
+file(WRITE "${work}/boss.json" "[{\"table\": \"GEO\", \"index\": \"av\", "
+  "\"runs\": [1000, null], \"fields\": {\"neck_boss_z\": 5700}}]")
+expect(ImportTables "added 1, unchanged 0\n26 entries after the first import, 27 now"
+  "${work}/boss.json" "${database}" tester "boss lowered")
+expect(ImportTables "added 0, unchanged 1\n26 entries after the first import, 27 now"
+  "${work}/boss.json" "${database}" tester "boss lowered again")
+refuse(ImportTables "^ImportTables: [^\n]*bad.json[^\n]*\n$" "${work}/bad.json"
+  "${database}" tester "a mistake")
+refuse(CheckTables "^CheckTables: sqlite:nowhere[^\n]*\n$" sqlite:nowhere 0)
+# The database has the same tables: the last line tells.
+foreach(source IN ITEMS "${tables}" "${database}")
+  execute_process(COMMAND "${work}/build/CheckTables" "${source}" 0
+    OUTPUT_VARIABLE output COMMAND_ERROR_IS_FATAL ANY)
+  string(REGEX MATCH "fingerprint [0-9a-f]+\n$" line "${output}")
+  list(APPEND fingerprints "${line}")
+endforeach()
+list(REMOVE_DUPLICATES fingerprints)
+if(NOT fingerprints MATCHES "^fingerprint [^;]*$")
+  message(FATAL_ERROR "CheckTables printed: ${fingerprints}")
+endif()
 if(EXISTS "${work}/build/JudgeDataFrame")
   run("${work}/prefix/bin/zarn-shadow" scan --at=0,0,3000
     --pmts "${SOURCE}/data/pmts.csv" --geometry "${tables}" -o /dev/null
@@ -59,7 +83,7 @@ run("${work}/prefix/bin/zarn-shadow" --version)
 # Installed files must not refer to this source tree.
 file(GLOB_RECURSE installed "${work}/prefix/*.cmake")
 foreach(file IN LISTS installed)
-  file(STRINGS "${file}" references REGEX "${SOURCE}/(log|db|lightpath|du|scan|io|rdf|display|build|cmake)")
+  file(STRINGS "${file}" references REGEX "${SOURCE}/(log|db|sql|lightpath|du|scan|io|rdf|display|build|cmake)")
   if(references)
     message(FATAL_ERROR "${file} names the source tree: ${references}")
   endif()

@@ -11,6 +11,7 @@ import re
 import subprocess
 import sys
 import sysconfig
+import tempfile
 import unittest
 import venv
 import zipfile
@@ -18,7 +19,7 @@ import zipfile
 SOURCE = pathlib.Path(os.environ["ZARN_SOURCE_DIR"])
 WORK = pathlib.Path(os.environ["ZARN_WHEEL_DIR"])
 ROOMS = ("db", "du", "fast", "geometry", "hardware", "io", "lightpath", "log", "rdf",
-         "scan")
+         "scan", "sql")
 PIP = [sys.executable, "-m", "pip", "--quiet", "--disable-pip-version-check"]
 
 
@@ -87,14 +88,17 @@ class Wheel(unittest.TestCase):
              if p.suffix in (".py", ".typed")}
             | {f"zarn/lib/libzarn_{room}.so.{version}" for room in ROOMS}
             | {f"zarn/lib/libzarn_root{end}" for end in (".so", ".rootmap", "_rdict.pcm")}
-            | {f"zarn/_core{suffix}", "zarn/_core.pyi", "zarn/palette.json"})
+            | {f"zarn/{module}{end}" for module in ("_core", "_sql") for end in (suffix, ".pyi")}
+            | {"zarn/palette.json"})
 
     def test_wheel_is_small(self):
         self.assertLess(self.wheel.stat().st_size, 2_000_000)
 
     def test_libraries_are_found_beside_the_package(self):
-        (module,) = self.package.glob("_core.*.so")
-        self.assertEqual(run_path_of(module), "$ORIGIN/lib:$ORIGIN/../ROOT/lib")
+        modules = list(self.package.glob("_*.so"))
+        self.assertEqual(len(modules), 2)
+        for module in modules:
+            self.assertEqual(run_path_of(module), "$ORIGIN/lib:$ORIGIN/../ROOT/lib")
         for library in (self.package / "lib").glob("*.so*"):
             self.assertEqual(run_path_of(library), "$ORIGIN:$ORIGIN/../../ROOT/lib")
 
@@ -114,6 +118,18 @@ class Wheel(unittest.TestCase):
             "result = calc.scan([[0, 0, 3000]], [[8300, 0, 0], [0, 8300, 0]])\n"
             "print(*[zarn.Verdict(code).label for code in result.codes[0]], zarn.__file__)")
         self.assertEqual(printed, f"clear AVPipe {self.package / '__init__.py'}\n")
+
+    def test_package_reads_databases(self):
+        with tempfile.TemporaryDirectory() as folder:
+            database = f"sqlite:{folder}/tables.db"
+            subprocess.run([os.environ["ZARN_SHADOW"], "tables", "import",
+                            SOURCE / "data" / "reference-detector", database, "--author", "tests",
+                            "--reason", "a test"], check=True, capture_output=True)
+            printed = self.run_python(
+                "import zarn\n"
+                f"print(zarn.Calculator('{database}').fingerprint\n"
+                "      == zarn.Calculator('data/reference-detector').fingerprint)")
+        self.assertEqual(printed, "True\n")
 
     def test_package_and_root_load_the_same_libraries(self):
         printed = self.run_python(

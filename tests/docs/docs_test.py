@@ -14,6 +14,7 @@ import unittest
 
 SOURCE = pathlib.Path(os.environ["ZARN_SOURCE_DIR"])
 ZARN_SHADOW = os.environ["ZARN_SHADOW"]
+PATH = f"{pathlib.Path(ZARN_SHADOW).parent}:{os.environ['PATH']}"
 VERDICT_SHARES = os.environ["ZARN_VERDICT_SHARES"]
 DETECTOR = SOURCE / "data" / "reference-detector"
 README = (SOURCE / "README.md").read_text()
@@ -81,7 +82,8 @@ class Documents(unittest.TestCase):
             line, text = block.split("\n", 1)
             shown[line] = text.strip()
         self.assertEqual(sorted(shown), [f"$ zarn-shadow {c} --help"
-                                         for c in ("check", "display", "explain", "map", "scan")])
+                                         for c in ("check", "display", "explain", "map", "scan",
+                                                   "tables")])
         for line, text in shown.items():
             said = subprocess.run([ZARN_SHADOW, *line.split()[2:]],
                                   capture_output=True, text=True, check=True).stdout
@@ -96,6 +98,19 @@ class Documents(unittest.TestCase):
                                   capture_output=True, text=True, check=True).stdout
         for line in shown.splitlines():
             self.assertIn(line, said.splitlines())
+
+    def test_what_is_shown_of_tables_is_what_the_command_prints(self):
+        shown = blocks(COMMANDS, "console")
+        self.assertGreater(len(shown), 1)
+        with tempfile.TemporaryDirectory() as folder:
+            (pathlib.Path(with_data(folder)) / "examples").symlink_to(SOURCE / "examples")
+            for block in shown:
+                lines, wanted = re.fullmatch(r"((?:\$ [^\n]*\n)+)(.*)", block,
+                                             re.DOTALL).groups()
+                said = subprocess.run(["bash", "-c", re.sub(r"^\$ ", "", lines, flags=re.M)],
+                                      cwd=folder, env={**os.environ, "PATH": PATH},
+                                      capture_output=True, text=True)
+                self.assertEqual(said.stdout + said.stderr, wanted)
 
     def test_the_drawings_are_current(self):
         shown = {p.name: p.read_text() for p in (SOURCE / "docs").glob("*.svg")}
@@ -243,7 +258,7 @@ class Documents(unittest.TestCase):
                 done = subprocess.run(
                     [os.environ["ZARN_PYTHON"], "-c", RUN_BLOCKS], cwd=with_data(folder),
                     input=json.dumps([block for block, _ in shown]), capture_output=True,
-                    text=True)
+                    text=True, env={**os.environ, "PATH": PATH})
                 self.assertEqual(done.returncode, 0, done.stderr)
                 for (block, wanted), printed in zip(shown, json.loads(done.stdout), strict=True):
                     self.assertEqual(printed, wanted, block)

@@ -1,12 +1,14 @@
 """The reference detector and its light paths, for all tests."""
 
 import csv
+import itertools
+import sys
 import tracemalloc
 
 import numpy as np
 import pytest
 import zarn
-from support import COLUMNS, DATA, NAMES, REFERENCE, as_columns, column, command
+from support import COLUMNS, DATA, NAMES, REFERENCE, SOURCE, as_columns, column, command
 
 TYPES = {name: number for number, name in enumerate(NAMES)}
 
@@ -85,3 +87,14 @@ def allocated():
             tracemalloc.stop()
 
     return measure
+
+
+@pytest.fixture(scope="session")
+def make_postgresql():
+    """Make a new database of a PostgreSQL server, and return its name as a source."""
+    sys.path.insert(0, str(SOURCE / "tests" / "sql"))
+    from postgresql import Server
+
+    numbers = itertools.count()
+    with Server() as server:
+        yield lambda: f"postgresql:{server.make_database(f'tables_{next(numbers)}')}"

@@ -39,14 +39,34 @@ def rows_of(text):
     return list(csv.DictReader(io.StringIO(text)))
 
 
-def command(*arguments):
-    """The rows that the command zarn-shadow writes to standard output."""
+def command_text(*arguments):
+    """What the command zarn-shadow writes to standard output."""
     done = subprocess.run(
         [os.environ["ZARN_SHADOW"], *map(str, arguments)],
         capture_output=True, text=True, timeout=TIMEOUT, check=False,
     )
     assert done.returncode == 0, done.stderr
-    return rows_of(done.stdout)
+    return done.stdout
+
+
+def command(*arguments):
+    """The rows that the command zarn-shadow writes to standard output."""
+    return rows_of(command_text(*arguments))
+
+
+def command_json(*arguments):
+    """The exit status of the command, and the JSON that it writes to standard output."""
+    done = subprocess.run(
+        [os.environ["ZARN_SHADOW"], *map(str, arguments)],
+        capture_output=True, text=True, timeout=TIMEOUT, check=False,
+    )
+    return done.returncode, json.loads(done.stdout)
+
+
+def import_tables(source, database, *options):
+    """Import tables into a database, with the command."""
+    command_text("tables", "import", source, database, "--author", "tests",
+                 "--reason", "a test", *options)
 
 
 def column(rows, name, kind=float):

@@ -7,7 +7,7 @@ def test_only_what_is_needed_is_imported():
     done = run_python(
         "import sys, zarn\n"
         "print({'ROOT', 'cppyy', 'pandas', 'pyarrow', 'awkward', 'tqdm', 'matplotlib', 'scipy',\n"
-        "       'dask', 'distributed'}\n"
+        "       'dask', 'distributed', 'zarn._sql'}\n"
         "      & set(sys.modules))")
     assert done.stdout == "set()\n"
 

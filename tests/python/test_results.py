@@ -63,8 +63,9 @@ def test_parquet_has_a_row_for_each_pair(full, tmp_path):
 
 def test_the_origin_says_what_made_a_scan(calc, full):
     assert full.origin == {
-        "source": calc.source, "fingerprint": calc.fingerprint, "run": 0, "tolerance": 150.0,
-        "wavelength": 400.0, "off": {}}
+        "source": calc.source, "overrides": None, "as_of": None,
+        "fingerprint": calc.fingerprint, "run": 0, "tolerance": 150.0, "wavelength": 400.0,
+        "off": {}}
 
 
 # ---- files

@@ -14,10 +14,12 @@ from support import SOURCE
 PACKAGE = pathlib.Path(zarn.__file__).parent
 # Without those whose libraries are not installed.
 NEEDS = {"rdf": "ROOT", "draw": "matplotlib"}
-MODULES = [m.name for m in pkgutil.iter_modules(zarn.__path__) if m.name != "_core"
+MODULES = [m.name for m in pkgutil.iter_modules(zarn.__path__) if m.name not in ("_core", "_sql")
            and importlib.util.find_spec(NEEDS.get(m.name, "zarn"))]
 
 USER = """
+import datetime
+import pathlib
 import numpy as np
 import numpy.typing as npt
 import zarn
@@ -35,6 +37,11 @@ text: str = by.label + str(calc.explain(event=[0, 0, 0], pmt=[8300, 0, 0]).to_di
 frame = zarn.rdf.from_paths("paths.root:paths", calc, {"start_x": "vertex.x"}, code="by")
 frame = zarn.rdf.define_shadowing(frame, calc, code="again")
 tolerances: npt.NDArray[np.float64] = calc.critical_tolerance(paths, zarn.Verdict.AV_PIPE)
+old = zarn.Calculator("sqlite:tables.db", 7, overrides=pathlib.Path("a.json"), as_of="2026-01-31")
+time: str | None = old.as_of
+findings: tuple[zarn.TableFinding, ...] = zarn.check_tables("tables.db", pmts=np.zeros((1, 3)))
+remedies: list[str] = [f.remedy for f in findings if f.severity is zarn.Severity.ERROR]
+zarn.check_tables("tables.db", as_of=datetime.date(2026, 1, 31)).raise_for_errors(strict=True)
 zarn.draw.map(result, theme="dark").set_rasterized(True)
 places: npt.NDArray[np.float64] = zarn.draw.project([[0, 0, 1]])
 """
@@ -45,6 +52,8 @@ WRONG = {
     "text = result.codes": "assignment",
     "zarn.rdf.define_scan(frame, calc, reflection='no')": "arg-type",
     "zarn.draw.map(result, view='center')": "arg-type",
+    "zarn.Calculator('tables', as_of=20260131)": "arg-type",
+    "findings[0].severity = zarn.Severity.NOTE": "misc",
 }
 
 

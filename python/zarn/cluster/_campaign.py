@@ -88,6 +88,8 @@ class Campaign:
     pmts: int
     pmts_sha256: str
     events_per_part: int
+    as_of: str | None = dataclasses.field(default=None, compare=False)
+    """Calculator.as_of: the same tables can be read again as of this time."""
 
     @property
     def parts(self) -> int:
@@ -112,9 +114,12 @@ class Campaign:
         """
         for field in dataclasses.fields(self):
             here, there = getattr(self, field.name), getattr(other, field.name)
-            if here != there:
+            if field.compare and here != there:
+                hint = ""
+                if field.name == "fingerprint" and other.as_of is not None:
+                    hint = f"; its tables were read as of {other.as_of}"
                 raise CampaignError(
-                    f"{name}: made with {field.name} {there}, expected {here}"
+                    f"{name}: made with {field.name} {there}, expected {here}{hint}"
                 )
 
     def to_dict(self) -> dict[str, Any]:

@@ -18,7 +18,8 @@ import numpy.typing as npt
 from distributed import Client, LocalCluster
 
 from .. import Calculator, Error, __version__, _core
-from ._campaign import has_campaign
+from .._source import is_database
+from ._campaign import has_campaign, read_campaign
 from ._errors import ClusterError
 from ._merge import merge
 from ._part import part_name
@@ -43,7 +44,7 @@ def main(arguments: list[str] | None = None) -> int:
         return _complain("interrupted", _INTERRUPTED)
     except ClusterError as error:
         return _complain(error, _FAILED)
-    except (Error, ValueError) as error:
+    except (Error, ImportError, ValueError) as error:
         return _complain(error, _BAD_INPUT)
     except OSError as error:
         return _complain(error, _FAILED)
@@ -81,7 +82,14 @@ def _add_scan(commands: Any) -> None:
             help=f"file of {name}, as zarn-shadow scan reads it")
     parser.add_argument(
         "--geometry", required=True, metavar="T",
-        help="geometry tables in mm: a JSON file, or a directory of *.json files")
+        help="geometry tables in mm: a JSON file, a directory of *.json files, sqlite:FILE or "
+        "postgresql:CONNECTION")
+    parser.add_argument(
+        "--override", metavar="T", help="JSON tables laid over those of --geometry")
+    parser.add_argument(
+        "--as-of", metavar="TIME",
+        help="read what stood then in a database, as 2026-01-31 or 2026-01-31T12:00:00Z "
+        "(default: now; of a scan that goes on, what it began with)")
     parser.add_argument(
         "--output", required=True, metavar="DIR",
         help="folder for the parts, on a file system that all workers share")
@@ -131,7 +139,9 @@ def _scan(options: argparse.Namespace) -> None:
     _core.require_distinct_files([os.fsencode(options.events), os.fsencode(options.pmts)])
     event_names, events = _read(options.events, "event")
     pmt_names, pmts = _read(options.pmts, "pmt")
-    calculator = Calculator(options.geometry, options.run, options.tolerance)
+    calculator = Calculator(
+        options.geometry, options.run, options.tolerance, overrides=options.override,
+        as_of=_begun_as_of(options) if options.as_of is None else options.as_of)
     what: dict[str, Any] = {
         "wavelength": options.wavelength,
         "reflections": options.reflections,
@@ -144,6 +154,14 @@ def _scan(options: argparse.Namespace) -> None:
     with _cluster(options) as client:
         counts = scan(client, calculator, events, pmts, out=options.output, **what)
     print(*counts.lines(), sep="\n", file=sys.stderr)
+
+
+def _begun_as_of(options: argparse.Namespace) -> str | None:
+    """The time of the tables of a scan that goes on: imports since then are not in it."""
+    folder = Path(options.output)
+    if not is_database(options.geometry) or not has_campaign(folder):
+        return None
+    return read_campaign(folder).as_of
 
 
 def _read(path: str, column: str) -> tuple[npt.NDArray[Any], npt.NDArray[np.float64]]:

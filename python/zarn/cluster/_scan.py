@@ -123,6 +123,7 @@ def describe(
         pmts=len(of_pmts),
         pmts_sha256=of_pmts.sha256(),
         events_per_part=0 if events_per_part is None else operator.index(events_per_part),
+        as_of=calculator.as_of,
     )
     if campaign.events_per_part < 0 or events_per_part == 0:
         raise ValueError(f"events_per_part: expected at least 1, got {events_per_part}")
