@@ -82,8 +82,9 @@ void PrintFindings(const ImportOptions& options, const SQL::TableStore& store,
                    const std::vector<TableEntry>& added) {
   const FindingsByRun findings =
       CheckTablesByRun(store.Read(std::nullopt), added);
-  if (findings.errors + findings.warnings == 0) return;
-  std::cerr << options.database << ": " << NumberOfFindings(findings)
+  const std::string number = NumberOfFindings(findings);
+  if (number.empty()) return;
+  std::cerr << options.database << ": " << number
             << "; see zarn-shadow tables check " << ShellWord(options.database);
   if (findings.firstRun != 0) std::cerr << " --run " << findings.firstRun;
   std::cerr << "\n";

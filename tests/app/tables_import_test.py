@@ -44,6 +44,25 @@ class Import:
                          [float(number).hex() for number in numbers])
         self.assertEqual(float(found[0]["fields"]["y"]).hex(), "-0x0.0p+0")
 
+    def test_findings_of_the_check_are_counted(self):
+        database = self.database()
+        result = self.import_tables(REFERENCE, database)
+        self.assertRegex(result.err, r": 1 entry that nothing reads; see zarn-shadow tables check "
+                                     r"\S.*\n$")  # PMT/positions
+        typo = entry("SOLID", "hold_down_rop", {"r_rope": 12.5}, runs=[1000, None])
+        result = self.import_tables(self.json(typo), database)
+        self.assertRegex(result.err, r": 1 entry that nothing reads; see .* --run 1000\n$")
+        metres = entry("SOLID", "hold_up_rope", {"r_rope": 0.015, "z_rope": 6090},
+                       runs=[1000, None])
+        result = self.import_tables(self.json(metres), database, "--new-pass")
+        self.assertRegex(result.err, r": 1 warning; see .* --run 1000\n$")
+        wrong = entry("SOLID", "hold_up_rope", {"r_rop": 15, "z_rope": 6090}, runs=[7, 7])
+        result = self.import_tables(self.json(wrong), database, "--new-pass")
+        self.assertRegex(result.err, r": 1 error; see .* --run 7\n$")
+        fine = self.import_tables(REFERENCE.parent.parent / "examples" / "minimal-detector",
+                                  self.database("fine"))
+        self.assertNotIn("see zarn-shadow", fine.err)
+
     def test_sql_in_names_and_values_is_text(self):
         texts = ["'; DROP TABLE zarn_entry; --", "\" OR 1=1", "$1 :id ? %s {} \\' \\", "zarn_entry"]
         entries = [entry(text, text, {text: text, "x": [1]}) for text in texts]
