@@ -50,6 +50,11 @@ std::string MessageOf(const soci::soci_error& error) {
   return line;
 }
 
+std::string TextOfLock() {
+  return std::string("another program has locked the database for ") +
+         kWaitSeconds + " s; try again";
+}
+
 /// What a user can do about an error of SQLite; empty if its text says all.
 std::string AdviceOn(int code, eAccess access) {
   const bool isImport = access == eAccess::kImport;
@@ -59,8 +64,7 @@ std::string AdviceOn(int code, eAccess access) {
     case SQLITE_CORRUPT:
       return "the database is damaged; replace it by a copy";
     case SQLITE_BUSY:
-      return std::string("another program has locked the database for ") +
-             kWaitSeconds + " s; try again";
+      return TextOfLock();
     case SQLITE_FULL:
     case SQLITE_IOERR:
       return isImport ? "the disk is full or cannot be written" : "";
@@ -150,14 +154,17 @@ void Connection::Refuse(const std::string& reason) const {
 }
 
 void Connection::Refuse(const soci::soci_error& error) const {
-  std::string text = MessageOf(error);
-  const auto* const fromSQLite =
-      dynamic_cast<const soci::sqlite3_soci_error*>(&error);
-  if (fromSQLite != nullptr) {
-    const std::string advice = AdviceOn(fromSQLite->result(), access_);
-    if (!advice.empty()) text = advice + " (" + text + ")";
+  constexpr std::string_view kLockNotAvailable = "55P03";
+  std::string advice;
+  if (const auto* const file =
+          dynamic_cast<const soci::sqlite3_soci_error*>(&error)) {
+    advice = AdviceOn(file->result(), access_);
+  } else if (const auto* const server =
+                 dynamic_cast<const soci::postgresql_soci_error*>(&error)) {
+    if (server->sqlstate() == kLockNotAvailable) advice = TextOfLock();
   }
-  Refuse(text);
+  const std::string text = MessageOf(error);
+  Refuse(advice.empty() ? text : advice + " (" + text + ")");
 }
 
 Transaction::Transaction(Connection& connection, eAccess access)
