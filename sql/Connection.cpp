@@ -50,6 +50,11 @@ std::string MessageOf(const soci::soci_error& error) {
   return line;
 }
 
+std::string TextOfLock() {
+  return std::string("another program has locked the database for ") +
+         kWaitSeconds + " s; try again";
+}
+
 /// What a user can do about an error of SQLite; empty if its text says all.
 std::string AdviceOn(int code, eAccess access) {
   const bool isImport = access == eAccess::kImport;
@@ -59,8 +64,7 @@ std::string AdviceOn(int code, eAccess access) {
     case SQLITE_CORRUPT:
       return "the database is damaged; replace it by a copy";
     case SQLITE_BUSY:
-      return std::string("another program has locked the database for ") +
-             kWaitSeconds + " s; try again";
+      return TextOfLock();
     case SQLITE_FULL:
     case SQLITE_IOERR:
       return isImport ? "the disk is full or cannot be written" : "";
@@ -153,17 +157,20 @@ void Connection::Refuse(const std::string& reason) const {
 }
 
 void Connection::Refuse(const soci::soci_error& error) const {
-  std::string text = MessageOf(error);
-  const auto* const fromSQLite =
-      dynamic_cast<const soci::sqlite3_soci_error*>(&error);
+  constexpr std::string_view kLockNotAvailable = "55P03";
+  std::string advice;
   bool isDamaged = false;
-  if (fromSQLite != nullptr) {
-    const int code = fromSQLite->result();
-    const std::string advice = AdviceOn(code, access_);
-    if (!advice.empty()) text = advice + " (" + text + ")";
-    isDamaged =
-        (code & 0xFF) == SQLITE_NOTADB || (code & 0xFF) == SQLITE_CORRUPT;
+  if (const auto* const file =
+          dynamic_cast<const soci::sqlite3_soci_error*>(&error)) {
+    const int code = file->result() & 0xFF;
+    advice = AdviceOn(code, access_);
+    isDamaged = code == SQLITE_NOTADB || code == SQLITE_CORRUPT;
+  } else if (const auto* const server =
+                 dynamic_cast<const soci::postgresql_soci_error*>(&error)) {
+    if (server->sqlstate() == kLockNotAvailable) advice = TextOfLock();
   }
+  std::string text = MessageOf(error);
+  if (!advice.empty()) text = advice + " (" + text + ")";
   if (access_ == eAccess::kImport && isOpen_ && !isDamaged) {
     throw WriteError(source_ + ": " + text);
   }
