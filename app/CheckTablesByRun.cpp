@@ -4,6 +4,7 @@
 #include <set>
 #include <tuple>
 
+#include "app/Usage.hpp"
 #include "db/TableSet.hpp"
 #include "du/CheckTables.hpp"
 #include "log/Grouped.hpp"
@@ -30,8 +31,19 @@ std::vector<int> RunsToCheck(const std::vector<TableEntry>& entries) {
   return runs;
 }
 
-std::string Counted(std::size_t count, const std::string& what) {
-  return Grouped(count) + " " + what + (count == 1 ? "" : "s");
+std::string Counted(std::size_t count, const std::string& one,
+                    const std::string& many) {
+  return Grouped(count) + " " + (count == 1 ? one : many);
+}
+
+/// Whether one of these entries is read by nothing, as after a typing error in
+/// its name.
+bool IsUnreadEntry(const DU::TableFinding& finding,
+                   const std::vector<TableEntry>& some) {
+  return finding.field.empty() &&
+         std::any_of(some.begin(), some.end(), [&](const TableEntry& entry) {
+           return entry.table == finding.table && entry.index == finding.index;
+         });
 }
 
 }  // namespace
@@ -51,27 +63,37 @@ FindingsByRun CheckTablesByRun(const std::vector<TableEntry>& entries,
     if (std::none_of(some.begin(), some.end(), holds)) continue;
     tables.SetRun(run);
     for (const DU::TableFinding& finding : DU::CheckTables(tables)) {
-      if (finding.severity == DU::eSeverity::kNote) continue;
+      const bool isNote = finding.severity == DU::eSeverity::kNote;
+      if (isNote && !IsUnreadEntry(finding, some)) continue;
       const bool isError = finding.severity == DU::eSeverity::kError;
       const bool isNew =
           seen.emplace(finding.table, finding.index, finding.field,
                        finding.place, finding.problem)
               .second;
       if (!isNew) continue;
-      const bool isWorst =
-          isError ? result.errors == 0 : result.errors + result.warnings == 0;
-      if (isWorst) result.firstRun = run;
-      ++(isError ? result.errors : result.warnings);
+      const std::size_t worse = result.errors +
+                                (isError ? 0 : result.warnings) +
+                                (isNote ? result.unread : 0);
+      if (worse == 0) result.firstRun = run;
+      ++(isError ? result.errors : isNote ? result.unread : result.warnings);
     }
   }
   return result;
 }
 
 std::string NumberOfFindings(const FindingsByRun& findings) {
-  if (findings.errors == 0) return Counted(findings.warnings, "warning");
-  if (findings.warnings == 0) return Counted(findings.errors, "error");
-  return Counted(findings.errors, "error") + " and " +
-         Counted(findings.warnings, "warning");
+  std::vector<std::string> parts;
+  if (findings.errors > 0) {
+    parts.push_back(Counted(findings.errors, "error", "errors"));
+  }
+  if (findings.warnings > 0) {
+    parts.push_back(Counted(findings.warnings, "warning", "warnings"));
+  }
+  if (findings.unread > 0) {
+    parts.push_back(Counted(findings.unread, "entry that nothing reads",
+                            "entries that nothing reads"));
+  }
+  return Joined(parts, "and");
 }
 
 }  // namespace ZARN::App

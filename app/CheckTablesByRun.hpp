@@ -12,7 +12,8 @@ namespace ZARN::App {
 struct FindingsByRun {
   std::size_t errors = 0;
   std::size_t warnings = 0;
-  int firstRun = 0;  ///< a run with the worst of them
+  std::size_t unread = 0;  ///< of the given entries: read by nothing
+  int firstRun = 0;        ///< a run with the worst of them
 };
 
 /// Check tables for the runs of some of their entries: once for each range of
@@ -21,7 +22,8 @@ struct FindingsByRun {
 FindingsByRun CheckTablesByRun(const std::vector<TableEntry>& entries,
                                const std::vector<TableEntry>& some);
 
-/// "1 error and 2 warnings".
+/// "1 error, 2 warnings and 3 entries that nothing reads"; empty if there are
+/// no findings.
 std::string NumberOfFindings(const FindingsByRun& findings);
 
 }  // namespace ZARN::App

@@ -4,10 +4,10 @@
 #include <algorithm>
 #include <charconv>
 #include <cmath>
-#include <iostream>
 #include <stdexcept>
 #include <thread>
 
+#include "app/ReportComponents.hpp"
 #include "app/Usage.hpp"
 #include "db/Fingerprint.hpp"
 #include "du/ShadowingCalculator.hpp"
@@ -19,6 +19,9 @@
 
 namespace ZARN::App {
 namespace {
+
+constexpr const char* kTablesHelp =
+    "JSON tables (file or directory), sqlite:FILE or postgresql:CONNECTION";
 
 template <class Calculator>
 void Begin(const RunOptions& options, Calculator& calculator,
@@ -32,23 +35,14 @@ void Begin(const RunOptions& options, Calculator& calculator,
   }
 }
 
-/// The fixed messages of the calculator do not say which table is missing.
-void ReportLoadErrors(const RunOptions& options,
-                      const DU::ShadowingCalculator& calculator) {
-  for (const DU::eShadowingComponent component : DU::kShadowingComponents) {
-    if (calculator.IsInfoLoaded(component)) continue;
-    std::cerr << options.tables.name << ": " << DU::NameOf(component)
-              << " is off: " << calculator.GetLoadError(component) << "\n";
-  }
-}
-
 }  // namespace
 
 void AddOverrideOption(CLI::App& command, TableSource& source) {
   command
-      .add_option("--override", source.overrides,
-                  "JSON tables laid over these: where one of its entries is "
-                  "valid for the run, it replaces theirs")
+      .add_option(
+          "--override", source.overrides,
+          "JSON tables laid over them: an entry replaces theirs for its "
+          "runs")
       ->type_name("FILE");
 }
 
@@ -71,10 +65,7 @@ void AddAsOfOption(CLI::App& command, TableSource& source,
 
 void AddSourceArgument(CLI::App& command, const std::string& name,
                        std::string& source) {
-  command
-      .add_option(name, source,
-                  "A JSON file, a directory of *.json files, sqlite:FILE or "
-                  "postgresql:CONNECTION")
+  command.add_option(name, source, kTablesHelp)
       ->required()
       ->type_name("TABLES");
 }
@@ -91,10 +82,7 @@ void AddRunOption(CLI::App& command, int& run) {
 }
 
 void AddRunOptions(CLI::App& command, RunOptions& options) {
-  command
-      .add_option("--geometry", options.tables.name,
-                  "Geometry tables in mm: a JSON file, a directory of *.json "
-                  "files, sqlite:FILE or postgresql:CONNECTION")
+  command.add_option("--geometry", options.tables.name, kTablesHelp)
       ->required()
       ->type_name("TABLES");
   AddOverrideOption(command, options.tables);
@@ -155,7 +143,7 @@ void LoadTables(const RunOptions& options, TableSet& tables) {
 void BeginRun(const RunOptions& options, DU::ShadowingCalculator& calculator,
               const TableSet& tables) {
   Begin(options, calculator, tables);
-  ReportLoadErrors(options, calculator);
+  ReportComponents(options, calculator, tables);
   if (options.tolerance.has_value()) {
     calculator.SetAllGeometryTolerances(*options.tolerance);
   }

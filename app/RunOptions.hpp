@@ -67,8 +67,8 @@ std::vector<std::string> FilesOf(const RunOptions& options);
 ///         the source keeps no history
 void LoadTables(const RunOptions& options, TableSet& tables = DB::Get());
 
-/// Call the calculator's BeginOfRun; call LoadTables before. For each component
-/// that is off, print to standard error what is missing in its tables.
+/// Call the calculator's BeginOfRun; call LoadTables before. Print to standard
+/// error which components are off or have nothing to test (ReportComponents).
 ///
 /// @throws IO::BadInput naming the tables and what is missing or wrong in them
 void BeginRun(const RunOptions& options, DU::ShadowingCalculator& calculator,

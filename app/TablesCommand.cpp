@@ -2,6 +2,7 @@
 
 #include <CLI/CLI.hpp>
 
+#include "app/TablesCheckCommand.hpp"
 #include "app/TablesDiffCommand.hpp"
 #include "app/TablesExportCommand.hpp"
 #include "app/TablesHistoryCommand.hpp"
@@ -27,6 +28,7 @@ void AddTablesCommand(CLI::App& app) {
       "      --reason 'First tables'\n"
       "  zarn-shadow tables show sqlite:detector.db SOLID/hold_down_rope "
       "--run 1000");
+  AddTablesCheckCommand(*tables);
   AddTablesDiffCommand(*tables);
   AddTablesExportCommand(*tables);
   AddTablesHistoryCommand(*tables);

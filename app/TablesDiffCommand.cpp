@@ -17,7 +17,7 @@
 namespace ZARN::App {
 namespace {
 
-constexpr const char* kFooter =
+constexpr const char* kTablesDiffFooter =
     "Compares what holds for each run: the entry with the highest pass of "
     "those that\n"
     "are valid. What no run reads does not count. For each entry that differs "
@@ -112,7 +112,7 @@ void AddTablesDiffCommand(CLI::App& tables) {
                 "Read A, a database, as it stood at this time");
   command->add_flag("--json", options->writesJson,
                     "Write JSON instead of text");
-  command->footer(kFooter);
+  command->footer(kTablesDiffFooter);
   command->callback([options] { Diff(*options); });
 }
 

@@ -17,7 +17,7 @@
 namespace ZARN::App {
 namespace {
 
-constexpr const char* kFooter =
+constexpr const char* kTablesExportFooter =
     "The JSON holds the entries in the order in which they were added, every "
     "number\n"
     "to the last bit: imported into an empty database it gives the same "
@@ -76,7 +76,7 @@ void AddTablesExportCommand(CLI::App& tables) {
           },
           "Write only the entries that hold for this run (default: all)")
       ->type_name("N");
-  command->footer(kFooter);
+  command->footer(kTablesExportFooter);
   command->callback([options] {
     IO::RequireDistinctFiles(FilesOf(options->source),
                              {options->output.value_or("-")});

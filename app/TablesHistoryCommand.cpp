@@ -11,6 +11,7 @@
 
 #include "app/ExitStatus.hpp"
 #include "app/PrintText.hpp"
+#include "app/ShellWord.hpp"
 #include "app/TablesText.hpp"
 #include "app/Usage.hpp"
 #include "db/CompareTables.hpp"
@@ -24,7 +25,7 @@
 namespace ZARN::App {
 namespace {
 
-constexpr const char* kFooter =
+constexpr const char* kTablesHistoryFooter =
     "Lists all imports, oldest first. With ENTRY, every version of that entry: "
     "the\n"
     "import that added it, and what it changed against the version before.\n\n"
@@ -158,8 +159,9 @@ void PrintStates(const HistoryOptions& options,
   for (const SQL::TableState& state : states) {
     text += TextOf(state.runs) + ": after " + ImportText(state.import) +
             "\n  reason: " + IO::Escaped(state.import.reason) +
-            "\n  to read these tables: --geometry '" + options.database +
-            "' --as-of " + state.import.time + "\n";
+            "\n  to read these tables: --geometry " +
+            ShellWord(options.database) + " --as-of " + state.import.time +
+            "\n";
     objects.push_back(
         JsonObject().AddRuns(state.runs).AddImport(state.import).Text());
   }
@@ -204,7 +206,7 @@ void AddTablesHistoryCommand(CLI::App& tables) {
       ->type_name("F");
   command->add_flag("--json", options->writesJson,
                     "Write JSON instead of text");
-  command->footer(kFooter);
+  command->footer(kTablesHistoryFooter);
   command->callback([options] {
     RequireConsistent(*options);
     ShowHistory(*options);

@@ -9,10 +9,10 @@
 #include "app/AuthorFromSystem.hpp"
 #include "app/CheckTablesByRun.hpp"
 #include "app/RunOptions.hpp"
+#include "app/ShellWord.hpp"
 #include "app/TablesText.hpp"
 #include "app/Usage.hpp"
 #include "db/RunText.hpp"
-#include "io/Errors.hpp"
 #include "io/Quoted.hpp"
 #include "log/Grouped.hpp"
 #include "sql/TableSource.hpp"
@@ -21,7 +21,7 @@
 namespace ZARN::App {
 namespace {
 
-constexpr const char* kFooter =
+constexpr const char* kTablesImportFooter =
     "An import is one transaction: all of its entries or none. Entries that "
     "stand\n"
     "already, with the same content, are left out. An entry that differs from "
@@ -82,23 +82,12 @@ void PrintFindings(const ImportOptions& options, const SQL::TableStore& store,
                    const std::vector<TableEntry>& added) {
   const FindingsByRun findings =
       CheckTablesByRun(store.Read(std::nullopt), added);
-  if (findings.errors + findings.warnings == 0) return;
-  std::cerr << options.database << ": " << NumberOfFindings(findings)
-            << "; see zarn-shadow tables check '" << options.database << "'";
+  const std::string number = NumberOfFindings(findings);
+  if (number.empty()) return;
+  std::cerr << options.database << ": " << number
+            << "; see zarn-shadow tables check " << ShellWord(options.database);
   if (findings.firstRun != 0) std::cerr << " --run " << findings.firstRun;
   std::cerr << "\n";
-}
-
-SQL::ImportResult ImportInto(SQL::TableStore& store,
-                             std::vector<TableEntry> entries,
-                             const ImportOptions& options) {
-  try {
-    return store.Import(std::move(entries),
-                        {options.author, options.reason, options.source},
-                        options.asNewPass);
-  } catch (const SQL::StoreError& error) {
-    throw IO::OutputFailure(error.what());
-  }
 }
 
 void ImportTables(const ImportOptions& options) {
@@ -108,8 +97,9 @@ void ImportTables(const ImportOptions& options) {
     std::cerr << options.database << ": brought from version " << *version
               << " of its tables up to date\n";
   }
-  const SQL::ImportResult result =
-      ImportInto(store, std::move(entries), options);
+  const SQL::ImportResult result = store.Import(
+      std::move(entries), {options.author, options.reason, options.source},
+      options.asNewPass);
   if (!result.import.has_value()) {
     std::cerr << options.database << ": all " << Grouped(result.unchanged)
               << " entries stand already; nothing was imported\n";
@@ -150,7 +140,7 @@ void AddTablesImportCommand(CLI::App& tables) {
   command->add_flag("--new-pass", options->asNewPass,
                     "Give entries that differ from those that stand the next "
                     "free pass");
-  command->footer(kFooter);
+  command->footer(kTablesImportFooter);
   command->callback([options] {
     RequireConsistent(*options);
     ImportTables(*options);

@@ -18,7 +18,7 @@
 namespace ZARN::App {
 namespace {
 
-constexpr const char* kFooter =
+constexpr const char* kTablesListFooter =
     "One line for each entry, with its pass, the runs for which it is valid, "
     "the\n"
     "number of its fields, and what reads it. Of the entries with the same "
@@ -100,7 +100,7 @@ void AddTablesListCommand(CLI::App& tables) {
   const auto source = std::make_shared<TableSource>();
   AddSourceArgument(*command, "SOURCE", source->name);
   AddAsOfOption(*command, *source);
-  command->footer(kFooter);
+  command->footer(kTablesListFooter);
   command->callback([source] { List(*source); });
 }
 

@@ -19,7 +19,7 @@
 namespace ZARN::App {
 namespace {
 
-constexpr const char* kFooter =
+constexpr const char* kTablesShowFooter =
     "For each entry that holds for the run: its pass, the runs for which it is "
     "valid,\n"
     "where it stands, and its fields. With ENTRY, that entry with all numbers "
@@ -114,7 +114,7 @@ void AddTablesShowCommand(CLI::App& tables) {
   AddRunOption(*command, options->run);
   AddOverrideOption(*command, options->source);
   AddAsOfOption(*command, options->source);
-  command->footer(kFooter);
+  command->footer(kTablesShowFooter);
   command->callback([options] { Show(*options); });
 }
 

@@ -107,6 +107,8 @@ int main(int argc, char** argv) {
     return Complain(error.what(), kBadUsageOrInput);
   } catch (const ZARN::TableFileError& error) {
     return Complain(error.what(), kBadUsageOrInput);
+  } catch (const ZARN::SQL::WriteError& error) {
+    return Complain(error.what(), kOutputFailed);
   } catch (const ZARN::SQL::StoreError& error) {
     return Complain(error.what(), kBadUsageOrInput);
   } catch (const ZARN::SQL::ImportRefused& error) {

@@ -11,7 +11,9 @@ namespace ZARN::DU {
 
 /// How much a finding matters.
 enum class eSeverity {
-  kError,    ///< BeginOfRun fails, or a component is off or has nothing to test
+  /// BeginOfRun fails, or a component is off or has nothing to test. Where the
+  /// tables have media, also: LightPathCalculator::BeginOfRun fails.
+  kError,
   kWarning,  ///< read, but hardly meant: verdicts may be wrong
   kNote      ///< no verdict depends on it
 };
@@ -34,11 +36,11 @@ struct TableFinding {
   std::string place;
   std::string problem;  ///< what is wrong: "there is no field r_rope"
   std::string value;    ///< the value, shortened; empty if there is none
-  std::string remedy;   ///< what would be right: "rename r_rop, a typo?"
+  std::string remedy;   ///< what would be right: "found r_rop: a typo?"
 };
 
-/// Check the tables that are valid for the current run, entry by entry. Loads
-/// every component as ShadowingCalculator::BeginOfRun does, but writes no
+/// Check the tables that are valid for the current run, entry by entry. Reads
+/// what ShadowingCalculator::BeginOfRun reads, but writes no
 /// messages. Tells what is missing (with the nearest name that exists), has
 /// the wrong type or length, is read by nothing, or is implausible: radii that
 /// are zero, negative or out of order, hardware inside the vessel or far from
@@ -47,13 +49,18 @@ struct TableFinding {
 ///
 /// @return findings, errors first, then in the order of the components;
 ///         no finding is an error exactly if BeginOfRun succeeds with every
-///         component loaded and with something to test
+///         component loaded and with something to test, and, if there are media
+///         (table OPTICS), LightPathCalculator::BeginOfRun succeeds
 std::vector<TableFinding> CheckTables(const TableSet& tables);
 
-/// Check the positions of PMTs beside a vessel: PMTs inside the vessel or far
-/// from it, positions given twice or not finite, and lengths in m.
+/// Check the positions of PMTs beside the vessel of the current run: PMTs
+/// inside the vessel or far from it, positions given twice or not finite, and
+/// lengths in m. A problem of several PMTs is one finding, about the first of
+/// them.
 ///
 /// @param names  of the PMTs, as many as positions
+/// @return warnings with table "PMT", the name of the PMT as index, and without
+///         a place
 std::vector<TableFinding> CheckPMTs(const TableSet& tables,
                                     const std::vector<std::string>& names,
                                     const std::vector<TVector3>& positions);

@@ -50,6 +50,11 @@ std::string MessageOf(const soci::soci_error& error) {
   return line;
 }
 
+std::string TextOfLock() {
+  return std::string("another program has locked the database for ") +
+         kWaitSeconds + " s; try again";
+}
+
 /// What a user can do about an error of SQLite; empty if its text says all.
 std::string AdviceOn(int code, eAccess access) {
   const bool isImport = access == eAccess::kImport;
@@ -59,8 +64,7 @@ std::string AdviceOn(int code, eAccess access) {
     case SQLITE_CORRUPT:
       return "the database is damaged; replace it by a copy";
     case SQLITE_BUSY:
-      return std::string("another program has locked the database for ") +
-             kWaitSeconds + " s; try again";
+      return TextOfLock();
     case SQLITE_FULL:
     case SQLITE_IOERR:
       return isImport ? "the disk is full or cannot be written" : "";
@@ -101,6 +105,7 @@ void Connection::OpenFile() {
   const bool isImport = access_ == eAccess::kImport;
   const std::string file = source_.substr(kSQLite.size());
   const std::string reason = ReasonAgainst(file, isImport);
+  if (!reason.empty() && isImport) throw WriteError(source_ + ": " + reason);
   if (!reason.empty()) Refuse(reason);
   // A reader, too, opens the file for writing if it may: SQLite must undo what
   // an interrupted import left. Without permission it opens it for reading.
@@ -109,6 +114,7 @@ void Connection::OpenFile() {
       " timeout=" + kWaitSeconds;
   Run([&](soci::session& session) {
     session.open(soci::sqlite3, connection);
+    isOpen_ = true;
     session << "PRAGMA foreign_keys = ON";
     if (isImport) {
       session << "PRAGMA synchronous = EXTRA";
@@ -125,6 +131,7 @@ void Connection::OpenServer() {
       ConnectionToServer(source_.substr(kPostgreSQL.size()));
   Run([&](soci::session& session) {
     session.open(soci::postgresql, connection);
+    isOpen_ = true;
     session << "SET client_min_messages = warning";
     session << std::string("SET lock_timeout = '") + kWaitSeconds + "s'";
     if (access_ == eAccess::kRead) {
@@ -150,12 +157,22 @@ void Connection::Refuse(const std::string& reason) const {
 }
 
 void Connection::Refuse(const soci::soci_error& error) const {
+  constexpr std::string_view kLockNotAvailable = "55P03";
+  std::string advice;
+  bool isDamaged = false;
+  if (const auto* const file =
+          dynamic_cast<const soci::sqlite3_soci_error*>(&error)) {
+    const int code = file->result() & 0xFF;
+    advice = AdviceOn(code, access_);
+    isDamaged = code == SQLITE_NOTADB || code == SQLITE_CORRUPT;
+  } else if (const auto* const server =
+                 dynamic_cast<const soci::postgresql_soci_error*>(&error)) {
+    if (server->sqlstate() == kLockNotAvailable) advice = TextOfLock();
+  }
   std::string text = MessageOf(error);
-  const auto* const fromSQLite =
-      dynamic_cast<const soci::sqlite3_soci_error*>(&error);
-  if (fromSQLite != nullptr) {
-    const std::string advice = AdviceOn(fromSQLite->result(), access_);
-    if (!advice.empty()) text = advice + " (" + text + ")";
+  if (!advice.empty()) text = advice + " (" + text + ")";
+  if (access_ == eAccess::kImport && isOpen_ && !isDamaged) {
+    throw WriteError(source_ + ": " + text);
   }
   Refuse(text);
 }
@@ -192,7 +209,7 @@ void Transaction::Commit() {
   } catch (const StoreError& error) {
     if (connection_.IsAlive()) throw;
     isOpen_ = false;
-    throw StoreError(std::string(error.what()) +
+    throw WriteError(std::string(error.what()) +
                      "; it is not known whether the import stands: look with "
                      "zarn-shadow tables history");
   }

@@ -23,7 +23,8 @@ class Connection {
 
   /// What work(session) returns.
   ///
-  /// @throws StoreError naming the database and what its engine says
+  /// @throws StoreError naming the database and what its engine says;
+  ///         WriteError in an import, unless the database is damaged
   template <class Work>
   auto Run(const Work& work) {
     try {
@@ -50,6 +51,7 @@ class Connection {
   std::string source_;
   eAccess access_;
   eEngine engine_;
+  bool isOpen_ = false;
   soci::session session_;
 };
 

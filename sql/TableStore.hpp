@@ -19,6 +19,13 @@ class StoreError : public std::runtime_error {
   using std::runtime_error::runtime_error;
 };
 
+/// A database cannot be written: the disk is full, there is no permission, or
+/// the connection was lost.
+class WriteError : public StoreError {
+ public:
+  using StoreError::StoreError;
+};
+
 /// Entries cannot be imported: an entry that stands would be overwritten. The
 /// text names table, index, pass and runs, and what would be right.
 class ImportRefused : public std::runtime_error {
@@ -84,6 +91,8 @@ class TableStore {
   static TableStore OpenToRead(const std::string& source);
   /// Open a database for importing. Makes the schema where there is none
   /// (SQLite: also the file), and brings an older one up to date.
+  ///
+  /// @throws StoreError, WriteError
   static TableStore OpenToImport(const std::string& source);
 
   TableStore(TableStore&&) noexcept;
@@ -107,7 +116,7 @@ class TableStore {
   ///                   they get exactly these fields already, they are left out
   /// @throws ImportRefused also for what cannot be stored: a number that is not
   ///         finite, text that is not UTF-8
-  /// @throws StoreError; except where it says that the connection was lost at
+  /// @throws WriteError; except where it says that the connection was lost at
   ///         the end, nothing was added
   ImportResult Import(std::vector<TableEntry> entries, const ImportNote& note,
                       bool asNewPass);

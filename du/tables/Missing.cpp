@@ -216,6 +216,7 @@ class MissingFields {
     }
     if (std::string near = NearestName(known.field, unread); !near.empty()) {
       check_.Explain(entry, near);
+      NamesThatMayBeMeant(known);  // what it names is no news
       return "found " + near + ": a typo?";
     }
     if (unread.size() == 1) {

@@ -19,6 +19,10 @@ namespace {
 
 using Positions = std::vector<TVector3>;
 
+/// Pipes go up along the neck: no corner is farther from the centre than this
+/// many outer radii. In the reference detector it is 1.34.
+constexpr double kFarthestCorner = 3.0;
+
 /// A distance in mm as people say it: a tenth of a mm is enough.
 std::string TextOfDistance(double distance) {
   return TextOf(std::round(distance * 10.0) / 10.0) + " mm";
@@ -90,15 +94,16 @@ class PlaceCheck {
   }
 
   /// "" or what is wrong with a distance from the axis or the centre.
-  std::string ProblemAt(double distance, double least,
-                        const std::string& from) const {
-    const double most = (1.0 + kFarFromWall) * vessel_.outer;
+  ///
+  /// @param most  in outer radii
+  std::string ProblemAt(double distance, double least, const std::string& from,
+                        double most = 1.0 + kFarFromWall) const {
     const std::string radius = TextOfDistance(vessel_.outer);
     if (distance < least - kSamePlace) {
       return "the position is inside the vessel of " + radius + ", " +
              TextOfDistance(distance) + " from " + from;
     }
-    if (distance <= most) return "";
+    if (distance <= most * vessel_.outer) return "";
     return "the position is far from the vessel of " + radius + ", " +
            TextOfDistance(distance) + " from " + from;
   }
@@ -203,15 +208,10 @@ void CheckAVPipes(TableCheck& check, const Vessel& vessel) {
     PlaceCheck places(check, vessel, eShadowingComponent::kAVPipe, "SOLID",
                       {pipe}, eSeverity::kNote);
     if (places.AreInMetres()) continue;
-    // Pipes go up along the neck.
-    constexpr double kFarthestCorner = 3.0;  // outer radii
     places.TellWhere(
         [&](const TVector3& corner) {
-          const double distance = corner.Mag();
-          return distance < kFarthestCorner * vessel.outer
-                     ? places.ProblemAt(std::min(distance, vessel.outer),
-                                        vessel.inner, "the centre")
-                     : places.ProblemAt(distance, vessel.inner, "the centre");
+          return places.ProblemAt(corner.Mag(), vessel.inner, "the centre",
+                                  kFarthestCorner);
         },
         "pipes run outside the vessel; no verdict depends on it");
   }

@@ -82,7 +82,7 @@ void FindImplausibleRolls(TableCheck& check) {
   });
   if (alone != rolls.end()) {
     tell("no other roll differs by 180 degrees from this one", TextOf(*alone),
-         "legs are expected opposite to each other: the ropes are in pairs");
+         "legs are expected opposite to each other, so ropes come in pairs");
   }
 }
 

@@ -52,6 +52,10 @@ bool IsFinite(const TableField& field) {
                      [](double number) { return std::isfinite(number); });
 }
 
+bool IsWallTooThick(double inner, double outer) {
+  return std::isfinite(outer) && outer - inner > kThickestWall * outer;
+}
+
 /// Tables from JSON have finite numbers; those of a program may not.
 void FindNotFinite(TableCheck& check) {
   std::set<std::tuple<std::string, std::string, std::string>> told;
@@ -150,6 +154,17 @@ void CheckRadius(TableCheck& check, const TableIndex& index) {
   }
 }
 
+void CheckWall(TableCheck& check, const double* inner, const double* outer) {
+  if (inner == nullptr || outer == nullptr || !(*inner >= kSmallestVessel) ||
+      !IsWallTooThick(*inner, *outer)) {
+    return;
+  }
+  check.Tell(eSeverity::kWarning,
+             {eShadowingComponent::kNone, "SOLID", kOuter.name, "r_sphere"},
+             {"the wall is too thick: the inner radius is " + TextOf(*inner),
+              TextOf(*outer), "write both radii in mm"});
+}
+
 void CheckVessel(TableCheck& check) {
   CheckRadius(check, kInner);
   CheckRadius(check, kOuter);
@@ -163,6 +178,7 @@ void CheckVessel(TableCheck& check) {
                     TextOf(*inner),
                 TextOf(*outer), "the wall is between them"});
   }
+  CheckWall(check, inner, outer);
   const auto vessel = SoundVessel(check);
   const auto* const neck = check.Get<double>("SOLID", kOuter, "r_neck");
   if (vessel.has_value() && neck != nullptr && std::isfinite(*neck) &&
@@ -291,7 +307,7 @@ std::optional<Vessel> SoundVessel(const TableCheck& check) {
   const auto* const outer = check.Get<double>("SOLID", kOuter, "r_sphere");
   if (inner == nullptr || outer == nullptr) return std::nullopt;
   if (!(*inner >= kSmallestVessel && *outer > *inner) ||
-      !std::isfinite(*outer)) {
+      !std::isfinite(*outer) || IsWallTooThick(*inner, *outer)) {
     return std::nullopt;
   }
   return Vessel{*inner, *outer};

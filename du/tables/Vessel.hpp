@@ -32,9 +32,13 @@ inline constexpr double kLooksLikeMetres = 0.01;
 /// than this is the same place.
 inline constexpr double kSamePlace = 1.0;  // mm
 
+/// The wall of the vessel is not thicker than this share of the outer radius.
+/// In the reference detector it is 0.01, in the minimal detector 0.016.
+inline constexpr double kThickestWall = 0.2;
+
 /// The vessel of the tables; none if its radii are missing, not finite, not
-/// above 0, out of order, or too small to be in mm: then nothing can be
-/// compared with it, and what is wrong is told of the vessel.
+/// above 0, out of order, too far apart, or too small to be in mm: then nothing
+/// can be compared with it, and what is wrong is told of the vessel.
 std::optional<Vessel> SoundVessel(const TableCheck& check);
 
 /// Whether a radius of the vessel looks like m. Then all lengths may, and the

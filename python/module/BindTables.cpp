@@ -67,7 +67,7 @@ nb::list CheckPMTs(TableSet tables, int run,
 }  // namespace
 
 void BindTables(nb::module_& module) {
-  nb::class_<TableSet>(module, "Tables", "Tables of all runs.");
+  const nb::class_<TableSet> tables(module, "Tables", "Tables of all runs.");
   module.def("read_tables", &ReadTables, nb::arg("source"),
              nb::arg("overrides"),
              "Read a JSON file or folder, and lay another one over it unless "

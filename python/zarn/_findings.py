@@ -19,7 +19,8 @@ class Severity(enum.StrEnum):
     """How much a finding matters."""
 
     ERROR = "error"
-    """There is no calculator, or a component is off or has nothing to test."""
+    """There is no calculator, or a component is off or has nothing to test; where there are
+    media, also: light paths cannot be computed."""
     WARNING = "warning"
     """Read, but hardly meant: verdicts may be wrong."""
     NOTE = "note"
@@ -108,7 +109,7 @@ def check_tables(
 
     Returns:
         The findings; none is an error exactly if a Calculator of these tables has every
-        component on.
+        component on and, where there are media, computes light paths.
 
     Raises:
         TableFileError, StoreError: the tables cannot be read.

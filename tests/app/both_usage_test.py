@@ -93,8 +93,10 @@ class Usage(BothTest):
             self.assertEqual(self.refuse(name, "x.csv"),
                              f'unknown subcommand "{name}"; did you mean {self.COMMAND}?')
         self.assertEqual(self.refuse("frobnicate"),
-                         'unknown subcommand "frobnicate"; use check, display, explain, map or scan')
-        self.assertEqual(self.refuse(), "a subcommand is missing: check, display, explain, map or scan")
+                         'unknown subcommand "frobnicate"; use check, display, explain, map, '
+                         'scan or tables')
+        self.assertEqual(self.refuse(), "a subcommand is missing: check, display, explain, "
+                                        "map, scan or tables")
 
     def test_an_unknown_option_is_named_with_the_nearest(self):
         for option, nearest in (("--geometri", "--geometry"), ("--tolerence=3", "--tolerance"),

@@ -32,7 +32,7 @@ const char* NameOf(eFieldUse use) {
 
 /// The parts of a detector: a component, or what all need.
 std::string PartOf(const KnownField& field) {
-  const std::string component = ZARN::DU::NameOf(field.component);
+  std::string component = ZARN::DU::NameOf(field.component);
   if (!component.empty()) return component;
   const std::string table = field.table;
   if (table == "OPTICS") return "Media";
@@ -57,7 +57,7 @@ Json ListOfFields() {
 }
 
 Json TypeSchema(eFieldType type) {
-  const Json numbers = {{"type", "array"}, {"items", {{"type", "number"}}}};
+  Json numbers = {{"type", "array"}, {"items", {{"type", "number"}}}};
   switch (type) {
     case eFieldType::kNumber:
       return {{"type", "number"}};

@@ -82,7 +82,8 @@ class Documents(unittest.TestCase):
             line, text = block.split("\n", 1)
             shown[line] = text.strip()
         self.assertEqual(sorted(shown), [f"$ zarn-shadow {c} --help"
-                                         for c in ("check", "display", "explain", "map", "scan")])
+                                         for c in ("check", "display", "explain", "map", "scan",
+                                                   "tables")])
         for line, text in shown.items():
             said = subprocess.run([ZARN_SHADOW, *line.split()[2:]],
                                   capture_output=True, text=True, check=True).stdout
@@ -97,6 +98,19 @@ class Documents(unittest.TestCase):
                                   capture_output=True, text=True, check=True).stdout
         for line in shown.splitlines():
             self.assertIn(line, said.splitlines())
+
+    def test_what_is_shown_of_tables_is_what_the_command_prints(self):
+        shown = blocks(COMMANDS, "console")
+        self.assertGreater(len(shown), 1)
+        with tempfile.TemporaryDirectory() as folder:
+            (pathlib.Path(with_data(folder)) / "examples").symlink_to(SOURCE / "examples")
+            for block in shown:
+                lines, wanted = re.fullmatch(r"((?:\$ [^\n]*\n)+)(.*)", block,
+                                             re.DOTALL).groups()
+                said = subprocess.run(["bash", "-c", re.sub(r"^\$ ", "", lines, flags=re.M)],
+                                      cwd=folder, env={**os.environ, "PATH": PATH},
+                                      capture_output=True, text=True)
+                self.assertEqual(said.stdout + said.stderr, wanted)
 
     def test_the_drawings_are_current(self):
         shown = {p.name: p.read_text() for p in (SOURCE / "docs").glob("*.svg")}

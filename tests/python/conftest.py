@@ -2,6 +2,7 @@
 
 import csv
 import itertools
+import os
 import sys
 import tracemalloc
 
@@ -92,6 +93,8 @@ def allocated():
 @pytest.fixture(scope="session")
 def make_postgresql():
     """Make a new database of a PostgreSQL server, and return its name as a source."""
+    if "ZARN_WITHOUT_SERVER" in os.environ:
+        pytest.skip("starts a PostgreSQL server")
     sys.path.insert(0, str(SOURCE / "tests" / "sql"))
     from postgresql import Server
 

@@ -140,9 +140,11 @@ def test_pmts_are_checked_beside_the_vessel():
     assert finding.index == "1"
 
 
-def test_errors_come_before_warnings_of_pmts(typo):
+def test_what_matters_most_comes_first(typo):
     found = zarn.check_tables(typo, pmts=np.zeros((1, 3)))
     assert [finding.severity for finding in found] == ["error", "warning", "warning"]
+    found = zarn.check_tables(REFERENCE, pmts=np.zeros((1, 3)))
+    assert [finding.severity for finding in found][:2] == ["warning", "note"]
 
 
 def test_findings_are_those_of_the_command(typo):

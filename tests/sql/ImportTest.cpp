@@ -128,6 +128,8 @@ TEST_P(ImportTest, GivesWhatDiffersTheNextFreePass) {
   const ImportResult third = Import({Entry("A", "x", 3.0, {15, 15})}, true);
   EXPECT_EQ(third.added.at(0).pass, 2);
   EXPECT_EQ(ValueAt(15), 3.0);
+  Import({Entry("A", "z", 1.0, {}, 3)});
+  EXPECT_EQ(Import({Entry("A", "z", 2.0, {}, 3)}, true).added.at(0).pass, 4);
   // A pass is free where no entry for the same runs has it.
   EXPECT_EQ(Import({Entry("A", "x", 4.0, {90, 99})}, true).added.at(0).pass, 1);
 }

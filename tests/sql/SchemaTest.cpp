@@ -205,6 +205,7 @@ TEST_F(FileTest, IsADatabaseOfAnotherProgram) {
       "sqlite:tables.db: is an SQLite database of another program";
   EXPECT_EQ(TextOfReading("tables.db"), reason);
   EXPECT_EQ(TextOfImporting("tables.db"), reason);
+  EXPECT_EQ(Text("tables.db"), before);
   soci::session(soci::sqlite3, "tables.db") << "PRAGMA application_id = 7";
   EXPECT_EQ(TextOfReading("tables.db"), reason);
   EXPECT_EQ(TextOfImporting("tables.db"), reason);

@@ -33,6 +33,7 @@ inline std::string NameOfEngine(
 
 /// A test with a database of its own, in which there is nothing yet; its
 /// parameter is the engine.
+// NOLINTNEXTLINE(misc-multiple-inheritance): as GoogleTest has it
 class StoreTest : public ZARN::Testing::InFolder,
                   public testing::WithParamInterface<std::string> {
  protected:
@@ -45,7 +46,7 @@ class StoreTest : public ZARN::Testing::InFolder,
         << "CREATE SCHEMA " << schema_;
   }
 
-  bool IsServer() const { return GetParam() == "postgresql"; }
+  static bool IsServer() { return GetParam() == "postgresql"; }
 
   /// What follows postgresql: for this test.
   std::string Connection() const {
@@ -63,8 +64,8 @@ class StoreTest : public ZARN::Testing::InFolder,
 
   /// Work on the database past the store.
   soci::session Past() const {
-    if (IsServer()) return soci::session(soci::postgresql, Connection());
-    return soci::session(soci::sqlite3, "db=tables.db timeout=60");
+    return IsServer() ? soci::session(soci::postgresql, Connection())
+                      : soci::session(soci::sqlite3, "db=tables.db timeout=60");
   }
   void Execute(const std::string& statement) const { Past() << statement; }
   int Count(const std::string& table) const {

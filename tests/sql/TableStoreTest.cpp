@@ -97,6 +97,8 @@ TEST_P(TableStoreTest, ReturnsRunsPassesAndOrder) {
       Entry("A", "z", 5.0), Entry("A", "z", 6.0),
       Entry("A", "limits", 7.0, {kLowest + 1, kHighest - 1})};
   EXPECT_EQ(AfterImport(entries), entries);
+  EXPECT_EQ(Count("zarn_entry WHERE first_run IS NULL"), 4);
+  EXPECT_EQ(Count("zarn_entry WHERE last_run IS NULL"), 4);
 }
 
 TEST_P(TableStoreTest, NamesTheDatabaseAsTheSourceOfEntries) {
@@ -230,6 +232,32 @@ TEST_P(TableStoreTest, FindsOneStateWhereTheSameEntriesStand) {
   EXPECT_EQ(second[0].runs.first, 10);
   EXPECT_EQ(second[0].runs.last, 20);
   EXPECT_TRUE(store.FindStates("none").empty());
+}
+
+TEST_P(TableStoreTest, WritesOneStateForRunsWithTheSameEntries) {
+  TableStore store = ToImport();
+  // Where the hidden entry begins and ends, nothing changes.
+  store.Import({Entry("A", "x", 1.0, {}, 1), Entry("A", "x", 2.0, {10, 20})},
+               Note(), false);
+  EXPECT_EQ(Count("zarn_state"), 1);
+  store.Import({Entry("B", "y", 1.0)}, Note(), false);
+  EXPECT_EQ(Count("zarn_state"), 2);
+}
+
+TEST_P(TableStoreTest, WritesNoStateForRunsBetweenThoseOfAnImport) {
+  TableStore store = ToImport();
+  store.Import({Entry("A", "x", 1.0, {}, 5), Entry("A", "x", 2.0, {6, 9}, 6)},
+               Note(), false);
+  store.Import({Entry("A", "x", 3.0, {0, 5}), Entry("A", "x", 3.0, {10, 15})},
+               Note(), false);
+  TableSet tables;
+  tables.Add({Entry("A", "x", 1.0)});
+  std::vector<std::pair<int, int>> runs;
+  for (const TableState& state : store.FindStates(Fingerprint(tables))) {
+    if (state.import.number < 2) continue;
+    runs.emplace_back(state.runs.first, state.runs.last);
+  }
+  EXPECT_EQ(runs, (std::vector<std::pair<int, int>>{{0, 5}, {10, 15}}));
 }
 
 TEST_P(TableStoreTest, NamesADamagedEntry) {

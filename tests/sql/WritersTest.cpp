@@ -14,14 +14,12 @@
 #include <vector>
 
 #include "tests/sql/StoreTest.hpp"
-#include "tests/support/TextOf.hpp"
 
 namespace ZARN::SQL {
 namespace {
 
 using Testing::Entry;
 using Testing::Note;
-using ZARN::Testing::TextOf;
 
 constexpr int kEntries = 7;  // of one import
 
@@ -276,6 +274,7 @@ TEST_F(FileWritersTest, LeaveNothingHalfOnAFullDisk) {
         std::string::npos)
         << Text("child.txt");
     EXPECT_EQ(Read(), static_cast<std::size_t>(kEntries));
+    EXPECT_EQ(Text("tables.db"), before);
   }
   Import({Large()});
   EXPECT_EQ(Read(), kEntries + 1U);

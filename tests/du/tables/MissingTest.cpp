@@ -25,6 +25,15 @@ TEST_F(MissingInTables, NamesTheFieldWithATypingError) {
                           "found r_rop: a typo?"));
 }
 
+TEST_F(MissingInTables, TellsOnceOfATypingErrorInAReference) {
+  tables_.Rename(tables_.Entry("GEO", "hold_down_ropes"), "locations",
+                 "location");
+  EXPECT_THAT(tables_.Texts(),
+              ElementsAre("error: hold_down_ropes.json:2:3: "
+                          "GEO/hold_down_ropes: there is no field locations; "
+                          "found location: a typo?"));
+}
+
 TEST_F(MissingInTables, NamesTheOnlyOtherFieldThatMayBeMeant) {
   tables_.Rename(tables_.Entry("SOLID", "hold_down_rope"), "r_rope", "radius");
   EXPECT_THAT(tables_.Texts(),

@@ -47,7 +47,7 @@ TEST_F(ImplausibleRolls, RollsWithoutAnOppositeOne) {
               ElementsAre("warning: hold_down_ropes.json:9:69: "
                           "GEO_LOCATIONS/hold_down_rolls roll: no other roll "
                           "differs by 180 degrees from this one: 30; legs are "
-                          "expected opposite to each other: the ropes are in "
+                          "expected opposite to each other, so ropes come in "
                           "pairs"));
   Rolls() = {0.0, 180.0, 30.0, -150.0};
   EXPECT_THAT(tables_.Texts(), IsEmpty());

@@ -39,6 +39,15 @@ TEST_F(ImplausibleSizes, RadiiOfTheVesselOutOfOrder) {
                           "2950; the wall is between them"));
 }
 
+TEST_F(ImplausibleSizes, WallTooThickIsToldOnce) {
+  Number("SOLID", "acrylic_vessel_inner", "r_sphere") = 300.0;
+  EXPECT_THAT(tables_.Texts(),
+              ElementsAre("warning: vessel.json:4:15: "
+                          "SOLID/acrylic_vessel_outer r_sphere: the wall is "
+                          "too thick: the inner radius is 300: 3050; write "
+                          "both radii in mm"));
+}
+
 TEST_F(ImplausibleSizes, RadiiThatNoLightPathAcceptsAreErrorsBesideMedia) {
   Number("SOLID", "acrylic_vessel_outer", "r_sphere") = 3000.0;
   EXPECT_THAT(tables_.Texts(), ElementsAre(StartsWith("error: vessel.json:4")));
