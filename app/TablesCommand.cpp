@@ -14,7 +14,8 @@ namespace ZARN::App {
 
 void AddTablesCommand(CLI::App& app) {
   CLI::App* const tables = app.add_subcommand(
-      "tables", "Look into geometry tables, and keep them in a database");
+      "tables",
+      "Check and compare geometry tables, and keep them in a database");
   tables->require_subcommand(1);
   tables->footer(
       "SOURCE is a JSON file, a directory of *.json files, sqlite:FILE or\n"

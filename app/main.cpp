@@ -56,7 +56,8 @@ void AddHelp(CLI::App& app) {
       "  zarn-shadow display --events data/source-scan.csv --pmts "
       "data/pmts.csv "
       "\\\n"
-      "      --geometry data/reference-detector -o display.html");
+      "      --geometry data/reference-detector -o display.html\n"
+      "  zarn-shadow tables check data/reference-detector");
 }
 
 int Run(int argc, char** argv) {
