@@ -13,6 +13,9 @@
 namespace ZARN::DU {
 namespace {
 
+/// Points of a template rope: P0 to P5. Further ones are not used.
+constexpr std::size_t kTemplatePoints = 6;
+
 /// What an entry with three parallel arrays needs.
 struct LengthRule {
   std::size_t least;
@@ -21,7 +24,7 @@ struct LengthRule {
 
 LengthRule RuleOf(const KnownField& x) {
   if (x.component == eShadowingComponent::kAVHDRope) {
-    return {6, "the template rope has fewer than six points"};
+    return {kTemplatePoints, "the template rope has fewer than six points"};
   }
   if (x.component == eShadowingComponent::kAVPipe) {
     return {1, "the pipe has no points"};
@@ -53,6 +56,12 @@ void CheckCoordinates(TableCheck& check, const KnownField& x,
                {TextOfList(names) + " have different lengths",
                 TextOfList(texts), "write one number of each for every point"});
     return;
+  }
+  if (x.component == eShadowingComponent::kAVHDRope &&
+      lengths[0] > kTemplatePoints) {
+    check.Tell(eSeverity::kWarning, subject,
+               {"the template rope has more than six points", texts[0],
+                "only P0 to P5 are used"});
   }
   const LengthRule rule = RuleOf(x);
   if (lengths[0] >= rule.least) return;

@@ -47,6 +47,18 @@ TEST_F(LengthsInTables, NamesATemplateWithFewerThanSixPoints) {
                           "than six points: 4; write the points P0 to P5"));
 }
 
+TEST_F(LengthsInTables, WarnsOfATemplateWithMoreThanSixPoints) {
+  for (const char* const field : {"rope_x", "rope_y", "rope_z"}) {
+    auto& numbers =
+        std::get<Numbers>(tables_.Field("SOLID", "hold_down_rope", field));
+    numbers.resize(8, 1000.0);
+  }
+  EXPECT_THAT(tables_.Texts(),
+              ElementsAre("warning: hold_down_ropes.json:4:3: "
+                          "SOLID/hold_down_rope: the template rope has more "
+                          "than six points: 8; only P0 to P5 are used"));
+}
+
 TEST_F(LengthsInTables, NamesWhatIsEmpty) {
   tables_.Field("GEO_LOCATIONS", "hold_down_rolls", "roll") = Numbers{};
   for (const char* const field : {"x", "y", "z"}) {
