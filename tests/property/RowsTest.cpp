@@ -16,7 +16,7 @@
 namespace ZARN::Testing {
 namespace {
 
-constexpr int kShards = 4;
+constexpr int kRowShards = 4;
 /// PMTs of an event; more of them at limits of verdicts are added.
 constexpr std::size_t kPMTs = 240;
 constexpr std::size_t kLimits = 8;
@@ -48,7 +48,7 @@ class RowsOfRandomGeometries : public testing::TestWithParam<int> {
 TEST_P(RowsOfRandomGeometries, EqualThoseOfTheirPairs) {
   const Captured captured(warn);
   const RootMessages messages;  // about zero vectors
-  const auto pairs = static_cast<std::uint64_t>(PairsInAll() / kShards);
+  const auto pairs = static_cast<std::uint64_t>(PairsInAll() / kRowShards);
   for (int geometry = 0; tally_.pairs < pairs; ++geometry) {
     SCOPED_TRACE("geometry " + std::to_string(geometry));
     Random random(31U * static_cast<std::uint64_t>(GetParam() + 1) +
@@ -78,7 +78,7 @@ TEST_P(RowsOfRandomGeometries, EqualThoseOfTheirPairs) {
 }
 
 INSTANTIATE_TEST_SUITE_P(Shards, RowsOfRandomGeometries,
-                         testing::Range(0, kShards));
+                         testing::Range(0, kRowShards));
 
 }  // namespace
 }  // namespace ZARN::Testing
