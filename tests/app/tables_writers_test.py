@@ -48,6 +48,8 @@ class Writers:
             found = self.count_entries(database)
             self.assertIn(found, (count, count + 3), number)
             done += found > count
+            # Follows the machine, which may be busier now.
+            whole *= 0.97 if found > count else 1.03
             count = found
         self.assertGreater(done, KILLS / 20, "hardly one was killed late")
         self.assertLess(done, KILLS - KILLS / 20, "hardly one was killed early")
