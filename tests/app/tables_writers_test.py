@@ -13,7 +13,7 @@ import unittest
 sys.dont_write_bytecode = True  # the source folder stays clean
 
 from command_support import PROGRAM, VESSEL, entry
-from tables_support import PostgreSQL, SQLite, TablesTest
+from tables_support import PostgreSQL, Server, SQLite, TablesTest
 
 KILLS = 200
 
@@ -115,6 +115,22 @@ class WritersOfSQLite(Writers, SQLite, TablesTest):
 
 
 class WritersOfPostgreSQL(Writers, PostgreSQL, TablesTest):
+    def test_a_full_disk_of_the_server_leaves_nothing_half(self):
+        numbers = random.Random(1)
+        big = self.json(*(entry("BIG", str(i), {"x": [numbers.random() for _ in range(5000)]})
+                          for i in range(60)), name="big.json")
+        with Server(largest_file=2 << 20) as server:
+            database = "postgresql:" + server.connection
+            self.import_tables(self.json(*VESSEL), database)
+            before = self.run_tables("export", database).out
+            result = self.import_tables(big, database, status=1)
+            self.assertIn(database, result.err)
+            self.assertIn("File too large", result.err)
+            self.assertEqual(server.query("SELECT count(*) FROM zarn_entry"), str(len(VESSEL)))
+            self.assertEqual(self.run_tables("export", database).out, before)
+            self.import_tables(self.step(1), database)
+        self.import_tables(big, self.database())
+
     def end_connections(self, database):
         self.server.query("SELECT pg_terminate_backend(pid) FROM pg_stat_activity WHERE "
                           f"datname = '{self.name_of(database)}' AND "

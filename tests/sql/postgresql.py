@@ -12,6 +12,7 @@ import ctypes
 import os
 import pathlib
 import pwd
+import resource
 import shutil
 import signal
 import subprocess
@@ -37,17 +38,14 @@ def find_programs():
     return found[-1]
 
 
-def end_with_parent():
-    """In the server: also if this process is killed, end quickly."""
-    ctypes.CDLL(None).prctl(PR_SET_PDEATHSIG, signal.SIGINT)
-
-
 class Server:
     """with Server() as server: ... f"postgresql:{server.connection}" ..."""
 
-    def __init__(self, *options):
-        """Further options of the server: "-c", "fsync=on"."""
+    def __init__(self, *options, largest_file=None):
+        """Further options of the server: "-c", "fsync=on". largest_file, in bytes: the
+        server can write no larger one, as on a full disk; above 1 MiB."""
         self.options = options
+        self.largest_file = largest_file
         self.programs = find_programs()
         # The server refuses to run as root.
         self.user = "postgres" if os.geteuid() == 0 else None
@@ -79,12 +77,19 @@ class Server:
     def make_cluster(self):
         done = subprocess.run(
             [self.programs / "initdb", "-D", self.folder / "data", "-U", "postgres",
-             "-A", "trust", "-E", "UTF8", "--locale=C.UTF-8", "--no-sync"],
+             "-A", "trust", "-E", "UTF8", "--locale=C.UTF-8", "--no-sync",
+             "--wal-segsize=1"],  # MiB
             capture_output=True, text=True, cwd="/", **self.as_user())
         if done.returncode != 0:
             raise RuntimeError(f"initdb: {done.stdout}{done.stderr}")
         access = self.folder / "data" / "pg_hba.conf"
         access.write_text("local all locked scram-sha-256\nlocal all all trust\n")
+
+    def prepare_process(self):
+        """In the server: also if this process is killed, end quickly."""
+        ctypes.CDLL(None).prctl(PR_SET_PDEATHSIG, signal.SIGINT)
+        if self.largest_file is not None:
+            resource.setrlimit(resource.RLIMIT_FSIZE, (self.largest_file,) * 2)
 
     def start(self):
         with open(self.folder / "log", "ab") as log:
@@ -94,7 +99,7 @@ class Server:
                  *self.options],
                 stdin=subprocess.DEVNULL, stdout=log, stderr=log, cwd="/",
                 # A signal from the keyboard is for the command, not for its server.
-                start_new_session=True, preexec_fn=end_with_parent, **self.as_user())
+                start_new_session=True, preexec_fn=self.prepare_process, **self.as_user())
         deadline = time.monotonic() + DEADLINE
         while not self.is_ready():
             if self.process.poll() is not None or time.monotonic() > deadline:
