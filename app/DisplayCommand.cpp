@@ -31,21 +31,20 @@ void Append(const IO::NamedPosition& item, std::vector<std::string>& names,
 
 void ReadPMTs(const DisplayOptions& options, Display::PageContent& content) {
   for (const IO::NamedPosition& pmt :
-       IO::ReadPositions(options.pmts, "pmt", options.names)) {
+       IO::ReadPositions(options.input.pmts, "pmt", options.input.names)) {
     Append(pmt, content.pmtNames, content.pmts);
   }
   if (content.pmts.empty()) {
-    throw IO::BadInput(options.pmts + ": there are no PMTs");
+    throw IO::BadInput(options.input.pmts + ": there are no PMTs");
   }
   if (content.pmts.size() > Display::kMostPagePairs) {
-    throw IO::BadInput(options.pmts + ": a page holds at most 40,000,000 PMTs");
+    throw IO::BadInput(options.input.pmts +
+                       ": a page holds at most 40,000,000 PMTs");
   }
 }
 
 void ReadEvents(const DisplayOptions& options, Display::PageContent& content) {
-  EventSource source = options.at.has_value()
-                           ? EventSource(*options.at)
-                           : EventSource(*options.events, options.names);
+  EventSource source = OpenEvents(options.input);
   constexpr std::size_t kEventsAtOnce = 1024;
   std::vector<IO::NamedPosition> events;
   while (source.Next(events, kEventsAtOnce)) {
@@ -55,7 +54,7 @@ void ReadEvents(const DisplayOptions& options, Display::PageContent& content) {
     if (content.events.size() * content.pmts.size() <= Display::kMostPagePairs)
       continue;
     throw IO::BadInput(
-        *options.events +
+        *options.input.events +
         ": a page holds at most 40,000,000 pairs of event "
         "and PMT, so " +
         std::to_string(Display::kMostPagePairs / content.pmts.size()) +
@@ -63,7 +62,7 @@ void ReadEvents(const DisplayOptions& options, Display::PageContent& content) {
         "them with scan --per-pmt");
   }
   if (content.events.empty()) {
-    throw IO::BadInput(*options.events + ": there are no events");
+    throw IO::BadInput(*options.input.events + ": there are no events");
   }
 }
 

@@ -3,8 +3,6 @@
 #include <CLI/CLI.hpp>
 #include <vector>
 
-#include "app/InputColumnsOption.hpp"
-#include "app/PositionOption.hpp"
 #include "app/Usage.hpp"
 #include "io/DistinctFiles.hpp"
 
@@ -30,27 +28,10 @@ constexpr const char* kFooter =
     "\\\n"
     "      --geometry data/reference-detector -o display.html";
 
-void AddInputs(CLI::App& command, DisplayOptions& options) {
-  command
-      .add_option("--events", options.events,
-                  "CSV or ROOT file of events; - reads CSV from standard input")
-      ->type_name("EVENTS");
-  AddPositionOption(
-      command, "--at", options.at,
-      "One event, named 0, at this position in mm, instead of a file");
-  command
-      .add_option("--pmts", options.pmts,
-                  "CSV or ROOT file of PMTs; - reads CSV from standard input")
-      ->required()
-      ->type_name("PMTS");
-  AddInputColumnsOption(command, options.names, PositionColumns(),
-                        "event_x=evt.x,pmt=id");
-}
-
 }  // namespace
 
 void AddDisplayOptions(CLI::App& command, DisplayOptions& options) {
-  AddInputs(command, options);
+  AddInputOptions(command, options.input);
   AddRunOptions(command, options.run);
   AddThreadsOption(command, options.run.threads);
   AddWavelengthOption(command, options.wavelength);
@@ -68,12 +49,9 @@ void AddDisplayOptions(CLI::App& command, DisplayOptions& options) {
 }
 
 void RequireConsistent(const DisplayOptions& options) {
-  if (options.events.has_value() == options.at.has_value()) {
-    throw BadUsage("display needs either --events or --at");
-  }
+  RequireEvents(options.input, "display");
   std::vector<std::string> inputs = FilesOf(options.run);
-  inputs.push_back(options.pmts);
-  if (options.events.has_value()) inputs.push_back(*options.events);
+  for (const std::string& file : FilesOf(options.input)) inputs.push_back(file);
   IO::RequireDistinctFiles(inputs, {options.output});
 }
 

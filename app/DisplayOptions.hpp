@@ -3,9 +3,8 @@
 #include <optional>
 #include <string>
 
-#include "TVector3.h"
+#include "app/InputOptions.hpp"
 #include "app/RunOptions.hpp"
-#include "io/ColumnNames.hpp"
 #include "lightpath/LightPathCalculator.hpp"
 
 namespace CLI {
@@ -17,10 +16,7 @@ namespace ZARN::App {
 /// The options of a display.
 struct DisplayOptions {
   RunOptions run;
-  std::optional<std::string> events;
-  std::optional<TVector3> at;  // instead of events
-  std::string pmts;
-  IO::ColumnNames names;  // of the columns of events and PMTs
+  InputOptions input;
   std::string output = "DISPLAY.html";
   double wavelength = DU::LightPathCalculator::kDefaultWavelength;  // nm
   bool withReflections = false;

@@ -102,10 +102,8 @@ void RunScan(const ScanOptions& options) {
   lightPath.SetWavelength(options.wavelength);
   BeginRun(options.run, lightPath);
   const std::vector<IO::NamedPosition> pmts =
-      IO::ReadPositions(options.pmts, "pmt", options.names);
-  EventSource events = options.at.has_value()
-                           ? EventSource(*options.at)
-                           : EventSource(*options.events, options.names);
+      IO::ReadPositions(options.input.pmts, "pmt", options.input.names);
+  EventSource events = OpenEvents(options.input);
 
   const DeferredSignals deferredSignals;
   ScanOutputs outputs(options, shadowing, lightPath, pmts);

@@ -4,8 +4,6 @@
 #include <string>
 #include <vector>
 
-#include "app/InputColumnsOption.hpp"
-#include "app/PositionOption.hpp"
 #include "app/TolerancesOption.hpp"
 #include "app/Usage.hpp"
 #include "io/DistinctFiles.hpp"
@@ -85,23 +83,6 @@ std::string Footer() {
   };
   return kInputs + (kVerdicts + describe(IO::SmearedColumns())) + kColumns +
          describe(IO::PairColumns()) + kCountsAndExample;
-}
-
-void AddInputs(CLI::App& command, ScanOptions& options) {
-  command
-      .add_option("--events", options.events,
-                  "CSV or ROOT file of events; - reads CSV from standard input")
-      ->type_name("EVENTS");
-  AddPositionOption(
-      command, "--at", options.at,
-      "One event, named 0, at this position in mm, instead of a file");
-  command
-      .add_option("--pmts", options.pmts,
-                  "CSV or ROOT file of PMTs; - reads CSV from standard input")
-      ->required()
-      ->type_name("PMTS");
-  AddInputColumnsOption(command, options.names, PositionColumns(),
-                        "event_x=evt.x,pmt=id");
 }
 
 std::vector<std::string> NamesOfColumns() {
@@ -202,7 +183,7 @@ std::vector<const IO::PairColumn*> ScanOptions::AllColumns() const {
 }
 
 void AddScanOptions(CLI::App& command, ScanOptions& options) {
-  AddInputs(command, options);
+  AddInputOptions(command, options.input);
   AddRunOptions(command, options.run);
   AddThreadsOption(command, options.run.threads);
   AddWavelengthOption(command, options.wavelength);
@@ -216,9 +197,7 @@ void AddScanOptions(CLI::App& command, ScanOptions& options) {
 }
 
 void RequireConsistent(const ScanOptions& options) {
-  if (options.events.has_value() == options.at.has_value()) {
-    throw BadUsage("scan needs either --events or --at");
-  }
+  RequireEvents(options.input, "scan");
   RequireNoConflictWithTolerances(options);
   if (!options.verdicts.columns.empty() && !options.WritesVerdicts()) {
     throw BadUsage("--columns needs -o: only counts are written");
@@ -230,8 +209,7 @@ void RequireConsistent(const ScanOptions& options) {
     throw BadUsage("--seed needs --smear");
   }
   std::vector<std::string> inputs = FilesOf(options.run);
-  inputs.push_back(options.pmts);
-  if (options.events.has_value()) inputs.push_back(*options.events);
+  for (const std::string& file : FilesOf(options.input)) inputs.push_back(file);
   std::vector<std::string> outputs;
   if (options.WritesResults())
     outputs.push_back(options.verdicts.output.value_or("-"));

@@ -4,11 +4,10 @@
 #include <string>
 #include <vector>
 
-#include "TVector3.h"
+#include "app/InputOptions.hpp"
 #include "app/RunOptions.hpp"
 #include "app/VerdictOptions.hpp"
 #include "du/Smearing.hpp"
-#include "io/ColumnNames.hpp"
 #include "io/PairColumns.hpp"
 #include "lightpath/LightPathCalculator.hpp"
 
@@ -21,10 +20,7 @@ namespace ZARN::App {
 /// The options of a scan.
 struct ScanOptions {
   RunOptions run;
-  std::optional<std::string> events;
-  std::optional<TVector3> at;  // instead of events
-  std::string pmts;
-  IO::ColumnNames names;  // of the columns of events and PMTs
+  InputOptions input;
   VerdictOptions verdicts;
   std::optional<std::string> paths;
   std::optional<std::string> perPMT;
