@@ -1,8 +1,8 @@
 #include "app/CheckOptions.hpp"
 
-#include <CLI/CLI.hpp>
 #include <vector>
 
+#include "app/CommandLine.hpp"
 #include "app/InputColumnsOption.hpp"
 #include "io/DistinctFiles.hpp"
 #include "io/Sidecar.hpp"
@@ -51,22 +51,19 @@ constexpr const char* kCheckFooter =
 }  // namespace
 
 void AddCheckOptions(CLI::App& command, CheckOptions& options) {
-  command
-      .add_option(
-          "PATHS", options.paths,
-          "CSV or ROOT file of light paths; - reads CSV from standard input")
-      ->required()
-      ->type_name("FILE");
+  AddRequiredOption(
+      command, "PATHS", options.paths, "FILE",
+      "CSV or ROOT file of light paths; - reads CSV from standard input");
   AddInputColumnsOption(command, options.names, PathColumns(),
                         "start_x=evt.x,type=kind");
   AddRunOptions(command, options.run);
   AddThreadsOption(command, options.run.threads);
   AddVerdictOptions(command, options.verdicts, IO::GivenPathColumns());
-  command.add_flag("--known-types", options.knownTypes,
-                   "Refuse a path whose type name is unknown");
-  command.add_flag("--debug", options.debug,
-                   "Show the calculator's diagnostics on standard error");
-  command.footer(kCheckFooter);
+  AddFlag(command, "--known-types", options.knownTypes,
+          "Refuse a path whose type name is unknown");
+  AddFlag(command, "--debug", options.debug,
+          "Show the calculator's diagnostics on standard error");
+  SetFooter(command, kCheckFooter);
 }
 
 void RequireConsistent(const CheckOptions& options) {

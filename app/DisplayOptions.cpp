@@ -1,8 +1,8 @@
 #include "app/DisplayOptions.hpp"
 
-#include <CLI/CLI.hpp>
 #include <vector>
 
+#include "app/CommandLine.hpp"
 #include "app/Usage.hpp"
 #include "io/DistinctFiles.hpp"
 
@@ -35,17 +35,13 @@ void AddDisplayOptions(CLI::App& command, DisplayOptions& options) {
   AddRunOptions(command, options.run);
   AddThreadsOption(command, options.run.threads);
   AddWavelengthOption(command, options.wavelength);
-  command.add_flag("--reflections", options.withReflections,
-                   "Also show the light reflected at the vessel");
-  command
-      .add_option("--title", options.title,
-                  "Title of the page (default: Shadow display)")
-      ->type_name("TEXT");
-  command
-      .add_option("-o,--output", options.output,
-                  "Write the page to this file (default: DISPLAY.html)")
-      ->type_name("DISPLAY");
-  command.footer(kFooter);
+  AddFlag(command, "--reflections", options.withReflections,
+          "Also show the light reflected at the vessel");
+  AddOption(command, "--title", options.title, "TEXT",
+            "Title of the page (default: Shadow display)");
+  AddOption(command, "-o,--output", options.output, "DISPLAY",
+            "Write the page to this file (default: DISPLAY.html)");
+  SetFooter(command, kFooter);
 }
 
 void RequireConsistent(const DisplayOptions& options) {

@@ -1,9 +1,9 @@
 #include "app/ExplainOptions.hpp"
 
-#include <CLI/CLI.hpp>
 #include <algorithm>
 #include <vector>
 
+#include "app/CommandLine.hpp"
 #include "app/InputColumnsOption.hpp"
 #include "app/PositionOption.hpp"
 #include "app/Usage.hpp"
@@ -50,29 +50,25 @@ std::vector<std::string> NamesOf(const std::vector<Given>& way, bool areGiven) {
 }
 
 void AddWays(CLI::App& command, ExplainOptions& options) {
-  command
-      .add_option("PATHS", options.paths,
-                  "CSV or ROOT file of light paths, as for check")
-      ->type_name("FILE");
-  command
-      .add_option_function<std::string>(
-          "--row",
-          [&options](const std::string& text) {
-            const int row = WholeNumberOf("--row", text);
-            if (row < 1) {
-              throw BadUsage("--row: " + IO::Quoted(text) +
-                             " is less than 1, the first row of data");
-            }
-            options.row = static_cast<std::uint64_t>(row);
-          },
-          "Row of PATHS, from 1: the one that check numbers N - 1")
-      ->type_name("N");
+  AddOption(command, "PATHS", options.paths, "FILE",
+            "CSV or ROOT file of light paths, as for check");
+  AddOption(
+      command, "--row",
+      [&options](const std::string& text) {
+        const int row = WholeNumberOf("--row", text);
+        if (row < 1) {
+          throw BadUsage("--row: " + IO::Quoted(text) +
+                         " is less than 1, the first row of data");
+        }
+        options.row = static_cast<std::uint64_t>(row);
+      },
+      "N", "Row of PATHS, from 1: the one that check numbers N - 1");
   AddPositionOption(command, "--at", options.at,
                     "Where the light starts, in mm");
   AddPositionOption(command, "--to", options.to, "Where it ends, in mm");
   const auto addText = [&](const char* option, auto& value, const char* type,
                            const char* description) {
-    command.add_option(option, value, description)->type_name(type);
+    AddOption(command, option, value, type, description);
   };
   addText("--events", options.events, "EVENTS",
           "CSV or ROOT file of events, as for scan");
@@ -96,10 +92,10 @@ void AddExplainOptions(CLI::App& command, ExplainOptions& options) {
   AddWays(command, options);
   AddRunOptions(command, options.run);
   AddWavelengthOption(command, options.wavelength);
-  command.add_flag("--reflections", options.isReflected,
-                   "Explain the light reflected at the vessel");
-  command.add_flag("--json", options.writesJson, "Write JSON instead of text");
-  command.footer(kExplainFooter);
+  AddFlag(command, "--reflections", options.isReflected,
+          "Explain the light reflected at the vessel");
+  AddFlag(command, "--json", options.writesJson, "Write JSON instead of text");
+  SetFooter(command, kExplainFooter);
 }
 
 void RequireConsistent(const ExplainOptions& options) {

@@ -1,10 +1,10 @@
 #include "app/InputColumnsOption.hpp"
 
-#include <CLI/CLI.hpp>
 #include <algorithm>
 #include <map>
 #include <sstream>
 
+#include "app/CommandLine.hpp"
 #include "app/RunOptions.hpp"
 #include "app/Usage.hpp"
 #include "io/LightPathColumns.hpp"
@@ -55,14 +55,12 @@ IO::ColumnNames InputColumnsOf(const std::string& list,
 void AddInputColumnsOption(CLI::App& command, IO::ColumnNames& names,
                            const std::vector<std::string>& known,
                            const std::string& example) {
-  command
-      .add_option_function<std::string>(
-          "--input-columns",
-          [&names, known](const std::string& list) {
-            names = InputColumnsOf(list, known);
-          },
-          "Names of columns in the input, for example " + example)
-      ->type_name("LIST");
+  AddOption(
+      command, "--input-columns",
+      [&names, known](const std::string& list) {
+        names = InputColumnsOf(list, known);
+      },
+      "LIST", "Names of columns in the input, for example " + example);
 }
 
 }  // namespace ZARN::App

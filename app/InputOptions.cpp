@@ -1,7 +1,6 @@
 #include "app/InputOptions.hpp"
 
-#include <CLI/CLI.hpp>
-
+#include "app/CommandLine.hpp"
 #include "app/InputColumnsOption.hpp"
 #include "app/PositionOption.hpp"
 #include "app/Usage.hpp"
@@ -9,18 +8,14 @@
 namespace ZARN::App {
 
 void AddInputOptions(CLI::App& command, InputOptions& options) {
-  command
-      .add_option("--events", options.events,
-                  "CSV or ROOT file of events; - reads CSV from standard input")
-      ->type_name("EVENTS");
+  AddOption(command, "--events", options.events, "EVENTS",
+            "CSV or ROOT file of events; - reads CSV from standard input");
   AddPositionOption(
       command, "--at", options.at,
       "One event, named 0, at this position in mm, instead of a file");
-  command
-      .add_option("--pmts", options.pmts,
-                  "CSV or ROOT file of PMTs; - reads CSV from standard input")
-      ->required()
-      ->type_name("PMTS");
+  AddRequiredOption(
+      command, "--pmts", options.pmts, "PMTS",
+      "CSV or ROOT file of PMTs; - reads CSV from standard input");
   AddInputColumnsOption(command, options.names, PositionColumns(),
                         "event_x=evt.x,pmt=id");
 }

@@ -1,11 +1,11 @@
 #include "app/MapOptions.hpp"
 
-#include <CLI/CLI.hpp>
 #include <algorithm>
 #include <array>
 #include <cmath>
 #include <string_view>
 
+#include "app/CommandLine.hpp"
 #include "app/InputColumnsOption.hpp"
 #include "app/PositionOption.hpp"
 #include "app/TolerancesOption.hpp"
@@ -124,90 +124,64 @@ void SetSize(const std::string& text, Display::MapStyle& style) {
 void AddInputs(CLI::App& command, MapOptions& options) {
   AddPositionOption(command, "--at", options.at,
                     "One event at this position in mm");
-  command
-      .add_option("--events", options.events,
-                  "CSV or ROOT file of events; - reads CSV from standard input")
-      ->type_name("EVENTS");
-  command.add_option("--event", options.event, "Only the event with this name")
-      ->type_name("NAME");
-  command
-      .add_option("--pmts", options.pmts,
-                  "CSV or ROOT file of PMTs; - reads CSV from standard input")
-      ->type_name("PMTS");
-  command
-      .add_option_function<std::string>(
-          "--radius",
-          [&options](const std::string& text) {
-            options.radius = NumberOf("--radius", text);
-            if (*options.radius > 0) return;
-            throw BadUsage("--radius: " + IO::Quoted(text) +
-                           " is not greater than 0");
-          },
-          "Without PMTs: every direction, to a sphere of this radius in mm")
-      ->type_name("MM");
+  AddOption(command, "--events", options.events, "EVENTS",
+            "CSV or ROOT file of events; - reads CSV from standard input");
+  AddOption(command, "--event", options.event, "NAME",
+            "Only the event with this name");
+  AddOption(command, "--pmts", options.pmts, "PMTS",
+            "CSV or ROOT file of PMTs; - reads CSV from standard input");
+  AddOption(
+      command, "--radius",
+      [&options](const std::string& text) {
+        options.radius = NumberOf("--radius", text);
+        if (*options.radius > 0) return;
+        throw BadUsage("--radius: " + IO::Quoted(text) +
+                       " is not greater than 0");
+      },
+      "MM", "Without PMTs: every direction, to a sphere of this radius in mm");
   AddInputColumnsOption(command, options.names, PositionColumns(),
                         "event_x=evt.x,pmt=id");
 }
 
 void AddComparison(CLI::App& command, MapOptions& options) {
-  command
-      .add_option("--compare", options.compare,
-                  "Show what changes with these other tables")
-      ->type_name("TABLES");
-  command
-      .add_option_function<std::string>(
-          "--compare-run",
-          [&options](const std::string& text) {
-            options.compareRun = WholeNumberOf("--compare-run", text);
-          },
-          "Show what changes with the tables of this other run")
-      ->type_name("N");
+  AddOption(command, "--compare", options.compare, "TABLES",
+            "Show what changes with these other tables");
+  AddOption(command, "--compare-run", options.compareRun, "N",
+            "Show what changes with the tables of this other run");
 }
 
 void AddPicture(CLI::App& command, MapOptions& options) {
   using Display::eMapView;
   using Display::eTheme;
-  command
-      .add_option_function<std::string>(
-          "--view",
-          [&options](const std::string& text) {
-            options.view = MeaningOf<eMapView>(
-                "--view", text,
-                {{{"centre", eMapView::kCentre}, {"event", eMapView::kEvent}}});
-          },
-          "Show directions from the centre (default) or from the event")
-      ->type_name("FROM");
+  AddOption(
+      command, "--view",
+      [&options](const std::string& text) {
+        options.view = MeaningOf<eMapView>(
+            "--view", text,
+            {{{"centre", eMapView::kCentre}, {"event", eMapView::kEvent}}});
+      },
+      "FROM", "Show directions from the centre (default) or from the event");
   AddTolerancesOption(command, options.tolerances, "Tolerances of the panel");
-  command.add_flag("--no-panel", options.hasNoPanel,
-                   "Leave out the panel of other tolerances");
-  command
-      .add_option_function<std::string>(
-          "--theme",
-          [&options](const std::string& text) {
-            options.style.theme = MeaningOf<eTheme>(
-                "--theme", text,
-                {{{"light", eTheme::kLight}, {"dark", eTheme::kDark}}});
-          },
-          "Colours: light (default) or dark")
-      ->type_name("NAME");
-  command
-      .add_option("--title", options.title,
-                  "Title of the picture, instead of one made from its content")
-      ->type_name("TEXT");
-  command
-      .add_option_function<std::string>(
-          "--size",
-          [&options](const std::string& text) { SetSize(text, options.style); },
-          "Size of the picture in pixels (default: 1200x700)")
-      ->type_name("WxH");
-  command
-      .add_option("-o,--output", options.output,
-                  "Write the map to this file: *.svg, *.pdf or *.png")
-      ->type_name("MAP");
-  command
-      .add_option("--data", options.data,
-                  "Write the numbers behind the picture to this CSV file")
-      ->type_name("OUT");
+  AddFlag(command, "--no-panel", options.hasNoPanel,
+          "Leave out the panel of other tolerances");
+  AddOption(
+      command, "--theme",
+      [&options](const std::string& text) {
+        options.style.theme = MeaningOf<eTheme>(
+            "--theme", text,
+            {{{"light", eTheme::kLight}, {"dark", eTheme::kDark}}});
+      },
+      "NAME", "Colours: light (default) or dark");
+  AddOption(command, "--title", options.title, "TEXT",
+            "Title of the picture, instead of one made from its content");
+  AddOption(
+      command, "--size",
+      [&options](const std::string& text) { SetSize(text, options.style); },
+      "WxH", "Size of the picture in pixels (default: 1200x700)");
+  AddOption(command, "-o,--output", options.output, "MAP",
+            "Write the map to this file: *.svg, *.pdf or *.png");
+  AddOption(command, "--data", options.data, "OUT",
+            "Write the numbers behind the picture to this CSV file");
 }
 
 void RequireOneWay(const MapOptions& options) {
@@ -290,7 +264,7 @@ void AddMapOptions(CLI::App& command, MapOptions& options) {
   AddWavelengthOption(command, options.wavelength);
   AddComparison(command, options);
   AddPicture(command, options);
-  command.footer(kMapFooter);
+  SetFooter(command, kMapFooter);
 }
 
 void RequireConsistent(const MapOptions& options) {

@@ -1,8 +1,8 @@
 #include "app/PositionOption.hpp"
 
-#include <CLI/CLI.hpp>
 #include <array>
 
+#include "app/CommandLine.hpp"
 #include "app/RunOptions.hpp"
 #include "app/Usage.hpp"
 #include "io/Quoted.hpp"
@@ -32,14 +32,12 @@ TVector3 PositionOf(const std::string& option, const std::string& text) {
 void AddPositionOption(CLI::App& command, const std::string& option,
                        std::optional<TVector3>& position,
                        const std::string& description) {
-  command
-      .add_option_function<std::string>(
-          option,
-          [option, &position](const std::string& text) {
-            position = PositionOf(option, text);
-          },
-          description)
-      ->type_name("X,Y,Z");
+  AddOption(
+      command, option,
+      [option, &position](const std::string& text) {
+        position = PositionOf(option, text);
+      },
+      "X,Y,Z", description);
 }
 
 }  // namespace ZARN::App

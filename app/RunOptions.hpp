@@ -87,14 +87,5 @@ void BeginRunIfThereAreMedia(const RunOptions& options,
 IO::Origin OriginOf(const RunOptions& options,
                     const DU::ShadowingCalculator& calculator);
 
-/// Read an option's value, or throw BadUsage naming the option. CLI11's own
-/// conversions accept octal and hexadecimal numbers and blanks, and round
-/// numbers twice.
-int WholeNumberOf(const std::string& option, const std::string& text);
-double NumberOf(const std::string& option, const std::string& text);
-
-/// The text without blanks at its ends.
-std::string WithoutBlanks(const std::string& text);
-
 }  // namespace App
 }  // namespace ZARN

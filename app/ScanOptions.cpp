@@ -1,9 +1,9 @@
 #include "app/ScanOptions.hpp"
 
-#include <CLI/CLI.hpp>
 #include <string>
 #include <vector>
 
+#include "app/CommandLine.hpp"
 #include "app/TolerancesOption.hpp"
 #include "app/Usage.hpp"
 #include "io/DistinctFiles.hpp"
@@ -94,38 +94,29 @@ std::vector<std::string> NamesOfColumns() {
 }
 
 void AddSmearing(CLI::App& command, ScanOptions& options) {
-  command
-      .add_option_function<std::string>(
-          "--smear",
-          [&options](const std::string& text) {
-            options.sigma = NumberOf("--smear", text);
-            if (*options.sigma >= 0) return;
-            throw BadUsage("--smear: " + IO::Quoted(text) + " is less than 0");
-          },
-          "Also judge Gaussian positions around each event; mm in each "
-          "coordinate")
-      ->type_name("SIGMA");
-  command
-      .add_option_function<std::string>(
-          "--samples",
-          [&options](const std::string& text) {
-            const int number = WholeNumberOf("--samples", text);
-            if (number < 1 || number > DU::Smearing::kMostSamples) {
-              throw BadUsage("--samples: " + IO::Quoted(text) +
-                             " is out of range (1 to 65535)");
-            }
-            options.samples = number;
-          },
-          "Number of positions for --smear (default: 100)")
-      ->type_name("N");
-  command
-      .add_option_function<std::string>(
-          "--seed",
-          [&options](const std::string& text) {
-            options.seed = WholeNumberOf("--seed", text);
-          },
-          "Seed of the positions for --smear (default: 1)")
-      ->type_name("S");
+  AddOption(
+      command, "--smear",
+      [&options](const std::string& text) {
+        options.sigma = NumberOf("--smear", text);
+        if (*options.sigma >= 0) return;
+        throw BadUsage("--smear: " + IO::Quoted(text) + " is less than 0");
+      },
+      "SIGMA",
+      "Also judge Gaussian positions around each event; mm in each "
+      "coordinate");
+  AddOption(
+      command, "--samples",
+      [&options](const std::string& text) {
+        const int number = WholeNumberOf("--samples", text);
+        if (number < 1 || number > DU::Smearing::kMostSamples) {
+          throw BadUsage("--samples: " + IO::Quoted(text) +
+                         " is out of range (1 to 65535)");
+        }
+        options.samples = number;
+      },
+      "N", "Number of positions for --smear (default: 100)");
+  AddOption(command, "--seed", options.seed, "S",
+            "Seed of the positions for --smear (default: 1)");
 }
 
 void RequireNoConflictWithTolerances(const ScanOptions& options) {
@@ -143,18 +134,12 @@ void RequireNoConflictWithTolerances(const ScanOptions& options) {
 
 void AddOutputs(CLI::App& command, ScanOptions& options) {
   AddVerdictOptions(command, options.verdicts, NamesOfColumns());
-  command
-      .add_option("--paths", options.paths,
-                  "Write every light path to this file, which check can read")
-      ->type_name("PATHS");
-  command
-      .add_option("--per-pmt", options.perPMT,
-                  "Write counts for each PMT to this file")
-      ->type_name("OUT");
-  command
-      .add_option("--per-event", options.perEvent,
-                  "Write counts for each event to this file")
-      ->type_name("OUT");
+  AddOption(command, "--paths", options.paths, "PATHS",
+            "Write every light path to this file, which check can read");
+  AddOption(command, "--per-pmt", options.perPMT, "OUT",
+            "Write counts for each PMT to this file");
+  AddOption(command, "--per-event", options.perEvent, "OUT",
+            "Write counts for each event to this file");
 }
 
 }  // namespace
@@ -187,13 +172,13 @@ void AddScanOptions(CLI::App& command, ScanOptions& options) {
   AddRunOptions(command, options.run);
   AddThreadsOption(command, options.run.threads);
   AddWavelengthOption(command, options.wavelength);
-  command.add_flag("--reflections", options.withReflections,
-                   "Also judge the light reflected at the vessel");
+  AddFlag(command, "--reflections", options.withReflections,
+          "Also judge the light reflected at the vessel");
   AddSmearing(command, options);
   AddTolerancesOption(command, options.tolerances,
                       "Count at several tolerances");
   AddOutputs(command, options);
-  command.footer(Footer());
+  SetFooter(command, Footer());
 }
 
 void RequireConsistent(const ScanOptions& options) {

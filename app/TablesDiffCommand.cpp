@@ -1,11 +1,11 @@
 #include "app/TablesDiffCommand.hpp"
 
-#include <CLI/CLI.hpp>
 #include <memory>
 #include <optional>
 #include <string>
 #include <vector>
 
+#include "app/CommandLine.hpp"
 #include "app/ExitStatus.hpp"
 #include "app/PrintText.hpp"
 #include "app/RunOptions.hpp"
@@ -95,25 +95,18 @@ void Diff(const DiffOptions& options) {
 }  // namespace
 
 void AddTablesDiffCommand(CLI::App& tables) {
-  CLI::App* const command =
-      tables.add_subcommand("diff", "Name what differs between two tables");
   const auto options = std::make_shared<DiffOptions>();
-  AddSourceArgument(*command, "A", options->before.name);
-  AddSourceArgument(*command, "B", options->after.name);
-  command
-      ->add_option_function<std::string>(
-          "--run",
-          [options](const std::string& text) {
-            options->run = WholeNumberOf("--run", text);
-          },
-          "Compare for this run only (default: for all runs)")
-      ->type_name("N");
-  AddAsOfOption(*command, options->before,
+  CLI::App& command =
+      AddCommand(tables, "diff", "Name what differs between two tables",
+                 [options] { Diff(*options); });
+  AddSourceArgument(command, "A", options->before.name);
+  AddSourceArgument(command, "B", options->after.name);
+  AddOption(command, "--run", options->run, "N",
+            "Compare for this run only (default: for all runs)");
+  AddAsOfOption(command, options->before,
                 "Read A, a database, as it stood at this time");
-  command->add_flag("--json", options->writesJson,
-                    "Write JSON instead of text");
-  command->footer(kTablesDiffFooter);
-  command->callback([options] { Diff(*options); });
+  AddFlag(command, "--json", options->writesJson, "Write JSON instead of text");
+  SetFooter(command, kTablesDiffFooter);
 }
 
 }  // namespace ZARN::App

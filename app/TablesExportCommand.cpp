@@ -1,11 +1,11 @@
 #include "app/TablesExportCommand.hpp"
 
-#include <CLI/CLI.hpp>
 #include <memory>
 #include <optional>
 #include <string>
 #include <vector>
 
+#include "app/CommandLine.hpp"
 #include "app/RunOptions.hpp"
 #include "app/Signals.hpp"
 #include "db/JsonText.hpp"
@@ -59,29 +59,20 @@ void Export(const ExportOptions& options) {
 }  // namespace
 
 void AddTablesExportCommand(CLI::App& tables) {
-  CLI::App* const command =
-      tables.add_subcommand("export", "Write tables as JSON");
   const auto options = std::make_shared<ExportOptions>();
-  AddSourceArgument(*command, "DB", options->source.name);
-  command
-      ->add_option("-o,--output", options->output,
-                   "Write to this file (default: standard output)")
-      ->type_name("FILE");
-  AddAsOfOption(*command, options->source);
-  command
-      ->add_option_function<std::string>(
-          "--run",
-          [options](const std::string& text) {
-            options->run = WholeNumberOf("--run", text);
-          },
-          "Write only the entries that hold for this run (default: all)")
-      ->type_name("N");
-  command->footer(kTablesExportFooter);
-  command->callback([options] {
-    IO::RequireDistinctFiles(FilesOf(options->source),
-                             {options->output.value_or("-")});
-    Export(*options);
-  });
+  CLI::App& command =
+      AddCommand(tables, "export", "Write tables as JSON", [options] {
+        IO::RequireDistinctFiles(FilesOf(options->source),
+                                 {options->output.value_or("-")});
+        Export(*options);
+      });
+  AddSourceArgument(command, "DB", options->source.name);
+  AddOption(command, "-o,--output", options->output, "FILE",
+            "Write to this file (default: standard output)");
+  AddAsOfOption(command, options->source);
+  AddOption(command, "--run", options->run, "N",
+            "Write only the entries that hold for this run (default: all)");
+  SetFooter(command, kTablesExportFooter);
 }
 
 }  // namespace ZARN::App

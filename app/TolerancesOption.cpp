@@ -1,10 +1,10 @@
 #include "app/TolerancesOption.hpp"
 
-#include <CLI/CLI.hpp>
 #include <algorithm>
 #include <cmath>
 #include <sstream>
 
+#include "app/CommandLine.hpp"
 #include "app/RunOptions.hpp"
 #include "app/Usage.hpp"
 #include "io/Quoted.hpp"
@@ -64,14 +64,12 @@ std::vector<double> TolerancesOf(const std::string& text) {
 
 void AddTolerancesOption(CLI::App& command, std::vector<double>& tolerances,
                          const std::string& description) {
-  command
-      .add_option_function<std::string>(
-          kOption,
-          [&tolerances](const std::string& text) {
-            tolerances = TolerancesOf(text);
-          },
-          description + " in mm: START:STOP:STEP or A,B,C")
-      ->type_name("LIST");
+  AddOption(
+      command, kOption,
+      [&tolerances](const std::string& text) {
+        tolerances = TolerancesOf(text);
+      },
+      "LIST", description + " in mm: START:STOP:STEP or A,B,C");
 }
 
 }  // namespace ZARN::App

@@ -1,9 +1,9 @@
 #include "app/VerdictOptions.hpp"
 
-#include <CLI/CLI.hpp>
 #include <algorithm>
 #include <sstream>
 
+#include "app/CommandLine.hpp"
 #include "app/RunOptions.hpp"
 #include "app/Usage.hpp"
 #include "io/FileNames.hpp"
@@ -55,19 +55,15 @@ std::vector<const IO::PairColumn*> VerdictOptions::PairColumns() const {
 
 void AddVerdictOptions(CLI::App& command, VerdictOptions& options,
                        const std::vector<std::string>& known) {
-  command
-      .add_option("-o,--output", options.output,
-                  "Write the verdicts to this file: CSV, or an RNTuple for "
-                  "*.root")
-      ->type_name("OUT");
-  command
-      .add_option_function<std::string>(
-          "--columns",
-          [&options, known](const std::string& list) {
-            options.columns = ColumnNamesOf(list, known);
-          },
-          "More columns for the verdicts, separated by commas; see below")
-      ->type_name("LIST");
+  AddOption(command, "-o,--output", options.output, "OUT",
+            "Write the verdicts to this file: CSV, or an RNTuple for "
+            "*.root");
+  AddOption(
+      command, "--columns",
+      [&options, known](const std::string& list) {
+        options.columns = ColumnNamesOf(list, known);
+      },
+      "LIST", "More columns for the verdicts, separated by commas; see below");
 }
 
 }  // namespace ZARN::App
