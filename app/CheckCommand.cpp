@@ -1,6 +1,5 @@
 #include "app/CheckCommand.hpp"
 
-#include <CLI/CLI.hpp>
 #include <chrono>
 #include <iostream>
 #include <memory>
@@ -9,6 +8,7 @@
 
 #include "app/CheckOptions.hpp"
 #include "app/CheckOutput.hpp"
+#include "app/CommandLine.hpp"
 #include "app/CountsTable.hpp"
 #include "app/PathCheck.hpp"
 #include "app/ProgressBar.hpp"
@@ -121,14 +121,13 @@ void Check(const CheckOptions& options) {
 }  // namespace
 
 void AddCheckCommand(CLI::App& app) {
-  CLI::App* const command = app.add_subcommand(
-      "check", "Report what blocks each light path of a file");
   const auto options = std::make_shared<CheckOptions>();
-  AddCheckOptions(*command, *options);
-  command->callback([options] {
-    RequireConsistent(*options);
-    Check(*options);
-  });
+  CLI::App& command = AddCommand(
+      app, "check", "Report what blocks each light path of a file", [options] {
+        RequireConsistent(*options);
+        Check(*options);
+      });
+  AddCheckOptions(command, *options);
 }
 
 }  // namespace ZARN::App

@@ -1,12 +1,12 @@
 #include "app/DisplayCommand.hpp"
 
-#include <CLI/CLI.hpp>
 #include <chrono>
 #include <iostream>
 #include <memory>
 #include <string>
 #include <vector>
 
+#include "app/CommandLine.hpp"
 #include "app/CountsTable.hpp"
 #include "app/DisplayOptions.hpp"
 #include "app/EventSource.hpp"
@@ -152,17 +152,17 @@ void WriteDisplay(const DisplayOptions& options) {
 }  // namespace
 
 void AddDisplayCommand(CLI::App& app) {
-  CLI::App* const command = app.add_subcommand(
-      "display",
-      "Write a page that shows the detector and what blocks the "
-      "light");
   const auto options = std::make_shared<DisplayOptions>();
-  AddDisplayOptions(*command, *options);
-  command->callback([options] {
-    RequirePages();
-    RequireConsistent(*options);
-    WriteDisplay(*options);
-  });
+  CLI::App& command =
+      AddCommand(app, "display",
+                 "Write a page that shows the detector and what blocks the "
+                 "light",
+                 [options] {
+                   RequirePages();
+                   RequireConsistent(*options);
+                   WriteDisplay(*options);
+                 });
+  AddDisplayOptions(command, *options);
 }
 
 }  // namespace ZARN::App

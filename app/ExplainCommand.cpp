@@ -1,10 +1,10 @@
 #include "app/ExplainCommand.hpp"
 
-#include <CLI/CLI.hpp>
 #include <memory>
 #include <optional>
 #include <string>
 
+#include "app/CommandLine.hpp"
 #include "app/ExplainOptions.hpp"
 #include "app/FindPosition.hpp"
 #include "app/PrintText.hpp"
@@ -65,14 +65,14 @@ void Explain(const ExplainOptions& options) {
 }  // namespace
 
 void AddExplainCommand(CLI::App& app) {
-  CLI::App* const command = app.add_subcommand(
-      "explain", "Tell how every component judges one light path");
   const auto options = std::make_shared<ExplainOptions>();
-  AddExplainOptions(*command, *options);
-  command->callback([options] {
-    RequireConsistent(*options);
-    Explain(*options);
-  });
+  CLI::App& command =
+      AddCommand(app, "explain",
+                 "Tell how every component judges one light path", [options] {
+                   RequireConsistent(*options);
+                   Explain(*options);
+                 });
+  AddExplainOptions(command, *options);
 }
 
 }  // namespace ZARN::App

@@ -1,6 +1,5 @@
 #include "app/MapCommand.hpp"
 
-#include <CLI/CLI.hpp>
 #include <algorithm>
 #include <chrono>
 #include <cmath>
@@ -11,6 +10,7 @@
 #include <utility>
 #include <vector>
 
+#include "app/CommandLine.hpp"
 #include "app/CountsTable.hpp"
 #include "app/FindPosition.hpp"
 #include "app/MapData.hpp"
@@ -317,14 +317,14 @@ void DrawMap(const MapOptions& options) {
 }  // namespace
 
 void AddMapCommand(CLI::App& app) {
-  CLI::App* const command = app.add_subcommand(
-      "map", "Draw what blocks the light from an event, in all directions");
   const auto options = std::make_shared<MapOptions>();
-  AddMapOptions(*command, *options);
-  command->callback([options] {
-    RequireConsistent(*options);
-    DrawMap(*options);
-  });
+  CLI::App& command = AddCommand(
+      app, "map", "Draw what blocks the light from an event, in all directions",
+      [options] {
+        RequireConsistent(*options);
+        DrawMap(*options);
+      });
+  AddMapOptions(command, *options);
 }
 
 }  // namespace ZARN::App

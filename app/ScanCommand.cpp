@@ -1,6 +1,5 @@
 #include "app/ScanCommand.hpp"
 
-#include <CLI/CLI.hpp>
 #include <chrono>
 #include <iostream>
 #include <memory>
@@ -8,6 +7,7 @@
 #include <string>
 #include <vector>
 
+#include "app/CommandLine.hpp"
 #include "app/CountsTable.hpp"
 #include "app/EventSource.hpp"
 #include "app/ProgressBar.hpp"
@@ -133,14 +133,14 @@ void RunScan(const ScanOptions& options) {
 }  // namespace
 
 void AddScanCommand(CLI::App& app) {
-  CLI::App* const command = app.add_subcommand(
-      "scan", "Report what blocks the light from each event to each PMT");
   const auto options = std::make_shared<ScanOptions>();
-  AddScanOptions(*command, *options);
-  command->callback([options] {
-    RequireConsistent(*options);
-    RunScan(*options);
-  });
+  CLI::App& command = AddCommand(
+      app, "scan", "Report what blocks the light from each event to each PMT",
+      [options] {
+        RequireConsistent(*options);
+        RunScan(*options);
+      });
+  AddScanOptions(command, *options);
 }
 
 }  // namespace ZARN::App

@@ -1,6 +1,5 @@
 #include "app/TablesCheckCommand.hpp"
 
-#include <CLI/CLI.hpp>
 #include <algorithm>
 #include <cstddef>
 #include <iterator>
@@ -10,6 +9,7 @@
 #include <utility>
 #include <vector>
 
+#include "app/CommandLine.hpp"
 #include "app/ExitStatus.hpp"
 #include "app/PrintText.hpp"
 #include "app/RunOptions.hpp"
@@ -149,24 +149,21 @@ void Check(const TablesCheckOptions& options) {
 }  // namespace
 
 void AddTablesCheckCommand(CLI::App& tables) {
-  CLI::App* const command =
-      tables.add_subcommand("check", "Tell what is wrong with tables");
   const auto options = std::make_shared<TablesCheckOptions>();
-  AddSourceArgument(*command, "SOURCE", options->source.name);
-  AddRunOption(*command, options->run);
-  AddOverrideOption(*command, options->source);
-  AddAsOfOption(*command, options->source);
-  command
-      ->add_option("--pmts", options->pmts,
-                   "Check these PMTs beside the vessel: a CSV or ROOT file, "
-                   "as for scan")
-      ->type_name("PMTS");
-  command->add_flag("--strict", options->isStrict,
-                    "Exit with status 3 for a warning, too");
-  command->add_flag("--json", options->writesJson,
-                    "Write JSON instead of text");
-  command->footer(kTablesCheckFooter);
-  command->callback([options] { Check(*options); });
+  CLI::App& command =
+      AddCommand(tables, "check", "Tell what is wrong with tables",
+                 [options] { Check(*options); });
+  AddSourceArgument(command, "SOURCE", options->source.name);
+  AddRunOption(command, options->run);
+  AddOverrideOption(command, options->source);
+  AddAsOfOption(command, options->source);
+  AddOption(command, "--pmts", options->pmts, "PMTS",
+            "Check these PMTs beside the vessel: a CSV or ROOT file, "
+            "as for scan");
+  AddFlag(command, "--strict", options->isStrict,
+          "Exit with status 3 for a warning, too");
+  AddFlag(command, "--json", options->writesJson, "Write JSON instead of text");
+  SetFooter(command, kTablesCheckFooter);
 }
 
 }  // namespace ZARN::App

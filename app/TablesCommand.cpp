@@ -1,7 +1,6 @@
 #include "app/TablesCommand.hpp"
 
-#include <CLI/CLI.hpp>
-
+#include "app/CommandLine.hpp"
 #include "app/TablesCheckCommand.hpp"
 #include "app/TablesDiffCommand.hpp"
 #include "app/TablesExportCommand.hpp"
@@ -13,11 +12,11 @@
 namespace ZARN::App {
 
 void AddTablesCommand(CLI::App& app) {
-  CLI::App* const tables = app.add_subcommand(
-      "tables",
+  CLI::App& tables = AddCommandGroup(
+      app, "tables",
       "Check and compare geometry tables, and keep them in a database");
-  tables->require_subcommand(1);
-  tables->footer(
+  SetFooter(
+      tables,
       "SOURCE is a JSON file, a directory of *.json files, sqlite:FILE or\n"
       "postgresql:CONNECTION, as for --geometry. DB is one of the last two.\n"
       "CONNECTION is \"host=db.lab dbname=detector\" or "
@@ -29,13 +28,13 @@ void AddTablesCommand(CLI::App& app) {
       "      --reason 'First tables'\n"
       "  zarn-shadow tables show sqlite:detector.db SOLID/hold_down_rope "
       "--run 1000");
-  AddTablesCheckCommand(*tables);
-  AddTablesDiffCommand(*tables);
-  AddTablesExportCommand(*tables);
-  AddTablesHistoryCommand(*tables);
-  AddTablesImportCommand(*tables);
-  AddTablesListCommand(*tables);
-  AddTablesShowCommand(*tables);
+  AddTablesCheckCommand(tables);
+  AddTablesDiffCommand(tables);
+  AddTablesExportCommand(tables);
+  AddTablesHistoryCommand(tables);
+  AddTablesImportCommand(tables);
+  AddTablesListCommand(tables);
+  AddTablesShowCommand(tables);
 }
 
 }  // namespace ZARN::App

@@ -1,6 +1,5 @@
 #include "app/TablesHistoryCommand.hpp"
 
-#include <CLI/CLI.hpp>
 #include <algorithm>
 #include <iostream>
 #include <iterator>
@@ -9,6 +8,7 @@
 #include <string>
 #include <vector>
 
+#include "app/CommandLine.hpp"
 #include "app/ExitStatus.hpp"
 #include "app/PrintText.hpp"
 #include "app/ShellWord.hpp"
@@ -187,30 +187,22 @@ void ShowHistory(const HistoryOptions& options) {
 }  // namespace
 
 void AddTablesHistoryCommand(CLI::App& tables) {
-  CLI::App* const command = tables.add_subcommand(
-      "history", "Tell who added what to a database, when and why");
   const auto options = std::make_shared<HistoryOptions>();
-  command
-      ->add_option("DB", options->database,
-                   "sqlite:FILE or postgresql:CONNECTION")
-      ->required()
-      ->type_name("DATABASE");
-  command
-      ->add_option("ENTRY", options->entry,
-                   "Every version of this entry: TABLE/INDEX, as "
-                   "SOLID/hold_down_rope")
-      ->type_name("NAME");
-  command
-      ->add_option("--fingerprint", options->fingerprint,
-                   "Find the tables that have this fingerprint")
-      ->type_name("F");
-  command->add_flag("--json", options->writesJson,
-                    "Write JSON instead of text");
-  command->footer(kTablesHistoryFooter);
-  command->callback([options] {
-    RequireConsistent(*options);
-    ShowHistory(*options);
-  });
+  CLI::App& command =
+      AddCommand(tables, "history",
+                 "Tell who added what to a database, when and why", [options] {
+                   RequireConsistent(*options);
+                   ShowHistory(*options);
+                 });
+  AddRequiredOption(command, "DB", options->database, "DATABASE",
+                    "sqlite:FILE or postgresql:CONNECTION");
+  AddOption(command, "ENTRY", options->entry, "NAME",
+            "Every version of this entry: TABLE/INDEX, as "
+            "SOLID/hold_down_rope");
+  AddOption(command, "--fingerprint", options->fingerprint, "F",
+            "Find the tables that have this fingerprint");
+  AddFlag(command, "--json", options->writesJson, "Write JSON instead of text");
+  SetFooter(command, kTablesHistoryFooter);
 }
 
 }  // namespace ZARN::App

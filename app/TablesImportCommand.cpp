@@ -1,6 +1,5 @@
 #include "app/TablesImportCommand.hpp"
 
-#include <CLI/CLI.hpp>
 #include <iostream>
 #include <memory>
 #include <string>
@@ -8,6 +7,7 @@
 
 #include "app/AuthorFromSystem.hpp"
 #include "app/CheckTablesByRun.hpp"
+#include "app/CommandLine.hpp"
 #include "app/RunOptions.hpp"
 #include "app/ShellWord.hpp"
 #include "app/TablesText.hpp"
@@ -119,32 +119,25 @@ void ImportTables(const ImportOptions& options) {
 }  // namespace
 
 void AddTablesImportCommand(CLI::App& tables) {
-  CLI::App* const command = tables.add_subcommand(
-      "import", "Add tables to a database, with author, time and reason");
   const auto options = std::make_shared<ImportOptions>();
-  AddSourceArgument(*command, "SOURCE", options->source);
-  command
-      ->add_option("DB", options->database,
-                   "sqlite:FILE or postgresql:CONNECTION")
-      ->required()
-      ->type_name("DATABASE");
+  CLI::App& command = AddCommand(
+      tables, "import",
+      "Add tables to a database, with author, time and reason", [options] {
+        RequireConsistent(*options);
+        ImportTables(*options);
+      });
+  AddSourceArgument(command, "SOURCE", options->source);
+  AddRequiredOption(command, "DB", options->database, "DATABASE",
+                    "sqlite:FILE or postgresql:CONNECTION");
   options->author = AuthorFromSystem();
-  command
-      ->add_option("--author", options->author,
-                   "Who imports (default: your name, and EMAIL if it is set)")
-      ->type_name("NAME");
-  command
-      ->add_option("--reason", options->reason,
-                   "Why these tables are added or changed; it is required")
-      ->type_name("TEXT");
-  command->add_flag("--new-pass", options->asNewPass,
-                    "Give entries that differ from those that stand the next "
-                    "free pass");
-  command->footer(kTablesImportFooter);
-  command->callback([options] {
-    RequireConsistent(*options);
-    ImportTables(*options);
-  });
+  AddOption(command, "--author", options->author, "NAME",
+            "Who imports (default: your name, and EMAIL if it is set)");
+  AddOption(command, "--reason", options->reason, "TEXT",
+            "Why these tables are added or changed; it is required");
+  AddFlag(command, "--new-pass", options->asNewPass,
+          "Give entries that differ from those that stand the next "
+          "free pass");
+  SetFooter(command, kTablesImportFooter);
 }
 
 }  // namespace ZARN::App

@@ -1,12 +1,12 @@
 #include "app/TablesListCommand.hpp"
 
-#include <CLI/CLI.hpp>
 #include <algorithm>
 #include <memory>
 #include <string>
 #include <tuple>
 #include <vector>
 
+#include "app/CommandLine.hpp"
 #include "app/PrintText.hpp"
 #include "app/RunOptions.hpp"
 #include "app/TablesText.hpp"
@@ -95,13 +95,12 @@ void List(const TableSource& source) {
 }  // namespace
 
 void AddTablesListCommand(CLI::App& tables) {
-  CLI::App* const command =
-      tables.add_subcommand("list", "List the entries of tables");
   const auto source = std::make_shared<TableSource>();
-  AddSourceArgument(*command, "SOURCE", source->name);
-  AddAsOfOption(*command, *source);
-  command->footer(kTablesListFooter);
-  command->callback([source] { List(*source); });
+  CLI::App& command = AddCommand(tables, "list", "List the entries of tables",
+                                 [source] { List(*source); });
+  AddSourceArgument(command, "SOURCE", source->name);
+  AddAsOfOption(command, *source);
+  SetFooter(command, kTablesListFooter);
 }
 
 }  // namespace ZARN::App

@@ -1,11 +1,11 @@
 #include "app/TablesShowCommand.hpp"
 
-#include <CLI/CLI.hpp>
 #include <memory>
 #include <optional>
 #include <string>
 #include <vector>
 
+#include "app/CommandLine.hpp"
 #include "app/PrintText.hpp"
 #include "app/RunOptions.hpp"
 #include "app/TablesText.hpp"
@@ -103,19 +103,17 @@ void Show(const ShowOptions& options) {
 }  // namespace
 
 void AddTablesShowCommand(CLI::App& tables) {
-  CLI::App* const command =
-      tables.add_subcommand("show", "Show the entries that hold for a run");
   const auto options = std::make_shared<ShowOptions>();
-  AddSourceArgument(*command, "SOURCE", options->source.name);
-  command
-      ->add_option("ENTRY", options->entry,
-                   "Only this entry: TABLE/INDEX, as SOLID/hold_down_rope")
-      ->type_name("NAME");
-  AddRunOption(*command, options->run);
-  AddOverrideOption(*command, options->source);
-  AddAsOfOption(*command, options->source);
-  command->footer(kTablesShowFooter);
-  command->callback([options] { Show(*options); });
+  CLI::App& command =
+      AddCommand(tables, "show", "Show the entries that hold for a run",
+                 [options] { Show(*options); });
+  AddSourceArgument(command, "SOURCE", options->source.name);
+  AddOption(command, "ENTRY", options->entry, "NAME",
+            "Only this entry: TABLE/INDEX, as SOLID/hold_down_rope");
+  AddRunOption(command, options->run);
+  AddOverrideOption(command, options->source);
+  AddAsOfOption(command, options->source);
+  SetFooter(command, kTablesShowFooter);
 }
 
 }  // namespace ZARN::App
