@@ -3,7 +3,6 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
-#include <limits>
 #include <map>
 #include <vector>
 
@@ -12,15 +11,19 @@
 #include "tests/du/Neighbours.hpp"
 #include "tests/du/Paths.hpp"
 #include "tests/du/PathsAtHardware.hpp"
+#include "tests/support/SpecialNumbers.hpp"
 
 namespace ZARN::DU {
 namespace {
 
 using Testing::Below;
 using Testing::BlockedPath;
+using Testing::Detector;
 using Testing::DetectorTables;
 using Testing::InRun;
 using Testing::InWater;
+using Testing::kInfinity;
+using Testing::kNaN;
 using Testing::kUnnamedType;
 using Testing::OneCrossing;
 using Testing::Only;
@@ -29,14 +32,6 @@ using Testing::Tables;
 using Testing::VariedTables;
 
 using eComponent = eShadowingComponent;
-
-constexpr double kInfinity = std::numeric_limits<double>::infinity();
-constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
-
-const ShadowingCalculator& Detector() {
-  static const ShadowingCalculator detector = InRun(DetectorTables());
-  return detector;
-}
 
 /// Sets the tolerances of the hardware, which would take long to copy.
 bool IsBlockedAt(double tolerance, const LightPath& path, eComponent component,

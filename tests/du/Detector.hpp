@@ -132,4 +132,10 @@ inline DU::ShadowingCalculator InRun(const Tables& tables) {
   return calculator;
 }
 
+/// One in a run with DetectorTables.
+inline const DU::ShadowingCalculator& Detector() {
+  static const DU::ShadowingCalculator detector = InRun(DetectorTables());
+  return detector;
+}
+
 }  // namespace ZARN::Testing

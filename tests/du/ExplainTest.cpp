@@ -1,6 +1,5 @@
 #include <gtest/gtest.h>
 
-#include <limits>
 #include <string>
 #include <vector>
 
@@ -8,16 +7,19 @@
 #include "tests/du/Detector.hpp"
 #include "tests/du/Paths.hpp"
 #include "tests/du/PathsAtHardware.hpp"
+#include "tests/support/SpecialNumbers.hpp"
 
 namespace ZARN::DU {
 namespace {
 
 using Testing::BlockedPath;
+using Testing::Detector;
 using Testing::DetectorTables;
 using Testing::FreePath;
 using Testing::InRun;
 using Testing::InWater;
 using Testing::kBlockedSpot;
+using Testing::kNaN;
 using Testing::kUnnamedType;
 using Testing::OneCrossing;
 using Testing::Only;
@@ -29,11 +31,6 @@ using Testing::VariedTables;
 using eComponent = eShadowingComponent;
 using eState = ComponentExplanation::eState;
 using ePart = HardwareItem::ePart;
-
-const ShadowingCalculator& Detector() {
-  static const ShadowingCalculator detector = InRun(DetectorTables());
-  return detector;
-}
 
 /// The only finding of a component.
 ShadowingFinding FindingOf(const LightPath& path, eComponent component,
@@ -304,7 +301,6 @@ TEST(Explain, JudgesUnusualTypesAsTheVerdictDoes) {
 }
 
 TEST(Explain, NamesTheFirstItemIfNoQuantityIsANumber) {
-  constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
   const ShadowingFinding found =
       FindingOf(OneCrossing({kNaN, 0, 0}), eComponent::kNCDAnchor);
   EXPECT_FALSE(found.test.IsBlocking());

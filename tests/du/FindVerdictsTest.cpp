@@ -1,7 +1,6 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
-#include <limits>
 #include <stdexcept>
 #include <string>
 #include <vector>
@@ -11,13 +10,12 @@
 #include "du/ShadowingCalculator.hpp"
 #include "du/fast/ShadowingLayers.hpp"
 #include "tests/property/Random.hpp"
+#include "tests/support/SpecialNumbers.hpp"
 
 namespace ZARN::Testing {
 namespace {
 
 using DU::eVerdict;
-
-const double kNaN = std::numeric_limits<double>::quiet_NaN();
 
 class Rows : public testing::Test {
  protected:

@@ -18,6 +18,12 @@ inline Tables VariedTables() {
   return DetectorTables().Set("GEO", "av", "neck_boss_z", 5500.0);
 }
 
+/// A calculator in a run with VariedTables.
+inline const DU::ShadowingCalculator& VariedDetector() {
+  static const DU::ShadowingCalculator detector = InRun(VariedTables());
+  return detector;
+}
+
 /// Light paths of all usual types around the hardware of a detector: half of
 /// them anywhere, half where the hardware only just blocks or only just does
 /// not.

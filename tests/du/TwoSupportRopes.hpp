@@ -4,7 +4,10 @@
 
 #include "du/geometry/Constants.hpp"
 #include "du/geometry/Primitives.hpp"
+#include "du/hardware/AVHDRopes.hpp"
 #include "du/hardware/SupportRopes.hpp"
+#include "tests/du/Paths.hpp"
+#include "tests/du/UsualVessel.hpp"
 
 namespace ZARN::Testing {
 
@@ -35,6 +38,13 @@ inline TVector3 CrossingOf(const TVector3& start, const TVector3& direction) {
 inline TVector3 TopOfTheFirstRope() {
   return DU::VectorToSphereEdge({kCylinderRadius, 0, 0}, {0, 0, 1.0}, 8500.0,
                                 false);
+}
+
+inline bool IsShadowed(const DU::SupportRopeModel& model,
+                       const DU::LightPath& path,
+                       double tolerance = kTolerance) {
+  return DU::CheckForSupportRopeShadowing(model, DU::AVHDRopeModel(), tolerance,
+                                          SegmentsOf(path));
 }
 
 }  // namespace ZARN::Testing

@@ -13,11 +13,7 @@
 namespace ZARN::DU {
 namespace {
 
-const Hardware& Detector() {
-  static const ShadowingCalculator detector =
-      Testing::InRun(Testing::VariedTables());
-  return detector.GetHardware();
-}
+using Testing::VariedDetector;
 
 /// How many paths of a kind the formulas judge before the layers are made.
 int PathsByFormulas(const Hardware& hardware, ePathKind kind) {
@@ -30,45 +26,49 @@ int PathsByFormulas(const Hardware& hardware, ePathKind kind) {
 }
 
 TEST(LazyLayers, AreNotMadeForAFewPaths) {
-  LazyLayers layers(Detector(), {});
+  LazyLayers layers(VariedDetector().GetHardware(), {});
   EXPECT_EQ(layers.Get(), nullptr);
   for (int i = 0; i < 10; ++i) {
-    layers.CountByFormulas(Detector(), ePathKind::kOneCrossing);
+    layers.CountByFormulas(VariedDetector().GetHardware(),
+                           ePathKind::kOneCrossing);
   }
   EXPECT_EQ(layers.Get(), nullptr);
 }
 
 TEST(LazyLayers, AreMadeOnceTheFormulasHaveCostAsMuch) {
-  const int crossing = PathsByFormulas(Detector(), ePathKind::kOneCrossing);
+  const int crossing =
+      PathsByFormulas(VariedDetector().GetHardware(), ePathKind::kOneCrossing);
   EXPECT_GT(crossing, 10);
   // In water no surface point is looked at, so the formulas cost less.
-  EXPECT_GT(PathsByFormulas(Detector(), ePathKind::kWater), 10 * crossing);
+  EXPECT_GT(PathsByFormulas(VariedDetector().GetHardware(), ePathKind::kWater),
+            10 * crossing);
   // Where there is next to nothing to test, layers hardly pay.
   EXPECT_GT(PathsByFormulas(Hardware(), ePathKind::kOneCrossing),
             100 * crossing);
 }
 
 TEST(LazyLayers, AreMadeAtOnceOnRequest) {
-  LazyLayers layers(Detector(), {});
-  layers.Make(Detector());
+  LazyLayers layers(VariedDetector().GetHardware(), {});
+  layers.Make(VariedDetector().GetHardware());
   const PreparedLayers* const made = layers.Get();
   ASSERT_NE(made, nullptr);
   EXPECT_NE(made->filter.Map().At(Testing::kFreeSpot),
             ShadowMap::kNothingKnown);
-  layers.Make(Detector());
-  layers.CountByFormulas(Detector(), ePathKind::kOneCrossing);
+  layers.Make(VariedDetector().GetHardware());
+  layers.CountByFormulas(VariedDetector().GetHardware(),
+                         ePathKind::kOneCrossing);
   EXPECT_EQ(layers.Get(), made);
 }
 
 TEST(LazyLayers, AreThoseThatAreWanted) {
-  LazyLayers layers(Detector(), {true, true, false});
-  layers.Make(Detector());
+  LazyLayers layers(VariedDetector().GetHardware(), {true, true, false});
+  layers.Make(VariedDetector().GetHardware());
   EXPECT_EQ(layers.Get()->filter.Map().At(Testing::kFreeSpot),
             ShadowMap::kNothingKnown);
 }
 
 TEST(LazyLayers, AreMadeByOneOfSeveralThreads) {
-  LazyLayers layers(Detector(), {});
+  LazyLayers layers(VariedDetector().GetHardware(), {});
   std::atomic<int> withoutLayers = 0;
   std::vector<const PreparedLayers*> found(4);
   std::vector<std::thread> threads;
@@ -76,7 +76,8 @@ TEST(LazyLayers, AreMadeByOneOfSeveralThreads) {
     threads.emplace_back([&] {
       while ((mine = layers.Get()) == nullptr) {
         ++withoutLayers;
-        layers.CountByFormulas(Detector(), ePathKind::kOneCrossing);
+        layers.CountByFormulas(VariedDetector().GetHardware(),
+                               ePathKind::kOneCrossing);
       }
     });
   }

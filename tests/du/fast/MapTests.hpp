@@ -22,6 +22,7 @@ namespace ZARN::Testing {
 using namespace DU;
 
 inline constexpr double kRadius = 5860.0;  // mm
+inline constexpr double kShell = ShadowMap::kShell;
 
 inline std::size_t Index(eMappedTest test) {
   return static_cast<std::size_t>(test);

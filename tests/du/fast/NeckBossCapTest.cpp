@@ -1,27 +1,24 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
-#include <limits>
 
 #include "du/fast/NeckBossCap.hpp"
 #include "du/geometry/Constants.hpp"
 #include "du/hardware/NeckBoss.hpp"
 #include "tests/du/Answers.hpp"
 #include "tests/du/Balls.hpp"
+#include "tests/du/Boss.hpp"
 #include "tests/property/Random.hpp"
+#include "tests/support/SpecialNumbers.hpp"
 
 namespace ZARN::DU {
 namespace {
 
 using Testing::AnswerTally;
 using Testing::AskAboutBall;
+using Testing::BossWithAngle;
+using Testing::kInfinity;
 using Testing::Random;
-
-NeckBossModel BossWithAngle(double angle) {
-  NeckBossModel model;
-  model.NeckBossAngle = angle;
-  return model;
-}
 
 /// A ball on the vessel at a polar angle.
 Ball BallAt(double theta, double radius) {
@@ -67,7 +64,6 @@ TEST(NeckBossCap, IsSureUnlessTheBallMeetsItsEdge) {
 }
 
 TEST(NeckBossCap, BlocksNothingIfItsAngleIsNotAboveZero) {
-  constexpr double kInfinity = std::numeric_limits<double>::infinity();
   for (const double angle : {-1.0, -kInfinity, std::nan("")}) {
     EXPECT_EQ(Judge(angle, BallAt(1.0, 10)), eAnswer::kClear) << angle;
   }

@@ -2,7 +2,6 @@
 
 #include <cmath>
 #include <cstdint>
-#include <limits>
 #include <vector>
 
 #include "du/fast/PreparedBellyPlates.hpp"
@@ -12,6 +11,7 @@
 #include "tests/du/Paths.hpp"
 #include "tests/du/RootWarnings.hpp"
 #include "tests/property/Random.hpp"
+#include "tests/support/SpecialNumbers.hpp"
 
 namespace ZARN::DU {
 namespace {
@@ -19,13 +19,12 @@ namespace {
 using Testing::Above;
 using Testing::AnswerTally;
 using Testing::Below;
+using Testing::kInfinity;
+using Testing::kNaN;
 using Testing::OneCrossing;
 using Testing::Random;
 using Testing::RootWarnings;
 using Testing::SegmentsOf;
-
-constexpr double kInfinity = std::numeric_limits<double>::infinity();
-constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
 
 /// Plates with a tolerance, as model for the formula and prepared.
 struct Plates {

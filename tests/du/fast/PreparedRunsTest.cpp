@@ -37,18 +37,14 @@ using Testing::PathColumns;
 using Testing::PathsAtHardware;
 using Testing::RootWarnings;
 using Testing::Tables;
+using Testing::VariedDetector;
 using Testing::VariedTables;
 using Paths = std::vector<LightPath>;
 using Verdicts = std::vector<eComponent>;
 
-const ShadowingCalculator& Detector() {
-  static const ShadowingCalculator detector = InRun(VariedTables());
-  return detector;
-}
-
 /// Paths around the detector, every eighth of a type that cannot be judged.
-Paths ManyPaths(std::size_t count) {
-  Paths paths = PathsAtHardware(Detector(), 80).Make(count);
+Paths PathsOfManyTypes(std::size_t count) {
+  Paths paths = PathsAtHardware(VariedDetector(), 80).Make(count);
   constexpr std::array kUnusual = {kUninitialised, kUnnamedType,
                                    static_cast<eLightPathType>(-1)};
   for (std::size_t i = 0; i < count; i += 8) {
@@ -118,15 +114,15 @@ struct Written {
 
 TEST(FindShadowingOfManyPaths, GivesEachPathItsOwnVerdict) {
   const Verdicts verdicts =
-      ExpectVerdictsOfTheFormulas(Detector(), ManyPaths(3000));
+      ExpectVerdictsOfTheFormulas(VariedDetector(), PathsOfManyTypes(3000));
   std::map<eComponent, int> tally;
   for (const eComponent verdict : verdicts) ++tally[verdict];
   EXPECT_EQ(tally.size(), kShadowingComponents.size() + 1);
 }
 
 TEST(FindShadowingOfManyPaths, WritesAsManyVerdictsAsThereArePaths) {
-  const Paths paths = ManyPaths(1000);
-  const Verdicts expected = FindEach(Detector(), paths);
+  const Paths paths = PathsOfManyTypes(1000);
+  const Verdicts expected = FindEach(VariedDetector(), paths);
   const PathColumns columns(paths);
   constexpr auto kUntouched = static_cast<eComponent>(99);
   for (const std::size_t count : {0U, 1U, 255U, 256U, 257U, 511U, 999U}) {
@@ -135,11 +131,12 @@ TEST(FindShadowingOfManyPaths, WritesAsManyVerdictsAsThereArePaths) {
       Verdicts wanted(paths.size(), kUntouched);
       std::copy_n(expected.begin(), count, wanted.begin());
       Verdicts verdicts(paths.size(), kUntouched);
-      Detector().FindShadowing(paths.data(), count, verdicts.data(), threads);
+      VariedDetector().FindShadowing(paths.data(), count, verdicts.data(),
+                                     threads);
       EXPECT_EQ(verdicts, wanted);
       verdicts.assign(paths.size(), kUntouched);
-      Detector().FindShadowing(columns.Arrays(), count, verdicts.data(),
-                               threads);
+      VariedDetector().FindShadowing(columns.Arrays(), count, verdicts.data(),
+                                     threads);
       EXPECT_EQ(verdicts, wanted);
     }
   }
@@ -147,9 +144,9 @@ TEST(FindShadowingOfManyPaths, WritesAsManyVerdictsAsThereArePaths) {
 
 TEST(FindShadowingOfManyPaths, ReadsNothingForZeroPaths) {
   for (const std::size_t threads : {0U, 1U, 3U}) {
-    Detector().FindShadowing(static_cast<const LightPath*>(nullptr), 0, nullptr,
-                             threads);
-    Detector().FindShadowing(LightPathArrays(), 0, nullptr, threads);
+    VariedDetector().FindShadowing(static_cast<const LightPath*>(nullptr), 0,
+                                   nullptr, threads);
+    VariedDetector().FindShadowing(LightPathArrays(), 0, nullptr, threads);
   }
 }
 
@@ -157,27 +154,27 @@ TEST(FindShadowingOfManyPaths, GivesTheSameVerdictsOnSeveralThreads) {
   // More than one share of a thread; most paths are decided at once.
   Paths paths(50000, Testing::FreePath());
   Verdicts expected(paths.size(), eComponent::kNone);
-  const Paths some = ManyPaths(1000);
-  const Verdicts verdicts = FindEach(Detector(), some);
+  const Paths some = PathsOfManyTypes(1000);
+  const Verdicts verdicts = FindEach(VariedDetector(), some);
   for (std::size_t i = 0; i < some.size(); ++i) {
     paths[i * 50 + i % 7] = some[i];
     expected[i * 50 + i % 7] = verdicts[i];
   }
   for (const std::size_t threads : {0U, 1U, 2U, 3U, 16U}) {
     SCOPED_TRACE(threads);
-    EXPECT_EQ(FindAll(Detector(), paths, threads), expected);
-    EXPECT_EQ(FindAllInColumns(Detector(), paths, threads), expected);
+    EXPECT_EQ(FindAll(VariedDetector(), paths, threads), expected);
+    EXPECT_EQ(FindAllInColumns(VariedDetector(), paths, threads), expected);
   }
 }
 
 TEST(FindShadowingOfManyPaths, FindsNothingBeforeTheFirstRun) {
-  const Paths paths = ManyPaths(600);
+  const Paths paths = PathsOfManyTypes(600);
   EXPECT_EQ(ExpectVerdictsOfTheFormulas(ShadowingCalculator(), paths),
             Verdicts(paths.size(), eComponent::kNone));
 }
 
 TEST(FindShadowingOfManyPaths, KeepsTheFlags) {
-  ShadowingCalculator calculator = Detector();
+  ShadowingCalculator calculator = VariedDetector();
   LightPathCalculator blocked = Testing::CalculatorOf(Testing::BlockedPath());
   ASSERT_TRUE(calculator.CheckForShadowing(blocked));
   FindAll(calculator, Paths(300, Testing::FreePath()));
@@ -194,7 +191,7 @@ Tables WarningTables() {
 }
 
 TEST(FindShadowing, IsSilentWhateverTheGeometryAndThePaths) {
-  Paths paths = ManyPaths(1000);
+  Paths paths = PathsOfManyTypes(1000);
   for (std::size_t i = 0; i < paths.size(); i += 5) {
     // Lines that miss, NaN, and huge numbers.
     paths[i].StartPos *= 3;
@@ -222,7 +219,7 @@ TEST(FindShadowing, IsSilentWithDebugOnAfterABeginOfRunThatFailed) {
   Tables().Load();
   EXPECT_THROW(calculator.BeginOfRun(), DBNotFoundError);
   const Captured diagnostics(debug);
-  const Written written([&] { FindEach(calculator, ManyPaths(500)); });
+  const Written written([&] { FindEach(calculator, PathsOfManyTypes(500)); });
   EXPECT_TRUE(written.IsNothing());
   EXPECT_EQ(diagnostics.Text(), "");
 }
@@ -273,12 +270,12 @@ const std::vector<int> kAllButWater = {-1,
                                        kNumberOfLightPathTypes};
 
 TEST(WritesMessages, IsTrueForUnusualTypes) {
-  EXPECT_EQ(TypesWithMessages(Detector()), kUnusualTypes);
+  EXPECT_EQ(TypesWithMessages(VariedDetector()), kUnusualTypes);
 }
 
 TEST(WritesMessages, IsTrueForAllTypesWhileDebugIsOn) {
   const Captured diagnostics(debug);
-  EXPECT_EQ(TypesWithMessages(Detector()), kAllTypes);
+  EXPECT_EQ(TypesWithMessages(VariedDetector()), kAllTypes);
 }
 
 TEST(WritesMessages, IsTrueForCrossingPathsIfRootWarnsAboutAPlate) {
@@ -303,7 +300,7 @@ TEST(WritesMessages, PredictsWhatCheckForShadowingWrites) {
   for (const Tables& tables : {VariedTables(), WarningTables()}) {
     ShadowingCalculator calculator = InRun(tables);
     std::map<int, bool> writes;
-    for (const LightPath& path : ManyPaths(1000)) {
+    for (const LightPath& path : PathsOfManyTypes(1000)) {
       LightPathCalculator lightPath = Testing::CalculatorOf(path);
       const Written written([&] { calculator.CheckForShadowing(lightPath); });
       writes[path.LightPathType] |= !written.IsNothing();
@@ -319,7 +316,7 @@ TEST(WritesMessages, PredictsWhatCheckForShadowingWrites) {
 TEST(CheckForShadowing, WritesDebugMessagesAndFindsTheSameWhileDebugIsOn) {
   ShadowingCalculator calculator = InRun(VariedTables());
   int told = 0;
-  for (const LightPath& path : ManyPaths(700)) {
+  for (const LightPath& path : PathsOfManyTypes(700)) {
     LightPathCalculator lightPath = Testing::CalculatorOf(path);
     const Captured warnings(warn);
     const Captured diagnostics(debug);
@@ -333,8 +330,8 @@ TEST(CheckForShadowing, WritesDebugMessagesAndFindsTheSameWhileDebugIsOn) {
 // Whatever happened to the calculator before.
 
 TEST(SetAllGeometryTolerances, RebuildsTheLayers) {
-  ShadowingCalculator calculator = Detector();
-  const Paths paths = ManyPaths(700);
+  ShadowingCalculator calculator = VariedDetector();
+  const Paths paths = PathsOfManyTypes(700);
   const Verdicts before = ExpectVerdictsOfTheFormulas(calculator, paths);
   for (const double tolerance : {400.0, 0.0, -12.0, -1000.0, 1e-170, 1e5, 1e300,
                                  HUGE_VAL, -HUGE_VAL, std::nan(""), 150.0}) {
@@ -346,8 +343,8 @@ TEST(SetAllGeometryTolerances, RebuildsTheLayers) {
 }
 
 TEST(BeginOfRun, BuildsLayersForTheNewGeometry) {
-  ShadowingCalculator calculator = Detector();
-  const Paths paths = ManyPaths(700);
+  ShadowingCalculator calculator = VariedDetector();
+  const Paths paths = PathsOfManyTypes(700);
   for (const eComponent component : kShadowingComponents) {
     SCOPED_TRACE(NameOf(component));
     BeginOfRun(calculator, Only({component}));
@@ -366,7 +363,7 @@ TEST(BeginOfRun, BuildsLayersForTheNewGeometry) {
 /// to build them again in the next run.
 void ExpectFormulasAlone(ShadowingCalculator& calculator,
                          const Verdicts& before) {
-  const Paths paths = ManyPaths(700);
+  const Paths paths = PathsOfManyTypes(700);
   EXPECT_NE(ExpectVerdictsOfTheFormulas(calculator, paths), before);
   // Since the plates are not known, a warning is possible.
   EXPECT_EQ(TypesWithMessages(calculator), kAllButWater);
@@ -379,8 +376,8 @@ void ExpectFormulasAlone(ShadowingCalculator& calculator,
 }
 
 TEST(BeginOfRun, UsesOnlyTheFormulasIfARadiusIsMissing) {
-  ShadowingCalculator calculator = Detector();
-  const Verdicts before = FindEach(calculator, ManyPaths(700));
+  ShadowingCalculator calculator = VariedDetector();
+  const Verdicts before = FindEach(calculator, PathsOfManyTypes(700));
   VariedTables().RemoveField("SOLID", "acrylic_vessel_outer", "r_neck").Load();
   EXPECT_THROW(calculator.BeginOfRun(), DBNotFoundError);
   ExpectFormulasAlone(calculator, before);
@@ -392,8 +389,8 @@ TEST(BeginOfRun, UsesOnlyTheFormulasIfARadiusIsMissing) {
 }
 
 TEST(BeginOfRun, UsesOnlyTheFormulasIfALoaderThrows) {
-  ShadowingCalculator calculator = Detector();
-  const Verdicts before = FindEach(calculator, ManyPaths(700));
+  ShadowingCalculator calculator = VariedDetector();
+  const Verdicts before = FindEach(calculator, PathsOfManyTypes(700));
   WarningTables()
       .SetPositions("GEO_LOCATIONS", "plates", {{0, 0, -600}})
       .Load();
@@ -403,16 +400,16 @@ TEST(BeginOfRun, UsesOnlyTheFormulasIfALoaderThrows) {
     EXPECT_THROW(calculator.BeginOfRun(), std::runtime_error);
   }
   SetErrorHandler(previous);
-  const Paths paths = ManyPaths(700);
+  const Paths paths = PathsOfManyTypes(700);
   const RootWarnings warnings;
   EXPECT_NE(ExpectVerdictsOfTheFormulas(calculator, paths), before);
   EXPECT_EQ(TypesWithMessages(calculator), kAllButWater);
 }
 
 TEST(Copies, KeepTheirOwnLayers) {
-  const Paths paths = ManyPaths(700);
-  const Verdicts expected = FindEach(Detector(), paths);
-  std::optional<ShadowingCalculator> first = Detector();
+  const Paths paths = PathsOfManyTypes(700);
+  const Verdicts expected = FindEach(VariedDetector(), paths);
+  std::optional<ShadowingCalculator> first = VariedDetector();
   ShadowingCalculator second = *first;
   first->SetAllGeometryTolerances(-1000.0);
   EXPECT_NE(FindAll(*first, paths), expected);
@@ -429,9 +426,9 @@ TEST(Copies, KeepTheirOwnLayers) {
 }
 
 TEST(Copies, LeaveACalculatorThatIsMovedFromWithNothingToFind) {
-  ShadowingCalculator source = Detector();
+  ShadowingCalculator source = VariedDetector();
   const ShadowingCalculator target = std::move(source);
-  const Paths paths = ManyPaths(300);
+  const Paths paths = PathsOfManyTypes(300);
   // NOLINTNEXTLINE(bugprone-use-after-move): only its own lists are gone.
   ExpectVerdictsOfTheFormulas(source, paths);
   BeginOfRun(source, VariedTables());

@@ -5,7 +5,6 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
-#include <limits>
 #include <vector>
 
 #include "du/geometry/Constants.hpp"
@@ -13,17 +12,18 @@
 #include "du/geometry/Primitives.hpp"
 #include "tests/du/Answers.hpp"
 #include "tests/property/Random.hpp"
+#include "tests/support/SpecialNumbers.hpp"
 
 namespace ZARN::DU {
 namespace {
 
 using eCrossings = RopeDirections::eCrossings;
 using Testing::AnswerTally;
+using Testing::kInfinity;
+using Testing::kNaN;
 using Testing::Random;
 using Ropes = std::vector<TVector3>;
 
-constexpr double kInfinity = std::numeric_limits<double>::infinity();
-constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
 constexpr std::array kWays = {eCrossings::kFlattened, eCrossings::kInSpace};
 
 bool IsNear(const Ropes& ropes, double tolerance, const TVector3& crossing) {
@@ -322,23 +322,23 @@ TEST(RopeDirections, AreNeverWrongInSpaceAboutARopeNearTheAxis) {
 
 TEST(RopeDirections, AreSureInSpaceNextToALimitOfAThousandth) {
   Random random(83);
-  constexpr double kTolerance = 1e-3;
+  constexpr double kAngle = 1e-3;
   for (const int cells : {1, 4096}) {
     for (int i = 0; i < 200; ++i) {
       const TVector3 rope = RopesAround(random, 200).front();
-      const RopeDirections directions({rope}, kTolerance, eCrossings::kInSpace,
+      const RopeDirections directions({rope}, kAngle, eCrossings::kInSpace,
                                       cells);
       const auto judge = [&](double angle) {
         return Judge(directions, TurnedFrom(rope, angle, random));
       };
       EXPECT_EQ(judge(0), eAnswer::kBlocks);
       EXPECT_EQ(judge(0.5e-3), eAnswer::kBlocks);
-      EXPECT_EQ(judge(kTolerance - 4e-6), eAnswer::kBlocks);
+      EXPECT_EQ(judge(kAngle - 4e-6), eAnswer::kBlocks);
       for (const double off : {0.0, 1e-10, 1e-8, 1e-7, 1.9e-6}) {
-        EXPECT_EQ(judge(kTolerance - off), eAnswer::kUnsure) << off;
-        EXPECT_EQ(judge(kTolerance + off), eAnswer::kUnsure) << off;
+        EXPECT_EQ(judge(kAngle - off), eAnswer::kUnsure) << off;
+        EXPECT_EQ(judge(kAngle + off), eAnswer::kUnsure) << off;
       }
-      EXPECT_EQ(judge(kTolerance + 4e-6), eAnswer::kClear);
+      EXPECT_EQ(judge(kAngle + 4e-6), eAnswer::kClear);
       EXPECT_EQ(judge(1.5e-3), eAnswer::kClear);
     }
   }

@@ -18,11 +18,10 @@ namespace {
 
 using Testing::Index;
 using Testing::kRadius;
+using Testing::kShell;
 using Testing::Random;
 using Testing::SmallBallTest;
 using Testing::TwoTests;
-
-constexpr double kShell = ShadowMap::kShell;
 
 /// Leaves all of its items open everywhere.
 class OpenTest final : public BallTest {

@@ -5,7 +5,6 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
-#include <limits>
 #include <vector>
 
 #include "du/fast/NeckBossCap.hpp"
@@ -14,6 +13,7 @@
 #include "tests/du/Answers.hpp"
 #include "tests/du/Neighbours.hpp"
 #include "tests/du/fast/MapTests.hpp"
+#include "tests/support/SpecialNumbers.hpp"
 
 namespace ZARN::DU {
 namespace {
@@ -21,11 +21,11 @@ namespace {
 using Testing::Above;
 using Testing::AnswerTally;
 using Testing::Below;
+using Testing::kInfinity;
 using Testing::kRadius;
+using Testing::kShell;
 using Testing::SmallBallTest;
 using Testing::TwoTests;
-
-constexpr double kShell = ShadowMap::kShell;
 
 /// All answers of one cell.
 std::vector<eAnswer> AnswersOf(ShadowMap::Code code) {
@@ -102,7 +102,6 @@ TEST(ShadowMap, KnowsNothingOffTheShell) {
     EXPECT_TRUE(isKnown(sign * Above(kRadius - kShell)));
     EXPECT_FALSE(isKnown(sign * (kRadius - kShell)));
   }
-  constexpr double kInfinity = std::numeric_limits<double>::infinity();
   for (const double z : {0.0, 1e-170, 1e9, 1e200, kInfinity, std::nan("")}) {
     EXPECT_FALSE(isKnown(z)) << z;
   }
@@ -130,7 +129,6 @@ TEST(ShadowMap, KnowsNothingOfASphereThatItCannotTrust) {
   EXPECT_FALSE(isKnown(Below(10.0)));
   EXPECT_TRUE(isKnown(1e5));
   EXPECT_FALSE(isKnown(Above(1e5)));
-  constexpr double kInfinity = std::numeric_limits<double>::infinity();
   for (const double radius : {0.0, -5860.0, 1e-170, kInfinity, std::nan("")}) {
     EXPECT_FALSE(isKnown(radius));
   }
@@ -209,7 +207,6 @@ TEST(ShadowMap, FindsTheCellOfEveryPointInTheShell) {
 
 TEST(ShadowMap, FindsNoCellOffTheShell) {
   const ShadowMap map = TwoTests().Map(128);
-  constexpr double kInfinity = std::numeric_limits<double>::infinity();
   for (const double sign : {-1.0, 1.0}) {
     EXPECT_NE(map.CellAt({0, 0, sign * Below(kRadius + kShell)}), map.OffMap());
     EXPECT_EQ(map.CellAt({0, 0, sign * (kRadius + kShell)}), map.OffMap());

@@ -14,22 +14,21 @@
 #include "tests/du/Neighbours.hpp"
 #include "tests/du/PathColumns.hpp"
 #include "tests/du/PathsAtHardware.hpp"
+#include "tests/support/SpecialNumbers.hpp"
 
 namespace ZARN::DU {
 namespace {
 
 using eComponent = eShadowingComponent;
 using Testing::InRun;
+using Testing::kInfinity;
+using Testing::kNaN;
 using Testing::Only;
 using Testing::PackedPaths;
 using Testing::PathColumns;
 using Testing::PathsAtHardware;
+using Testing::VariedDetector;
 using Verdicts = std::vector<BatchVerdict>;
-
-const ShadowingCalculator& Detector() {
-  static const ShadowingCalculator detector = InRun(Testing::VariedTables());
-  return detector;
-}
 
 /// A filter and its batch.
 struct Judges {
@@ -87,9 +86,9 @@ double ExpectRightOrOpen(const ShadowingCalculator& detector,
 }
 
 TEST(ShadowingBatch, IsNeverWrongAboutPathsAtTheHardware) {
-  EXPECT_LT(
-      ExpectRightOrOpen(Detector(), PathsAtHardware(Detector(), 50).Make(8000)),
-      0.5);
+  EXPECT_LT(ExpectRightOrOpen(VariedDetector(),
+                              PathsAtHardware(VariedDetector(), 50).Make(8000)),
+            0.5);
 }
 
 TEST(ShadowingBatch, LeavesFewOrdinaryPathsOfEachTypeOpen) {
@@ -112,12 +111,12 @@ TEST(ShadowingBatch, LeavesFewOrdinaryPathsOfEachTypeOpen) {
       path.FinalDirection = outwards(
           type == kWaterThroughInnerAV ? path.AVPoint4 : path.AVPoint1);
     }
-    EXPECT_LT(ExpectRightOrOpen(Detector(), paths), 0.15) << type;
+    EXPECT_LT(ExpectRightOrOpen(VariedDetector(), paths), 0.15) << type;
   }
 }
 
 TEST(ShadowingBatch, IsNeverWrongForEachComponentAlone) {
-  const auto paths = PathsAtHardware(Detector(), 52).Make(2000);
+  const auto paths = PathsAtHardware(VariedDetector(), 52).Make(2000);
   for (const eComponent component : kShadowingComponents) {
     SCOPED_TRACE(NameOf(component));
     EXPECT_LT(ExpectRightOrOpen(InRun(Only({component})), paths), 0.5);
@@ -125,17 +124,17 @@ TEST(ShadowingBatch, IsNeverWrongForEachComponentAlone) {
 }
 
 TEST(ShadowingBatch, IsNeverWrongWithAnyLayerOff) {
-  const auto paths = PathsAtHardware(Detector(), 53).Make(1000);
+  const auto paths = PathsAtHardware(VariedDetector(), 53).Make(1000);
   for (int off = 1; off < 8; ++off) {
     SCOPED_TRACE(off);
-    ExpectRightOrOpen(Detector(), paths,
+    ExpectRightOrOpen(VariedDetector(), paths,
                       {(off & 1) == 0, (off & 2) == 0, (off & 4) == 0});
   }
 }
 
 TEST(ShadowingBatch, IsNeverWrongForAnyTolerance) {
-  const auto paths = PathsAtHardware(Detector(), 54).Make(700);
-  ShadowingCalculator detector = Detector();
+  const auto paths = PathsAtHardware(VariedDetector(), 54).Make(700);
+  ShadowingCalculator detector = VariedDetector();
   for (const double tolerance : {-1000.0, -15.0, -12.0, 0.0, 1e-170, 50.0,
                                  3000.0, 1e5, 1e300, HUGE_VAL, std::nan("")}) {
     SCOPED_TRACE(tolerance);
@@ -145,9 +144,7 @@ TEST(ShadowingBatch, IsNeverWrongForAnyTolerance) {
 }
 
 TEST(ShadowingBatch, IsNeverWrongForBadNumbers) {
-  constexpr double kInfinity = std::numeric_limits<double>::infinity();
-  constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
-  auto paths = PathsAtHardware(Detector(), 55).Make(3000);
+  auto paths = PathsAtHardware(VariedDetector(), 55).Make(3000);
   std::size_t i = 0;
   for (LightPath& path : paths) {
     constexpr std::array kMembers = {
@@ -167,12 +164,12 @@ TEST(ShadowingBatch, IsNeverWrongForBadNumbers) {
     }
     ++i;
   }
-  EXPECT_LT(ExpectRightOrOpen(Detector(), paths), 0.9);
+  EXPECT_LT(ExpectRightOrOpen(VariedDetector(), paths), 0.9);
 }
 
 TEST(ShadowingBatch, JudgesAnyNumberOfPathsAndNoMore) {
-  const Judges judges(Detector());
-  const auto paths = PathsAtHardware(Detector(), 56).Make(kBatchPaths);
+  const Judges judges(VariedDetector());
+  const auto paths = PathsAtHardware(VariedDetector(), 56).Make(kBatchPaths);
   const Verdicts all = judges.OnRecords(paths);
   const PathColumns columns(paths);
   constexpr BatchVerdict kUntouched = 200;
@@ -198,7 +195,7 @@ TEST(ShadowingBatch, JudgesAnyNumberOfPathsAndNoMore) {
 }
 
 TEST(ShadowingBatch, NoticesOnePathOfAnotherTypeAtAnyPlace) {
-  const Judges judges(Detector());
+  const Judges judges(VariedDetector());
   const std::vector<LightPath> paths(20, Testing::FreePath());
   const Verdicts alike = judges.OnRecords(paths);
   ASSERT_NE(alike.front(), kOpenVerdict);
@@ -214,8 +211,8 @@ TEST(ShadowingBatch, NoticesOnePathOfAnotherTypeAtAnyPlace) {
 }
 
 TEST(ShadowingBatch, LeavesUnusualTypesOpenAmongOthers) {
-  const Judges judges(Detector());
-  auto paths = PathsAtHardware(Detector(), 57).Make(200);
+  const Judges judges(VariedDetector());
+  auto paths = PathsAtHardware(VariedDetector(), 57).Make(200);
   const Verdicts before = judges.OnRecords(paths);
   std::size_t next = 0;
   for (const int type :
@@ -234,8 +231,8 @@ TEST(ShadowingBatch, LeavesUnusualTypesOpenAmongOthers) {
 }
 
 TEST(ShadowingBatch, ReadsOnlyTheColumnsThatItsTypesUse) {
-  const Judges judges(Detector());
-  auto paths = PathsAtHardware(Detector(), 58).Make(kBatchPaths);
+  const Judges judges(VariedDetector());
+  auto paths = PathsAtHardware(VariedDetector(), 58).Make(kBatchPaths);
   const auto expectSameWithout =
       [&](eLightPathType type,
           const std::vector<VectorArrays LightPathArrays::*>& unused) {
@@ -260,8 +257,8 @@ TEST(ShadowingBatch, ReadsOnlyTheColumnsThatItsTypesUse) {
 
 TEST(ShadowingBatch, ReadsColumnsThatAreFieldsOfPackedRecords) {
   // As in a packed structured array: no number is aligned.
-  const Judges judges(Detector());
-  const auto paths = PathsAtHardware(Detector(), 59).Make(kBatchPaths);
+  const Judges judges(VariedDetector());
+  const auto paths = PathsAtHardware(VariedDetector(), 59).Make(kBatchPaths);
   const PackedPaths packed(paths);
   Verdicts verdicts(paths.size());
   judges.batch.Judge(judges.filter, PathsInColumns(packed.Arrays()),
@@ -277,22 +274,22 @@ TEST(ShadowingBatch, HasAKernelForEveryProcessor) {
 }
 
 TEST(ShadowingBatch, BlocksNothingBeforeTheFirstRun) {
-  const auto paths = PathsAtHardware(Detector(), 60).Make(500);
+  const auto paths = PathsAtHardware(VariedDetector(), 60).Make(500);
   const ShadowingCalculator empty;
   EXPECT_LT(ExpectRightOrOpen(empty, paths), 1.0);
 }
 
 TEST(ShadowingBatch, WorksWithACopyOfTheFilterThatItWasBuiltFrom) {
-  const auto paths = PathsAtHardware(Detector(), 61).Make(kBatchPaths);
+  const auto paths = PathsAtHardware(VariedDetector(), 61).Make(kBatchPaths);
   std::optional<ShadowingFilter> filter;
-  filter.emplace(Detector().GetHardware(), ShadowingLayers());
+  filter.emplace(VariedDetector().GetHardware(), ShadowingLayers());
   const ShadowingBatch batch(*filter);
   const ShadowingFilter copy = *filter;
   filter.reset();
   Verdicts verdicts(paths.size());
   batch.Judge(copy, PathsInRecords(paths.data()), paths.size(),
               verdicts.data());
-  EXPECT_EQ(verdicts, Judges(Detector()).OnRecords(paths));
+  EXPECT_EQ(verdicts, Judges(VariedDetector()).OnRecords(paths));
 }
 
 /// Paths that cross the vessel at a few heights, and between two of them.
@@ -320,8 +317,8 @@ std::vector<double> HeightsAround(double height) {
   std::vector<double> heights = {height, Testing::Above(height),
                                  Testing::Below(height)};
   const auto single = static_cast<float>(height);
-  constexpr float kInfinity = std::numeric_limits<float>::infinity();
-  for (const float towards : {-kInfinity, kInfinity}) {
+  constexpr float kFloatInfinity = std::numeric_limits<float>::infinity();
+  for (const float towards : {-kFloatInfinity, kFloatInfinity}) {
     float next = single;
     for (int i = 0; i < 3; ++i) {
       heights.push_back(double{next});
@@ -342,30 +339,33 @@ std::vector<double> HeightsAround(double height) {
 }
 
 TEST(ShadowingBatch, IsNeverWrongAboutCrossingsWhereOneKindOfRopesEnds) {
-  const double ends = Detector().GetAVHDRopes().AVHDRopeEndPoints.front().Z();
+  const double ends =
+      VariedDetector().GetAVHDRopes().AVHDRopeEndPoints.front().Z();
   const double feet =
-      Detector().GetSupportRopes().SupportRopePositions.front().Z();
+      VariedDetector().GetSupportRopes().SupportRopePositions.front().Z();
   for (const double height : {ends, feet}) {
     SCOPED_TRACE(height);
     const double open = ExpectRightOrOpen(
-        Detector(),
-        PathsAtHeights(Detector(), HeightsAround(height), 87, 8000));
+        VariedDetector(),
+        PathsAtHeights(VariedDetector(), HeightsAround(height), 87, 8000));
     EXPECT_GT(open, 0.1);
     EXPECT_LT(open, 0.99);
   }
 }
 
 TEST(ShadowingBatch, MeetsNoVerticalRopesBetweenTheirEndsAndFeet) {
-  const double ends = Detector().GetAVHDRopes().AVHDRopeEndPoints.front().Z();
+  const double ends =
+      VariedDetector().GetAVHDRopes().AVHDRopeEndPoints.front().Z();
   const double feet =
-      Detector().GetSupportRopes().SupportRopePositions.front().Z();
+      VariedDetector().GetSupportRopes().SupportRopePositions.front().Z();
   ASSERT_LT(ends + 1.0, feet);
   std::vector<double> heights;
   for (double z = ends + 0.1; z < feet - 0.05; z += 0.1) heights.push_back(z);
   // Nothing is left to the ropes' formulas, whatever the direction.
-  EXPECT_EQ(ExpectRightOrOpen(Detector(),
-                              PathsAtHeights(Detector(), heights, 88, 4000)),
-            0.0);
+  EXPECT_EQ(
+      ExpectRightOrOpen(VariedDetector(),
+                        PathsAtHeights(VariedDetector(), heights, 88, 4000)),
+      0.0);
 }
 
 TEST(ShadowingBatch, IsNeverWrongWhereBothKindsOfRopesAreMet) {

@@ -29,12 +29,8 @@ using Testing::OneCrossing;
 using Testing::Only;
 using Testing::PathsAtHardware;
 using Testing::Random;
+using Testing::VariedDetector;
 using KnownRopes = ShadowingFilter::KnownRopes;
-
-const ShadowingCalculator& Detector() {
-  static const ShadowingCalculator detector = InRun(Testing::VariedTables());
-  return detector;
-}
 
 /// Expect a filter to give the verdicts of the formulas, and return for how
 /// many paths it called a formula.
@@ -54,14 +50,15 @@ int ExpectVerdictsOfTheFormulas(const ShadowingFilter& filter,
 }
 
 std::vector<LightPath> Paths(int count) {
-  return PathsAtHardware(Detector(), 40).Make(static_cast<std::size_t>(count));
+  return PathsAtHardware(VariedDetector(), 40)
+      .Make(static_cast<std::size_t>(count));
 }
 
 TEST(ShadowingFilter, FindsWhatTheFormulasFindAndRarelyCallsThem) {
-  const ShadowingFilter filter(Detector().GetHardware(), {});
+  const ShadowingFilter filter(VariedDetector().GetHardware(), {});
   constexpr int kPaths = 4000;
   const int open =
-      ExpectVerdictsOfTheFormulas(filter, Detector(), Paths(kPaths));
+      ExpectVerdictsOfTheFormulas(filter, VariedDetector(), Paths(kPaths));
   EXPECT_LT(open, kPaths / 5);
   EXPECT_GT(open, 0);  // paths at a limit
 }
@@ -71,9 +68,9 @@ TEST(ShadowingFilter, FindsTheSameWithAnyLayerOff) {
     SCOPED_TRACE(off);
     const ShadowingLayers layers = {(off & 1) == 0, (off & 2) == 0,
                                     (off & 4) == 0};
-    const ShadowingFilter filter(Detector().GetHardware(), layers);
+    const ShadowingFilter filter(VariedDetector().GetHardware(), layers);
     const int open =
-        ExpectVerdictsOfTheFormulas(filter, Detector(), Paths(300));
+        ExpectVerdictsOfTheFormulas(filter, VariedDetector(), Paths(300));
     // Without algebra every rope that can be met is left to its formula.
     EXPECT_EQ(open > 150, !layers.algebra);
   }
@@ -91,12 +88,13 @@ TEST(ShadowingFilter, FindsTheSameForEachComponentAlone) {
 }
 
 TEST(ShadowingFilter, SkipsTheLayersThatAreOff) {
-  const ShadowingFilter all(Detector().GetHardware(), {});
+  const ShadowingFilter all(VariedDetector().GetHardware(), {});
   EXPECT_NE(all.Map().At(Testing::kFreeSpot), ShadowMap::kNothingKnown);
   EXPECT_GT(all.HoldDownRopes().Radius2(), 0.0);
   EXPECT_GT(all.HoldDownRopes().Ropes().Table().Cells(), 1);
 
-  const ShadowingFilter none(Detector().GetHardware(), {false, false, false});
+  const ShadowingFilter none(VariedDetector().GetHardware(),
+                             {false, false, false});
   EXPECT_EQ(none.Map().At(Testing::kFreeSpot), ShadowMap::kNothingKnown);
   for (const VerticalRopeFilter* const ropes :
        {&none.HoldDownRopes(), &none.SupportRopes(),
@@ -107,43 +105,46 @@ TEST(ShadowingFilter, SkipsTheLayersThatAreOff) {
 }
 
 TEST(ShadowingFilter, OutlivesWhatItWasBuiltFrom) {
-  std::optional<ShadowingCalculator> detector = Detector();
+  std::optional<ShadowingCalculator> detector = VariedDetector();
   const ShadowingFilter filter(detector->GetHardware(), {});
   detector->SetAllGeometryTolerances(-1000.0);
   detector.reset();
-  ExpectVerdictsOfTheFormulas(filter, Detector(), Paths(700));
+  ExpectVerdictsOfTheFormulas(filter, VariedDetector(), Paths(700));
 }
 
 TEST(ShadowingFilter, JudgesPathsInWaterCorrectlyAndIsMostlySure) {
-  const ShadowingFilter filter(Detector().GetHardware(), {});
+  const ShadowingFilter filter(VariedDetector().GetHardware(), {});
   AnswerTally holdDown;
   AnswerTally support;
-  for (LightPath path : PathsAtHardware(Detector(), 41).Make(20000)) {
+  for (LightPath path : PathsAtHardware(VariedDetector(), 41).Make(20000)) {
     path.LightPathType = kWater;
     const WaterSegmentViews views = ViewsOf(path, ShapeOfType(kWater));
     const WaterSegments segments = views.Copy();
-    holdDown.Add(filter.JudgeHoldDownInWater(views.first, views.second),
-                 CheckForAVHDRopeShadowing(Detector().GetAVHDRopes(), 150.0,
-                                           segments, eDiagnostics::kSilent),
-                 path.StartPos);
-    support.Add(filter.JudgeSupportInWater(views.first, views.second),
-                CheckForSupportRopeShadowing(Detector().GetSupportRopes(),
-                                             Detector().GetAVHDRopes(), 150.0,
-                                             segments, eDiagnostics::kSilent),
-                path.StartPos);
+    holdDown.Add(
+        filter.JudgeHoldDownInWater(views.first, views.second),
+        CheckForAVHDRopeShadowing(VariedDetector().GetAVHDRopes(), 150.0,
+                                  segments, eDiagnostics::kSilent),
+        path.StartPos);
+    support.Add(
+        filter.JudgeSupportInWater(views.first, views.second),
+        CheckForSupportRopeShadowing(VariedDetector().GetSupportRopes(),
+                                     VariedDetector().GetAVHDRopes(), 150.0,
+                                     segments, eDiagnostics::kSilent),
+        path.StartPos);
   }
   holdDown.Expect(0.2);
   support.Expect(0.2);
 }
 
 TEST(ShadowingFilter, KnowsTheHeightsAtWhichRopesEnd) {
-  const ShadowingFilter filter(Detector().GetHardware(), {});
+  const ShadowingFilter filter(VariedDetector().GetHardware(), {});
   EXPECT_EQ(filter.HoldDownEndHeight(),
-            Detector().GetAVHDRopes().AVHDRopeEndPoints.front().Z());
-  EXPECT_EQ(filter.SupportFootHeight(),
-            Detector().GetSupportRopes().SupportRopePositions.front().Z());
+            VariedDetector().GetAVHDRopes().AVHDRopeEndPoints.front().Z());
+  EXPECT_EQ(
+      filter.SupportFootHeight(),
+      VariedDetector().GetSupportRopes().SupportRopePositions.front().Z());
   EXPECT_EQ(filter.SurfacePoints().CountPoints(),
-            Detector().GetAVHDRopes().AVHDRopeSurfacePoints.size());
+            VariedDetector().GetAVHDRopes().AVHDRopeSurfacePoints.size());
   EXPECT_EQ(filter.Anchors().CountPoints(), 2U);
   EXPECT_EQ(filter.BellyPlates().AllItems().size(), 2U);
 }
@@ -189,7 +190,8 @@ TEST(ShadowingFilter, TestsAllAnchorsIfNoTreeCanBeBuilt) {
 }
 
 TEST(ShadowingFilter, UsesHoldDownRopesOnlyInARunThatHasThem) {
-  EXPECT_TRUE(ShadowingFilter(Detector().GetHardware(), {}).HasRopesToEnter());
+  EXPECT_TRUE(
+      ShadowingFilter(VariedDetector().GetHardware(), {}).HasRopesToEnter());
   const ShadowingCalculator without = InRun(Only({eComponent::kSupportRope}));
   EXPECT_FALSE(ShadowingFilter(without.GetHardware(), {}).HasRopesToEnter());
 }
@@ -257,18 +259,20 @@ TEST(ShadowingFilter, FindsAtACrossingWhatTheFormulasFindThere) {
   }
   for (int i = 0; i < 100; ++i) {
     points.push_back(
-        random.Pick(Detector().GetNCDAnchors().NCDAnchorPositions) +
+        random.Pick(VariedDetector().GetNCDAnchors().NCDAnchorPositions) +
         random.Uniform(0, 250) * random.Direction());
   }
-  const ShadowingFilter filter(Detector().GetHardware(), {});
+  const ShadowingFilter filter(VariedDetector().GetHardware(), {});
   std::map<eComponent, int> found;
   for (TVector3& point : points) {
-    point.SetMag(Detector().GetOuterAVRadius() + random.Uniform(-0.99, 0.99));
+    point.SetMag(VariedDetector().GetOuterAVRadius() +
+                 random.Uniform(-0.99, 0.99));
     const bool mayBeAboveEnds = !(filter.HoldDownEndHeight() > point.Z());
     for (int i = 0; i < 8; ++i) {
       const KnownRopes ropes = {(i & 1) != 0, (i & 2) != 0, (i & 4) != 0};
       if (ropes.isAboveEnds && !mayBeAboveEnds) continue;
-      const eComponent expected = FindByFormulasAt(Detector(), point, ropes);
+      const eComponent expected =
+          FindByFormulasAt(VariedDetector(), point, ropes);
       ++found[expected];
       for (const std::size_t cell : CellsOf(filter.Map(), point)) {
         ASSERT_NE(cell, filter.Map().OffMap());
@@ -285,14 +289,14 @@ TEST(ShadowingFilter, FindsAtACrossingWhatTheFormulasFindThere) {
 
 TEST(ShadowingFilter, FindsWithinABoundOnlyWhatHoldsForEveryPointInIt) {
   Random random(88);
-  const ShadowingFilter filter(Detector().GetHardware(), {});
+  const ShadowingFilter filter(VariedDetector().GetHardware(), {});
   constexpr double kError = 2.0;  // mm; a large one meets many edges
   int known = 0;
   int open = 0;
   std::map<eComponent, int> found;
   for (const LightPath& path : Paths(4000)) {
     TVector3 centre = path.AVPoint1;
-    centre.SetMag(Detector().GetOuterAVRadius());
+    centre.SetMag(VariedDetector().GetOuterAVRadius());
     const bool isAboveEnds =
         filter.HoldDownEndHeight() < centre.Z() - 2.0 * kError;
     const KnownRopes ropes = {isAboveEnds, isAboveEnds && random.Chance(0.1),
@@ -306,7 +310,7 @@ TEST(ShadowingFilter, FindsWithinABoundOnlyWhatHoldsForEveryPointInIt) {
       TVector3 point = centre + kError * random.Direction();
       // The items of the cell are those of its own points.
       if (filter.Map().CellAt(point) != cell) continue;
-      EXPECT_EQ(FindByFormulasAt(Detector(), point, ropes), *answer)
+      EXPECT_EQ(FindByFormulasAt(VariedDetector(), point, ropes), *answer)
           << ::testing::PrintToString(point);
     }
     EXPECT_EQ(filter.FindAtCrossing(centre, 1e-6, cell, ropes), answer);
@@ -318,11 +322,11 @@ TEST(ShadowingFilter, FindsWithinABoundOnlyWhatHoldsForEveryPointInIt) {
 
 TEST(ShadowingFilter, FindsAtACrossingTheVerdictOnTheWholePath) {
   // Here the ropes' known answers are the true ones.
-  const ShadowingFilter filter(Detector().GetHardware(), {});
+  const ShadowingFilter filter(VariedDetector().GetHardware(), {});
   int atSupportRopes = 0;
   for (const LightPath& path : Paths(8000)) {
     const LightPath crossing = OneCrossing(path.AVPoint1, path.FinalDirection);
-    const Formulas formulas(Detector(), crossing);
+    const Formulas formulas(VariedDetector(), crossing);
     const WaterSegmentViews views =
         ViewsOf(crossing, ShapeOfType(crossing.LightPathType));
     const double z = views.first.point.Z();

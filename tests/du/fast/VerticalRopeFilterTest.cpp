@@ -4,13 +4,13 @@
 
 #include <algorithm>
 #include <cmath>
-#include <limits>
 #include <vector>
 
 #include "du/geometry/Primitives.hpp"
 #include "tests/du/Answers.hpp"
 #include "tests/du/Neighbours.hpp"
 #include "tests/property/Random.hpp"
+#include "tests/support/SpecialNumbers.hpp"
 
 namespace ZARN::DU {
 namespace {
@@ -19,19 +19,19 @@ using eCrossings = RopeDirections::eCrossings;
 using Testing::Above;
 using Testing::AnswerTally;
 using Testing::Below;
+using Testing::kInfinity;
+using Testing::kNaN;
 using Testing::Random;
 
-constexpr double kInfinity = std::numeric_limits<double>::infinity();
-constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
 constexpr RopeCylinderLimits kLimits = {5880.0, 6138.0};
-constexpr double kTolerance = 0.0275;
+constexpr double kAngleTolerance = 0.0275;
 
 const std::vector<TVector3> kRopes = {
     {5880, 0, -5}, {0, 5880, -5}, {-4000, -4300, 5}, {3000, -5050, 0}};
 
 VerticalRopeFilter Filter(eCrossings crossings,
                           const RopeCylinderLimits& limits = kLimits) {
-  return {limits, RopeDirections(kRopes, kTolerance, crossings, 4096)};
+  return {limits, RopeDirections(kRopes, kAngleTolerance, crossings, 4096)};
 }
 
 /// What the filter replaces: the crossing, its height, and the ropes.
@@ -42,7 +42,7 @@ bool IsBlocked(const SegmentView& segment, eCrossings crossings) {
   if (std::abs(crossing.Z()) > kLimits.height) return false;
   if (crossings == eCrossings::kFlattened) crossing.SetZ(0);
   return std::any_of(kRopes.begin(), kRopes.end(), [&](const TVector3& rope) {
-    return kTolerance > crossing.Angle(rope);
+    return kAngleTolerance > crossing.Angle(rope);
   });
 }
 
@@ -91,9 +91,9 @@ TEST_P(VerticalRopeFilterTest, IsNeverWrongAtARopesEdge) {
   for (int i = 0; i < 20000; ++i) {
     // Straight away from the axis, almost to an edge of a rope.
     const TVector3& rope = random_.Pick(kRopes);
-    TVector3 out =
-        Rotated({1, 0, 0}, rope.Phi() + (random_.Chance(0.5) ? 1 : -1) *
-                                            kTolerance * (1 + SmallNumber()));
+    TVector3 out = Rotated(
+        {1, 0, 0}, rope.Phi() + (random_.Chance(0.5) ? 1 : -1) *
+                                    kAngleTolerance * (1 + SmallNumber()));
     const TVector3 point = random_.Uniform(100, 5800) * out;
     out.SetZ(random_.Uniform(-0.02, 0.02));
     Ask(point, out.Unit(), 1.0);
@@ -179,17 +179,18 @@ TEST(VerticalRopeFilter, LeavesTheHeightAfterALongWayOpen) {
   // The formula treats the path as horizontal, because the cosine of such a
   // small angle is 1, and misses the rope by 3e-7; in fact the path rises by
   // 1.8 mm.
-  constexpr double kRadius = 1100.0;
+  constexpr double kNarrow = 1100.0;
   const TVector3 rope(-1099.5840796, 0, 30.2465173);
   const TVector3 start(99000, 0, 0);
   const TVector3 direction(-1, 0, 1.8e-8);
-  const TVector3 crossing = VectorToCylinderEdge(start, direction, {}, kRadius,
+  const TVector3 crossing = VectorToCylinderEdge(start, direction, {}, kNarrow,
                                                  eDiagnostics::kSilent);
   EXPECT_EQ(crossing.Z(), 0.0);
-  EXPECT_GT(crossing.Angle(rope), kTolerance);
+  EXPECT_GT(crossing.Angle(rope), kAngleTolerance);
   const auto filter = [&](eCrossings crossings) {
     return VerticalRopeFilter(
-        {kRadius, 6138.0}, RopeDirections({rope}, kTolerance, crossings, 4096));
+        {kNarrow, 6138.0},
+        RopeDirections({rope}, kAngleTolerance, crossings, 4096));
   };
   const SegmentView segment = {start, direction, 1.0};
   EXPECT_EQ(filter(eCrossings::kInSpace).JudgeInSpace(segment),

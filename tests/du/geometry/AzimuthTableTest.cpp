@@ -4,17 +4,18 @@
 
 #include <algorithm>
 #include <cmath>
-#include <limits>
 #include <vector>
 
 #include "du/geometry/Constants.hpp"
 #include "tests/du/Answers.hpp"
 #include "tests/property/Random.hpp"
+#include "tests/support/SpecialNumbers.hpp"
 
 namespace ZARN::DU {
 namespace {
 
 using Testing::AnswerTally;
+using Testing::kNaN;
 using Testing::Random;
 
 constexpr double kMargin = AzimuthTable::kMargin;
@@ -144,7 +145,6 @@ TEST(AzimuthTable, IsUnsureOppositeARangeOfAboutHalfATurn) {
 }
 
 TEST(AzimuthTable, IsClearWithoutARangeOrWithAnEmptyOne) {
-  constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
   for (const int cells : {1, 64}) {
     const std::vector<eAnswer> allClear(static_cast<std::size_t>(cells),
                                         eAnswer::kClear);

@@ -4,18 +4,20 @@
 
 #include <algorithm>
 #include <cmath>
-#include <limits>
 #include <type_traits>
 
 #include "du/geometry/Constants.hpp"
 #include "du/geometry/Primitives.hpp"
 #include "tests/du/Answers.hpp"
 #include "tests/property/Random.hpp"
+#include "tests/support/SpecialNumbers.hpp"
 
 namespace ZARN::DU {
 namespace {
 
 using Testing::AnswerTally;
+using Testing::kInfinity;
+using Testing::kNaN;
 using Testing::Random;
 
 /// A line, and the cylinder to which it is followed.
@@ -241,8 +243,6 @@ TYPED_TEST(CrossCylinderIn, IsUnsureOfPlacesFarFromTheDetector) {
 }
 
 TYPED_TEST(CrossCylinderIn, IsUnsureOfWhatIsNotFinite) {
-  constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
-  constexpr double kInfinity = std::numeric_limits<double>::infinity();
   for (const double bad : {kNaN, kInfinity, -kInfinity}) {
     for (const int axis : {0, 1, 2}) {
       TVector3 direction(0.6, 0, 0.8);

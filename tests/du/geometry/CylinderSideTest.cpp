@@ -10,11 +10,14 @@
 #include "du/geometry/Primitives.hpp"
 #include "tests/du/Answers.hpp"
 #include "tests/property/Random.hpp"
+#include "tests/support/SpecialNumbers.hpp"
 
 namespace ZARN::DU {
 namespace {
 
 using Testing::AnswerTally;
+using Testing::kInfinity;
+using Testing::kNaN;
 using Testing::Random;
 
 /// This number is the square root of several doubles next to its square.
@@ -109,8 +112,6 @@ TYPED_TEST(CylinderSideIn, IsUnsureOfAPathThatStartsInTheCylinder) {
 }
 
 TYPED_TEST(CylinderSideIn, IsUnsureOfWhatIsNotANumber) {
-  constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
-  constexpr double kInfinity = std::numeric_limits<double>::infinity();
   EXPECT_EQ(this->JudgeInside({kNaN, 0, 0}), eAnswer::kUnsure);
   for (const double bad : {kNaN, kInfinity, -kInfinity}) {
     EXPECT_EQ(this->JudgePassing({bad, 0, 0}, {9000, 0, 0}), eAnswer::kUnsure);

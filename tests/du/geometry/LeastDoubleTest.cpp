@@ -5,12 +5,15 @@
 #include <cmath>
 #include <limits>
 
+#include "tests/support/SpecialNumbers.hpp"
+
 namespace ZARN::DU {
 namespace {
 
-constexpr double kInfinity = std::numeric_limits<double>::infinity();
+using Testing::kInfinity;
+using Testing::kNaN;
+
 constexpr double kMax = std::numeric_limits<double>::max();
-constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
 constexpr double kTiny = std::numeric_limits<double>::denorm_min();
 
 TEST(OrderOf, CountsTheDoublesBetweenTwo) {

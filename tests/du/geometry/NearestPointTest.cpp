@@ -3,19 +3,18 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <limits>
 #include <optional>
 #include <vector>
 
 #include "tests/property/Random.hpp"
+#include "tests/support/SpecialNumbers.hpp"
 
 namespace ZARN::DU {
 namespace {
 
+using Testing::kInfinity;
+using Testing::kNaN;
 using Testing::Random;
-
-constexpr double kInfinity = std::numeric_limits<double>::infinity();
-constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
 
 /// The position of the nearest point, by a loop over all; none if no distance
 /// is finite.

@@ -34,11 +34,11 @@ TEST(DirectionAt, PointsUpFromTheMiddleAndDownFromEveryCorner) {
 }
 
 TEST(DirectionAt, HasNoPointOfACellFartherFromItsMiddleThanACorner) {
-  constexpr int kCells = 8;
-  constexpr double kStep = 2.0 / kCells;
+  constexpr int kSide = 8;
+  constexpr double kStep = 2.0 / kSide;
   Random random(4);
-  for (int row = 0; row < kCells; ++row) {
-    for (int column = 0; column < kCells; ++column) {
+  for (int row = 0; row < kSide; ++row) {
+    for (int column = 0; column < kSide; ++column) {
       const double u = column * kStep - 1;
       const double v = row * kStep - 1;
       const std::array<Point, 4> corners = {

@@ -5,28 +5,28 @@
 #include <algorithm>
 #include <cmath>
 #include <cstdint>
-#include <limits>
 #include <vector>
 
 #include "tests/du/Neighbours.hpp"
 #include "tests/du/PrintVectors.hpp"
 #include "tests/property/Random.hpp"
+#include "tests/support/SpecialNumbers.hpp"
 
 namespace ZARN::DU {
 namespace {
 
 using Testing::Above;
 using Testing::Below;
+using Testing::kInfinity;
+using Testing::kNaN;
 using Testing::Random;
 
-using Points = std::vector<Point>;
-constexpr double kInfinity = std::numeric_limits<double>::infinity();
-constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
+using ListedPoints = std::vector<Point>;
 
 constexpr std::uint32_t kBlock = PointBlocks::kPoints;
 
 /// The loop over the points of some blocks.
-bool IsAnyNear(const Points& points, double reach, const TVector3& place,
+bool IsAnyNear(const ListedPoints& points, double reach, const TVector3& place,
                std::ptrdiff_t begin, std::ptrdiff_t end) {
   const auto last = std::min<std::ptrdiff_t>(
       end * kBlock, static_cast<std::ptrdiff_t>(points.size()));
@@ -36,8 +36,8 @@ bool IsAnyNear(const Points& points, double reach, const TVector3& place,
                      });
 }
 
-Points RandomPoints(Random& random, std::uint32_t count, double radius) {
-  Points points;
+ListedPoints RandomPoints(Random& random, std::uint32_t count, double radius) {
+  ListedPoints points;
   points.reserve(count);
   for (std::uint32_t i = 0; i < count; ++i) {
     const TVector3 point = radius * random.Direction();
@@ -48,7 +48,7 @@ Points RandomPoints(Random& random, std::uint32_t count, double radius) {
 
 /// Expect what the loop says of ranges all over the list, empty ones among
 /// them, and give how many have a point near.
-int ExpectAnswersOfTheLoop(const Points& points, double reach,
+int ExpectAnswersOfTheLoop(const ListedPoints& points, double reach,
                            const TVector3& place, Random& random) {
   const PointBlocks list(points, reach);
   const std::uint32_t size = list.Size();
@@ -77,7 +77,7 @@ TEST(PointBlocks, FindsWhatTheLoopFinds) {
   constexpr int kPlaces = 2000;
   for (int i = 0; i < kPlaces; ++i) {
     const double reach = std::pow(10, random.Uniform(-1, 4.2));
-    const Points points =
+    const ListedPoints points =
         RandomPoints(random, static_cast<std::uint32_t>(random.Below(20)), 6e3);
     const TVector3 place =
         points.empty() || random.Chance(0.3)
@@ -97,7 +97,7 @@ TEST(PointBlocks, FindsWhatTheLoopFindsExactlyAtTheReach) {
   for (int i = 0; i < kPlaces; ++i) {
     const double reach = std::pow(10, random.Uniform(-1, 4));
     // Far apart, so that of all points only one can decide.
-    const Points points = RandomPoints(random, 3, 1e6);
+    const ListedPoints points = RandomPoints(random, 3, 1e6);
     const TVector3 point = AsTVector3(random.Pick(points));
     const TVector3 way = random.Direction();
     const auto change =
@@ -124,7 +124,7 @@ TEST(PointBlocks, CountsOnlyWhatIsStrictlyWithinReach) {
 }
 
 TEST(PointBlocks, LooksOnlyIntoTheRange) {
-  Points points;
+  ListedPoints points;
   for (const double x : {0.0, 100.0, 200.0}) {
     points.insert(points.end(), kBlock, {x, 0, 0});
   }
@@ -149,7 +149,8 @@ TEST(PointBlocks, FindsNothingInAnEmptyRange) {
 
 TEST(PointBlocks, FindsWhatTheLoopFindsForEveryReach) {
   Random random(74);
-  const Points points = {{1, 2, 3}, {1, 2, 3}, {0, 0, 1e-170}, {1e200, 0, 0}};
+  const ListedPoints points = {
+      {1, 2, 3}, {1, 2, 3}, {0, 0, 1e-170}, {1e200, 0, 0}};
   int near = 0;
   for (const double reach : {0.0, -0.0, -5.0, -kInfinity, kNaN, kInfinity,
                              1e-300, 1e-160, 1e160, 1e300}) {
@@ -168,7 +169,7 @@ TEST(PointBlocks, FindsWhatTheLoopFindsForEveryReach) {
 
 TEST(PointBlocks, IsNeverNearAPlaceThatIsNotFinite) {
   Random random(75);
-  const Points points = RandomPoints(random, 5, 10.0);
+  const ListedPoints points = RandomPoints(random, 5, 10.0);
   for (const double reach : {1.0, 1e10, kInfinity}) {
     for (const double bad : {kNaN, kInfinity, -kInfinity}) {
       for (const int axis : {0, 1, 2}) {
@@ -185,7 +186,7 @@ TEST(PointBlocks, FindsEveryPointAlsoInABlockThatIsNotFull) {
   EXPECT_EQ(PointBlocks({}, 5.0).Size(), 0U);
   Random random(76);
   for (std::uint32_t count = 1; count <= 9; ++count) {
-    const Points points = RandomPoints(random, count, 6000.0);
+    const ListedPoints points = RandomPoints(random, count, 6000.0);
     const PointBlocks list(points, kInfinity);
     ASSERT_EQ(list.Size(), (count + kBlock - 1) / kBlock);
     for (std::uint32_t i = 0; i < count; ++i) {

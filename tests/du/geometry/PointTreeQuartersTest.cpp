@@ -10,8 +10,10 @@
 #include "du/geometry/PointTree.hpp"
 #include "du/geometry/StretchLists.hpp"
 #include "tests/du/Answers.hpp"
+#include "tests/du/geometry/PointTreeLoops.hpp"
 #include "tests/property/Random.hpp"
 #include "tests/support/Repetitions.hpp"
+#include "tests/support/SpecialNumbers.hpp"
 
 // What a tree of points says of the quarters of a box.
 
@@ -19,6 +21,9 @@ namespace ZARN::DU {
 namespace {
 
 using Testing::AnswerTally;
+using Testing::IsAnyNear;
+using Testing::IsAnyOpenNear;
+using Testing::kInfinity;
 using Testing::Random;
 
 using Points = std::vector<TVector3>;
@@ -55,23 +60,6 @@ Points PlacesIn(const QuarteredBox& box, std::size_t quarter, Random& random) {
                                 Scaled(box.edges[2], share(2))));
   }
   return places;
-}
-
-bool IsAnyNear(const Points& points, double reach, const TVector3& place) {
-  return std::any_of(points.begin(), points.end(), [&](const TVector3& listed) {
-    return reach > (place - listed).Mag();
-  });
-}
-
-/// Whether one of the points behind some open items is near.
-bool IsAnyOpenNear(const PointTree& tree, const Items& open,
-                   const TVector3& place) {
-  StretchLists list(1000000);
-  tree.AppendEntries(open, list);
-  list.EndList();
-  return std::any_of(
-      list.All().begin(), list.All().end(),
-      [&](Stretch entries) { return tree.HasPointNear(place, entries); });
 }
 
 /// Hold the answers for the quarters of a box against its places, each moved by
@@ -182,7 +170,6 @@ TEST(PointTreeOnQuarters, IsSureUnlessACornerIsNearTheLimit) {
 }
 
 TEST(PointTreeOnQuarters, KnowsAllWithinAHugeReach) {
-  constexpr double kInfinity = std::numeric_limits<double>::infinity();
   for (const double reach : {1e8, 1e9, 1e100, 1e200, kInfinity}) {
     const PointTree tree({{0, 0, 1e6}, {0, 1e7, 0}}, reach);
     Open open;

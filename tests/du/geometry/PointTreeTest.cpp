@@ -12,7 +12,9 @@
 #include "tests/du/Balls.hpp"
 #include "tests/du/Neighbours.hpp"
 #include "tests/du/PrintVectors.hpp"
+#include "tests/du/geometry/PointTreeLoops.hpp"
 #include "tests/property/Random.hpp"
+#include "tests/support/SpecialNumbers.hpp"
 
 namespace ZARN::DU {
 namespace {
@@ -20,20 +22,15 @@ namespace {
 using Testing::Above;
 using Testing::AnswerTally;
 using Testing::Below;
+using Testing::IsAnyNear;
+using Testing::IsAnyOpenNear;
 using Testing::JudgeBall;
+using Testing::kInfinity;
+using Testing::kNaN;
 using Testing::Random;
 
 using Points = std::vector<TVector3>;
 using Limits = std::numeric_limits<double>;
-constexpr double kInfinity = Limits::infinity();
-constexpr double kNaN = Limits::quiet_NaN();
-
-/// The loop that the tree spares.
-bool IsAnyNear(const Points& points, double reach, const TVector3& point) {
-  return std::any_of(points.begin(), points.end(), [&](const TVector3& listed) {
-    return reach > (point - listed).Mag();
-  });
-}
 
 /// Expect a tree to say of every place what the loop says, and give how many of
 /// the places have a point near.
@@ -49,18 +46,6 @@ int ExpectAnswersOfTheLoop(const Points& points, double reach,
         << ::testing::PrintToString(place);
   }
   return near;
-}
-
-/// Whether one of the points behind some open items is near.
-bool IsAnyOpenNear(const PointTree& tree, const BoxTest::Items& open,
-                   const TVector3& place) {
-  StretchLists list(1000000);
-  tree.AppendEntries(open, list);
-  const Stretch some = list.EndList();
-  EXPECT_EQ(some.Count(), list.All().size());
-  return std::any_of(
-      list.All().begin(), list.All().end(),
-      [&](Stretch entries) { return tree.HasPointNear(place, entries); });
 }
 
 /// How many points stand behind some open items.

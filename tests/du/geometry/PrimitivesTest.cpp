@@ -4,7 +4,6 @@
 
 #include <algorithm>
 #include <cmath>
-#include <limits>
 #include <string>
 #include <vector>
 
@@ -13,6 +12,7 @@
 #include "tests/du/PrintVectors.hpp"
 #include "tests/du/RootWarnings.hpp"
 #include "tests/support/Captured.hpp"
+#include "tests/support/SpecialNumbers.hpp"
 
 namespace ZARN::DU {
 namespace {
@@ -21,9 +21,8 @@ using Testing::Above;
 using Testing::Below;
 using Testing::Captured;
 using Testing::FindExact;
+using Testing::kInfinity;
 using Testing::RootWarnings;
-
-constexpr double kInfinity = std::numeric_limits<double>::infinity();
 
 /// Keeps the compiler from evaluating functions of constants: it rounds
 /// correctly, while the library may be off by one unit in the last place.

@@ -7,16 +7,17 @@
 
 #include "tests/du/Neighbours.hpp"
 #include "tests/property/Random.hpp"
+#include "tests/support/SpecialNumbers.hpp"
 
 namespace ZARN::DU {
 namespace {
 
 using Testing::Above;
 using Testing::Below;
+using Testing::kInfinity;
 using Testing::Random;
 
 using Limits = std::numeric_limits<double>;
-constexpr double kInfinity = Limits::infinity();
 
 /// Expect the squared limit to agree with the square root around the limit, and
 /// at the ends of the range of doubles.

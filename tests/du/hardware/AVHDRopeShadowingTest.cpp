@@ -14,6 +14,7 @@
 #include "tests/du/Directions.hpp"
 #include "tests/du/Neighbours.hpp"
 #include "tests/du/Paths.hpp"
+#include "tests/du/UsualVessel.hpp"
 
 namespace ZARN::DU {
 namespace {
@@ -22,12 +23,12 @@ using Testing::Above;
 using Testing::Below;
 using Testing::FindExact;
 using Testing::InWater;
+using Testing::kTolerance;
 using Testing::OneCrossing;
 using Testing::SegmentsOf;
 
 // A power of two, so that lengths become angles without rounding.
 constexpr double kCylinderRadius = 4096.0;
-constexpr double kTolerance = 150.0;
 const TVector3 kOrigin(0, 0, 0);
 const TVector3 kDown(0, 0, -1.0);
 

@@ -13,6 +13,7 @@
 #include "du/geometry/Primitives.hpp"
 #include "tests/du/PrintVectors.hpp"
 #include "tests/du/RootWarnings.hpp"
+#include "tests/du/UsualVessel.hpp"
 #include "tests/support/Captured.hpp"
 #include "tests/support/Tables.hpp"
 
@@ -20,12 +21,12 @@ namespace ZARN::DU {
 namespace {
 
 using Testing::ExpectSamePoints;
+using Testing::kOuterAVRadius;
 using Testing::RootWarnings;
 using Testing::Tables;
 
 using Points = std::vector<TVector3>;
 
-constexpr double kOuterAVRadius = 5860.0;
 constexpr double kAVNeckRadius = 700.0;
 
 /// A template rope that goes up at azimuth 8 degrees and down at 154.

@@ -13,6 +13,7 @@
 #include "tests/du/Neighbours.hpp"
 #include "tests/du/Paths.hpp"
 #include "tests/du/RootWarnings.hpp"
+#include "tests/du/UsualVessel.hpp"
 #include "tests/support/Captured.hpp"
 #include "tests/support/Tables.hpp"
 
@@ -23,15 +24,14 @@ using Testing::Above;
 using Testing::Below;
 using Testing::ExpectSamePoints;
 using Testing::FindChange;
+using Testing::kOuterAVRadius;
+using Testing::kTolerance;
 using Testing::Neighbours;
 using Testing::OneCrossing;
 using Testing::RootWarnings;
 using Testing::SegmentsOf;
 using Testing::Tables;
 using Testing::TwoCrossings;
-
-constexpr double kTolerance = 150.0;
-constexpr double kOuterAVRadius = 5860.0;
 
 BellyPlateModel PlatesAt(const std::vector<TVector3>& centres) {
   BellyPlateModel model;

@@ -7,6 +7,7 @@
 #include "db/DBErrors.hpp"
 #include "tests/du/Neighbours.hpp"
 #include "tests/du/Paths.hpp"
+#include "tests/du/UsualVessel.hpp"
 #include "tests/support/Tables.hpp"
 
 namespace ZARN::DU {
@@ -14,12 +15,11 @@ namespace {
 
 using Testing::Above;
 using Testing::Below;
+using Testing::kTolerance;
 using Testing::OneCrossing;
 using Testing::SegmentsOf;
 using Testing::Tables;
 using Testing::TwoCrossings;
-
-constexpr double kTolerance = 150.0;
 
 /// Two anchors; the reach of each, with kTolerance, is 210 mm.
 NCDAnchorModel TwoAnchors() {
@@ -30,26 +30,26 @@ NCDAnchorModel TwoAnchors() {
   return model;
 }
 
-bool IsShadowedAt(const TVector3& point,
-                  const NCDAnchorModel& model = TwoAnchors(),
-                  double tolerance = kTolerance) {
+bool IsShadowedByAnchors(const TVector3& point,
+                         const NCDAnchorModel& model = TwoAnchors(),
+                         double tolerance = kTolerance) {
   return CheckForNCDAnchorShadowing(model, tolerance,
                                     SegmentsOf(OneCrossing(point)));
 }
 
 TEST(NCDAnchors, DoNotShadowAPointExactlyAtTheirReach) {
-  EXPECT_FALSE(IsShadowedAt({5800, 0, 210}));
-  EXPECT_TRUE(IsShadowedAt({5800, 0, Below(210.0)}));
-  EXPECT_FALSE(IsShadowedAt({5800, 0, Above(210.0)}));
+  EXPECT_FALSE(IsShadowedByAnchors({5800, 0, 210}));
+  EXPECT_TRUE(IsShadowedByAnchors({5800, 0, Below(210.0)}));
+  EXPECT_FALSE(IsShadowedByAnchors({5800, 0, Above(210.0)}));
 }
 
 TEST(NCDAnchors, ReachAsFarAsTheirHalfHeightPlusTheTolerance) {
   const TVector3 point(5812, 34, 56);
   NCDAnchorModel model = TwoAnchors();
   model.NCDAnchorHalfZ = (point - model.NCDAnchorPositions[0]).Mag();
-  EXPECT_FALSE(IsShadowedAt(point, model, 0.0));
+  EXPECT_FALSE(IsShadowedByAnchors(point, model, 0.0));
   model.NCDAnchorHalfZ = Above(model.NCDAnchorHalfZ);
-  EXPECT_TRUE(IsShadowedAt(point, model, 0.0));
+  EXPECT_TRUE(IsShadowedByAnchors(point, model, 0.0));
 }
 
 TEST(NCDAnchors, DoNotShadowASecondCrossingExactlyAtTheirReach) {
@@ -66,17 +66,17 @@ TEST(NCDAnchors, ReachFartherWithALargerToleranceWhateverTheirRadius) {
   NCDAnchorModel model = TwoAnchors();
   for (const TVector3& anchor : model.NCDAnchorPositions) {
     const TVector3 point = anchor + TVector3(0, 0, 300);
-    EXPECT_FALSE(IsShadowedAt(point, model, 150.0));
-    EXPECT_TRUE(IsShadowedAt(point, model, 250.0));
+    EXPECT_FALSE(IsShadowedByAnchors(point, model, 150.0));
+    EXPECT_TRUE(IsShadowedByAnchors(point, model, 250.0));
   }
   model.NCDAnchorRadius = 1e6;
-  EXPECT_FALSE(IsShadowedAt({5800, 0, 300}, model));
+  EXPECT_FALSE(IsShadowedByAnchors({5800, 0, 300}, model));
 }
 
 TEST(NCDAnchors, ShadowNothingWithANegativeReach) {
-  EXPECT_FALSE(IsShadowedAt({5800, 0, 0}, TwoAnchors(), -60.0));
-  EXPECT_FALSE(IsShadowedAt({5800, 0, 0}, TwoAnchors(), -100.0));
-  EXPECT_TRUE(IsShadowedAt({5800, 0, 0}, TwoAnchors(), Above(-60.0)));
+  EXPECT_FALSE(IsShadowedByAnchors({5800, 0, 0}, TwoAnchors(), -60.0));
+  EXPECT_FALSE(IsShadowedByAnchors({5800, 0, 0}, TwoAnchors(), -100.0));
+  EXPECT_TRUE(IsShadowedByAnchors({5800, 0, 0}, TwoAnchors(), Above(-60.0)));
 }
 
 TEST(NCDAnchors, ShadowAPathThroughTheWallThatLeavesNearOne) {
@@ -103,7 +103,7 @@ TEST(NCDAnchors, NeverShadowAPathInWater) {
 }
 
 TEST(NCDAnchors, ShadowNothingWhenThereAreNone) {
-  EXPECT_FALSE(IsShadowedAt({5800, 0, 0}, NCDAnchorModel(), 1e9));
+  EXPECT_FALSE(IsShadowedByAnchors({5800, 0, 0}, NCDAnchorModel(), 1e9));
 }
 
 TEST(NCDAnchors, JudgeAPathOfUnknownTypeAtTheCentre) {
@@ -124,7 +124,7 @@ TEST(NCDAnchors, NeverShadowAnUninitialisedPath) {
       CheckForNCDAnchorShadowing(model, kTolerance, SegmentsOf(LightPath())));
 }
 
-const std::vector<TVector3> kLocations = {
+const std::vector<TVector3> kAnchorLocations = {
     {5800, 0, 0}, {0, 5800, 1}, {4100, -4100, 2}};
 
 Tables AnchorTables() {
@@ -133,7 +133,7 @@ Tables AnchorTables() {
   tables.Set("GEO", "inner_av", "ncd_anchor_locations", "ncd_anchors");
   tables.Set("SOLID", "ncd_anchor", "half_z", 60.0);
   tables.Set("SOLID", "ncd_anchor", "r_max", 40.0);
-  tables.SetPositions("GEO_LOCATIONS", "ncd_anchors", kLocations);
+  tables.SetPositions("GEO_LOCATIONS", "ncd_anchors", kAnchorLocations);
   return tables;
 }
 
@@ -143,7 +143,7 @@ TEST(LoadNCDAnchorInfo, FollowsTheNamesInTheVesselsEntry) {
   LoadNCDAnchorInfo(DB::Get(), model);
   EXPECT_EQ(model.NCDAnchorHalfZ, 60.0);
   EXPECT_EQ(model.NCDAnchorRadius, 40.0);
-  EXPECT_EQ(model.NCDAnchorPositions, kLocations);
+  EXPECT_EQ(model.NCDAnchorPositions, kAnchorLocations);
 
   AnchorTables()
       .Set("GEO", "inner_av", "ncd_anchor_definition", "other_anchor")

@@ -6,6 +6,7 @@
 
 #include "db/DBErrors.hpp"
 #include "du/geometry/Primitives.hpp"
+#include "tests/du/Boss.hpp"
 #include "tests/du/Neighbours.hpp"
 #include "tests/du/Paths.hpp"
 #include "tests/support/Captured.hpp"
@@ -16,16 +17,11 @@ namespace {
 
 using Testing::Above;
 using Testing::Below;
+using Testing::BossWithAngle;
 using Testing::OneCrossing;
 using Testing::SegmentsOf;
 using Testing::Tables;
 using Testing::TwoCrossings;
-
-NeckBossModel BossWithAngle(double angle) {
-  NeckBossModel model;
-  model.NeckBossAngle = angle;
-  return model;
-}
 
 const TVector3 kUnderTheBoss(100, 0, 5850);
 const TVector3 kBesideTheBoss(4000, 0, 4000);

@@ -9,6 +9,7 @@
 #include "tests/du/Neighbours.hpp"
 #include "tests/du/Paths.hpp"
 #include "tests/du/TwoSupportRopes.hpp"
+#include "tests/du/UsualVessel.hpp"
 #include "tests/support/Captured.hpp"
 
 // Support ropes and paths wholly in water.
@@ -22,19 +23,13 @@ using Testing::Below;
 using Testing::CrossingOf;
 using Testing::FindExact;
 using Testing::InWater;
+using Testing::IsShadowed;
 using Testing::kCylinderRadius;
+using Testing::kTolerance;
 using Testing::SegmentsOf;
 using Testing::ToNoRope;
 using Testing::TopOfTheFirstRope;
 using Testing::TwoRopes;
-
-constexpr double kTolerance = 150.0;
-
-bool IsShadowed(const SupportRopeModel& model, const LightPath& path,
-                double tolerance = kTolerance) {
-  return CheckForSupportRopeShadowing(model, AVHDRopeModel(), tolerance,
-                                      SegmentsOf(path));
-}
 
 TEST(SupportRopes, MissAPathInWaterWithBothEndsInside) {
   EXPECT_FALSE(

@@ -11,6 +11,7 @@
 #include "tests/du/Neighbours.hpp"
 #include "tests/du/Paths.hpp"
 #include "tests/du/TwoSupportRopes.hpp"
+#include "tests/du/UsualVessel.hpp"
 #include "tests/support/Captured.hpp"
 #include "tests/support/Tables.hpp"
 
@@ -23,7 +24,10 @@ using Testing::Below;
 using Testing::CrossingOf;
 using Testing::ExpectSamePoints;
 using Testing::FindExact;
+using Testing::IsShadowed;
 using Testing::kCylinderRadius;
+using Testing::kOuterAVRadius;
+using Testing::kTolerance;
 using Testing::OneCrossing;
 using Testing::SegmentsOf;
 using Testing::Tables;
@@ -32,14 +36,6 @@ using Testing::TopOfTheFirstRope;
 using Testing::TwoRopes;
 
 using Points = std::vector<TVector3>;
-
-constexpr double kTolerance = 150.0;
-
-bool IsShadowed(const SupportRopeModel& model, const LightPath& path,
-                double tolerance = kTolerance) {
-  return CheckForSupportRopeShadowing(model, AVHDRopeModel(), tolerance,
-                                      SegmentsOf(path));
-}
 
 const TVector3 kAboveTheFeet(100, 100, 1);
 
@@ -207,7 +203,6 @@ TEST(SupportRopes, NeverShadowAnUninitialisedPath) {
 
 // Loading.
 
-constexpr double kOuterAVRadius = 5860.0;
 const Points kAnchors = {{5920, 0, 5}, {-3000, 5100, 7}};
 
 Tables RopeTables(const Points& anchors = kAnchors) {
