@@ -10,7 +10,7 @@
 namespace ZARN::Display {
 namespace {
 
-Drawing MakeDrawing() {
+Drawing MakeSvgDrawing() {
   Drawing drawing;
   drawing.width = 60.0;
   drawing.height = 30.0;
@@ -31,7 +31,7 @@ bool Contains(const std::string& text, const std::string& part) {
 }
 
 TEST(SvgWriter, WritesSizeTitleAndDescription) {
-  const std::string svg = WriteSvg(MakeDrawing());
+  const std::string svg = WriteSvg(MakeSvgDrawing());
   EXPECT_TRUE(
       Contains(svg, " width=\"120\" height=\"60\" viewBox=\"0 0 60 30\""));
   EXPECT_TRUE(
@@ -41,7 +41,7 @@ TEST(SvgWriter, WritesSizeTitleAndDescription) {
 }
 
 TEST(SvgWriter, WritesAPathForShapesOfOneKind) {
-  const std::string svg = WriteSvg(MakeDrawing());
+  const std::string svg = WriteSvg(MakeSvgDrawing());
   EXPECT_TRUE(Contains(
       svg,
       "<path d=\"M3 3l4 0 0 4.01 -4-0.01zM13.13 3l4 0 0 4.01 -4-0.01z\" "
@@ -50,7 +50,7 @@ TEST(SvgWriter, WritesAPathForShapesOfOneKind) {
 }
 
 TEST(SvgWriter, WritesWordsAsText) {
-  Drawing drawing = MakeDrawing();
+  Drawing drawing = MakeSvgDrawing();
   drawing.groups.push_back({"words",
                             {Text{"a < b & c",
                                   {1.5, 20},
@@ -77,7 +77,7 @@ TEST(SvgWriter, EmbedsImagesAsPng) {
     for (std::size_t i = 0; i < columns; ++i) {
       image.pixels.push_back(static_cast<std::uint32_t>(i * i * 0xF1D3E7U));
     }
-    Drawing drawing = MakeDrawing();
+    Drawing drawing = MakeSvgDrawing();
     drawing.groups = {{"image", {image}, {}}};
     const std::string svg = WriteSvg(drawing);
     const std::string start =
@@ -99,7 +99,7 @@ TEST(SvgWriter, EmbedsImagesAsPng) {
 }
 
 TEST(SvgWriter, LeavesOutWhatIsEmpty) {
-  Drawing drawing = MakeDrawing();
+  Drawing drawing = MakeSvgDrawing();
   drawing.groups = {{"nothing", {Shapes{{}, {}, {}, {}}, Lines{}}, {}}};
   EXPECT_FALSE(Contains(WriteSvg(drawing), "<path"));
 }

@@ -12,8 +12,12 @@
 #include <random>
 #include <string>
 
+#include "tests/support/SpecialNumbers.hpp"
+
 namespace ZARN::IO {
 namespace {
+
+using Testing::kInfinity;
 
 std::uint64_t Bits(double value) {
   std::uint64_t bits = 0;
@@ -65,7 +69,6 @@ TEST(ParseNumber, AcceptsOneLeadingPlus) {
 }
 
 TEST(ParseNumber, AcceptsInfinityAndNaN) {
-  constexpr double kInfinity = std::numeric_limits<double>::infinity();
   for (const char* cell :
        {"inf", "INF", "Inf", "infinity", "Infinity", "+inf"}) {
     ExpectNumber(cell, kInfinity);

@@ -3,7 +3,6 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
-#include <limits>
 #include <string>
 #include <vector>
 
@@ -12,13 +11,12 @@
 #include "lightpath/LightPathCalculator.hpp"
 #include "lightpath/LightPathType.hpp"
 #include "tests/lightpath/Vessels.hpp"
+#include "tests/support/SpecialNumbers.hpp"
 
 namespace ZARN::Testing {
 
 inline constexpr double kInner = 5800.0;
 inline constexpr double kOuter = 5860.0;
-inline constexpr double kInfinity = std::numeric_limits<double>::infinity();
-inline constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
 
 /// The neighbouring doubles of a positive number.
 inline double Below(double value) { return std::nextafter(value, 0.0); }

@@ -10,18 +10,18 @@
 namespace ZARN::Testing {
 
 std::vector<DU::eMedium> SegmentsOf(DU::eLightPathType type) {
-  constexpr DU::eMedium kInner = DU::eMedium::kInnerAV;
+  constexpr DU::eMedium kLiquid = DU::eMedium::kInnerAV;
   constexpr DU::eMedium kWall = DU::eMedium::kAcrylic;
   constexpr DU::eMedium kWater = DU::eMedium::kWater;
   switch (type) {
     case DU::kInnerAVToWater:
-      return {kInner, kWall, kWater};
+      return {kLiquid, kWall, kWater};
     case DU::kAVThroughInnerAVToWater:
-      return {kWall, kInner, kWall, kWater};
+      return {kWall, kLiquid, kWall, kWater};
     case DU::kAVToWater:
       return {kWall, kWater};
     case DU::kWaterThroughInnerAV:
-      return {kWater, kWall, kInner, kWall, kWater};
+      return {kWater, kWall, kLiquid, kWall, kWater};
     case DU::kWaterThroughAV:
       return {kWater, kWall, kWater};
     case DU::kWater:

@@ -15,8 +15,6 @@ double LogUniform(Random& random, double lowPower, double highPower) {
 
 namespace {
 
-constexpr double kTwoPi = 2.0 * kPi;
-
 /// A radius close to a given one, at any distance down to its last digits.
 double Near(Random& random, double radius) {
   const double side = random.Chance(0.5) ? 1.0 : -1.0;

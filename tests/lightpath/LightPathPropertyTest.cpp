@@ -26,8 +26,6 @@ using Reference::LaunchScan;
 using Reference::TracedRay;
 using Reference::TraceRay;
 
-constexpr double kTwoPi = 2.0 * kPi;
-
 enum class eMeeting { kMisses, kMeets, kTooCloseToTell };
 
 /// Whether the straight line hits the outer sphere, with more digits than the

@@ -4,7 +4,6 @@
 
 #include <algorithm>
 #include <cmath>
-#include <limits>
 #include <stdexcept>
 #include <vector>
 
@@ -14,6 +13,7 @@
 #include "tests/lightpath/Vessels.hpp"
 #include "tests/property/Random.hpp"
 #include "tests/support/Repetitions.hpp"
+#include "tests/support/SpecialNumbers.hpp"
 
 namespace ZARN::Testing {
 namespace {
@@ -184,8 +184,6 @@ TEST_P(LightPathRows, ComputeFewSinglePathsWhereNoLightIsTotallyReflected) {
 }
 
 TEST_P(LightPathRows, AreSinglePathsForImpossiblePairs) {
-  constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
-  constexpr double kInfinity = std::numeric_limits<double>::infinity();
   Random random(13);
   RowComparison comparison(Vessels().front().Media, GetParam());
   const TVector3 eventPos(1000.0, 2000.0, -3000.0);

@@ -16,7 +16,7 @@
 namespace ZARN::Testing {
 namespace {
 
-constexpr int kCells = 64;
+constexpr int kTableCells = 64;
 
 /// Places that a table and a single calculation can both give.
 struct Ends {
@@ -54,7 +54,7 @@ class TableComparison {
       const DU::RayTable table(
           light, media_, eventPos.Mag(),
           {group.lowest, 0.5 * (group.lowest + group.highest), group.highest},
-          kCells);
+          kTableCells);
       for (std::size_t i = group.begin; i < group.end; ++i) {
         Compare(table, eventPos, pmts, i, light, steps);
       }
@@ -68,7 +68,7 @@ class TableComparison {
     const double highest = lowest * (1.0 + width);
     const DU::RayTable table(light, media_, eventPos.Mag(),
                              {lowest, 0.5 * (lowest + highest), highest},
-                             kCells);
+                             kTableCells);
     const TVector3 towards = eventPos.Unit();
     const TVector3 across = towards.Orthogonal().Unit();
     std::vector<TVector3> positions;
@@ -175,8 +175,8 @@ class TableComparison {
 };
 
 /// Distances from the centre where rays are hard to follow, for any vessel.
-std::vector<double> EventRadii(const DU::ConcentricMedia& media,
-                               Random& random) {
+std::vector<double> RadiiForTables(const DU::ConcentricMedia& media,
+                                   Random& random) {
   const double inner = media.InnerRadius;
   const double outer = media.OuterRadius;
   // Where total reflection begins.
@@ -200,8 +200,8 @@ std::vector<double> EventRadii(const DU::ConcentricMedia& media,
 }
 
 /// PMTs in all directions, also nearly in line with the event and the centre.
-std::vector<TVector3> PMTs(const TVector3& eventPos, double lowest,
-                           double highest, int count, Random& random) {
+std::vector<TVector3> PMTsForTables(const TVector3& eventPos, double lowest,
+                                    double highest, int count, Random& random) {
   std::vector<TVector3> positions;
   for (int i = 0; i < count; ++i) {
     TVector3 direction = random.Direction();
@@ -223,27 +223,28 @@ TEST_P(RayTables, FollowEveryRayWithinItsBound) {
     SCOPED_TRACE(vessel.Name);
     TableComparison comparison(vessel.Media, GetParam());
     const double outer = vessel.Media.OuterRadius;
-    for (const double radius : EventRadii(vessel.Media, random)) {
+    for (const double radius : RadiiForTables(vessel.Media, random)) {
       SCOPED_TRACE(radius);
       const TVector3 eventPos = random.Direction() * radius;
       const double at = outer * random.Uniform(1.001, 2.0);
+      comparison.Compare(
+          eventPos, PMTsForTables(eventPos, at, at * (1 + 1e-7), 40, random),
+          DU::eLight::kDirect, DU::eSteps::kOne);
+      comparison.Compare(
+          eventPos, PMTsForTables(eventPos, at, at * (1 + 1e-7), 40, random),
+          DU::eLight::kDirect, DU::eSteps::kMany);
       comparison.Compare(eventPos,
-                         PMTs(eventPos, at, at * (1 + 1e-7), 40, random),
-                         DU::eLight::kDirect, DU::eSteps::kOne);
-      comparison.Compare(eventPos,
-                         PMTs(eventPos, at, at * (1 + 1e-7), 40, random),
-                         DU::eLight::kDirect, DU::eSteps::kMany);
-      comparison.Compare(eventPos, PMTs(eventPos, at, 1.3 * at, 60, random),
+                         PMTsForTables(eventPos, at, 1.3 * at, 60, random),
                          DU::eLight::kDirect, DU::eSteps::kMany);
       // One PMT far away makes the groups of the others wide.
       std::vector<TVector3> inWideGroups =
-          PMTs(eventPos, at, 1.3 * at, 60, random);
+          PMTsForTables(eventPos, at, 1.3 * at, 60, random);
       inWideGroups.push_back(random.Direction() * (8.0 * at));
       comparison.Compare(eventPos, inWideGroups, DU::eLight::kDirect,
                          DU::eSteps::kMany);
-      comparison.Compare(eventPos,
-                         PMTs(eventPos, at, at * (1 + 1e-7), 20, random),
-                         DU::eLight::kReflected, DU::eSteps::kOne);
+      comparison.Compare(
+          eventPos, PMTsForTables(eventPos, at, at * (1 + 1e-7), 20, random),
+          DU::eLight::kReflected, DU::eSteps::kOne);
     }
     all.rays += comparison.found.rays;
     all.known += comparison.found.known;
@@ -265,7 +266,7 @@ TEST_P(RayTables, FollowRaysInRandomMedia) {
         random.Direction() * (media.OuterRadius * random.Uniform(0.0, 1.5));
     const double at = media.OuterRadius * random.Uniform(1.0001, 2.0);
     comparison.Compare(eventPos,
-                       PMTs(eventPos, at, at * (1 + 1e-7), 60, random),
+                       PMTsForTables(eventPos, at, at * (1 + 1e-7), 60, random),
                        DU::eLight::kDirect, DU::eSteps::kMany);
     EXPECT_LE(comparison.found.worst, 1.0) << i;
   }
@@ -277,7 +278,7 @@ TEST_P(RayTables, AreRightUpToTheEndsOfTheirRanges) {
   for (const Vessel& vessel : Vessels()) {
     SCOPED_TRACE(vessel.Name);
     TableComparison comparison(vessel.Media, GetParam());
-    for (const double radius : EventRadii(vessel.Media, random)) {
+    for (const double radius : RadiiForTables(vessel.Media, random)) {
       SCOPED_TRACE(radius);
       const TVector3 eventPos = random.Direction() * radius;
       for (const double width : {0.0, 1e-6, 1e-5, 1e-3}) {
@@ -304,7 +305,8 @@ TEST(RayTable, KnowsMostRaysOfARealVessel) {
   for (const double radius : {0.0, 2000.0, 5000.0, 5700.0, 5830.0, 7000.0}) {
     TableComparison comparison(media, DU::WidestKernel());
     const TVector3 eventPos = random.Direction() * std::max(radius, 1e-9);
-    comparison.Compare(eventPos, PMTs(eventPos, 8400.0, 8400.001, 4000, random),
+    comparison.Compare(eventPos,
+                       PMTsForTables(eventPos, 8400.0, 8400.001, 4000, random),
                        DU::eLight::kDirect, DU::eSteps::kMany);
     // A tenth of the PMTs are nearly in line with the event and the centre.
     EXPECT_GT(comparison.found.known, 0.9 * comparison.found.rays) << radius;
@@ -314,7 +316,7 @@ TEST(RayTable, KnowsMostRaysOfARealVessel) {
 TEST(RayTable, IsEmptyForPMTsAtTheVessel) {
   const DU::ConcentricMedia media = Vessels().front().Media;
   const DU::RayTable table(DU::eLight::kDirect, media, 1000.0,
-                           {5860.0, 5861.0, 5862.0}, kCells);
+                           {5860.0, 5861.0, 5862.0}, kTableCells);
   EXPECT_FALSE(table.Near().has_value());
   EXPECT_FALSE(table.Far().has_value());
   EXPECT_FALSE(table.LeastEmpty() < table.MostEmpty());

@@ -4,7 +4,6 @@
 #include <array>
 #include <cmath>
 #include <cstddef>
-#include <limits>
 #include <string>
 #include <vector>
 
@@ -12,16 +11,14 @@
 #include "lightpath/ConcentricMedia.hpp"
 #include "lightpath/LightPathCalculator.hpp"
 #include "lightpath/LightPathType.hpp"
+#include "tests/lightpath/InRealVessel.hpp"
 #include "tests/lightpath/LightPathFlaws.hpp"
 #include "tests/lightpath/Vessels.hpp"
 #include "tests/property/Random.hpp"
+#include "tests/support/SpecialNumbers.hpp"
 
 namespace ZARN::Testing {
 namespace {
-
-constexpr double kOuter = 5860.0;
-constexpr double kInfinity = std::numeric_limits<double>::infinity();
-constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
 
 class Reflection : public testing::Test {
  protected:

@@ -13,6 +13,7 @@
 
 #include "lightpath/ConcentricMedia.hpp"
 #include "lightpath/LightPathType.hpp"
+#include "tests/lightpath/LightPathPairs.hpp"
 #include "tests/lightpath/Vessels.hpp"
 #include "tests/property/Random.hpp"
 #include "tests/reference/PlainLightTracer.hpp"
@@ -25,7 +26,6 @@ using Reference::LaunchScan;
 using Reference::TracedRay;
 using Reference::TraceRay;
 
-constexpr double kTwoPi = 2.0 * kPi;
 constexpr int kShards = 8;
 constexpr int kLaunches = 100000;
 constexpr int kAnglesPerScan = 25;
@@ -37,10 +37,6 @@ constexpr int kPairsPerPair = 100;
 double Folded(double swept) {
   const double turned = std::fmod(swept, kTwoPi);
   return turned > kPi ? kTwoPi - turned : turned;
-}
-
-double LogUniform(Random& random, double lowPower, double highPower) {
-  return std::pow(10.0, random.Uniform(lowPower, highPower));
 }
 
 double EventRadius(const DU::ConcentricMedia& media, Random& random) {

@@ -20,6 +20,7 @@
 namespace ZARN::Testing {
 
 using Reference::kPi;
+using Reference::kTwoPi;
 
 struct Vessel {
   std::string Name;

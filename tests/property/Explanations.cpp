@@ -4,19 +4,17 @@
 #include <array>
 #include <cmath>
 #include <ios>
-#include <limits>
 #include <sstream>
 
 #include "du/hardware/CriticalTolerance.hpp"
 #include "tests/property/SameBits.hpp"
+#include "tests/support/SpecialNumbers.hpp"
 
 namespace ZARN::Testing {
 namespace {
 
 using DU::eShadowingComponent;
 using Reference::PlainShadowingCalculator;
-
-constexpr double kInfinity = std::numeric_limits<double>::infinity();
 
 /// A component of the plain calculator.
 struct PlainComponent {

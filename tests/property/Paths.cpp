@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "tests/reference/PlainConstants.hpp"
+#include "tests/support/SpecialNumbers.hpp"
 
 namespace ZARN::Testing {
 
@@ -153,7 +154,6 @@ void PathMaker::Rename(TestPath& path) {
 }
 
 void PathMaker::PutSpecialValues(DU::LightPath& path) {
-  constexpr double kInfinity = std::numeric_limits<double>::infinity();
   constexpr std::array kValues = {
       0.0,    -0.0,      std::numeric_limits<double>::quiet_NaN(),
       5e-324, 1e-310,    -1e-170,
@@ -196,7 +196,6 @@ void PathMaker::LeaveVessel(DU::LightPath& path) {
 }
 
 double PathMaker::Nudged(double x) {
-  constexpr double kInfinity = std::numeric_limits<double>::infinity();
   if (closeness_ > kAtLimit) return x * (1.0 + Aside());
   switch (random_.Below(6)) {
     case 0:
@@ -238,7 +237,6 @@ TestPath PathMaker::Between(const TestPath& a, const TestPath& b, double t) {
 }
 
 TestPath PathMaker::Shaken(TestPath path) {
-  constexpr double kInfinity = std::numeric_limits<double>::infinity();
   closeness_ = kAtLimit;
   path.isAtLimit = true;
   const int count = random_.Whole(1, 8);

@@ -2,7 +2,6 @@
 
 #include <array>
 #include <cmath>
-#include <limits>
 #include <string>
 #include <vector>
 
@@ -13,6 +12,7 @@
 #include "tests/property/SameBits.hpp"
 #include "tests/property/TextSink.hpp"
 #include "tests/reference/PlainShadowingCalculator.hpp"
+#include "tests/support/SpecialNumbers.hpp"
 #include "tests/support/Tables.hpp"
 
 // The calculator uses only some results of the primitives (for example never a
@@ -38,7 +38,6 @@ class Primitives : public testing::Test {
   }
 
   double Number() {
-    constexpr double kInfinity = std::numeric_limits<double>::infinity();
     constexpr std::array kOdd = {0.0,    -0.0,  1.0,   8500.0,    5e-324,
                                  1e-170, 1e200, 1e308, kInfinity, -kInfinity};
     if (random_.Chance(0.03)) return random_.Pick(kOdd);

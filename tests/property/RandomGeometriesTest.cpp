@@ -6,7 +6,6 @@
 #include <cstddef>
 #include <cstdint>
 #include <cstdlib>
-#include <limits>
 #include <memory>
 #include <numeric>
 #include <optional>
@@ -18,6 +17,7 @@
 #include "tests/property/PathSearch.hpp"
 #include "tests/property/Paths.hpp"
 #include "tests/property/Random.hpp"
+#include "tests/support/SpecialNumbers.hpp"
 
 namespace ZARN::Testing {
 namespace {
@@ -189,8 +189,6 @@ bool RandomGeometries::SetUpRun(Random& random) {
   EXPECT_TRUE(same) << Where() << ", set-up: " << pair_->Difference();
   gridTolerance_ = pair_->Plain().BellyPlateTolerance;
   if (random.Chance(0.5)) {
-    constexpr double kInfinity = std::numeric_limits<double>::infinity();
-    constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
     constexpr std::array kTolerances = {
         0.0,   -10.0, 1.0,   3.0,    50.0,      70.5,      150.0,
         300.0, 50.0,  20.0,  100.0,  300.0,     700.0,     2000.0,

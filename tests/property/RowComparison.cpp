@@ -2,13 +2,13 @@
 
 #include <cmath>
 #include <exception>
-#include <limits>
 #include <optional>
 #include <sstream>
 
 #include "du/fast/EventBatch.hpp"
 #include "tests/lightpath/Vessels.hpp"
 #include "tests/property/Detectors.hpp"
+#include "tests/support/SpecialNumbers.hpp"
 
 namespace ZARN::Testing {
 namespace {
@@ -63,7 +63,6 @@ Tables WithRandomIndices(Tables tables, Random& random) {
 }  // namespace
 
 double AnyTolerance(Random& random) {
-  constexpr double kInfinity = std::numeric_limits<double>::infinity();
   constexpr std::array kTolerances = {
       150.0, 150.0,  150.0, 50.0,  0.0,   -10.0,      1.0,
       20.0,  70.5,   300.0, 700.0, 400.0, -12.0,      -15.0,

@@ -2,7 +2,8 @@
 
 #include <cmath>
 #include <functional>
-#include <limits>
+
+#include "tests/support/SpecialNumbers.hpp"
 
 namespace ZARN::Testing {
 namespace {
@@ -60,8 +61,6 @@ std::function<double()> DrawDistances(double outerRadius, Random& random) {
 void AddUnusualPMTs(std::vector<TVector3>& positions,
                     const DU::ConcentricMedia& media, const TVector3& eventPos,
                     Random& random) {
-  constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
-  constexpr double kInfinity = std::numeric_limits<double>::infinity();
   const double outer = media.OuterRadius;
   const std::array unusual = {
       eventPos,

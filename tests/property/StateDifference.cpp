@@ -62,7 +62,6 @@ class Comparison {
 
 void CompareFlags(Comparison& c, const DU::ShadowingCalculator& real,
                   const Reference::PlainShadowingCalculator& plain) {
-  using Component = DU::eShadowingComponent;
   c.Compare("ShadowedByAVHDRope", real.IsShadowedByAVHDRope(),
             plain.ShadowedByAVHDRope);
   c.Compare("ShadowedByBellyPlate", real.IsShadowedByBellyPlate(),
@@ -76,17 +75,23 @@ void CompareFlags(Comparison& c, const DU::ShadowingCalculator& real,
   c.Compare("ShadowedByNeckBoss", real.IsShadowedByNeckBoss(),
             plain.ShadowedByNeckBoss);
   c.Compare("Shadowed", real.IsShadowed(), plain.Shadowed);
-  c.Compare("AVPipeInfoLoaded", real.IsInfoLoaded(Component::kAVPipe),
+  c.Compare("AVPipeInfoLoaded",
+            real.IsInfoLoaded(DU::eShadowingComponent::kAVPipe),
             plain.AVPipeInfoLoaded);
-  c.Compare("NCDAnchorInfoLoaded", real.IsInfoLoaded(Component::kNCDAnchor),
+  c.Compare("NCDAnchorInfoLoaded",
+            real.IsInfoLoaded(DU::eShadowingComponent::kNCDAnchor),
             plain.NCDAnchorInfoLoaded);
-  c.Compare("BellyPlateInfoLoaded", real.IsInfoLoaded(Component::kBellyPlate),
+  c.Compare("BellyPlateInfoLoaded",
+            real.IsInfoLoaded(DU::eShadowingComponent::kBellyPlate),
             plain.BellyPlateInfoLoaded);
-  c.Compare("AVHDRopeInfoLoaded", real.IsInfoLoaded(Component::kAVHDRope),
+  c.Compare("AVHDRopeInfoLoaded",
+            real.IsInfoLoaded(DU::eShadowingComponent::kAVHDRope),
             plain.AVHDRopeInfoLoaded);
-  c.Compare("SupportRopeInfoLoaded", real.IsInfoLoaded(Component::kSupportRope),
+  c.Compare("SupportRopeInfoLoaded",
+            real.IsInfoLoaded(DU::eShadowingComponent::kSupportRope),
             plain.SupportRopeInfoLoaded);
-  c.Compare("NeckBossInfoLoaded", real.IsInfoLoaded(Component::kNeckBoss),
+  c.Compare("NeckBossInfoLoaded",
+            real.IsInfoLoaded(DU::eShadowingComponent::kNeckBoss),
             plain.NeckBossInfoLoaded);
 }
 

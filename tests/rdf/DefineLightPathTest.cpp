@@ -2,7 +2,6 @@
 #include <gmock/gmock.h>
 #include <ROOT/RDataFrame.hxx>
 #include <array>
-#include <limits>
 #include <set>
 #include <stdexcept>
 #include <string>
@@ -13,6 +12,7 @@
 #include "tests/property/Random.hpp"
 #include "tests/rdf/Frames.hpp"
 #include "tests/rdf/InDetector.hpp"
+#include "tests/support/SpecialNumbers.hpp"
 #include "tests/support/TextOf.hpp"
 
 namespace ZARN::Testing {
@@ -28,7 +28,6 @@ struct Pairs {
   std::vector<TVector3> pmts;
 
   explicit Pairs(std::size_t count) {
-    constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
     Random random(15);
     for (std::size_t i = 0; i < count; ++i) {
       const double radius = std::array{3000.0, 5799.0, 5830.0, 7000.0}[i % 4];

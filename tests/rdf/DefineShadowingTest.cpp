@@ -17,8 +17,6 @@ namespace {
 
 using ROOT::RDF::RNode;
 
-constexpr std::size_t kExamplePaths = 24'000;
-
 class DefineShadowing : public InDetector {
  protected:
   DefineShadowing() : paths_(ExamplePaths(kExamplePaths)) {}

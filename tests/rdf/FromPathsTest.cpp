@@ -21,8 +21,6 @@ using ROOT::RDF::RNode;
 using testing::AllOf;
 using testing::HasSubstr;
 
-constexpr std::size_t kExamplePaths = 24'000;
-
 class FromPaths : public InDetector {
  protected:
   FromPaths() : paths_(ExamplePaths(kExamplePaths)) {}

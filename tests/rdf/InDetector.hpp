@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <vector>
 
 #include "db/JsonTables.hpp"
@@ -10,6 +11,8 @@
 #include "tests/support/InFolder.hpp"
 
 namespace ZARN::Testing {
+
+inline constexpr std::size_t kExamplePaths = 24'000;
 
 /// A test in the reference detector, in a folder of its own, that may use
 /// several threads.
