@@ -13,9 +13,7 @@ namespace ZARN::DU {
 namespace {
 
 /// Rounding error of a sum of products of coordinates, relative to its terms.
-constexpr double kRounding = 4 * std::numeric_limits<double>::epsilon();
-
-constexpr double kFarthest = LightPathCalculator::kFarthest;
+constexpr double kLineRounding = 4 * std::numeric_limits<double>::epsilon();
 
 double RadiusOf(const ConcentricMedia& media, eCrossing crossing) {
   return IsAtInnerSurface(crossing) ? media.InnerRadius : media.OuterRadius;
@@ -28,7 +26,8 @@ class Ends {
        const TVector3& pmtPos)
       : eventRadius_(eventPos.Mag()), pmtRadius_(pmtPos.Mag()) {
     // Comparisons with NaN are false, so NaN gives false.
-    canBeJoined_ = eventRadius_ <= kFarthest && pmtRadius_ <= kFarthest &&
+    canBeJoined_ = eventRadius_ <= LightPathCalculator::kFarthest &&
+                   pmtRadius_ <= LightPathCalculator::kFarthest &&
                    media.At(pmtRadius_) == eMedium::kWater &&
                    eventPos != pmtPos;
     if (!canBeJoined_) return;
@@ -40,7 +39,7 @@ class Ends {
     const TVector3 normal = toEvent_.Cross(toPMT_);
     const double sine = normal.Mag();
     cosine_ = toEvent_.Dot(toPMT_);
-    areInLine_ = sine <= kRounding;
+    areInLine_ = sine <= kLineRounding;
     if (areInLine_) return;
     angle_ = std::atan2(sine, cosine_);
     // Perpendicular to the event's direction even if the normal is inexact.
@@ -125,7 +124,8 @@ bool Crosses(const TVector3& from, const TVector3& to, double radius) {
   const double toNearest = -from.Dot(way);
   const double squared = way.Mag2();
   if (toNearest <= 0 || toNearest >= squared) return false;
-  return from.Cross(way).Mag2() < (1 - kRounding) * radius * radius * squared;
+  return from.Cross(way).Mag2() <
+         (1 - kLineRounding) * radius * radius * squared;
 }
 
 /// Constructing eight vectors for each path would cost time. Created by the

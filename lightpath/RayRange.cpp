@@ -33,8 +33,6 @@ static_assert(HasTurns(Families::kInwardFromWater,
                        eRayFamily::kInwardFromWater));
 static_assert(HasTurns(Families::kReflected, eRayFamily::kReflected));
 
-constexpr double kPi = TMath::Pi();
-
 /// H of one ray with its derivatives by the table's coordinate.
 struct Sample {
   double y;
@@ -227,7 +225,7 @@ Sample CellMaker::SampleAt(const CurvePoint& point) const {
   Sample sample = {};
   if (point.t == 0.0) {
     sample = CentralSample(point);
-  } else if (point.t >= kPi) {
+  } else if (point.t >= TMath::Pi()) {
     // The other ray through the centre: there 1 / H is the H of that side.
     const Sample other = CentralSample(point);
     sample = {-1.0,
@@ -339,7 +337,8 @@ RayRange CellMaker::Make() const {
   branch.scale = 1.0 / step_;
   branch.count = count_;
   branch.cells = range.cells.data();
-  branch.leastCosine = piece_.End().t >= kPi ? -2.0 : std::cos(piece_.End().t);
+  branch.leastCosine =
+      piece_.End().t >= TMath::Pi() ? -2.0 : std::cos(piece_.End().t);
   branch.sign = rays.IsBaseOdd() ? -1.0 : 1.0;
   for (std::size_t site = 0; site < kNearSites; ++site) {
     branch.ratios[site] = rays.Ratios()[site];

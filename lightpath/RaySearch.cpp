@@ -16,7 +16,7 @@ using Ray = SweptAngle::Ray;
 
 /// Limit of the rounding error of a swept angle, rad (some thirty operations on
 /// numbers up to 2 pi; at 10 m it is 4e-11 mm).
-constexpr double kRounding = 4e-15;
+constexpr double kZeroRounding = 4e-15;
 
 enum class eWanted { kAll, kShortest };
 
@@ -58,8 +58,8 @@ class FamilySearch {
     // One family begins where another ends: rounding must not lose the ray
     // between them.
     const bool isFirst =
-        !startsAtCentre_ && std::abs(Miss(first_)) <= kRounding;
-    const bool isLast = std::abs(Miss(last_)) <= kRounding;
+        !startsAtCentre_ && std::abs(Miss(first_)) <= kZeroRounding;
+    const bool isLast = std::abs(Miss(last_)) <= kZeroRounding;
     if (isFirst) Tell(first_);
     if (isLast) Tell(last_);
     Search(first_, last_);
@@ -117,7 +117,7 @@ double Between(const Ray& first, const Ray& last, double t) {
 }
 
 /// A value of a function of t with its derivative.
-struct Sample {
+struct Tangent {
   double T;
   double Value;
   double Derivative;
@@ -128,7 +128,7 @@ constexpr double kNowhere = std::numeric_limits<double>::quiet_NaN();
 
 /// Estimate of a zero of a function: the cubic through two samples that gives t
 /// as a function of the value. The result may be any number.
-double InverseCubic(const Sample& a, const Sample& b) {
+double InverseCubic(const Tangent& a, const Tangent& b) {
   if (a.Derivative == 0 || b.Derivative == 0) return kNowhere;
   const double rise = b.Value - a.Value;
   const double share = -a.Value / rise;
@@ -152,7 +152,7 @@ void FamilySearch<OnFound>::Search(const Ray& first, const Ray& last) {
     const Range slopes = SlopesBetween(first, last);
     const Range towards = sign > 0 ? slopes : Range{-slopes.High, -slopes.Low};
     if (LeastBetween(sign * before, sign * after, towards, last.T - first.T) >
-        kRounding) {
+        kZeroRounding) {
       return;
     }
   }
@@ -180,7 +180,7 @@ void FamilySearch<OnFound>::SearchDip(Ray first, Ray last) {
   while (sign * first.Slope < 0 && sign * last.Slope > 0) {
     const Range tangents = {sign * first.Slope, sign * last.Slope};
     if (LeastBetween(sign * Miss(first), sign * Miss(last), tangents,
-                     last.T - first.T) > kRounding) {
+                     last.T - first.T) > kZeroRounding) {
       return;
     }
     if (AreNeighbours(first, last)) break;
@@ -200,7 +200,7 @@ void FamilySearch<OnFound>::SearchDip(Ray first, Ray last) {
     (sign * middle.Slope < 0 ? first : last) = middle;
   }
   const Ray& nearest = sign * Miss(first) < sign * Miss(last) ? first : last;
-  if (std::abs(Miss(nearest)) <= kRounding) Tell(nearest);
+  if (std::abs(Miss(nearest)) <= kZeroRounding) Tell(nearest);
 }
 
 /// Estimate of the zero of the miss.
@@ -224,7 +224,7 @@ void FamilySearch<OnFound>::Solve(Ray first, Ray last) {
   while (true) {
     const Ray ray = At(Between(first, last, t));
     const double miss = Miss(ray);
-    if (std::abs(miss) <= kRounding || AreNeighbours(first, last)) {
+    if (std::abs(miss) <= kZeroRounding || AreNeighbours(first, last)) {
       Tell(ray);
       return;
     }

@@ -12,8 +12,6 @@
 namespace ZARN::DU {
 namespace {
 
-constexpr double kPi = TMath::Pi();
-
 /// Directions so near to the end of a range are left open, rad: by far more
 /// than the rounding of the angles.
 constexpr double kMargin = 1e-6;
@@ -132,7 +130,7 @@ struct Meeting {
 /// lengths grows with the angle, and is zero at most once.
 std::optional<Meeting> MeetingOf(const RayPiece& near, const RayPiece& far,
                                  double lengthSlack) {
-  const double first = kPi - far.End().g;
+  const double first = TMath::Pi() - far.End().g;
   const double last = near.End().g;
   CurvePoint onNear = PointAt(near, first, near.curve.Central());
   CurvePoint onFar = far.End();
@@ -141,7 +139,8 @@ std::optional<Meeting> MeetingOf(const RayPiece& near, const RayPiece& far,
       highest * std::min(std::sin(onNear.t), std::sin(near.End().t));
   const double mostFar = far.curve.Rays().Highest() * std::sin(far.End().t);
   const double least = leastNear - mostFar;
-  if (!(least > 1e-3 * highest) || far.End().t > 0.5 * kPi) return std::nullopt;
+  if (!(least > 1e-3 * highest) || far.End().t > 0.5 * TMath::Pi())
+    return std::nullopt;
   const auto difference = [&] {
     return near.curve.OpticalLength(onNear) - far.curve.OpticalLength(onFar);
   };
@@ -159,7 +158,7 @@ std::optional<Meeting> MeetingOf(const RayPiece& near, const RayPiece& far,
     const bool isLast = next == angle;
     angle = next;
     onNear = PointAt(near, angle, onNear);
-    onFar = PointAt(far, kPi - angle, onFar);
+    onFar = PointAt(far, TMath::Pi() - angle, onFar);
     excess = difference();
     if (isLast || std::abs(excess) < 1e-7) break;
   }
@@ -204,14 +203,16 @@ std::optional<Pieces> PiecesOf(const Curves& curves, eRayFamily nearFamily,
   if (curves.areJoined) {
     // Between the folds no ray is the shortest.
     const std::size_t fold = near->folds[0];
-    if (near->folds.size() != 2 || near->points[fold].g >= kPi - slack.angle ||
+    if (near->folds.size() != 2 ||
+        near->points[fold].g >= TMath::Pi() - slack.angle ||
         far->folds.empty()) {
       return std::nullopt;
     }
     return Pieces{piece(curves.near, eRayFamily::kOutwardJoined, *near, fold),
                   piece(curves.far, farFamily, *far, lastFar)};
   }
-  if (!near->folds.empty() || near->points.back().g >= kPi - slack.angle ||
+  if (!near->folds.empty() ||
+      near->points.back().g >= TMath::Pi() - slack.angle ||
       far->points.back().g <= slack.angle) {
     return std::nullopt;
   }
@@ -279,11 +280,11 @@ void RayTable::SetThrough(const Reaches& reaches, eRayFamily nearFamily,
   if (!pieces.has_value()) return;
   const RayPiece& near = pieces->near;
   if (!pieces->far.has_value()) {
-    SetNear(near, kPi, 0.0);
+    SetNear(near, TMath::Pi(), 0.0);
     return;
   }
   const RayPiece& far = *pieces->far;
-  const double first = kPi - far.End().g;
+  const double first = TMath::Pi() - far.End().g;
   const double last = near.End().g;
   const double margin = kMargin + near.slack.angle;
   if (first > last) {
@@ -331,7 +332,7 @@ void RayTable::SetFromWater(const ConcentricMedia& media, double eventRadius,
                         reaches.Radii().middle,
                         std::move(found->points),
                         isFolded};
-  const double farthest = kPi - far.End().g;
+  const double farthest = TMath::Pi() - far.End().g;
   const double margin = kMargin + slack.angle;
   SetFar(far, std::max(farthest, last), margin);
   if (farthest > last) SetEmpty(last, farthest, margin);
@@ -340,7 +341,7 @@ void RayTable::SetFromWater(const ConcentricMedia& media, double eventRadius,
 void RayTable::SetReflected(const ConcentricMedia& media, double eventRadius,
                             const Reaches& reaches) {
   if (media.At(eventRadius) != eMedium::kWater) {
-    SetEmpty(-1.0, kPi + 1.0, 0.0);
+    SetEmpty(-1.0, TMath::Pi() + 1.0, 0.0);
     return;
   }
   const SweptAngle rays(Families::kReflected, reaches.Sites());
@@ -357,22 +358,23 @@ void RayTable::SetReflected(const ConcentricMedia& media, double eventRadius,
   const double last = TangentAngle(media, eventRadius, reaches.Radii().highest);
   const double margin = kMargin + slack.angle;
   SetNear(piece, piece.End().g, margin);
-  SetEmpty(last, kPi + 1.0, margin);
+  SetEmpty(last, TMath::Pi() + 1.0, margin);
 }
 
 void RayTable::SetNear(const RayPiece& piece, double end, double margin) {
   near_ = MakeRayRange(piece, std::min(end, piece.End().g), cells_);
-  leastNear_ = end >= kPi ? -2.0 : std::cos(end - margin);
+  leastNear_ = end >= TMath::Pi() ? -2.0 : std::cos(end - margin);
 }
 
 /// @param begin  where the range begins, as a swept angle; it goes to pi
 void RayTable::SetFar(const RayPiece& piece, double begin, double margin) {
-  far_ = MakeRayRange(piece, std::min(kPi - begin, piece.End().g), cells_);
+  far_ =
+      MakeRayRange(piece, std::min(TMath::Pi() - begin, piece.End().g), cells_);
   mostFar_ = std::cos(begin + margin);
 }
 
 void RayTable::SetEmpty(double begin, double end, double margin) {
-  leastEmpty_ = end > kPi ? -2.0 : std::cos(end - margin);
+  leastEmpty_ = end > TMath::Pi() ? -2.0 : std::cos(end - margin);
   mostEmpty_ = begin < 0.0 ? 2.0 : std::cos(begin + margin);
 }
 

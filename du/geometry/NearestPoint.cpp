@@ -8,7 +8,7 @@ namespace ZARN::DU {
 namespace {
 
 /// A node with fewer points has no children.
-constexpr std::size_t kLeafPoints = 16;
+constexpr std::size_t kSplitPoints = 16;
 
 std::size_t MiddleOf(std::size_t begin, std::size_t end) {
   return begin + (end - begin) / 2;
@@ -35,7 +35,8 @@ NearestPoint::NearestPoint(const std::vector<TVector3>& points) {
     points_.push_back({{p.X(), p.Y(), p.Z()}, static_cast<std::uint32_t>(i)});
   }
   std::size_t nodes = 2;
-  for (std::size_t n = points_.size(); n >= kLeafPoints; n -= n / 2) nodes *= 2;
+  for (std::size_t n = points_.size(); n >= kSplitPoints; n -= n / 2)
+    nodes *= 2;
   boxes_.resize(nodes);
   MakeNode(1, 0, points_.size());
 }
@@ -54,7 +55,7 @@ void NearestPoint::MakeNode(std::size_t number, std::size_t begin,
             std::max(high.z, p.z)};
   }
   boxes_[number] = {low, high};
-  if (end - begin < kLeafPoints) return;
+  if (end - begin < kSplitPoints) return;
   const Point size = high - low;
   const auto axis = size.x >= size.y && size.x >= size.z ? &Point::x
                     : size.y >= size.z                   ? &Point::y
@@ -91,7 +92,7 @@ void NearestPoint::Nearest::Take(double squared, std::uint32_t listed) {
 void NearestPoint::Search(const Point& place, std::size_t number,
                           std::size_t begin, std::size_t end,
                           Nearest& nearest) const {
-  if (end - begin < kLeafPoints) {
+  if (end - begin < kSplitPoints) {
     for (std::size_t i = begin; i < end; ++i) {
       const double squared = SquaredDistance(place, points_[i].point);
       if (squared <= nearest.most) nearest.Take(squared, points_[i].position);
