@@ -10,7 +10,8 @@ import unittest
 
 sys.dont_write_bytecode = True  # the source folder stays clean
 
-from command_support import ANCHOR, HEADER, HOLD_DOWN_ROPES, Result, SUPPORT_ROPES, VECTORS
+from command_support import (
+    ANCHOR, HEADER, HOLD_DOWN_ROPES, Result, SUPPORT_ROPES, VECTORS, measures_memory)
 from check_support import WRONG_TYPE, CheckTest, NEAR_ANCHOR, path, row_with, table
 
 
@@ -229,13 +230,14 @@ class Threads(CheckTest):
                                 (4 + 2 * threads) * self.BLOCK)
                 process.kill()
 
+    @measures_memory
     def test_memory_does_not_grow_with_the_number_of_paths(self):
         rows, _ = self.many_odd_rows(4000, 37)
         for threads in (1, 7):
             peaks = []
             for times in (10, 60):
                 process = self.start(self.command("-", self.tables(*ANCHOR), "-o", "out.csv",
-                                                  "--threads", threads), env=self.MEMORY_ENV,
+                                                  "--threads", threads),
                                      stderr=subprocess.DEVNULL)
                 self.feed(process, self.text_of(rows * times))
                 self.wait_until_it_sleeps(process)

@@ -28,6 +28,10 @@ REFERENCE = DATA / "reference-detector"
 # s; long enough for sanitizers and busy machines, so that only a hang reaches it.
 TIMEOUT = 300
 
+# A sanitizer keeps memory of its own, and makes the program slow.
+measures_memory = unittest.skipIf({"ASAN_OPTIONS", "TSAN_OPTIONS"} & set(os.environ),
+                                  "memory is measured without a sanitizer")
+
 # A background job or nohup may ignore these, and child processes inherit that.
 signal.signal(signal.SIGINT, signal.default_int_handler)
 signal.signal(signal.SIGHUP, signal.SIG_DFL)
@@ -261,12 +265,8 @@ class CommandTest(unittest.TestCase):
             return asleep > 100
         self.wait_for(is_asleep, "sleep")
 
-    # The address sanitizer keeps freed memory; not in tests that measure memory.
-    MEMORY_ENV = {**os.environ, "ASAN_OPTIONS": os.environ.get("ASAN_OPTIONS", "")
-                  + ":quarantine_size_mb=1"}
-    # Queues, buffers and memory kept by the allocator. The sanitizers need more for
-    # each thread.
-    SLACK_KB = (64 if {"ASAN_OPTIONS", "TSAN_OPTIONS"} & set(os.environ) else 8) * 1024
+    # Queues, buffers and memory kept by the allocator.
+    SLACK_KB = 8 * 1024
 
     def peak(self, process):
         """The peak memory of the process, kB."""

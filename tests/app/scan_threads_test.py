@@ -9,7 +9,7 @@ import unittest
 
 sys.dont_write_bytecode = True  # the source folder stays clean
 
-from command_support import ANCHOR, TIMEOUT
+from command_support import ANCHOR, TIMEOUT, measures_memory
 from scan_support import (
     BOTTOM, CENTRE, OPTICS, ScanTest, TOP, random_events, random_pmts, records, rows_of)
 
@@ -69,12 +69,14 @@ class Threads(ScanTest):
                                                 geometry=self.tables(*OPTICS))[0]
         self.assertEqual([row.pmt for row in rows_of(out)], list(pmts))
 
+
 class Memory(ScanTest):
     def peak_of(self, events, pmts, *options):
         """The peak memory of a run, kB, after all its events were processed."""
         geometry = self.tables(*OPTICS)
         process = self.start(self.scan_command("-", pmts, geometry, "-o", "-",
-                                               "--per-event", "sums.csv", *options), stdout=subprocess.DEVNULL, env=self.MEMORY_ENV)
+                                               "--per-event", "sums.csv", *options),
+                             stdout=subprocess.DEVNULL)
         process.stdin.write(events)
         process.stdin.flush()
         self.wait_until_it_sleeps(process)
@@ -87,6 +89,7 @@ class Memory(ScanTest):
         lines = [f"event number {i},{i % 5000},0,0\n" for i in range(count)]
         return ("event,x,y,z\n" + "".join(lines)).encode()
 
+    @measures_memory
     def test_memory_does_not_grow_with_the_number_of_events(self):
         pmts = self.pmts([TOP, BOTTOM])
         for threads in (1, 7):
@@ -95,6 +98,7 @@ class Memory(ScanTest):
                            for count in (10_000, 120_000))
             self.assertLess(long - short, self.SLACK_KB)
 
+    @measures_memory
     def test_memory_does_not_grow_with_the_number_of_events_for_many_pmts(self):
         pmts = self.pmts(random_pmts(2000, 120))
         short, long = (self.peak_of(self.events_text(count), pmts) for count in (20, 150))
@@ -104,7 +108,7 @@ class Memory(ScanTest):
         pmts = self.pmts([TOP])
         for threads in (1, 7):
             process = self.start(self.scan_command("-", pmts, self.tables(*OPTICS), "--threads",
-                                                   threads), env=self.MEMORY_ENV)
+                                                   threads))
             fed = 0
 
             def feed():
