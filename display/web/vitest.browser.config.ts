@@ -8,5 +8,6 @@ export default defineConfig({
     fileParallelism: false,
     testTimeout: 60_000,
     hookTimeout: 120_000,
+    expect: { poll: { timeout: 30_000 } },
   },
 });
