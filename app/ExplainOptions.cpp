@@ -66,18 +66,14 @@ void AddWays(CLI::App& command, ExplainOptions& options) {
   AddPositionOption(command, "--at", options.at,
                     "Where the light starts, in mm");
   AddPositionOption(command, "--to", options.to, "Where it ends, in mm");
-  const auto addText = [&](const char* option, auto& value, const char* type,
-                           const char* description) {
-    AddOption(command, option, value, type, description);
-  };
-  addText("--events", options.events, "EVENTS",
-          "CSV or ROOT file of events, as for scan");
-  addText("--event", options.event, "NAME", "Name of the event");
-  addText("--pmts", options.pmts, "PMTS",
-          "CSV or ROOT file of PMTs, as for scan");
-  addText("--pmt", options.pmt, "NAME", "Name of the PMT");
-  addText("--input-columns", options.inputColumns, "LIST",
-          "Names of columns in the files, as for check or scan");
+  AddOption(command, "--events", options.events, "EVENTS",
+            "CSV or ROOT file of events, as for scan");
+  AddOption(command, "--event", options.event, "NAME", "Name of the event");
+  AddOption(command, "--pmts", options.pmts, "PMTS",
+            "CSV or ROOT file of PMTs, as for scan");
+  AddOption(command, "--pmt", options.pmt, "NAME", "Name of the PMT");
+  AddOption(command, "--input-columns", options.inputColumns, "LIST",
+            "Names of columns in the files, as for check or scan");
 }
 
 }  // namespace

@@ -66,8 +66,7 @@ void AddRunOption(CLI::App& command, int& run) {
 }
 
 void AddRunOptions(CLI::App& command, RunOptions& options) {
-  AddRequiredOption(command, "--geometry", options.tables.name, "TABLES",
-                    kTablesHelp);
+  AddSourceArgument(command, "--geometry", options.tables.name);
   AddOverrideOption(command, options.tables);
   AddAsOfOption(command, options.tables);
   AddRunOption(command, options.run);

@@ -42,7 +42,7 @@ void AddAsOfOption(CLI::App& command, TableSource& source,
                        "Read the tables of a database as they stood at this "
                        "time");
 
-/// Add a required argument that names a source of tables.
+/// Add a required argument or option that names a source of tables.
 void AddSourceArgument(CLI::App& command, const std::string& name,
                        std::string& source);
 

@@ -40,6 +40,7 @@ inline TVector3 TopOfTheFirstRope() {
                                 false);
 }
 
+/// What the formula of support ropes says, without hold-down ropes.
 inline bool IsShadowed(const DU::SupportRopeModel& model,
                        const DU::LightPath& path,
                        double tolerance = kTolerance) {

@@ -2,7 +2,8 @@
 
 namespace ZARN::Testing {
 
-/// With which tests of one component judge it, mm.
+// What tests of single components use, mm.
+
 inline constexpr double kTolerance = 150.0;
 inline constexpr double kOuterAVRadius = 5860.0;
 

@@ -179,17 +179,17 @@ TEST(VerticalRopeFilter, LeavesTheHeightAfterALongWayOpen) {
   // The formula treats the path as horizontal, because the cosine of such a
   // small angle is 1, and misses the rope by 3e-7; in fact the path rises by
   // 1.8 mm.
-  constexpr double kNarrow = 1100.0;
+  constexpr double kNarrowRadius = 1100.0;
   const TVector3 rope(-1099.5840796, 0, 30.2465173);
   const TVector3 start(99000, 0, 0);
   const TVector3 direction(-1, 0, 1.8e-8);
-  const TVector3 crossing = VectorToCylinderEdge(start, direction, {}, kNarrow,
-                                                 eDiagnostics::kSilent);
+  const TVector3 crossing = VectorToCylinderEdge(
+      start, direction, {}, kNarrowRadius, eDiagnostics::kSilent);
   EXPECT_EQ(crossing.Z(), 0.0);
   EXPECT_GT(crossing.Angle(rope), kAngleTolerance);
   const auto filter = [&](eCrossings crossings) {
     return VerticalRopeFilter(
-        {kNarrow, 6138.0},
+        {kNarrowRadius, 6138.0},
         RopeDirections({rope}, kAngleTolerance, crossings, 4096));
   };
   const SegmentView segment = {start, direction, 1.0};
