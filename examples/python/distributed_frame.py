@@ -66,7 +66,8 @@ def count_verdicts(client: Client, files: list[str]) -> dict[str, int]:
 # %%
 if __name__ == "__main__":
     files = write_files(zarn.Calculator(TABLES), style.output_folder())
-    with LocalCluster(n_workers=2, threads_per_worker=1, processes=True) as cluster:
+    with LocalCluster(n_workers=2, threads_per_worker=1, processes=True,
+                      dashboard_address="127.0.0.1:0") as cluster:
         with Client(cluster) as client:
             for label, paths in count_verdicts(client, files).items():
                 print(f"{label:<12}{paths:>8,}")
