@@ -175,7 +175,7 @@ class Failures(MapTest):
 
     def test_long_work_shows_its_progress(self):
         # Well over a second on one thread, after which the bar appears.
-        slower = 10 if {"ASAN_OPTIONS", "TSAN_OPTIONS"} & set(os.environ) else 1
+        slower = 4 if {"ASAN_OPTIONS", "TSAN_OPTIONS"} & set(os.environ) else 1
         self.events(random_events(3000 // slower, 724))
         self.pmts(random_pmts(300, 725))
         _, shown = self.run_on_terminal(
