@@ -48,6 +48,12 @@ class Output(CheckTest):
 
     def test_a_bad_row_removes_the_unfinished_file(self):
         self.refuse(table(*[NEAR_ANCHOR] * self.MANY, "short"), rf"line {self.MANY + 2}\b")
+        self.check("paths.csv", "-o", "new.csv", status=2)
+        self.assertFalse((self.folder / "new.csv").exists())
+
+    def test_a_bad_header_makes_no_file(self):
+        self.check(self.write("paths.csv", "type\n"), "-o", "new.csv", status=2)
+        self.assertFalse((self.folder / "new.csv").exists())
 
 
 class Messages(CheckTest):

@@ -46,15 +46,13 @@ class CheckTest(CommandTest):
                           geometry=self.tables(*entries)).verdicts()
 
     def refuse(self, text, *wanted, options=(), **more):
-        """Bad input: status 2, a message with the file's name and all of @p wanted,
-        no new output file, and an existing one unchanged."""
+        """Bad input: status 2, a message with the file's name and all of @p wanted, and
+        an existing output unchanged."""
         paths = self.write("paths.csv", text)
-        (self.folder / "new.csv").unlink(missing_ok=True)
-        self.check(paths, "-o", self.folder / "new.csv", *options, status=2, **more)
-        self.assertFalse((self.folder / "new.csv").exists())
         old = self.write("old.csv", "as it was")
         result = self.check(paths, "-o", old, *options, status=2, **more)
         self.assertEqual(old.read_bytes(), b"as it was")
+        self.assertFalse((self.folder / "old.csv.json").exists())
         for part in ("paths.csv", *wanted):
             self.assertRegex(result.err, part)
         self.assertNotIn("paths/second", result.err)

@@ -15,7 +15,7 @@ sys.dont_write_bytecode = True  # the source folder stays clean
 from command_support import PROGRAM, VESSEL, entry
 from tables_support import PostgreSQL, Server, SQLite, TablesTest
 
-KILLS = 200
+KILLS = 100
 
 
 class Writers:
