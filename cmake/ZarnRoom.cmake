@@ -6,12 +6,13 @@
 #   PUBLIC <target>...         libraries that the public headers include
 #   LINK_ONLY <target>...      libraries that only the sources include
 #   PRIVATE <target>...        header-only libraries that only the sources include
-#   NOT_INSTALLED)             linked into its programs
+#   NOT_INSTALLED              linked into its programs
+#   MEASURED)                  its speed counts: optimised, each source stays alone
 #
 # The libraries are shared: the tables and the log belong to the process, and two
 # copies of them, for example in Python and in ROOT, would not know of each other.
 function(zarn_add_room name)
-  cmake_parse_arguments(PARSE_ARGV 1 room "NOT_INSTALLED" ""
+  cmake_parse_arguments(PARSE_ARGV 1 room "NOT_INSTALLED;MEASURED" ""
     "SOURCES;HEADERS;PRIVATE_HEADERS;PUBLIC;LINK_ONLY;PRIVATE")
   set(target zarn_${name})
   set(kind "")
@@ -26,6 +27,10 @@ function(zarn_add_room name)
     VERSION ${PROJECT_VERSION}
     SOVERSION ${PROJECT_VERSION_MAJOR}.${PROJECT_VERSION_MINOR}
     INSTALL_RPATH "${ZARN_LIBRARY_RPATH}")
+  # Optimised as one source, reading files became a tenth slower.
+  if(room_MEASURED AND CMAKE_BUILD_TYPE STREQUAL "Release")
+    set_property(TARGET ${target} PROPERTY UNITY_BUILD OFF)
+  endif()
   # A function calls another one of its library directly, as in a static one. Messages
   # name sources without the folder of the build, so that no installed file does.
   target_compile_options(${target} PRIVATE -fno-semantic-interposition
