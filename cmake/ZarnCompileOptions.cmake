@@ -16,8 +16,7 @@ target_compile_options(zarn_warnings INTERFACE
   -Wold-style-cast -Wnon-virtual-dtor -Woverloaded-virtual
   -Wdouble-promotion -Wformat=2)
 
-# With a sanitizer, optimizing the sources of the command and of the tests takes
-# longer than it saves; so does checking every one of their pointers, where the address
-# sanitizer already finds a wrong one.
+# With a sanitizer, optimizing the sources of the command, of its pictures and databases,
+# and of the tests takes longer than it saves.
 set(ZARN_PROGRAM_OPTIONS "" CACHE STRING
-  "Compiler options for the command and test programs, not for the libraries")
+  "Compiler options for the command and test programs, not for what they compute with")
