@@ -40,7 +40,7 @@ export class Browser {
     const context = await chromium.launchPersistentContext(profile, {
       executablePath: process.env.ZARN_CHROMIUM ?? '/usr/bin/chromium',
       args: [...FLAGS, ...(window.hasWebGL === false ? NO_WEBGL : WEBGL)],
-      viewport: { width: window.width ?? 1440, height: window.height ?? 900 },
+      viewport: { width: window.width ?? 1280, height: window.height ?? 720 },
       deviceScaleFactor: window.scale ?? 1,
       colorScheme: window.colorScheme ?? 'light',
       reducedMotion: window.reducedMotion ?? 'reduce',

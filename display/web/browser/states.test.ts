@@ -29,6 +29,8 @@ test('a page opens from disk without complaints and without requests', async () 
 
 test('without WebGL the map takes the place of the 3D view', async () => {
   const page = await openDisplay(browser, addressOf(file, 'pmt=4512'), {
+    width: 1440,
+    height: 900,
     hasWebGL: false,
   });
   expect(await page.locator('body').innerText()).toContain(
