@@ -18,7 +18,7 @@ def test_it_takes_less_than_0_3_seconds_of_processor_time():
             "import time; start = time.process_time(); import zarn\n"
             "print(time.process_time() - start)").stdout)
 
-    assert any(measure() < 0.3 for _ in range(10))  # one run may be disturbed
+    assert any(measure() < 0.3 for _ in range(3))
 
 
 def test_everything_public_is_there_and_described():

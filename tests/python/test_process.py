@@ -42,9 +42,9 @@ def test_types_that_another_thread_changes_do_no_harm():
         "import numpy as np, zarn\n"
         "calc = zarn.Calculator(sys.argv[1])\n"
         "names = [a + b for a in ('start_', 'end_', 'initial_') for b in 'xyz']\n"
-        "columns = {name: np.broadcast_to(7000.0, 6_000_000) for name in names}\n"
-        "columns['type'] = np.full(6_000_000, zarn.PathType.WATER, np.int32)\n"
+        "columns = {name: np.broadcast_to(7000.0, 20_000_000) for name in names}\n"
+        "columns['type'] = np.full(20_000_000, zarn.PathType.WATER, np.int32)\n"
         "work = threading.Thread(target=calc.check, args=[columns])\n"
         "work.start(); time.sleep(0.15)\n"
-        "columns['type'][2_000_000:] = zarn.PathType.INNER_AV_TO_WATER\n"
+        "columns['type'][5_000_000:] = zarn.PathType.INNER_AV_TO_WATER\n"
         "work.join()\n", REFERENCE)
