@@ -7,13 +7,14 @@
 #   LINK_ONLY <target>...      libraries that only the sources include
 #   PRIVATE <target>...        header-only libraries that only the sources include
 #   NOT_INSTALLED              linked into its programs
-#   MEASURED)                  its speed counts: optimised, each source stays alone
+#   MEASURED                   its speed counts: optimised, each source stays alone,
+#   TOGETHER <file>...)        but these, which take long to compile
 #
 # The libraries are shared: the tables and the log belong to the process, and two
 # copies of them, for example in Python and in ROOT, would not know of each other.
 function(zarn_add_room name)
   cmake_parse_arguments(PARSE_ARGV 1 room "NOT_INSTALLED;MEASURED" ""
-    "SOURCES;HEADERS;PRIVATE_HEADERS;PUBLIC;LINK_ONLY;PRIVATE")
+    "SOURCES;HEADERS;PRIVATE_HEADERS;PUBLIC;LINK_ONLY;PRIVATE;TOGETHER")
   set(target zarn_${name})
   set(kind "")
   if(room_NOT_INSTALLED)
@@ -29,7 +30,8 @@ function(zarn_add_room name)
     INSTALL_RPATH "${ZARN_LIBRARY_RPATH}")
   # Optimised as one source, reading files became a tenth slower.
   if(room_MEASURED AND CMAKE_BUILD_TYPE STREQUAL "Release")
-    set_property(TARGET ${target} PROPERTY UNITY_BUILD OFF)
+    set_property(TARGET ${target} PROPERTY UNITY_BUILD_MODE GROUP)
+    set_property(SOURCE ${room_TOGETHER} PROPERTY UNITY_GROUP together)
   endif()
   # A function calls another one of its library directly, as in a static one. Messages
   # name sources without the folder of the build, so that no installed file does.
