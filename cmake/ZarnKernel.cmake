@@ -21,6 +21,8 @@ function(zarn_add_kernel room source kernel)
   target_compile_features(zarn_${kernel} PRIVATE cxx_std_17)
   target_include_directories(zarn_${kernel} PRIVATE ${PROJECT_SOURCE_DIR})
   target_link_libraries(zarn_${kernel} PRIVATE zarn_fp zarn_warnings)
-  set_target_properties(zarn_${kernel} PROPERTIES POSITION_INDEPENDENT_CODE ON)
+  set_target_properties(zarn_${kernel} PROPERTIES
+    POSITION_INDEPENDENT_CODE ON
+    UNITY_BUILD OFF)  # one source
   target_sources(zarn_${room} PRIVATE $<TARGET_OBJECTS:zarn_${kernel}>)
 endfunction()
