@@ -23,6 +23,6 @@ function(zarn_add_kernel room source kernel)
   target_link_libraries(zarn_${kernel} PRIVATE zarn_fp zarn_warnings)
   set_target_properties(zarn_${kernel} PROPERTIES
     POSITION_INDEPENDENT_CODE ON
-    UNITY_BUILD OFF)  # one source
+    UNITY_BUILD OFF)  # one source: as it is, the compiler cache knows it in a wheel
   target_sources(zarn_${room} PRIVATE $<TARGET_OBJECTS:zarn_${kernel}>)
 endfunction()
